@@ -1,0 +1,46 @@
+#pragma once
+
+#include "DravelKit/Foundation/FileError.h"
+
+#include <compare>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Reading and saving whole text files without ever losing a byte: the one routine behind every write of Tacla.
+namespace dravel::SafeFile {
+
+using Path = std::filesystem::path;
+
+// A file's modification time. Good enough to notice a change, never to prove that there was none.
+struct Modified {
+    std::int64_t seconds = 0, nanoseconds = 0;
+    auto operator<=>(const Modified&) const = default;
+};
+std::optional<Modified> modified(const Path&); // one stat; none when there is no such file
+
+// The whole file. Throws FileError (system, notUtf8).
+std::string readText(const Path&);
+
+// From the text as it stands to the text that shall replace it; none when there is nothing to change.
+// May be called more than once, when the file changed meanwhile.
+using Edit = std::function<std::optional<std::string>(std::string_view text)>;
+
+struct Change {
+    std::string before, after;
+};
+
+// Locks, reads, edits, and replaces the file atomically. None when the edit yields none or the same text: then nothing
+// was written. Throws FileError; the file is then as it was. Locks live in lockFolder, never beside the user's file.
+std::optional<Change> edit(const Path&, const Edit&, const Path& lockFolder);
+
+// Makes the folders (0700 where missing) and the file, unless something of that name exists; true when it was made.
+bool create(const Path&, std::string_view text);
+
+// Like edit for a file of our own that may not exist yet (then the edit gets ""); made with mode 0600.
+std::optional<Change> editOwn(const Path&, const Edit&, const Path& lockFolder);
+
+}

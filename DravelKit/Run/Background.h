@@ -1,0 +1,40 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <stop_token>
+#include <utility>
+#include <variant>
+
+namespace dravel {
+
+// What a job came to: its result, or what it threw.
+template <class Result> using Outcome = std::variant<Result, std::exception_ptr>;
+
+struct Nothing {};
+
+// Blocking work away from the main thread. A job gets copies and returns a value; `done` runs on the main thread.
+class Background {
+  public:
+    virtual ~Background() = default;
+
+    template <class Result>
+    void run(std::function<Result(std::stop_token)> job, std::function<void(Outcome<Result>)> done) {
+        start([job = std::move(job), done = std::move(done)](std::stop_token stop) -> std::function<void()> {
+            Outcome<Result> outcome;
+            try {
+                outcome = job(stop);
+            } catch (...) { // the edge of a job: whatever it threw belongs to `done`
+                outcome = std::current_exception();
+            }
+            return [done, outcome = std::move(outcome)] { done(outcome); };
+        });
+    }
+
+  protected:
+    // Runs the work on a thread of its own, then what it returned on the main thread, unless the program quits first.
+    using Work = std::function<std::function<void()>(std::stop_token)>;
+    virtual void start(Work) = 0;
+};
+
+}

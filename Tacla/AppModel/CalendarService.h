@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Tacla/TaskList/TaskViews.h"
+
+#include <map>
+#include <stop_token>
+#include <string>
+
+namespace tacla {
+
+// The Google account and the calendar, as the model uses them: blocking calls, each made in a background job.
+// Every call may throw a std::exception whose what() is the French description to show.
+class CalendarService {
+  public:
+    virtual ~CalendarService() = default;
+
+    enum class Account { signedOut, signedIn, unreachable }; // unreachable: the keyring does not answer; ask again later
+    virtual Account account(std::stop_token) = 0;
+
+    virtual void signIn(std::stop_token) = 0;
+    virtual void signOut(std::stop_token) = 0;
+
+    // Thrown by run when there is no account any more.
+    struct NotSignedIn;
+
+    struct Result {
+        int created = 0, updated = 0, deleted = 0;
+    };
+    virtual Result run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) = 0;
+};
+
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Tacla/TaskList/TaskViews.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace tacla {
+
+// State of the Google account.
+enum class Connection { unknown, signedOut, signingIn, signedIn };
+
+// Everything that the menu and the pages show: a value, so that what they decide is a function of it.
+struct ModelState {
+    Tasks tasks; // every task of the file, in file order
+    Day today{1970, 1, 1};
+    Instant now{}; // the last minute tick
+    std::filesystem::path file;
+
+    Connection connection = Connection::unknown;
+    std::optional<Instant> lastSync; // end of the last successful calendar sync
+    bool syncing = false;
+    std::optional<std::string> syncError, fileError;
+
+    bool notificationsAllowed = false;
+    std::optional<std::string> notificationTest; // the result of the last test notification
+    bool launchAtLogin = false;
+    bool calendarSync = false;
+    bool onboarding = false;
+    std::optional<std::string> requestedSection; // a section that the window is asked to show
+
+    Tasks late() const { return tacla::late(tasks, now); }
+    Tasks todays() const { return tacla::todays(tasks, now); }
+    Tasks upcoming() const { return tacla::upcoming(tasks, today); }
+    Tasks undated() const { return tacla::undated(tasks); }
+    Tasks doneTasks() const { return tacla::doneTasks(tasks, today); }
+    std::size_t openCount() const { return tacla::openCount(tasks, now); }
+};
+
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tacla {
+
+// The settings that the application and the terminal share: one JSON object in a file, read at each question, written one
+// key at a time under a lock, so that two processes never lose each other's keys. A value of another type than its key's
+// counts as absent. A damaged file is kept aside as "preferences.json.broken", reported once, and read as empty.
+// Setters throw dravel::FileError.
+class Preferences {
+  public:
+    using Report = std::function<void(const std::string& message)>; // French, for the user
+
+    Preferences(std::filesystem::path file, std::filesystem::path lockFolder, Report report = {});
+
+    std::optional<std::string> taskFilePath() const;
+    bool calendarSync() const; // when absent: whether there is a calendarID
+    std::optional<std::string> calendarID() const;
+    bool calendarCreatedByTacla() const;
+    std::vector<std::string> notifiedTasks() const;
+    std::optional<bool> wantsLaunchAtLogin() const;
+    bool onboardingDone() const;
+    bool launchedOnce() const;
+    struct Size {
+        int width, height;
+    };
+    std::optional<Size> windowSize() const;
+
+    void setTaskFilePath(const std::string&);
+    void setCalendarSync(bool);
+    void setCalendar(const std::string& identifier, bool createdByTacla); // both keys at once, synced to disk
+    void setWantsLaunchAtLogin(bool);
+    void setOnboardingDone(bool);
+    void setWindowSize(Size);
+
+    // Read, changed and written under one lock.
+    using Notified = std::vector<std::string>;
+    void updateNotifiedTasks(const std::function<Notified(Notified)>&);
+
+  private:
+    std::filesystem::path file_, lockFolder_;
+    Report report_;
+};
+
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Tacla/TaskList/TaskItem.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The task file's text: reading it, and the five edits. Pure; every byte that an edit does not mean to change stays.
+namespace tacla::TaskFile {
+
+std::vector<TaskItem> parse(std::string_view text);
+
+// The first 8 bytes of the SHA-256 digest, in lower-case hexadecimal.
+std::string hash(std::string_view);
+// Without its leading "❗" marks, trimmed.
+std::string dropStrongMark(std::string_view title);
+
+inline constexpr std::string_view newFileText =
+    "# Tâches\n\nUne tâche par ligne, cochée dans Tacla ou ici :\n`- [ ] Titre · AAAA-MM-JJ HH:MM` (l'heure est "
+    "facultative ; ❗ en tête du titre : prioritaire).\n\n## À faire\n";
+
+struct Renamed {
+    std::string text;
+    std::map<std::string, std::string> keys; // old key to new key
+};
+
+// An edit yields none when the key is unknown or nothing would change.
+std::string add(std::string_view text, std::string_view title, Day, std::optional<Clock>, bool strong);
+std::optional<std::string> setDone(std::string_view text, std::string_view key, bool done, Day today);
+std::optional<Renamed> rename(std::string_view text, std::string_view key, std::string_view to);
+std::optional<std::string> reschedule(std::string_view text, std::string_view key, Day to, std::optional<Clock>,
+                                      Day today);
+std::optional<std::string> remove(std::string_view text, std::string_view key);
+
+// The keys of the lines whose task has another key in the new text.
+std::map<std::string, std::string> renamedKeys(std::string_view from, std::string_view to);
+
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Tacla/TaskList/Clock.h"
+#include "Tacla/TaskList/Day.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tacla {
+
+// One task line of the file.
+struct TaskItem {
+    std::int64_t line; // from 0, in the text split on line feeds
+    bool done;
+    std::string title; // as written, its "❗" included
+    std::optional<Day> day;
+    std::optional<Clock> time; // only together with a day
+    std::optional<Day> due;    // when it was first due, once postponed
+    std::optional<Day> doneOn;
+    std::string key; // 16 lower-case hexadecimal digits: the task's identity
+
+    bool strong() const;               // the title begins with "❗"
+    std::string when() const;          // "", "2025-03-04" or "2025-03-04 14:30"
+    std::optional<Instant> at() const; // when it falls due: at its time, else at 9:00; none without a day
+
+    bool operator==(const TaskItem&) const = default;
+};
+
+}
