@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Tacla/MainWindow/Mood.h"
+#include "Tacla/TaskList/TaskItem.h"
+
+#include <string>
+#include <vector>
+
+namespace tacla {
+
+// One of the small marks under a task's title.
+struct TaskTag {
+    std::string text, symbol;
+    Mood mood = Mood::plain;
+    bool strong = false;
+
+    bool operator==(const TaskTag&) const = default;
+};
+
+// The date stands among them only with `showDay`.
+std::vector<TaskTag> taskTags(const TaskItem&, Day today, bool showDay);
+
+}
