@@ -9,7 +9,8 @@
 namespace dravel {
 
 // What a job came to: its result, or what it threw.
-template <class Result> using Outcome = std::variant<Result, std::exception_ptr>;
+template <class Result>
+using Outcome = std::variant<Result, std::exception_ptr>;
 
 struct Nothing {};
 

@@ -24,8 +24,8 @@ class MainLoop {
     // Runs the task once that much time has passed awake (a monotonic clock).
     [[nodiscard]] virtual Timer after(std::chrono::milliseconds, Task) = 0;
 
-    // Runs the task at the wall-clock instant, or as soon as the machine is awake after it. A clock that is set, forward
-    // or back, is followed. An instant in the past runs soon, never from within this call.
+    // Runs the task at the wall-clock instant, or as soon as the machine is awake after it. A clock that is set,
+    // forward or back, is followed. An instant in the past runs soon, never from within this call.
     [[nodiscard]] virtual Timer at(Instant, Task) = 0;
 
     virtual Instant now() const = 0;

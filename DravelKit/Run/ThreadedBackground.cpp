@@ -1,0 +1,81 @@
+#include "DravelKit/Run/ThreadedBackground.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <thread>
+
+namespace dravel {
+
+// Shared with the threads: one that is left behind at quit must still find it.
+struct ThreadedBackground::Jobs {
+    struct Job {
+        std::jthread thread;
+        bool ended = false;
+    };
+
+    explicit Jobs(MainLoop& mainLoop) : loop(mainLoop) {}
+
+    std::mutex mutex;
+    std::condition_variable someEnded;
+    std::map<std::uint64_t, Job> running;
+    std::uint64_t last = 0;
+    bool quitting = false; // from then on the loop may be gone
+    MainLoop& loop;
+
+    // On the job's own thread, as the last thing it does.
+    static void ended(const std::shared_ptr<Jobs>& jobs, std::uint64_t id, std::function<void()> result) {
+        const std::lock_guard lock(jobs->mutex);
+        const auto job = jobs->running.find(id);
+        if (job != jobs->running.end()) job->second.ended = true;
+        if (!jobs->quitting) {
+            jobs->loop.post([weak = std::weak_ptr(jobs), id, result = std::move(result)] {
+                const auto alive = weak.lock();
+                if (alive && alive->forget(id)) result();
+            });
+        }
+        jobs->someEnded.notify_all();
+    }
+
+    // On the main thread: joins a thread that has nothing left to do. False when the program is quitting.
+    bool forget(std::uint64_t id) {
+        std::jthread finished;
+        const std::lock_guard lock(mutex);
+        if (quitting) return false;
+        finished = std::move(running.at(id).thread);
+        running.erase(id);
+        return true;
+    }
+};
+
+ThreadedBackground::ThreadedBackground(MainLoop& loop, std::chrono::milliseconds patience)
+    : jobs_(std::make_shared<Jobs>(loop)), patience_(patience) {}
+
+void ThreadedBackground::start(Work work) {
+    const std::lock_guard lock(jobs_->mutex);
+    const auto id = ++jobs_->last;
+    jobs_->running[id].thread = std::jthread([jobs = jobs_, id, work = std::move(work)](const std::stop_token& stop) {
+        auto result = work(stop);
+        Jobs::ended(jobs, id, std::move(result));
+    });
+}
+
+ThreadedBackground::~ThreadedBackground() {
+    std::map<std::uint64_t, Jobs::Job> left;
+    {
+        std::unique_lock lock(jobs_->mutex);
+        jobs_->quitting = true;
+        for (auto& [id, job] : jobs_->running) job.thread.request_stop();
+        jobs_->someEnded.wait_for(lock, patience_, [this] {
+            return std::ranges::all_of(jobs_->running, [](const auto& entry) { return entry.second.ended; });
+        });
+        left.swap(jobs_->running);
+    }
+    for (auto& [id, job] : left) {
+        if (!job.ended) job.thread.detach();
+    }
+}
+
+}
