@@ -19,8 +19,9 @@ namespace tacla {
 // The one observable state of the running application, bound to one task file. Main thread only.
 class AppModel {
   public:
-    // What the model needs from the world; everything outlives it. A passive model (off-screen rendering) reloads and
-    // parses, but neither reminds nor runs timers: it needs no notifications, login item nor calendar.
+    // What the model needs from the world; everything outlives it. No notifications: there is no desktop session. A
+    // passive model (off-screen rendering) reloads and parses, but neither reminds nor runs timers: it needs no
+    // notifications, login item nor calendar.
     struct World {
         dravel::MainLoop& loop;
         dravel::Background& background;
@@ -39,8 +40,10 @@ class AppModel {
 
     void start();
     void reload();
-    void checkFile(); // the two-second poll
-    void wokeUp();    // after a suspend
+    void checkFile();                        // the two-second poll
+    void wokeUp();                           // after a suspend
+    void accountStoreAppeared();             // the keyring answers again: an account that is still unknown is asked for
+    void report(const std::string& message); // shown in the general status line (syncError)
 
     // Edits of the file. A task that is no longer there changes nothing.
     void toggle(const TaskItem&);
@@ -51,12 +54,13 @@ class AppModel {
     void remove(const TaskItem&);
     void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
-    void use(const std::filesystem::path&);       // choose another file
+    void use(const std::filesystem::path&);          // choose another file
     void createAndUse(const std::filesystem::path&); // with the new-file text, unless it exists
 
     void signIn();
     void signOut();
     void setCalendarSync(bool);
+    void enableCalendarSync(); // after a sign-in: also forgets the last error
     void sync();
 
     void refreshPermissions();
@@ -73,7 +77,7 @@ class AppModel {
 
   private:
     struct Inside;
-    std::unique_ptr<Inside> inside_;
+    std::shared_ptr<Inside> inside_;
 };
 
 }
