@@ -1,0 +1,77 @@
+#pragma once
+
+#include "DravelKit/Foundation/Instant.h"
+#include "DravelKit/GoogleAuth/AuthError.h"
+#include "DravelKit/GoogleAuth/GoogleConfig.h"
+#include "DravelKit/GoogleAuth/GoogleEndpoints.h"
+#include "DravelKit/GoogleAuth/Keyring.h"
+#include "DravelKit/GoogleAuth/LoopbackReceiver.h"
+#include "DravelKit/GoogleAuth/TokenStore.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+namespace dravel {
+
+// What signing in needs from the world around it.
+struct GoogleWorld {
+    GoogleFolders folders;
+    GoogleEndpoints endpoints = GoogleEndpoints::published();
+    std::shared_ptr<Keyring> keyring;
+    std::function<void(const std::string& url)> openBrowser; // called on the calling thread of signIn
+    Now now = systemNow;
+    ReceiverClock receiverClock = {};
+};
+
+// The user's Google account: signs in, keeps the refresh token in the keyring and access tokens in memory.
+// Blocking calls for background jobs, from any thread; they throw AuthError, and HttpError for the transport.
+class GoogleAuth {
+  public:
+    GoogleAuth(GoogleConfig, GoogleWorld);
+
+    // unreachable: the keyring does not answer or is locked. Nothing is forgotten; ask again later.
+    enum class Account { signedIn, signedOut, unreachable };
+    Account isSignedIn(std::stop_token = {});
+
+    // Opens the browser and waits for the user, at most 300 seconds.
+    void signIn(std::stop_token = {});
+
+    // An access token that is good for at least one more minute.
+    Secret validAccessToken(std::stop_token = {});
+
+    // Forgets the access token that a server has refused.
+    void invalidateAccessToken();
+
+    // Forgets the account. Google is not told. Throws keyringUnreachable when the keyring keeps the token.
+    void signOut(std::stop_token = {});
+
+  private:
+    struct Tokens {
+        Secret access;
+        std::optional<Secret> refresh;
+        Instant expiresAt;
+    };
+
+    Secret refreshed(const Secret& refreshToken, std::uint64_t account, std::stop_token);
+    Tokens requestToken(const std::string& form, std::stop_token);
+    std::optional<Secret> heldAccessToken() const;
+    void keep(const Tokens&);
+    std::uint64_t account() const;
+    void forget();
+
+    const GoogleConfig config_;
+    const GoogleWorld world_;
+    TokenStore tokens_;
+
+    mutable std::mutex mutex_; // guards what follows; never held across a wait
+    Secret accessToken_;
+    Instant expiresAt_ = Instant::min();
+    std::uint64_t account_ = 0; // another number after each sign-in and sign-out
+};
+
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "DravelKit/GoogleAuth/GoogleConfig.h"
+
+namespace dravel {
+
+// The credentials of a "Desktop app" client of Google Cloud.
+struct OAuthClient {
+    std::string clientID;
+    Secret clientSecret;
+
+    // The file that the user places there.
+    static std::filesystem::path configPath(const GoogleConfig&, const GoogleFolders&);
+    // The file that the application's package may carry.
+    static std::filesystem::path embeddedPath(const GoogleFolders&);
+
+    static bool isAvailable(const GoogleConfig&, const GoogleFolders&);
+
+    // The user's own file when there is one, else the package's. Throws AuthError (missingConfig, badConfig).
+    static OAuthClient load(const GoogleConfig&, const GoogleFolders&);
+
+    // The text of a client file; none when it is not a desktop client's.
+    static std::optional<OAuthClient> parse(std::string_view json);
+};
+
+}
