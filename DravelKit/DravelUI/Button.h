@@ -1,0 +1,53 @@
+#pragma once
+
+#include "DravelKit/DravelUI/Control.h"
+#include "DravelKit/DravelUI/Symbols.h"
+
+namespace dravel {
+
+// A text button, 28 high.
+class Button final : public Control {
+    Q_OBJECT
+
+  public:
+    enum class Kind { Neutral, NeutralOnBackground, Soft, Prominent };
+
+    Button(Kind, const QString& text, QWidget* parent = nullptr);
+    void setKind(Kind);
+    void setLarge(bool); // 40 high: the closing button of a welcome
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    void paint(QPainter&) override;
+
+  private:
+    Kind kind_;
+    bool large_ = false;
+};
+
+// A button with a symbol only; give it an accessible name. The face (28x24 by default) stands in the middle of a
+// larger hit area.
+class IconButton : public Control {
+    Q_OBJECT
+
+  public:
+    IconButton(Symbol, const QString& accessibleName, QWidget* parent = nullptr);
+    void setSymbolSize(int);
+    void setFaceSize(QSize);
+    void setEmphasised(bool); // its row is hovered: the symbol stands out more
+    void setOpen(bool);       // its menu is open
+    QSize sizeHint() const override { return {32, 32}; }
+
+  protected:
+    void paint(QPainter&) override;
+    QRect face() const override;
+
+  private:
+    Symbol symbol_;
+    int symbolSize_ = 14;
+    QSize faceSize_{28, 24};
+    bool emphasised_ = false, open_ = false;
+};
+
+}

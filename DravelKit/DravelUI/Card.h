@@ -1,0 +1,83 @@
+#pragma once
+
+#include "DravelKit/DravelUI/Symbols.h"
+#include "DravelKit/DravelUI/Theme.h"
+
+#include <QWidget>
+
+namespace dravel {
+
+class CountCapsule;
+class TextLabel;
+
+// A surface with rounded corners. Its shadow (light only) falls on the parent, which must be a CardStage: the column of
+// a page and the body of a welcome are. Inside, the left grid: a column of 20 at x 16, text from x 48.
+class Card : public QWidget {
+    Q_OBJECT
+
+  public:
+    enum class Kind { Plain, Hero };
+    static constexpr int iconColumn = 16, iconWidth = 20, textColumn = 48;
+
+    explicit Card(QWidget* parent = nullptr, Kind = Kind::Plain);
+    void setHighlighted(bool);                               // 2 px accent border: its field has focus
+    void paintShadow(QPainter&, const QRect& exposed) const; // in the parent's coordinates
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+    void moveEvent(QMoveEvent*) override;
+    void resizeEvent(QResizeEvent*) override;
+    void showEvent(QShowEvent*) override { updateShadow(geometry()); }
+    void hideEvent(QHideEvent*) override { updateShadow(geometry()); }
+
+  private:
+    void updateShadow(const QRect&) const;
+    int radius() const;
+
+    Kind kind_;
+    bool highlighted_ = false;
+};
+
+// Paints the page background and the shadows of the cards that are its children.
+class CardStage : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit CardStage(QWidget* parent = nullptr);
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+};
+
+// The head of a list or settings card, 36 high: symbol of 16 in its tint, title, and a count at the right when set. Put
+// it at x 0 of the card, 8 below its top.
+class CardHeader final : public QWidget {
+    Q_OBJECT
+
+  public:
+    CardHeader(Symbol, const Theme::Tone& tint, const QString& title, QWidget* parent = nullptr);
+    void setTitle(const QString&);
+    void setSymbol(Symbol, const Theme::Tone& tint);
+    void setCount(int); // shows the capsule
+    QSize sizeHint() const override { return {200, 36}; }
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+    void resizeEvent(QResizeEvent*) override;
+
+  private:
+    Symbol symbol_;
+    Theme::Tone tint_;
+    TextLabel* title_;
+    CountCapsule* count_ = nullptr;
+};
+
+// Nothing to show: a symbol on a disc and a sentence.
+class EmptyCard final : public Card {
+    Q_OBJECT
+
+  public:
+    EmptyCard(Symbol, const QString& text, QWidget* parent = nullptr);
+};
+
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "DravelKit/DravelUI/Symbols.h"
+#include "DravelKit/DravelUI/Theme.h"
+
+#include <QTimer>
+#include <QWidget>
+
+namespace dravel {
+
+// A symbol or a number in the middle of a filled circle. Decoration: it needs no name unless it says something alone.
+class Disc final : public QWidget {
+    Q_OBJECT
+
+  public:
+    struct Face {
+        int diameter = 28;
+        Theme::Tone fill = Theme::accentSoft;
+        Symbol symbol = Symbol::CheckLg;
+        int symbolSize = 14;
+        Theme::Tone ink = Theme::accentOnSoft;
+        QString number = {};  // drawn instead of the symbol
+        bool turning = false; // once per 1.2 s; stands still when animations are off
+        bool operator==(const Face&) const = default;
+    };
+
+    explicit Disc(const Face&, QWidget* parent = nullptr);
+    void setFace(const Face&);           // does nothing when nothing changed
+    static Face done(int diameter = 28); // a check in the soft success fill
+
+    QSize sizeHint() const override { return {face_.diameter, face_.diameter}; }
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+    void showEvent(QShowEvent*) override { turn(); }
+    void hideEvent(QHideEvent*) override { timer_.stop(); }
+
+  private:
+    void turn();
+
+    Face face_;
+    QTimer timer_;
+    qreal angle_ = 0;
+};
+
+}

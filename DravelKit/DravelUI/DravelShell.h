@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QIcon>
+#include <QWidget>
+
+class QStackedWidget;
+
+namespace dravel {
+
+class SidebarList;
+
+// The frame of a window: a sidebar with brand, list and foot, and the area of the page beside it.
+class DravelShell final : public QWidget {
+    Q_OBJECT
+
+  public:
+    static constexpr int idealSidebar = 210, minimumSidebar = 190;
+
+    // The list's name for screen readers. The icon is drawn 28 px large.
+    DravelShell(const QString& brand, const QIcon& icon, const QString& listName, QWidget* parent = nullptr);
+
+    SidebarList& list() const { return *list_; }
+    void setFoot(QWidget*);  // takes it
+    void showPage(QWidget*); // takes it on the first call; pages can be made when they are first wanted
+    QWidget* page() const;   // the one that is shown
+    int sidebarWidth() const { return sidebarWidth_; }
+    void setSidebarWidth(int); // kept between the minimum and what leaves the page its own
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+    void resizeEvent(QResizeEvent*) override;
+
+  private:
+    void arrange();
+
+    QIcon icon_;
+    QWidget* brand_;
+    SidebarList* list_;
+    QWidget* foot_ = nullptr;
+    QStackedWidget* pages_;
+    QWidget* handle_;
+    int sidebarWidth_ = idealSidebar;
+};
+
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "DravelKit/DravelUI/Theme.h"
+
+#include <QPalette>
+
+class QAction;
+class QApplication;
+class QMenu;
+class QWidget;
+
+namespace dravel {
+
+// Once, before the first widget: style, fonts, palette and the accessibility of the painted controls.
+void installLook(QApplication&, Appearance);
+
+// Live switching: gives every widget the palette of that appearance; they repaint by themselves.
+void setAppearance(Appearance);
+
+QPalette themePalette(Appearance);
+
+// False when the desktop turns animations off.
+bool animates(const QWidget&);
+
+// Shown in the danger tones ("Supprimer"). Every QMenu is drawn in the look of the kit without further ado.
+void markDestructive(QAction&);
+
+// Opens the menu under the widget, right edges aligned, and returns when it is closed.
+void popUpUnder(QMenu&, const QWidget&);
+
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "DravelKit/DravelUI/TextPaint.h"
+#include "DravelKit/DravelUI/Theme.h"
+
+#include <QLabel>
+
+namespace dravel {
+
+// Plain text in one style and tone. A single line that elides, or wrapped text (setWraps). Its text is its name on the
+// accessibility bus; change it with setText().
+class TextLabel final : public QLabel {
+    Q_OBJECT
+
+  public:
+    TextLabel(const Theme::TextStyle&, const Theme::Tone&, const QString& text = {}, QWidget* parent = nullptr);
+
+    void setStyle(const Theme::TextStyle&);
+    void setTone(const Theme::Tone&);
+    void setWraps(bool);
+    void setSelectable(bool); // with the mouse; Ctrl+C copies
+    QString selectedPart() const;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return wraps_; }
+    int heightForWidth(int) const override;
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+    void mousePressEvent(QMouseEvent*) override;
+    void mouseMoveEvent(QMouseEvent*) override;
+    void mouseDoubleClickEvent(QMouseEvent*) override;
+    void keyPressEvent(QKeyEvent*) override;
+    void focusOutEvent(QFocusEvent*) override;
+    void contextMenuEvent(QContextMenuEvent*) override;
+    void changeEvent(QEvent*) override;
+
+  private:
+    const Paragraph& paragraph(int width) const;
+
+    Theme::TextStyle style_;
+    Theme::Tone tone_;
+    bool wraps_ = false, selectable_ = false;
+    int anchor_ = 0, cursor_ = 0; // of the selection
+    mutable std::optional<Paragraph> paragraph_;
+    mutable QString laidOut_;
+};
+
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "DravelKit/DravelUI/Typography.h"
+
+#include <QString>
+#include <QTextLayout>
+
+#include <memory>
+#include <optional>
+
+class QColor;
+class QPainter;
+class QRectF;
+
+// Text of one style in line boxes of the style's height. Plain text always: markup is shown as it stands.
+namespace dravel {
+
+int lineWidth(const Theme::TextStyle&, const QString&); // rounded up
+
+// One line, vertically centred in the rectangle, elided at the right when it is too long.
+void paintLine(QPainter&, const QRectF&, const Theme::TextStyle&, const QColor&, const QString&,
+               Qt::Alignment horizontal = Qt::AlignLeft);
+
+// Text wrapped to a width, laid out once and painted often.
+class Paragraph {
+  public:
+    Paragraph(const QString& text, const Theme::TextStyle&, int width, Qt::Alignment horizontal = Qt::AlignLeft);
+
+    int width() const { return width_; }
+    int height() const; // a whole number of line boxes, at least one
+    void paint(QPainter&, QPointF topLeft, const QColor&, const QList<QTextLayout::FormatRange>& = {}) const;
+    int positionAt(QPointF) const; // of the character nearest to a point inside
+
+  private:
+    std::unique_ptr<QTextLayout> layout_;
+    int width_, line_;
+};
+
+}
