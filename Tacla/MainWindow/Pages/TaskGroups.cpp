@@ -53,7 +53,7 @@ TodayContents todayContents(const ModelState& state) {
     auto todays = state.todays();
     auto next = state.upcoming();
     contents.total = todays.size();
-    contents.done = static_cast<std::size_t>(std::count_if(todays.begin(), todays.end(), &TaskItem::done));
+    contents.done = static_cast<std::size_t>(std::ranges::count(todays, true, &TaskItem::done));
     contents.overline = "Aujourd'hui · " + state.today.longLabel();
     contents.headline = headline(late.size() + contents.total - contents.done, contents.total > 0);
     contents.detail = detail(todays, contents.done, late.size(), state.now);
@@ -72,7 +72,7 @@ TodayContents todayContents(const ModelState& state) {
                                .empty = "Rien de prévu aujourd'hui.",
                                .showDay = false});
     if (!next.empty()) {
-        next.resize(std::min(next.size(), nextShown), next.front());
+        if (next.size() > nextShown) next.erase(next.begin() + nextShown, next.end());
         contents.groups.push_back(
             {.heading = "Ensuite", .day = {}, .symbol = "calendar3", .tasks = std::move(next), .empty = {}});
     }

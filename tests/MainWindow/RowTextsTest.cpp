@@ -1,0 +1,134 @@
+#include "Tacla/MainWindow/Rows/RowMenu.h"
+#include "Tacla/MainWindow/Rows/TaskDraft.h"
+#include "Tacla/MainWindow/Rows/TaskTags.h"
+#include "tests/MainWindow/ModelStates.h"
+
+#include <gtest/gtest.h>
+
+namespace tacla {
+namespace {
+
+using testing::taskOf;
+
+constexpr Day today{2026, 11, 24};
+
+std::string transcript(const std::vector<TaskTag>& tags) {
+    std::string text;
+    for (const auto& tag : tags) text += (text.empty() ? "" : ", ") + tag.text + (tag.strong ? "!" : "");
+    return text;
+}
+
+TEST(TaskTags, StandInOrder) {
+    struct Case {
+        const char *line, *withDay, *withoutDay;
+    };
+    const Case cases[] = {
+        {"- [ ] Pain", "", ""},
+        {"- [ ] Pain · 2026-11-24", "aujourd'hui", ""},
+        {"- [ ] Pain · 2026-11-25 09:30", "demain, 09:30", "09:30"},
+        {"- [ ] Pain · 2026-12-01", "01/12", ""},
+        {"- [ ] ❗ Pain · 2026-11-20 14:00 · due 2026-11-12", "20/11, 14:00, Prioritaire!, due le 12/11!",
+         "14:00, Prioritaire!, due le 12/11!"},
+        {"- [x] ❗ Pain · 2026-11-20 · due 2026-11-12", "20/11", ""},
+        {"- [x] Pain · 2026-11-23 · ✅ 2026-11-24", "23/11, faite le 24/11!", "faite le 24/11!"},
+        {"- [x] Pain · 2026-11-24 · ✅ 2026-11-24", "aujourd'hui", ""},
+        {"- [x] Pain · ✅ 2026-11-23", "faite le 23/11!", "faite le 23/11!"},
+    };
+    for (const auto& [line, withDay, withoutDay] : cases) {
+        SCOPED_TRACE(line);
+        EXPECT_EQ(transcript(taskTags(taskOf(line), today, true)), withDay);
+        EXPECT_EQ(transcript(taskTags(taskOf(line), today, false)), withoutDay);
+    }
+}
+
+TEST(RowMenu, OffersToPostponeOpenTasksOnly) {
+    const auto labels = [](const char* line) {
+        std::string text;
+        for (const auto& entry : rowMenu(taskOf(line)))
+            text += std::string(entry.separatorBefore ? "--, " : "") + std::string(entry.label) + ", ";
+        return text;
+    };
+    EXPECT_EQ(labels("- [ ] Pain"), "Reporter à demain, Reporter à lundi, Reporter d'une semaine, --, Cocher, "
+                                    "Modifier, Supprimer, ");
+    EXPECT_EQ(labels("- [x] Pain"), "Décocher, Modifier, Supprimer, ");
+}
+
+TEST(RowMenu, PostponesFromTodayAndByAWeekFromTheTasksOwnDay) {
+    const auto dated = taskOf("- [ ] Pain · 2026-11-03");
+    EXPECT_EQ(postponedDay(RowCommand::postponeToTomorrow, dated, today), (Day{2026, 11, 25}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeToMonday, dated, today), (Day{2026, 11, 30}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, dated, today), (Day{2026, 11, 10}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, taskOf("- [ ] Pain"), today), (Day{2026, 12, 1}));
+    EXPECT_EQ(postponedDay(RowCommand::remove, dated, today), std::nullopt);
+}
+
+TEST(TaskEditor, OpensOnTheTaskWithTenOClockForOneWithoutATime) {
+    EXPECT_EQ(draftOf(taskOf("- [ ] ❗ Pain · 2026-11-26 18:00"), today),
+              (TaskDraft{"Pain", {2026, 11, 26}, true, {18, 0}, {2026, 11, 26}, true}));
+    EXPECT_EQ(draftOf(taskOf("- [ ] Pain"), today), (TaskDraft{"Pain", today, false, {10, 0}, today, false}));
+    EXPECT_EQ(draftOf(taskOf("- [ ] Pain · 2026-02-30"), today).day, (Day{2026, 3, 2}));
+}
+
+TEST(TaskEditor, KeepsATaskWithoutADayUndatedUnlessADayOrTimeIsChosen) {
+    struct Case {
+        const char* what;
+        const char* line;
+        Day day;
+        bool hasTime;
+        Day savedOn;
+        TaskEdit expected;
+    };
+    const Day tomorrow{2026, 11, 25};
+    const Case cases[] = {
+        {"untouched", "- [ ] Pain", today, false, today, {"Pain", {}, {}}},
+        {"untouched over midnight", "- [ ] Pain", today, false, tomorrow, {"Pain", {}, {}}},
+        {"another day", "- [ ] Pain", tomorrow, false, today, {"Pain", tomorrow, {}}},
+        {"a time", "- [ ] Pain", today, true, today, {"Pain", today, Clock{10, 0}}},
+        {"dated, untouched", "- [ ] Pain · 2026-11-24", today, false, today, {"Pain", today, {}}},
+        {"its time taken away",
+         "- [ ] Pain · 2026-11-20 18:00",
+         {2026, 11, 20},
+         false,
+         today,
+         {"Pain", Day{2026, 11, 20}, {}}},
+    };
+    for (const auto& [what, line, day, hasTime, savedOn, expected] : cases) {
+        SCOPED_TRACE(what);
+        auto draft = draftOf(taskOf(line), today);
+        draft.day = day;
+        draft.hasTime = hasTime;
+        EXPECT_EQ(editOf(draft, savedOn), expected);
+    }
+}
+
+TEST(AddCard, FollowsTodayUntilAnotherDayIsPicked) {
+    const Day tomorrow{2026, 11, 25};
+    NewTaskDraft draft;
+    EXPECT_EQ(draft.day(today), today);
+    EXPECT_EQ(draft.day(tomorrow), tomorrow);
+    draft.pick({2026, 11, 30}, today);
+    EXPECT_EQ(draft.day(tomorrow), (Day{2026, 11, 30}));
+    draft.pick(today, today);
+    EXPECT_EQ(draft.day(tomorrow), tomorrow) << "back to following";
+}
+
+TEST(AddCard, AddsATrimmedTitleAndKeepsOnlyTheDay) {
+    NewTaskDraft draft{.title = " \t\n ", .picked = {}};
+    EXPECT_EQ(newTask(draft, today), std::nullopt);
+
+    draft = {.title = "  Appeler  \n", .picked = Day{2026, 11, 30}, .hasTime = true, .time = {9, 5}, .strong = true};
+    EXPECT_EQ(newTask(draft, today), (NewTask{"Appeler", {2026, 11, 30}, Clock{9, 5}, true}));
+    EXPECT_EQ(afterAdding(draft), (NewTaskDraft{.title = "", .picked = Day{2026, 11, 30}}));
+    draft.hasTime = false;
+    EXPECT_EQ(newTask(draft, today)->time, std::nullopt);
+}
+
+TEST(AddCard, OffersTodayTomorrowAndNextMonday) {
+    const auto days = quickDays({2026, 11, 30}); // itself a Monday
+    EXPECT_EQ(days[0].day, (Day{2026, 11, 30}));
+    EXPECT_EQ(days[1].day, (Day{2026, 12, 1}));
+    EXPECT_EQ(days[2].day, (Day{2026, 12, 7}));
+}
+
+}
+}
