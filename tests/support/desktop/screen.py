@@ -1,0 +1,112 @@
+"""Finds and uses the widgets on the screen by accessible name. Speaks AT-SPI over D-Bus: its library can block for ever."""
+import subprocess
+
+from gi.repository import Gio, GLib
+
+from .desktop import until
+
+A = "org.a11y.atspi."
+STATES = {4: "checked", 11: "focusable", 12: "focused", 23: "selected", 24: "sensitive", 25: "showing"}
+
+
+class Widget:
+    def __init__(self, bus, reference):
+        self.bus, self.reference = bus, tuple(reference)
+
+    def call(self, interface, member, signature=None, *arguments):
+        return self.bus.call_sync(*self.reference, A + interface, member,
+                                  GLib.Variant(signature, arguments) if signature else None, None, 0, 5000, None).unpack()
+
+    def get(self, interface, name):
+        return self.bus.call_sync(*self.reference, "org.freedesktop.DBus.Properties", "Get",
+                                  GLib.Variant("(ss)", (A + interface, name)), None, 0, 5000, None).unpack()[0]
+
+    @property
+    def name(self):
+        return self.get("Accessible", "Name")
+
+    @property
+    def role(self):
+        return self.call("Accessible", "GetRoleName")[0]
+
+    @property
+    def states(self):
+        words = self.call("Accessible", "GetState")[0]
+        return {word for bit, word in STATES.items() if words[bit // 32] >> bit % 32 & 1}
+
+    @property
+    def children(self):
+        return [Widget(self.bus, kid) for kid in self.call("Accessible", "GetChildren")[0]]
+
+    @property
+    def text(self):
+        return self.call("Text", "GetText", "(ii)", 0, self.get("Text", "CharacterCount"))[0]
+
+    @property
+    def actions(self):
+        try:
+            return [action[0] for action in self.call("Action", "GetActions")[0]]
+        except GLib.Error:
+            return []
+
+    def press(self):
+        actions = self.actions
+        wanted = next((a for a in ("Press", "Toggle") if a in actions), None)
+        assert wanted, f"{self.name!r} cannot be pressed: {actions}"
+        self.call("Action", "DoAction", "(i)", actions.index(wanted))
+
+    def type(self, text):
+        assert self.call("EditableText", "SetTextContents", "(s)", text)[0], f"{self.name!r} refused {text!r}"
+
+    def focus(self):
+        self.call("Component", "GrabFocus")
+
+
+class Screen:
+    def __init__(self, desktop, program="tacla"):
+        self.desktop, self.program = desktop, program
+        address = desktop.call("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")[0]
+        self.bus = Gio.DBusConnection.new_for_address_sync(
+            address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
+
+    def widgets(self):
+        """Everything of the program that shows, in the order of the tree."""
+        def walk(widget):
+            try:
+                if "showing" not in widget.states:
+                    return
+                yield widget
+                for kid in widget.children:
+                    yield from walk(kid)
+            except GLib.Error:
+                return  # it went away meanwhile
+
+        for program in Widget(self.bus, ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")).children:
+            try:
+                if program.name.lower() == self.program:
+                    for window in program.children:
+                        yield from walk(window)
+            except GLib.Error:
+                continue
+
+    def find(self, name, role=""):
+        for widget in self.widgets():
+            try:
+                if widget.name == name and role in widget.role:
+                    return widget
+            except GLib.Error:
+                continue
+        return None
+
+    def wait(self, name, role=""):
+        return until(lambda: self.find(name, role), f"{role or 'widget'} {name!r} on the screen")
+
+    def wait_gone(self, name, role=""):
+        until(lambda: not self.find(name, role), f"{name!r} to leave the screen")
+
+    def press(self, name, role=""):
+        self.wait(name, role).press()
+
+    def key(self, *keys):
+        """Real keys, to the window that has the focus."""
+        subprocess.run(["xdotool", "key", "--clearmodifiers", *keys], env=self.desktop.env, check=True)
