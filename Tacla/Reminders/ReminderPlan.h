@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Tacla/Reminders/NotificationContent.h"
+#include "Tacla/TaskList/TaskViews.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tacla {
+
+// At most so many reminders wait for their moment at a time: the first ones of the file.
+inline constexpr std::size_t pendingLimit = 60;
+
+// "3f2a9c0d11e4b7a2@2025-03-04 14:30": another day or time is another reminder.
+std::string reminderIdentifier(const TaskItem&);
+
+struct Reminder {
+    std::string identifier;
+    TaskItem task;
+    Instant moment;
+};
+
+// What the notification centre holds, and what it has shown since the program started.
+struct ReminderRecord {
+    std::map<std::string, Instant> pending;
+    std::set<std::string> shown;
+};
+
+// What must change so that the pending requests match the task list.
+struct ReminderPlan {
+    std::vector<std::string> stale;   // pending identifiers to remove
+    std::vector<Reminder> schedule;   // to add, each at its moment
+    std::vector<Reminder> catchUp;    // to show at once
+    std::vector<std::string> expired; // entries of the notified list to drop
+    bool full = false;                // the limit is reached: others may wait for their turn
+};
+
+// An identifier of the notified list, or shown, is never planned again. A request that fell due and is not shown yet
+// stays for as long as its task is open.
+ReminderPlan planReminders(const Tasks&, const ReminderRecord&, const std::vector<std::string>& notified, Instant now);
+
+}
