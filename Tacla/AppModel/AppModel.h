@@ -77,7 +77,7 @@ class AppModel {
 
   private:
     struct Inside;
-    std::shared_ptr<Inside> inside_;
+    std::unique_ptr<Inside> inside_;
 };
 
 }

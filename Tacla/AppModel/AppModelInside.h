@@ -1,0 +1,49 @@
+#pragma once
+
+#include "DravelKit/Run/Lifetime.h"
+#include "DravelKit/Run/RepeatingTimer.h"
+#include "Tacla/AppModel/AppModel.h"
+#include "Tacla/AppModel/RenamedKeys.h"
+#include "Tacla/AppModel/TaskFileBinding.h"
+#include "Tacla/Reminders/Reminders.h"
+
+#include <functional>
+#include <optional>
+
+namespace tacla {
+
+// What the operations of the model share.
+struct AppModel::Inside {
+    Inside(AppModel&, World, std::filesystem::path file, bool passive);
+
+    AppModel& model;
+    World world;
+    bool passive;
+    TaskFileBinding file;
+    ModelState state;
+    RenamedKeys renamed;
+    std::optional<Reminders> reminders;
+
+    dravel::Timer pendingSync; // at most one sync is scheduled
+    std::optional<dravel::RepeatingTimer> poll, periodic;
+    bool askingAccount = false;
+    dravel::Connection serverChanged;
+    dravel::Lifetime life;
+
+    Instant now() const { return world.loop.now(); }
+    Day today() const { return Day::of(now()); }
+
+    void refresh(); // reload, without telling the observers
+    void everyPeriod();
+    bool createIfMissing();
+    void mutate(const dravel::SafeFile::Edit&, const std::function<void(const dravel::SafeFile::Change&)>& then = {});
+    bool store(const std::function<void()>& preference); // a failure becomes status text
+
+    void scheduleSync(std::chrono::milliseconds);
+    void askAccount();
+    void mirror(bool on); // stores and sets calendarSync
+};
+
+std::string writeFailure(const dravel::FileError&);
+
+}
