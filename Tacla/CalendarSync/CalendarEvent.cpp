@@ -1,0 +1,92 @@
+#include "Tacla/CalendarSync/CalendarEvent.h"
+
+#include "Tacla/TaskList/TaskFile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+namespace tacla {
+
+namespace {
+
+using Json = nlohmann::json;
+
+EventTime wholeDay(Day day) { return {day.description(), std::nullopt}; }
+
+std::string wallClock(Instant moment) {
+    return Day::of(moment).description() + "T" + Clock::of(moment).description() + ":00";
+}
+
+std::string halfAnHourLater(Day day, Clock clock) {
+    const auto minutes = clock.hour * 60 + clock.minute + 30;
+    const Clock end{minutes / 60 % 24, minutes % 60};
+    return day.plusDays(minutes / (24 * 60)).description() + "T" + end.description() + ":00";
+}
+
+std::pair<EventTime, EventTime> timed(Instant moment, const std::string& timeZone) {
+    const auto start = wallClock(moment);
+    auto end = wallClock(moment + std::chrono::minutes(30));
+    // In the night when the clock is set back, half an hour later may read earlier, and the service refuses such an
+    // end.
+    if (end <= start) end = halfAnHourLater(Day::of(moment), Clock::of(moment));
+    return {{start, timeZone}, {std::move(end), timeZone}};
+}
+
+std::pair<EventTime, EventTime> allDay(Day written) {
+    const Day day = Day::of(written.date()); // 30 February is 1 or 2 March
+    return {wholeDay(day), wholeDay(day.plusDays(1))};
+}
+
+Json timeBody(const EventTime& time) {
+    return time.timeZone ? Json{{"dateTime", time.text}, {"timeZone", *time.timeZone}} : Json{{"date", time.text}};
+}
+
+Json timePatch(const EventTime& time) {
+    Json patch{{"date", nullptr}, {"dateTime", nullptr}, {"timeZone", nullptr}};
+    patch.update(timeBody(time));
+    return patch;
+}
+
+Json body(const CalendarEvent& event, Json start, Json end) {
+    return {{"summary", event.summary},
+            {"description", event.description},
+            {"start", std::move(start)},
+            {"end", std::move(end)},
+            {"transparency", "transparent"},
+            {"visibility", "private"},
+            {"reminders", {{"useDefault", false}, {"overrides", Json::array()}}},
+            {"extendedProperties", {{"private", {{"tacla", "1"}, {"key", event.key}, {"sig", event.signature()}}}}}};
+}
+
+}
+
+std::string EventTime::json() const {
+    return timeZone ? R"({"dateTime":")" + text + R"(","timeZone":")" + *timeZone + R"("})"
+                    : R"({"date":")" + text + R"("})";
+}
+
+std::string CalendarEvent::signature() const {
+    return TaskFile::hash(summary + "|" + start.json() + "|" + end.json() + "|" + description);
+}
+
+std::string CalendarEvent::postBody() const { return body(*this, timeBody(start), timeBody(end)).dump(); }
+
+std::string CalendarEvent::patchBody() const { return body(*this, timePatch(start), timePatch(end)).dump(); }
+
+std::optional<CalendarEvent> calendarEvent(const TaskItem& task, const std::string& timeZone) {
+    if (!task.day) return std::nullopt;
+    auto [start, end] = task.time ? timed(*task.at(), timeZone) : allDay(*task.day);
+    return CalendarEvent{
+        .summary = task.done ? "✅ " + TaskFile::dropStrongMark(task.title) : task.title,
+        .description =
+            (task.due ? "Échéance d'origine : " + task.due->description() + "\n" : "") + std::string(managedByTacla),
+        .start = std::move(start),
+        .end = std::move(end),
+        .key = task.key,
+    };
+}
+
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Tacla/TaskList/TaskItem.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tacla {
+
+inline constexpr std::string_view managedByTacla =
+    "Géré par Tacla : modifier la tâche dans Tacla ou dans son fichier, pas l'événement.";
+
+// A day or a moment of the wall clock, as the Calendar API writes it.
+struct EventTime {
+    std::string text;                    // "2025-03-04" or "2025-03-04T14:30:00"
+    std::optional<std::string> timeZone; // IANA identifier; none for a whole day
+
+    // {"date":"2025-03-04"} or {"dateTime":"2025-03-04T14:30:00","timeZone":"Europe/Paris"}
+    std::string json() const;
+
+    bool operator==(const EventTime&) const = default;
+};
+
+// What one dated task looks like in the calendar.
+struct CalendarEvent {
+    std::string summary, description;
+    EventTime start, end;
+    std::string key; // of the task
+
+    // Changes exactly when something that the user sees changes. Stored with the event and compared ever after, so its
+    // spelling must never change.
+    std::string signature() const;
+
+    std::string postBody() const;
+    // The service merges start and end into what it has and refuses a date beside a dateTime: the members of the other
+    // form are sent as null.
+    std::string patchBody() const;
+
+    bool operator==(const CalendarEvent&) const = default;
+};
+
+// None for a task without a day. An event with a time lasts half an hour.
+std::optional<CalendarEvent> calendarEvent(const TaskItem&, const std::string& timeZone);
+
+}
