@@ -33,8 +33,6 @@ class DravelPage : public QScrollArea {
   protected:
     void resizeEvent(QResizeEvent*) override;
     void scrollContentsBy(int, int) override;
-    bool focusNextPrevChild(bool) override;
-    bool viewportEvent(QEvent*) override;
 
   private:
     void fitColumn();

@@ -5,6 +5,8 @@
 
 #include <QLabel>
 
+#include <optional>
+
 namespace dravel {
 
 // Plain text in one style and tone. A single line that elides, or wrapped text (setWraps). Its text is its name on the
@@ -15,7 +17,7 @@ class TextLabel final : public QLabel {
   public:
     TextLabel(const Theme::TextStyle&, const Theme::Tone&, const QString& text = {}, QWidget* parent = nullptr);
 
-    void setStyle(const Theme::TextStyle&);
+    void setTextStyle(const Theme::TextStyle&);
     void setTone(const Theme::Tone&);
     void setWraps(bool);
     void setSelectable(bool); // with the mouse; Ctrl+C copies
@@ -34,9 +36,9 @@ class TextLabel final : public QLabel {
     void keyPressEvent(QKeyEvent*) override;
     void focusOutEvent(QFocusEvent*) override;
     void contextMenuEvent(QContextMenuEvent*) override;
-    void changeEvent(QEvent*) override;
 
   private:
+    void selectAll();
     const Paragraph& paragraph(int width) const;
 
     Theme::TextStyle style_;

@@ -15,7 +15,7 @@ class QRectF;
 // Text of one style in line boxes of the style's height. Plain text always: markup is shown as it stands.
 namespace dravel {
 
-int lineWidth(const Theme::TextStyle&, const QString&); // rounded up
+int textWidth(const Theme::TextStyle&, const QString&); // rounded up
 
 // One line, vertically centred in the rectangle, elided at the right when it is too long.
 void paintLine(QPainter&, const QRectF&, const Theme::TextStyle&, const QColor&, const QString&,
