@@ -15,8 +15,8 @@ Tasks late(const Tasks&, Instant now);   // open and past, to the minute
 Tasks todays(const Tasks&, Instant now); // of today, done or not, without the late ones
 Tasks upcoming(const Tasks&, Day today); // open, after today
 
-Tasks undated(const Tasks&);              // open, in file order
-Tasks doneTasks(const Tasks&, Day today); // newest first
+Tasks undated(const Tasks&);                      // open, in file order
+Tasks doneTasks(const Tasks&, Day today);         // newest first
 std::size_t openCount(const Tasks&, Instant now); // late, plus open today
 
 }

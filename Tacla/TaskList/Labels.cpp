@@ -1,0 +1,38 @@
+#include "Tacla/TaskList/Labels.h"
+
+#include "DravelKit/Foundation/Text.h"
+
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+
+#include <array>
+#include <cstdio>
+
+namespace tacla {
+
+std::string dayAndMonth(Day day) {
+    std::array<char, 48> text;
+    std::snprintf(text.data(), text.size(), "%02lld/%02lld", static_cast<long long>(day.day),
+                  static_cast<long long>(day.month));
+    return text.data();
+}
+
+std::string counted(std::size_t n, std::string_view singular) {
+    return std::to_string(n) + " " + std::string(singular) + (n >= 2 ? "s" : "");
+}
+
+std::string capitalised(std::string_view text) {
+    const auto first = dravel::firstCharacters(text, 1);
+    std::string result;
+    icu::UnicodeString::fromUTF8({first.data(), static_cast<std::int32_t>(first.size())})
+        .toUpper(icu::Locale::getRoot())
+        .toUTF8String(result);
+    return result.append(text.substr(first.size()));
+}
+
+std::string menuLabel(std::string_view label) {
+    if (dravel::characterCount(label) < 65) return std::string(label);
+    return std::string(dravel::firstCharacters(label, 63)) + "…";
+}
+
+}

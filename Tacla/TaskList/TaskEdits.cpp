@@ -1,0 +1,166 @@
+#include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskLines.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+// The five edits. Each changes, inserts or removes exactly one line; the text around it is copied as it stands.
+namespace tacla::TaskFile {
+
+namespace {
+
+struct Span {
+    std::size_t begin, end; // without the line feed
+};
+
+Span lineSpan(std::string_view text, std::int64_t number) {
+    std::size_t begin = 0;
+    for (; number > 0; --number) begin = text.find('\n', begin) + 1;
+    return {begin, std::min(text.find('\n', begin), text.size())};
+}
+
+std::string spliced(std::string_view text, Span span, std::string_view replacement) {
+    std::string result;
+    result.reserve(text.size() + replacement.size());
+    result.append(text, 0, span.begin).append(replacement).append(text.substr(span.end));
+    return result;
+}
+
+std::optional<TaskItem> find(std::string_view text, std::string_view key) {
+    auto tasks = parse(text);
+    const auto found = std::ranges::find(tasks, key, &TaskItem::key);
+    if (found == tasks.end()) return std::nullopt;
+    return std::move(*found);
+}
+
+// Replaces the line of the task with that key by what `change` makes of it, unless it makes none.
+template <class Change>
+std::optional<std::string> edit(std::string_view text, std::string_view key, Change change) {
+    const auto task = find(text, key);
+    if (!task) return std::nullopt;
+    const auto span = lineSpan(text, task->line);
+    const std::optional<std::string> line = change(*task, text.substr(span.begin, span.end - span.begin));
+    if (!line) return std::nullopt;
+    return spliced(text, span, *line);
+}
+
+std::string joined(const std::vector<std::string>& parts) {
+    std::string line;
+    for (const auto& part : parts) {
+        if (&part != &parts.front()) line += separator;
+        line += part;
+    }
+    return line;
+}
+
+void replaceFirst(std::string& line, std::string_view from, std::string_view to) {
+    if (const auto at = line.find(from); at != line.npos) line.replace(at, from.size(), to);
+}
+
+std::string written(Day day, std::optional<Clock> time) {
+    return time ? day.description() + " " + time->description() : day.description();
+}
+
+std::string checked(std::string_view line, Day today) {
+    std::string result(line);
+    replaceFirst(result, "- [ ] ", "- [x] ");
+    return result.append(separator).append(doneMark).append(" ").append(today.description());
+}
+
+std::string unchecked(std::string_view line) {
+    std::string open(line);
+    replaceFirst(open, "- [x] ", "- [ ] ");
+    replaceFirst(open, "- [X] ", "- [ ] ");
+    std::vector<std::string> kept;
+    for (const auto part : dravel::split(open, separator))
+        if (!dravel::trimmedOfWhiteSpace(part).starts_with(doneMark)) kept.emplace_back(part);
+    return joined(kept);
+}
+
+std::string rescheduled(const TaskItem& task, std::string_view line, Day to, std::optional<Clock> time, Day today) {
+    const auto parts = dravel::split(line, separator);
+    std::vector<std::string> kept{std::string(parts.front())};
+    bool placed = false;
+    for (const auto part : std::span(parts).subspan(1)) {
+        if (!parsedWhen(dravel::trimmedOfWhiteSpace(part)))
+            kept.emplace_back(part);
+        else if (!std::exchange(placed, true))
+            kept.push_back(written(to, time));
+    }
+    if (!placed) kept.push_back(written(to, time));
+    const bool wasLate = task.day && *task.day < today && *task.day != to;
+    if (!task.due && wasLate) kept.push_back(std::string(duePrefix) + task.day->description());
+    return joined(kept);
+}
+
+// Where a new task goes: the index of the line before which it is inserted.
+std::size_t placeOfNewTask(const std::vector<std::string_view>& lines) {
+    const auto isBlank = [](std::string_view line) { return dravel::trimmedOfWhiteSpace(line).empty(); };
+    const auto heading = std::ranges::find_if(
+        lines, [](std::string_view line) { return dravel::trimmedOfWhiteSpace(line) == "## À faire"; });
+    if (heading != lines.end()) {
+        auto end = std::find_if(heading + 1, lines.end(), [](std::string_view line) { return line.starts_with('#'); });
+        while (end - 1 != heading && isBlank(*(end - 1))) --end;
+        return static_cast<std::size_t>(end - lines.begin());
+    }
+    auto end = lines.size();
+    while (end > 0 && lines[end - 1].empty()) --end;
+    return end;
+}
+
+}
+
+std::string add(std::string_view text, std::string_view title, Day day, std::optional<Clock> time, bool strong) {
+    std::string line = "- [ ] ";
+    if (strong) line.append(strongMark).append(" ");
+    line += dropStrongMark(dravel::replacedAll(title, separator, " - "));
+    line.append(separator).append(written(day, time));
+
+    const auto lines = dravel::split(text, "\n");
+    const auto place = placeOfNewTask(lines);
+    if (place == lines.size()) return std::string(text) + "\n" + line;
+    const auto at = static_cast<std::size_t>(lines[place].data() - text.data());
+    return spliced(text, {at, at}, line + "\n");
+}
+
+std::optional<std::string> setDone(std::string_view text, std::string_view key, bool done, Day today) {
+    return edit(text, key, [&](const TaskItem& task, std::string_view line) -> std::optional<std::string> {
+        if (task.done == done) return std::nullopt;
+        return done ? checked(line, today) : unchecked(line);
+    });
+}
+
+std::optional<Renamed> rename(std::string_view text, std::string_view key, std::string_view to) {
+    auto renamed = edit(text, key, [&](const TaskItem& task, std::string_view line) -> std::optional<std::string> {
+        if (dropStrongMark(task.title) == to) return std::nullopt;
+        const auto titleBegin = checkbox(line)->begin + checkboxLength;
+        const auto titleEnd = std::min(line.find(separator, titleBegin), line.size());
+        const auto title = task.strong() ? std::string(strongMark) + " " + std::string(to) : std::string(to);
+        return spliced(line, {titleBegin, titleEnd}, title);
+    });
+    if (!renamed) return std::nullopt;
+    auto keys = renamedKeys(text, *renamed);
+    return Renamed{*std::move(renamed), std::move(keys)};
+}
+
+std::optional<std::string> reschedule(std::string_view text, std::string_view key, Day to, std::optional<Clock> time,
+                                      Day today) {
+    return edit(text, key, [&](const TaskItem& task, std::string_view line) -> std::optional<std::string> {
+        return rescheduled(task, line, to, time, today);
+    });
+}
+
+std::optional<std::string> remove(std::string_view text, std::string_view key) {
+    const auto task = find(text, key);
+    if (!task) return std::nullopt;
+    auto span = lineSpan(text, task->line);
+    if (span.end < text.size())
+        ++span.end; // with its line feed
+    else if (span.begin > 0)
+        --span.begin; // the last line goes with the line feed before it
+    return spliced(text, span, "");
+}
+
+}

@@ -1,0 +1,21 @@
+#include "Tacla/TaskList/TaskItem.h"
+
+#include "DravelKit/Foundation/WallCalendar.h"
+#include "Tacla/TaskList/TaskLines.h"
+
+namespace tacla {
+
+bool TaskItem::strong() const { return title.starts_with(strongMark); }
+
+std::string TaskItem::when() const {
+    if (!day) return {};
+    return time ? day->description() + " " + time->description() : day->description();
+}
+
+std::optional<Instant> TaskItem::at() const {
+    if (!day) return std::nullopt;
+    const auto clock = time.value_or(Clock{9, 0});
+    return dravel::wall::instant({day->year, day->month, day->day, clock.hour, clock.minute});
+}
+
+}
