@@ -1,0 +1,78 @@
+#include "Tacla/Linux/AutostartLoginItem.h"
+
+#include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/SafeFile.h"
+#include "DravelKit/Foundation/Text.h"
+
+#include <optional>
+#include <utility>
+
+namespace tacla {
+
+namespace {
+
+using dravel::FileError;
+
+// A command line's argument, quoted (Desktop Entry Specification, "The Exec key"), then escaped as a value.
+std::string quotedArgument(const std::string& text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '%') quoted += '%'; // else a field code
+        if (c == '"' || c == '`' || c == '$') quoted += "\\\\";
+        if (c == '\\') quoted += "\\\\\\";
+        quoted += c;
+    }
+    return quoted + '"';
+}
+
+// The value of a key in the entry's own group.
+std::optional<std::string_view> value(std::string_view text, std::string_view key) {
+    bool inside = false;
+    for (const auto line : dravel::split(text, "\n")) {
+        if (line.starts_with('[')) inside = line == "[Desktop Entry]";
+        const auto equals = line.find('=');
+        if (inside && equals != line.npos && dravel::trimmedOfWhiteSpace(line.substr(0, equals)) == key)
+            return dravel::trimmedOfWhiteSpaceAndLineBreaks(line.substr(equals + 1));
+    }
+    return {};
+}
+
+}
+
+std::string autostartEntry(const std::filesystem::path& program) {
+    return "[Desktop Entry]\nType=Application\nName=Tacla\nIcon=fr.dravel.Tacla\nTryExec=" +
+           dravel::replacedAll(program.string(), "\\", "\\\\") + "\nExec=" + quotedArgument(program.string()) +
+           "\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
+}
+
+bool isActiveAutostartEntry(std::string_view text) {
+    return value(text, "Type") == "Application" && value(text, "Hidden") != "true" &&
+           value(text, "X-GNOME-Autostart-enabled") != "false";
+}
+
+AutostartLoginItem::AutostartLoginItem(const std::filesystem::path& configFolder, std::filesystem::path program,
+                                       std::filesystem::path lockFolder)
+    : file_(configFolder / "autostart" / "fr.dravel.Tacla.desktop"), program_(std::move(program)),
+      lockFolder_(std::move(lockFolder)) {}
+
+bool AutostartLoginItem::isEnabled() const {
+    try {
+        return isActiveAutostartEntry(dravel::SafeFile::readText(file_));
+    } catch (const FileError&) {
+        return false; // none, or one that no desktop can read either
+    }
+}
+
+void AutostartLoginItem::enable() {
+    const auto entry = autostartEntry(program_);
+    dravel::SafeFile::editOwn(
+        file_, [&](std::string_view) { return std::optional(entry); }, lockFolder_);
+}
+
+void AutostartLoginItem::disable() {
+    std::error_code error;
+    std::filesystem::remove(file_, error);
+    if (error) throw FileError(FileError::Kind::system, file_, error.value());
+}
+
+}

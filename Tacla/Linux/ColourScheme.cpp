@@ -1,0 +1,66 @@
+#include "Tacla/Linux/ColourScheme.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace tacla {
+
+namespace {
+
+constexpr QLatin1String portal("org.freedesktop.portal.Desktop");
+constexpr QLatin1String path("/org/freedesktop/portal/desktop");
+constexpr QLatin1String settings("org.freedesktop.portal.Settings");
+constexpr QLatin1String group("org.freedesktop.appearance");
+constexpr QLatin1String key("color-scheme");
+
+QVariant unwrapped(QVariant value) { // Read answers with a variant in a variant
+    while (value.metaType() == QMetaType::fromType<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+}
+
+void ColourScheme::watch(QDBusConnection session) {
+    session.connect({}, path, settings, QStringLiteral("SettingChanged"), this,
+                    SLOT(settingChanged(QString, QString, QDBusVariant)));
+    auto message = QDBusMessage::createMethodCall(portal, path, settings, QStringLiteral("Read"));
+    message << QString(group) << QString(key);
+    auto* call = new QDBusPendingCallWatcher(session.asyncCall(message), this);
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
+        call->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *call;
+        if (reply.isValid()) set(reply.value().variant());
+    });
+}
+
+void ColourScheme::settingChanged(const QString& changedGroup, const QString& changedKey, const QDBusVariant& value) {
+    if (changedGroup == group && changedKey == key) set(value.variant());
+}
+
+void ColourScheme::set(const QVariant& value) {
+    const auto number = unwrapped(value).toUInt(); // 0 no preference, 1 dark, 2 light
+    const auto preference = number == 1 ? Preference::dark : number == 2 ? Preference::light : Preference::unknown;
+    if (std::exchange(preference_, preference) != preference) changed();
+}
+
+QColor trayColour(ColourScheme::Preference preference) {
+    switch (preference) {
+    case ColourScheme::Preference::dark: return QColor(0xF5, 0xF5, 0xF5);
+    case ColourScheme::Preference::light: return QColor(0x13, 0x19, 0x27);
+    case ColourScheme::Preference::unknown: break;
+    }
+    return QColor(0x81, 0x79, 0xEF);
+}
+
+void applyToApplication(ColourScheme::Preference preference) {
+    switch (preference) {
+    case ColourScheme::Preference::dark: return QGuiApplication::setPalette(QPalette(QColor(0x13, 0x19, 0x27)));
+    case ColourScheme::Preference::light: return QGuiApplication::setPalette(QPalette(QColor(0xF5, 0xF5, 0xF5)));
+    case ColourScheme::Preference::unknown: return QGuiApplication::setPalette(QPalette());
+    }
+}
+
+}

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "DravelKit/Foundation/Signal.h"
+#include "Tacla/Linux/MenuServer.h"
+
+#include <QByteArray>
+#include <QColor>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusObjectPath>
+#include <QObject>
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tacla {
+
+// The types of org.kde.StatusNotifierItem.
+struct StatusPixmap { // (iiay): ARGB32, big endian
+    int width = 0, height = 0;
+    QByteArray data;
+};
+using StatusPixmaps = QList<StatusPixmap>;
+struct StatusToolTip { // (sa(iiay)ss)
+    QString iconName;
+    StatusPixmaps icon;
+    QString title, text;
+};
+
+QDBusArgument& operator<<(QDBusArgument&, const StatusPixmap&);
+const QDBusArgument& operator>>(const QDBusArgument&, StatusPixmap&);
+QDBusArgument& operator<<(QDBusArgument&, const StatusToolTip&);
+const QDBusArgument& operator>>(const QDBusArgument&, StatusToolTip&);
+
+// The program's icon in the tray of any desktop that hosts StatusNotifierItems: with whichever watcher appears.
+class StatusItem final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString Category READ category CONSTANT)
+    Q_PROPERTY(QString Id READ id CONSTANT)
+    Q_PROPERTY(QString Title READ name CONSTANT)
+    Q_PROPERTY(QString Status READ status CONSTANT)
+    Q_PROPERTY(int WindowId READ windowId CONSTANT)
+    Q_PROPERTY(QString IconName READ iconName CONSTANT)
+    Q_PROPERTY(tacla::StatusPixmaps IconPixmap READ pixmaps)
+    Q_PROPERTY(QString IconAccessibleDesc READ name CONSTANT)
+    Q_PROPERTY(tacla::StatusToolTip ToolTip READ toolTip)
+    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
+    Q_PROPERTY(QString XAyatanaLabel READ label)
+    Q_PROPERTY(QString XAyatanaLabelGuide READ label)
+
+  public:
+    explicit StatusItem(QDBusConnection);
+    ~StatusItem() override;
+
+    // What stands in the tray: the number of open tasks in the icon, and the two texts.
+    struct Content {
+        std::size_t open = 0;
+        std::string title, toolTip;
+        QColor colour;
+        bool operator==(const Content&) const = default;
+    };
+    void show(const Content&);
+
+    // Tells whether a host shows the icon.
+    void askIfShown(std::function<void(bool)>);
+
+    dravel::Signal<const std::string&> activated; // a plain click where the host does not open the menu; with its token
+
+    QString category() const { return QStringLiteral("ApplicationStatus"); }
+    QString id() const { return QStringLiteral("fr.dravel.Tacla"); }
+    QString name() const { return QStringLiteral("Tacla"); }
+    QString status() const { return QStringLiteral("Active"); }
+    int windowId() const { return 0; }
+    QString iconName() const { return {}; }
+    StatusPixmaps pixmaps() const;
+    StatusToolTip toolTip() const;
+    bool itemIsMenu() const { return true; }
+    QDBusObjectPath menu() const { return QDBusObjectPath(QLatin1String(MenuServer::path)); }
+    QString label() const { return QString::fromStdString(content_.title); }
+
+    Q_INVOKABLE void Activate(int x, int y);
+    Q_INVOKABLE void SecondaryActivate(int x, int y);
+    Q_INVOKABLE void ContextMenu(int, int) {} // the host has the menu
+    Q_INVOKABLE void Scroll(int, const QString&) {}
+    Q_INVOKABLE void ProvideXdgActivationToken(const QString& token);
+
+  Q_SIGNALS:
+    void NewTitle();
+    void NewIcon();
+    void NewToolTip();
+    void NewStatus(const QString& status);
+    void XAyatanaNewLabel(const QString& label, const QString& guide);
+
+  private:
+    void registerWithWatcher();
+
+    QDBusConnection connection_;
+    Content content_;
+    mutable std::optional<StatusPixmaps> pixmaps_; // drawn at the first question, then kept
+    std::string activationToken_;
+};
+
+}
