@@ -64,6 +64,9 @@ std::optional<std::string> lowerCasedLatin(std::string_view text) {
     return lower;
 }
 
+// The first bytes of everything that is white space or a line break beyond ASCII: all else needs no second look.
+bool mayBeBlank(std::uint8_t byte) { return byte <= ' ' || byte == 0xC2 || (byte >= 0xE1 && byte <= 0xE3); }
+
 bool isWhiteSpace(UChar32 c) { return c == '\t' || c == ' ' || (c >= 0x80 && u_charType(c) == U_SPACE_SEPARATOR); }
 bool isLineBreak(UChar32 c) { return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029; }
 
@@ -71,7 +74,7 @@ template <class Predicate>
 std::string_view trimmedOf(std::string_view text, Predicate isTrimmed) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     std::size_t begin = 0, end = text.size();
-    while (begin < end) {
+    while (begin < end && mayBeBlank(bytes[begin])) {
         std::size_t next = begin;
         UChar32 c;
         U8_NEXT(bytes, next, end, c);
@@ -81,6 +84,7 @@ std::string_view trimmedOf(std::string_view text, Predicate isTrimmed) {
     while (end > begin) {
         auto previous = end - 1;
         while (previous > begin && U8_IS_TRAIL(bytes[previous])) --previous;
+        if (!mayBeBlank(bytes[previous])) break;
         auto next = previous;
         UChar32 c;
         U8_NEXT(bytes, next, end, c);

@@ -3,16 +3,22 @@
 #include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallCalendar.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
 namespace tacla {
 
 std::optional<Clock> Clock::parse(std::string_view text) {
-    const auto pieces = dravel::split(text, ":", false);
-    if (pieces.size() != 2 || pieces[0].size() > 2 || pieces[1].size() != 2) return std::nullopt;
-    const auto hour = dravel::parsedDigits(pieces[0]);
-    const auto minute = dravel::parsedDigits(pieces[1]);
+    // Empty pieces do not count: ":9::05:" has two.
+    const auto hourBegin = std::min(text.find_first_not_of(':'), text.size());
+    const auto hourEnd = std::min(text.find(':', hourBegin), text.size());
+    const auto minuteBegin = std::min(text.find_first_not_of(':', hourEnd), text.size());
+    const auto minuteEnd = std::min(text.find(':', minuteBegin), text.size());
+    const bool twoPieces = text.find_first_not_of(':', minuteEnd) == text.npos;
+    if (!twoPieces || hourEnd - hourBegin > 2 || minuteEnd - minuteBegin != 2) return std::nullopt;
+    const auto hour = dravel::parsedDigits(text.substr(hourBegin, hourEnd - hourBegin));
+    const auto minute = dravel::parsedDigits(text.substr(minuteBegin, 2));
     if (!hour || !minute || *hour > 23 || *minute > 59) return std::nullopt;
     return Clock{*hour, *minute};
 }

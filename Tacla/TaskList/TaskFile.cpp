@@ -4,31 +4,57 @@
 #include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/TaskLines.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace tacla::TaskFile {
 
 namespace {
 
-// Gives each task its key, in line order: the n-th task of one title gets "#n" behind it.
+std::string_view withoutStrongMark(std::string_view title) {
+    while (title.starts_with(strongMark)) title.remove_prefix(strongMark.size());
+    return dravel::trimmedOfWhiteSpaceAndLineBreaks(title);
+}
+
+// The first 8 bytes of the digest.
+std::uint64_t shortDigest(std::string_view text) {
+    const auto digest = dravel::sha256(text);
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < 8; ++i) value = value << 8 | digest[i];
+    return value;
+}
+
+std::string hexadecimal(std::uint64_t value) {
+    std::string text(16, '0');
+    for (auto digit = text.rbegin(); digit != text.rend(); ++digit, value >>= 4)
+        *digit = "0123456789abcdef"[value & 15];
+    return text;
+}
+
+// Gives each task its key, in line order: the n-th task of one title gets "#n" behind it. Titles are counted by the key
+// that they would have alone.
 class Keys {
   public:
+    explicit Keys(std::size_t expected) { counts_.reserve(expected); }
+
     std::string of(std::string_view title) {
-        auto base = dravel::lowerCased(dropStrongMark(title));
-        const auto [entry, isNew] = counts_.try_emplace(base, 0);
-        if (const auto n = ++entry->second; n > 1) base += "#" + std::to_string(n);
-        return hash(base);
+        const auto base = dravel::lowerCased(withoutStrongMark(title));
+        const auto digest = shortDigest(base);
+        const auto n = ++counts_[digest];
+        return n == 1 ? hexadecimal(digest) : hash(base + "#" + std::to_string(n));
     }
 
   private:
-    std::unordered_map<std::string, int> counts_;
+    std::unordered_map<std::uint64_t, int> counts_;
 };
 
 }
 
 std::vector<TaskItem> parse(std::string_view text) {
     std::vector<TaskItem> tasks;
-    Keys keys;
+    const auto lines = static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1;
+    tasks.reserve(lines);
+    Keys keys(lines);
     forEachTask(text, [&](const TaskLine& task) {
         tasks.push_back({task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn,
                          keys.of(task.title)});
@@ -36,21 +62,9 @@ std::vector<TaskItem> parse(std::string_view text) {
     return tasks;
 }
 
-std::string hash(std::string_view text) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    const auto digest = dravel::sha256(text);
-    std::string key(16, '0');
-    for (std::size_t i = 0; i < 8; ++i) {
-        key[2 * i] = digits[digest[i] >> 4];
-        key[2 * i + 1] = digits[digest[i] & 15];
-    }
-    return key;
-}
+std::string hash(std::string_view text) { return hexadecimal(shortDigest(text)); }
 
-std::string dropStrongMark(std::string_view title) {
-    while (title.starts_with(strongMark)) title.remove_prefix(strongMark.size());
-    return std::string(dravel::trimmedOfWhiteSpaceAndLineBreaks(title));
-}
+std::string dropStrongMark(std::string_view title) { return std::string(withoutStrongMark(title)); }
 
 std::map<std::string, std::string> renamedKeys(std::string_view from, std::string_view to) {
     std::unordered_map<std::int64_t, std::string> before;
