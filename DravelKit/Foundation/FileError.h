@@ -10,10 +10,11 @@ namespace dravel {
 class FileError : public std::runtime_error {
   public:
     enum class Kind {
-        system,  // the system refused; code is an errno value
-        notUtf8, // the bytes are not valid UTF-8
-        changed, // somebody else kept saving the file while we tried to
-        busy,    // another process held the lock for too long
+        system,     // the system refused; code is an errno value
+        notUtf8,    // the bytes are not valid UTF-8
+        notRegular, // a pipe, a socket, a device
+        changed,    // somebody else kept saving the file while we tried to
+        busy,       // another process held the lock for too long
     };
 
     FileError(Kind kind, std::filesystem::path path, int code = 0);

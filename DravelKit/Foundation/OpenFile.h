@@ -1,0 +1,74 @@
+#pragma once
+
+#include "DravelKit/Foundation/FileError.h"
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+// Plain files of the system, every failure a FileError that names the path.
+namespace dravel {
+
+[[noreturn]] void throwSystemError(const std::filesystem::path&); // of errno
+
+class OpenFile {
+  public:
+    using Path = std::filesystem::path;
+
+    OpenFile(Path, int flags, mode_t mode = 0);
+    static std::optional<OpenFile> ifThere(const Path&, int flags);
+    OpenFile(OpenFile&& other) noexcept
+        : path_(std::move(other.path_)), descriptor_(std::exchange(other.descriptor_, -1)) {}
+    OpenFile& operator=(OpenFile&&) = delete;
+    ~OpenFile();
+
+    int descriptor() const { return descriptor_; }
+    struct stat status() const;
+    bool lock() const; // an advisory lock that ends with the descriptor; false when another one holds it
+
+    std::string readAll() const;                  // regular files only
+    void overwrite(std::string_view bytes) const; // in place: the bytes, the length, and down to the disk
+    void sync() const;
+
+  private:
+    struct Opened {
+        int descriptor;
+    };
+    OpenFile(Path path, Opened opened) : path_(std::move(path)), descriptor_(opened.descriptor) {}
+
+    Path path_;
+    int descriptor_;
+};
+
+// What makes a file the same one as a moment ago, besides its bytes.
+struct Identity {
+    dev_t device;
+    ino_t inode;
+    nlink_t links;
+    mode_t mode;
+    uid_t owner;
+    gid_t group;
+    std::int64_t changedSeconds, changedNanoseconds;
+
+    static Identity of(const struct stat&);
+    bool sameFile(const Identity& other) const { return device == other.device && inode == other.inode; }
+    bool operator==(const Identity&) const = default;
+};
+
+// A file as it was read. Keeps it open, for the attributes that a new version must take over.
+struct Snapshot {
+    OpenFile file;
+    Identity identity;
+    std::string text;
+
+    static Snapshot of(const std::filesystem::path&);
+    static std::optional<Snapshot> ifThere(const std::filesystem::path&);
+    bool operator==(const Snapshot& other) const { return identity == other.identity && text == other.text; }
+};
+
+}
