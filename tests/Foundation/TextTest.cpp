@@ -1,0 +1,50 @@
+#include "DravelKit/Foundation/Text.h"
+
+#include <gtest/gtest.h>
+
+using namespace dravel;
+using namespace std::string_literals;
+
+TEST(Text, tellsWellFormedUtf8FromEverythingElse) {
+    for (const auto& text : {""s, "abc\0def"s, "Tâche · ❗ 🎉"s, "\xEF\xBB\xBF# Tâches"s, "\xF4\x8F\xBF\xBF"s,
+                             "\xED\x9F\xBF"s, std::string(40, 'a') + "é" + std::string(40, 'b')})
+        EXPECT_TRUE(isValidUtf8(text)) << text;
+    for (const auto& text : {"\x80"s, "\xC0\x80"s, "\xC3"s, "\xE0\x9F\xBF"s, "\xED\xA0\x80"s, "\xF0\x8F\xBF\xBF"s,
+                             "\xF4\x90\x80\x80"s, "\xF5\x80\x80\x80"s, "\xE2\x82"s, std::string(31, 'a') + "\xFF",
+                             std::string(16, 'a') + "\xC3" + std::string(16, 'a')})
+        EXPECT_FALSE(isValidUtf8(text)) << text;
+}
+
+TEST(Text, lowersCaseAsUnicodeDoesWhateverTheLocale) {
+    const std::pair<std::string, std::string> cases[] = {{"Pain de MIE", "pain de mie"},
+                                                         {"ÉTÉ À L'ÎLE × 2 · ß", "été à l'île × 2 · ß"},
+                                                         {"ŒUVRE ΣΊΣΥΦΟΣ", "œuvre σίσυφος"},
+                                                         {"İ", "i̇"},
+                                                         {"🎉 Ça", "🎉 ça"}};
+    for (const auto& [text, lower] : cases) EXPECT_EQ(lowerCased(text), lower);
+}
+
+TEST(Text, trimsUnicodeBlanksAndBreaksButNoLookAlikes) {
+    EXPECT_EQ(trimmedOfWhiteSpace(" \t\u00A0\u2003\u3000été \u202F"), "été");
+    EXPECT_EQ(trimmedOfWhiteSpace("a\r"), "a\r");
+    EXPECT_EQ(trimmedOfWhiteSpaceAndLineBreaks("\r\n\u2028 à \u0085\v\f"), "à");
+    EXPECT_EQ(trimmedOfWhiteSpaceAndLineBreaks("\u200Bà\uFEFF"), "\u200Bà\uFEFF"); // zero width is no white space
+    EXPECT_EQ(trimmedOfWhiteSpaceAndLineBreaks(" \u2029\t"), "");
+}
+
+TEST(Text, countsAndCutsWhatAReaderCallsCharacters) {
+    EXPECT_EQ(characterCount("abc"), 3U);
+    EXPECT_EQ(characterCount("e\u0301👨‍👩‍👧🇫🇷"), 3U);
+    EXPECT_EQ(firstCharacters("e\u0301👨‍👩‍👧🇫🇷", 2), "e\u0301👨‍👩‍👧");
+    EXPECT_EQ(firstCharacters("abc", 5), "abc");
+    EXPECT_EQ(firstCharacters("été", 0), "");
+}
+
+TEST(Text, splitsReplacesAndReadsDigits) {
+    EXPECT_EQ(split("a · b · ", " · ").size(), 3U);
+    EXPECT_EQ(split("--a--b-", "-", false).size(), 2U);
+    EXPECT_EQ(replacedAll("a · b · c", " · ", " - "), "a - b - c");
+    EXPECT_EQ(parsedDigits("0042"), 42);
+    for (const auto* text : {"", "+1", "-1", " 1", "1 ", "٣", "1.0", "99999999999999999999"})
+        EXPECT_FALSE(parsedDigits(text)) << text;
+}

@@ -1,0 +1,46 @@
+#include "Tacla/TaskList/TaskItem.h"
+
+#include <gtest/gtest.h>
+
+using namespace tacla;
+
+TEST(Day, readsTheNotationOfTheFile) {
+    EXPECT_EQ(Day::parse("2025-03-04"), (Day{2025, 3, 4}));
+    EXPECT_EQ(Day::parse("2025-3-4"), (Day{2025, 3, 4}));
+    EXPECT_EQ(Day::parse("2025--03-04-"), (Day{2025, 3, 4})); // empty pieces are dropped
+    EXPECT_EQ(Day::parse("2025-02-31"), (Day{2025, 2, 31}));
+    EXPECT_EQ(Day::parse("2025-0003-0004"), (Day{2025, 3, 4}));
+    for (const auto* text : {"", "25-03-04", "2025-03", "2025-03-04-05", " 2025-03-04", "2025-03-04 ", "2025-13-01",
+                             "2025-00-01", "2025-01-32", "2025-01-00", "+025-01-01", "2025-0x1-01", "２０２５-01-01"})
+        EXPECT_FALSE(Day::parse(text)) << text;
+}
+
+TEST(Clock, readsTheNotationOfTheFile) {
+    EXPECT_EQ(Clock::parse("09:05"), (Clock{9, 5}));
+    EXPECT_EQ(Clock::parse("9:05"), (Clock{9, 5}));
+    EXPECT_EQ(Clock::parse(":9::05:"), (Clock{9, 5}));
+    for (const auto* text :
+         {"", ":", "9", "9:5", "009:05", "24:00", "23:60", " 9:05", "09:05:", "1:02:03", "-1:00", "9:+5"})
+        EXPECT_EQ(Clock::parse(text).has_value(), std::string(text) == "09:05:") << text;
+}
+
+TEST(Day, movesThroughTheCalendar) {
+    EXPECT_EQ((Day{2025, 3, 3}).nextMonday(), (Day{2025, 3, 10}));
+    EXPECT_EQ((Day{2025, 3, 9}).nextMonday(), (Day{2025, 3, 10}));
+    EXPECT_EQ((Day{2025, 3, 8}).nextMonday(), (Day{2025, 3, 10}));
+    EXPECT_EQ((Day{2025, 12, 31}).plusDays(1), (Day{2026, 1, 1}));
+    EXPECT_EQ((Day{2025, 2, 30}).plusDays(0), (Day{2025, 3, 2}));
+    EXPECT_EQ(Day::of((Day{2025, 2, 31}).date()), (Day{2025, 3, 3}));
+    EXPECT_LT((Day{2025, 3, 4}), (Day{2025, 10, 1}));
+}
+
+TEST(TaskItem, fallsDueAtItsTimeOrAtNine) {
+    const auto due = [](std::optional<Day> day, std::optional<Clock> time) {
+        return TaskItem{0, false, "A", day, time, {}, {}, ""}.at();
+    };
+    EXPECT_EQ(due({}, {}), std::nullopt);
+    EXPECT_EQ(Clock::of(*due(Day{2025, 3, 30}, {})), (Clock{9, 0}));
+    EXPECT_EQ(Clock::of(*due(Day{2025, 3, 30}, Clock{2, 30})), (Clock{3, 0})); // the night without 02:30
+    EXPECT_EQ(due(Day{2025, 10, 26}, Clock{3, 0}).value() - due(Day{2025, 10, 26}, Clock{2, 0}).value(),
+              std::chrono::hours(2));
+}
