@@ -3,8 +3,8 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QGuiApplication>
-#include <QPalette>
+
+#include <utility>
 
 namespace tacla {
 
@@ -53,14 +53,6 @@ QColor trayColour(ColourScheme::Preference preference) {
     case ColourScheme::Preference::unknown: break;
     }
     return QColor(0x81, 0x79, 0xEF);
-}
-
-void applyToApplication(ColourScheme::Preference preference) {
-    switch (preference) {
-    case ColourScheme::Preference::dark: return QGuiApplication::setPalette(QPalette(QColor(0x13, 0x19, 0x27)));
-    case ColourScheme::Preference::light: return QGuiApplication::setPalette(QPalette(QColor(0xF5, 0xF5, 0xF5)));
-    case ColourScheme::Preference::unknown: return QGuiApplication::setPalette(QPalette());
-    }
 }
 
 }

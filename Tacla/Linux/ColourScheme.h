@@ -33,7 +33,4 @@ class ColourScheme final : public QObject {
 // The tray icon's colour: readable on the panel of such a desktop, on either kind when it is not known.
 QColor trayColour(ColourScheme::Preference);
 
-// Gives the application a light or a dark palette; unknown keeps the platform's own.
-void applyToApplication(ColourScheme::Preference);
-
 }

@@ -10,7 +10,7 @@ namespace tacla {
 struct MenuCommand {
     enum class Kind { none, toggle, openWindow, openFile, openAgenda, checkForUpdates, quit };
     Kind kind = Kind::none;
-    std::string key; // of the task to toggle
+    std::string key{}; // of the task to toggle
 
     bool operator==(const MenuCommand&) const = default;
 };
@@ -19,13 +19,13 @@ struct MenuCommand {
 struct MenuEntry {
     enum class Kind { action, header, separator, submenu };
     Kind kind = Kind::action;
-    std::string label;
+    std::string label{};
     bool enabled = true;
-    std::optional<bool> checked;  // only entries that can be checked have it
-    std::optional<char> shortcut; // with Ctrl
-    std::string toolTip;          // the whole title, where a label is cut
-    MenuCommand command;
-    std::vector<MenuEntry> children;
+    std::optional<bool> checked{};  // only entries that can be checked have it
+    std::optional<char> shortcut{}; // with Ctrl
+    std::string toolTip{};          // the whole title, where a label is cut
+    MenuCommand command{};
+    std::vector<MenuEntry> children{};
 
     bool operator==(const MenuEntry&) const = default;
 };

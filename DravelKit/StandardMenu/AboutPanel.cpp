@@ -1,0 +1,61 @@
+#include "DravelKit/StandardMenu/AboutPanel.h"
+
+#include "DravelKit/DravelLogo/DravelLogo.h"
+#include "DravelKit/DravelLogo/TickIcon.h"
+#include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+#include "DravelKit/DravelUI/Typography.h"
+
+#include <QVBoxLayout>
+
+namespace dravel {
+
+namespace {
+
+constexpr int iconSize = 64;
+
+QLabel* centred(QLabel* label) {
+    label->setAlignment(Qt::AlignHCenter);
+    return label;
+}
+
+QString lines(const std::vector<About::Component>& components) {
+    QStringList all;
+    for (const auto& component : components) all << component.name + QStringLiteral(" · ") + component.licence;
+    return all.join(QLatin1Char('\n'));
+}
+
+}
+
+AboutPanel::AboutPanel(const About& about, QWidget* parent) : QDialog(parent) {
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(QStringLiteral("À propos de ") + about.appName);
+    setObjectName(QStringLiteral("about"));
+
+    auto* icon = new QLabel;
+    icon->setPixmap(tickIcon().pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
+    auto* name = new TextLabel(Theme::Typography::pageTitle, Theme::text, about.appName);
+    auto* version =
+        new TextLabel(Theme::Typography::body, Theme::textSecondary, QStringLiteral("Version ") + about.version);
+    version->setSelectable(true);
+    auto* copyright = new TextLabel(Theme::Typography::callout, Theme::textSecondary, about.copyright);
+    auto* components = new TextLabel(Theme::Typography::caption, Theme::textTertiary, lines(about.components));
+    components->setWraps(true);
+    auto* close = new Button(Button::Kind::NeutralOnBackground, QStringLiteral("Fermer"));
+    connect(close, &QAbstractButton::clicked, this, &QDialog::accept);
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(Theme::Space::xl, Theme::Space::xl, Theme::Space::xl, Theme::Space::lg);
+    column->setSpacing(Theme::Space::sm);
+    column->addWidget(centred(icon));
+    for (auto* label : {name, version, copyright}) column->addWidget(centred(label));
+    column->addSpacing(Theme::Space::sm);
+    column->addWidget(centred(components));
+    column->addSpacing(Theme::Space::sm);
+    column->addWidget(new DravelLogo, 0, Qt::AlignHCenter);
+    column->addSpacing(Theme::Space::sm);
+    column->addWidget(close, 0, Qt::AlignHCenter);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+}

@@ -1,0 +1,64 @@
+#include "Tacla/Shell/SingleInstance.h"
+
+#include "applicationadaptor.h"
+
+#include <QDBusMessage>
+
+namespace tacla {
+
+namespace {
+
+constexpr QLatin1String name("fr.dravel.Tacla");
+constexpr QLatin1String path("/fr/dravel/Tacla");
+constexpr QLatin1String interface("org.freedesktop.Application");
+constexpr int patience = 5000; // ms
+
+bool takeName(const QDBusConnection& connection) {
+    constexpr uint doNotQueue = 4, primaryOwner = 1, alreadyOwner = 4;
+    auto message =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
+    message << QString(name) << doNotQueue;
+    const auto reply = connection.call(message, QDBus::Block, patience);
+    const auto answer = reply.arguments().value(0).toUInt();
+    return reply.type() != QDBusMessage::ReplyMessage || answer == primaryOwner || answer == alreadyOwner;
+}
+
+}
+
+std::string activationTokenFromEnvironment() {
+    const auto token = qgetenv("XDG_ACTIVATION_TOKEN");
+    return (token.isEmpty() ? qgetenv("DESKTOP_STARTUP_ID") : token).toStdString();
+}
+
+SingleInstance::Role SingleInstance::claim(QDBusConnection connection, const std::string& activationToken) {
+    // The object before the name: who finds the name taken calls the object at once.
+    new ApplicationAdaptor(this);
+    connection.registerObject(path, this);
+    if (takeName(connection)) return Role::first;
+    connection.unregisterObject(path);
+    auto message = QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("Activate"));
+    const auto token = QString::fromStdString(activationToken);
+    message << QVariantMap{{QStringLiteral("activation-token"), token}, {QStringLiteral("desktop-startup-id"), token}};
+    connection.call(message, QDBus::Block, patience);
+    return Role::second;
+}
+
+void SingleInstance::Activate(const QVariantMap& platformData) { tell(platformData, {}); }
+
+void SingleInstance::Open(const QStringList&, const QVariantMap& platformData) { tell(platformData, {}); }
+
+void SingleInstance::ActivateAction(const QString& action, const QVariantList&, const QVariantMap& platformData) {
+    tell(platformData, action.toStdString());
+}
+
+void SingleInstance::tell(const QVariantMap& platformData, std::optional<std::string> action) {
+    auto token = platformData.value(QStringLiteral("activation-token")).toString();
+    if (token.isEmpty()) token = platformData.value(QStringLiteral("desktop-startup-id")).toString();
+    // The caller waits for the answer, not for the window.
+    QMetaObject::invokeMethod(
+        this, [this, activation = Activation{token.toStdString(), std::move(action)}] { activated(activation); },
+        Qt::QueuedConnection);
+}
+
+}

@@ -1,0 +1,100 @@
+#include "Tacla/Shell/StatusMenu.h"
+
+#include "Tacla/TaskList/Labels.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tacla {
+
+namespace {
+
+constexpr std::size_t upcomingShown = 15;
+
+MenuEntry separator() { return {.kind = MenuEntry::Kind::separator}; }
+MenuEntry header(std::string title) { return {.kind = MenuEntry::Kind::header, .label = std::move(title)}; }
+
+MenuEntry command(std::string label, MenuCommand::Kind kind, std::optional<char> shortcut = {}) {
+    return {.label = std::move(label), .shortcut = shortcut, .command = {.kind = kind}};
+}
+
+MenuEntry taskEntry(const TaskItem& task, const std::string& label) {
+    return {.label = menuLabel(label),
+            .checked = task.done,
+            .toolTip = task.title,
+            .command = {.kind = MenuCommand::Kind::toggle, .key = task.key}};
+}
+
+std::string lateLabel(const TaskItem& task, Day today) {
+    const bool ofToday = task.day == today;
+    const auto prefix = !ofToday ? dayAndMonth(*task.day) : task.time ? task.time->description() : std::string();
+    return prefix + "  " + task.title;
+}
+
+std::string todayLabel(const TaskItem& task) {
+    return task.time ? task.time->description() + "  " + task.title : task.title;
+}
+
+std::string upcomingLabel(const TaskItem& task, Day tomorrow) {
+    const auto day = task.day == tomorrow ? std::string("demain") : dayAndMonth(*task.day);
+    return day + (task.time ? " " + task.time->description() : "") + "  " + task.title;
+}
+
+void append(Menu& menu, Menu more) {
+    menu.insert(menu.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+}
+
+Menu lateBlock(const ModelState& state) {
+    const auto tasks = state.late();
+    if (tasks.empty()) return {};
+    Menu block{header("En retard")};
+    for (const auto& task : tasks) block.push_back(taskEntry(task, lateLabel(task, state.today)));
+    block.push_back(separator());
+    return block;
+}
+
+Menu todayBlock(const ModelState& state) {
+    Menu block{header("Aujourd'hui")};
+    for (const auto& task : state.todays()) block.push_back(taskEntry(task, todayLabel(task)));
+    if (block.size() == 1) block.push_back({.label = "Rien de prévu", .enabled = false});
+    return block;
+}
+
+Menu upcomingBlock(const ModelState& state) {
+    auto tasks = state.upcoming();
+    if (tasks.empty()) return {};
+    tasks.resize(std::min(tasks.size(), upcomingShown), tasks.front());
+    const auto tomorrow = state.today.plusDays(1);
+    MenuEntry submenu{.kind = MenuEntry::Kind::submenu, .label = "À venir"};
+    for (const auto& task : tasks) submenu.children.push_back(taskEntry(task, upcomingLabel(task, tomorrow)));
+    return {separator(), std::move(submenu)};
+}
+
+Menu programBlock(bool agenda, bool updatesAvailable) {
+    using Kind = MenuCommand::Kind;
+    Menu block{separator(), command("Ouvrir Tacla…", Kind::openWindow, 'o'),
+               command("Ouvrir la liste", Kind::openFile)};
+    if (agenda) block.push_back(command("Ouvrir l'agenda", Kind::openAgenda));
+    block.push_back(separator());
+    if (updatesAvailable) block.push_back(command("Rechercher des mises à jour…", Kind::checkForUpdates));
+    block.push_back(command("Quitter Tacla", Kind::quit, 'q'));
+    return block;
+}
+
+}
+
+Menu statusMenu(const ModelState& state, bool updatesAvailable) {
+    auto menu = lateBlock(state);
+    append(menu, todayBlock(state));
+    append(menu, upcomingBlock(state));
+    append(menu, programBlock(state.calendarSync, updatesAvailable));
+    return menu;
+}
+
+std::string statusTitle(std::size_t open) { return open > 0 ? " " + std::to_string(open) : ""; }
+
+std::string statusToolTip(std::size_t open) {
+    return open > 0 ? "Tacla · " + std::to_string(open) + " à faire" : "Tacla · tout est coché";
+}
+
+}
