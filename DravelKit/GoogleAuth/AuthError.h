@@ -13,7 +13,7 @@ class AuthError : public std::runtime_error {
         missingConfig,      // no OAuth client file
         badConfig,          // the file is not a desktop client's
         notSignedIn,        // there is no account any more: the user has to sign in
-        keyringUnreachable, // nobody knows whether there is one; detail: the French reason. Ask again later
+        keyringUnreachable, // the keyring does not help, ask again later; detail: the French message
         unreadableAnswer,   // Google's answer is not what its documentation says
         badEndpoints,       // detail: the setting that names a server which is not this machine
         cancelled,          // the stop token asked

@@ -6,6 +6,7 @@
 #include "DravelKit/GoogleAuth/GoogleEndpoints.h"
 #include "DravelKit/GoogleAuth/Keyring.h"
 #include "DravelKit/GoogleAuth/LoopbackReceiver.h"
+#include "DravelKit/GoogleAuth/TokenAnswer.h"
 #include "DravelKit/GoogleAuth/TokenStore.h"
 
 #include <cstdint>
@@ -15,6 +16,8 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace dravel {
 
@@ -51,18 +54,15 @@ class GoogleAuth {
     void signOut(std::stop_token = {});
 
   private:
-    struct Tokens {
-        Secret access;
-        std::optional<Secret> refresh;
-        Instant expiresAt;
-    };
+    using Fields = std::vector<std::pair<std::string, std::string>>;
 
-    Secret refreshed(const Secret& refreshToken, std::uint64_t account, std::stop_token);
-    Tokens requestToken(const std::string& form, std::stop_token);
+    TokenResponse requestToken(const Fields&, std::uint64_t number, const std::optional<Secret>& refreshToken,
+                               std::stop_token);
+    void dropAccount(std::uint64_t number, const std::optional<Secret>& refreshToken, std::stop_token);
     std::optional<Secret> heldAccessToken() const;
-    void keep(const Tokens&);
-    std::uint64_t account() const;
-    void forget();
+    bool keep(const TokenResponse&, std::uint64_t number);
+    std::uint64_t number() const;
+    std::uint64_t forget();
 
     const GoogleConfig config_;
     const GoogleWorld world_;
@@ -71,7 +71,7 @@ class GoogleAuth {
     mutable std::mutex mutex_; // guards what follows; never held across a wait
     Secret accessToken_;
     Instant expiresAt_ = Instant::min();
-    std::uint64_t account_ = 0; // another number after each sign-in and sign-out
+    std::uint64_t number_ = 0; // of the account: another number after each sign-in and sign-out
 };
 
 }

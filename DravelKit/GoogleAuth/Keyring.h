@@ -19,22 +19,28 @@ class Keyring {
     // May the user be asked to unlock the keyring?
     enum class Ask { no, yes };
 
+    // Why the keyring did not do what it was asked.
+    struct Trouble {
+        std::string reason;    // French, to stand after " : "
+        bool declined = false; // the user was asked to unlock it, and did not
+    };
+
     enum class Found { found, absent, unreachable };
     struct LookUp {
         Found found = Found::unreachable;
-        Secret secret;      // when found
-        std::string reason; // French, when unreachable
+        Secret secret;   // when found
+        Trouble trouble; // when unreachable
     };
 
-    // What came of a change: no value when it was made and read back, else the French reason why it was not.
-    using Failure = std::optional<std::string>;
+    // What came of a change: none when it was made and read back.
+    using Failure = std::optional<Trouble>;
 
     virtual ~Keyring() = default;
 
     virtual LookUp find(const Item&, Ask, std::stop_token) = 0;
     // Replaces what the item held; label is what the user sees in a keyring manager.
-    virtual Failure store(const Item&, const std::string& label, const Secret&, std::stop_token) = 0;
-    virtual Failure erase(const Item&, std::stop_token) = 0;
+    [[nodiscard]] virtual Failure store(const Item&, const std::string& label, const Secret&, std::stop_token) = 0;
+    [[nodiscard]] virtual Failure erase(const Item&, std::stop_token) = 0;
 };
 
 }

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <map>
 #include <span>
 #include <stop_token>
@@ -42,7 +41,7 @@ class LoopbackReceiver {
     std::map<std::string, std::string> waitForCallback(std::chrono::milliseconds timeout, std::stop_token = {});
 
   private:
-    struct Visitor;
+    void close();
 
     const GoogleConfig config_;
     const ReceiverClock clock_;

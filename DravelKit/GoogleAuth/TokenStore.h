@@ -13,19 +13,21 @@ class TokenStore {
   public:
     TokenStore(GoogleConfig, GoogleFolders, std::shared_ptr<Keyring>);
 
-    // Moves the token of an earlier version's file into the keyring first, once. The user is asked to unlock the
-    // keyring at most once in the background: after a refusal, reading is silent until the next write or delete.
+    // Moves the token of an earlier version's file into the keyring first. The user is asked to unlock the keyring
+    // once: after a refusal, reading is silent until the next write or removal.
     Keyring::LookUp read(std::stop_token);
 
-    // Only in the keyring, read back. Throws AuthError (keyringUnreachable).
-    void write(const Secret& token, std::stop_token);
+    // Replaces the token.
+    [[nodiscard]] Keyring::Failure write(const Secret& token, std::stop_token);
 
-    // Removes the token and the file of the earlier version. Throws AuthError (keyringUnreachable) when the token
-    // stays.
-    void remove(std::stop_token);
+    // Removes the token and the file of the earlier version.
+    [[nodiscard]] Keyring::Failure remove(std::stop_token);
 
   private:
-    void importLegacyFile(std::stop_token);
+    Keyring::Item item() const;
+    std::optional<std::filesystem::path> legacyFile() const;
+    Keyring::Failure store(const Secret& token, std::stop_token);
+    Keyring::Failure importLegacyFile(std::stop_token);
 
     const GoogleConfig config_;
     const GoogleFolders folders_;

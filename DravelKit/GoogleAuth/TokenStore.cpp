@@ -1,0 +1,71 @@
+#include "DravelKit/GoogleAuth/TokenStore.h"
+
+#include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/SafeFile.h"
+
+namespace dravel {
+
+namespace {
+
+void removeFile(const std::filesystem::path& path) {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
+}
+
+TokenStore::TokenStore(GoogleConfig config, GoogleFolders folders, std::shared_ptr<Keyring> keyring)
+    : config_(std::move(config)), folders_(std::move(folders)), keyring_(std::move(keyring)) {}
+
+Keyring::Item TokenStore::item() const { return {.service = config_.tokenService, .account = "refresh-token"}; }
+
+std::optional<std::filesystem::path> TokenStore::legacyFile() const {
+    if (!config_.legacyToken) return std::nullopt;
+    return config_.supportDirectory(folders_) / config_.legacyToken->file;
+}
+
+Keyring::Failure TokenStore::store(const Secret& token, std::stop_token stop) {
+    return keyring_->store(item(), config_.appName + " · Google", token, stop);
+}
+
+Keyring::Failure TokenStore::importLegacyFile(std::stop_token stop) {
+    const auto path = legacyFile();
+    if (!path || !SafeFile::modified(*path)) return std::nullopt;
+    std::optional<Secret> token;
+    try {
+        token = config_.legacyToken->read(SafeFile::readText(*path));
+    } catch (const FileError& error) {
+        if (error.kind != FileError::Kind::notUtf8) return std::nullopt; // it may be readable the next time
+    }
+    // The file is the only copy until the keyring has confirmed.
+    if (token) {
+        if (const auto failure = store(*token, stop)) return failure;
+    }
+    removeFile(*path);
+    return std::nullopt;
+}
+
+Keyring::LookUp TokenStore::read(std::stop_token stop) {
+    Keyring::LookUp found;
+    const auto failure = declined_ ? std::nullopt : importLegacyFile(stop);
+    if (failure)
+        found.trouble = *failure;
+    else
+        found = keyring_->find(item(), declined_ ? Keyring::Ask::no : Keyring::Ask::yes, stop);
+    if (found.found == Keyring::Found::unreachable && found.trouble.declined) declined_ = true;
+    if (found.found == Keyring::Found::found) declined_ = false; // unlocked by somebody else meanwhile
+    return found;
+}
+
+Keyring::Failure TokenStore::write(const Secret& token, std::stop_token stop) {
+    declined_ = false;
+    return store(token, stop);
+}
+
+Keyring::Failure TokenStore::remove(std::stop_token stop) {
+    declined_ = false;
+    if (const auto path = legacyFile()) removeFile(*path);
+    return keyring_->erase(item(), stop);
+}
+
+}
