@@ -1,5 +1,8 @@
 #pragma once
 
+#include "DravelKit/Foundation/UserFolders.h"
+#include "Tacla/Preferences/SettingsFile.h"
+
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -8,13 +11,16 @@
 
 namespace tacla {
 
-// The settings that the application and the terminal share: one JSON object in a file, read at each question, written one
-// key at a time under a lock, so that two processes never lose each other's keys. A value of another type than its key's
-// counts as absent. A damaged file is kept aside as "preferences.json.broken", reported once, and read as empty.
+// <config>/fr.dravel.Tacla/preferences.json
+std::filesystem::path preferencesFile(const dravel::UserFolders&);
+
+// The settings that the application and the terminal share: one JSON object in a file, read at each question, written
+// one key at a time under a lock, so that two processes never lose each other's keys. A value of another type than its
+// key's counts as absent. A damaged file is kept aside as "preferences.json.broken", reported once, and read as empty.
 // Setters throw dravel::FileError.
 class Preferences {
   public:
-    using Report = std::function<void(const std::string& message)>; // French, for the user
+    using Report = SettingsFile::Report;
 
     Preferences(std::filesystem::path file, std::filesystem::path lockFolder, Report report = {});
 
@@ -43,8 +49,7 @@ class Preferences {
     void updateNotifiedTasks(const std::function<Notified(Notified)>&);
 
   private:
-    std::filesystem::path file_, lockFolder_;
-    Report report_;
+    SettingsFile file_;
 };
 
 }

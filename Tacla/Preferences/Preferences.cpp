@@ -1,0 +1,114 @@
+#include "Tacla/Preferences/Preferences.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+namespace tacla {
+
+namespace {
+
+using nlohmann::json;
+
+// The value of a key, null where there is none: null is no value of any type here.
+json at(const json& object, const char* key) {
+    const auto found = object.find(key);
+    return found == object.end() ? json() : *found;
+}
+
+std::optional<std::string> text(const json& value) {
+    if (!value.is_string()) return {};
+    return value.get<std::string>();
+}
+
+std::optional<bool> flag(const json& value) {
+    if (!value.is_boolean()) return {};
+    return value.get<bool>();
+}
+
+std::vector<std::string> texts(const json& value) {
+    if (!value.is_array() || !std::ranges::all_of(value, [](const json& one) { return one.is_string(); })) return {};
+    return value.get<std::vector<std::string>>();
+}
+
+std::optional<int> length(const json& value) {
+    if (!value.is_number_integer() || value <= 0 || value > std::numeric_limits<std::int16_t>::max()) return {};
+    return value.get<int>();
+}
+
+}
+
+std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {
+    return folders.config / "fr.dravel.Tacla" / "preferences.json";
+}
+
+Preferences::Preferences(std::filesystem::path file, std::filesystem::path lockFolder, Report report)
+    : file_(std::move(file), std::move(lockFolder), std::move(report)) {}
+
+std::optional<std::string> Preferences::taskFilePath() const { return text(at(file_.read(), "taskFilePath")); }
+
+bool Preferences::calendarSync() const {
+    const auto settings = file_.read();
+    return flag(at(settings, "calendarSync")).value_or(text(at(settings, "calendarID")).has_value());
+}
+
+std::optional<std::string> Preferences::calendarID() const { return text(at(file_.read(), "calendarID")); }
+
+bool Preferences::calendarCreatedByTacla() const {
+    return flag(at(file_.read(), "calendarCreatedByTacla")).value_or(false);
+}
+
+std::vector<std::string> Preferences::notifiedTasks() const { return texts(at(file_.read(), "notifiedTasks")); }
+
+std::optional<bool> Preferences::wantsLaunchAtLogin() const { return flag(at(file_.read(), "wantsLaunchAtLogin")); }
+
+bool Preferences::onboardingDone() const { return flag(at(file_.read(), "onboardingDone")).value_or(false); }
+
+bool Preferences::launchedOnce() const { return flag(at(file_.read(), "launchedOnce")).value_or(false); }
+
+std::optional<Preferences::Size> Preferences::windowSize() const {
+    const auto size = at(file_.read(), "windowSize");
+    if (!size.is_array() || size.size() != 2) return {};
+    const auto width = length(size[0]), height = length(size[1]);
+    if (!width || !height) return {};
+    return Size{*width, *height};
+}
+
+void Preferences::setTaskFilePath(const std::string& path) {
+    file_.change([&](json& settings) { settings["taskFilePath"] = path; });
+}
+
+void Preferences::setCalendarSync(bool on) {
+    file_.change([&](json& settings) { settings["calendarSync"] = on; });
+}
+
+void Preferences::setCalendar(const std::string& identifier, bool createdByTacla) {
+    file_.change([&](json& settings) {
+        settings["calendarID"] = identifier;
+        settings["calendarCreatedByTacla"] = createdByTacla;
+    });
+}
+
+void Preferences::setWantsLaunchAtLogin(bool wanted) {
+    file_.change([&](json& settings) { settings["wantsLaunchAtLogin"] = wanted; });
+}
+
+void Preferences::setOnboardingDone(bool done) {
+    file_.change([&](json& settings) { settings["onboardingDone"] = done; });
+}
+
+void Preferences::setWindowSize(Size size) {
+    file_.change([&](json& settings) { settings["windowSize"] = {size.width, size.height}; });
+}
+
+void Preferences::updateNotifiedTasks(const std::function<Notified(Notified)>& update) {
+    file_.change([&](json& settings) {
+        const auto before = texts(at(settings, "notifiedTasks"));
+        if (auto after = update(before); after != before) settings["notifiedTasks"] = std::move(after);
+    });
+}
+
+}
