@@ -20,13 +20,15 @@ bool Bus::answersWithin(std::chrono::milliseconds patience) {
 bool Bus::isAbsent() { return probe_.state() == BusProbe::State::absent; }
 
 void Bus::open() {
+    if (connection_) return;
     if (answersWithin({})) return connectNow();
-    if (isAbsent()) return;
+    if (isAbsent() || waiting_) return;
+    waiting_ = true;
     auto* notifier = new QSocketNotifier(probe_.descriptor(), QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
         notifier->setEnabled(false);
         notifier->deleteLater();
-        if (answersWithin({})) connectNow();
+        if (!connection_ && answersWithin({})) connectNow();
     });
 }
 
@@ -46,7 +48,6 @@ void Bus::whenOpen(std::function<void(const QDBusConnection&)> observer) {
 WithoutSessionBus::WithoutSessionBus() {
     if (qEnvironmentVariableIsSet(addressVariable)) address_ = qgetenv(addressVariable);
     qputenv(addressVariable, "disabled:");
-    QDBusConnection::sessionBus(); // asked once, Qt remembers the answer
 }
 
 WithoutSessionBus::~WithoutSessionBus() {
@@ -54,6 +55,11 @@ WithoutSessionBus::~WithoutSessionBus() {
         qputenv(addressVariable, *address_);
     else
         qunsetenv(addressVariable);
+}
+
+void keepQtFromSessionBus() {
+    const WithoutSessionBus without;
+    QDBusConnection::sessionBus();
 }
 
 }

@@ -6,8 +6,11 @@
 #include <QDBusConnection>
 #include <QObject>
 
+#include <chrono>
 #include <functional>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace tacla {
 
@@ -21,7 +24,7 @@ class Bus : public QObject {
     bool answersWithin(std::chrono::milliseconds);
     bool isAbsent();
 
-    // Connects at once when the bus answers already, else when it does. Needs a QCoreApplication.
+    // Connects at once when the bus answers already, else when it does. Needs a QCoreApplication. May be called again.
     void open();
 
     std::optional<QDBusConnection> connection() const { return connection_; }
@@ -34,13 +37,14 @@ class Bus : public QObject {
     Kind kind_;
     std::string address_;
     BusProbe probe_;
+    bool waiting_ = false;
     std::optional<QDBusConnection> connection_;
     dravel::Signal<const QDBusConnection&> opened_;
     std::vector<dravel::Connection> observers_;
 };
 
-// Keeps Qt's own parts from waiting for a session bus that does not answer, as long as it lives. Made and dropped while
-// the program has one thread, or none that reads the environment.
+// As long as it lives, the environment names no session bus, so that Qt's own parts do not wait for a silent one. Made
+// and dropped while no other thread reads the environment.
 class WithoutSessionBus {
   public:
     WithoutSessionBus();
@@ -51,5 +55,8 @@ class WithoutSessionBus {
   private:
     std::optional<QByteArray> address_;
 };
+
+// The same for good: Qt asks for the session bus once, and remembers the answer.
+void keepQtFromSessionBus();
 
 }

@@ -63,7 +63,12 @@ void AppDelegate::joinSession(const QDBusConnection& connection) {
 void AppDelegate::joinSystem(const QDBusConnection& connection) { wake_.watch(connection); }
 
 void AppDelegate::showWindow(const std::string& activationToken) {
-    installMenu();
+    if (!menuInstalled_) {
+        world_.session.open();
+        // With its first window Qt asks the session bus for readers of the screen, and would wait for a silent bus.
+        if (!world_.session.connection()) keepQtFromSessionBus();
+        installMenu();
+    }
     window_.show(activationToken);
 }
 
@@ -74,7 +79,7 @@ void AppDelegate::showWindowWithoutTray() {
 }
 
 void AppDelegate::installMenu() {
-    if (std::exchange(menuInstalled_, true)) return;
+    menuInstalled_ = true;
     const auto settings = [this] {
         world_.model.requestSection("settings");
         showWindow();

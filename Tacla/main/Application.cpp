@@ -1,0 +1,215 @@
+#include "Tacla/main/Application.h"
+
+#include "DravelKit/DravelLogo/TickIcon.h"
+#include "DravelKit/DravelUI/Look.h"
+#include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/GoogleAuth/AuthError.h"
+#include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
+#include "DravelKit/Run/ThreadedBackground.h"
+#include "Tacla/AppModel/GoogleCalendarService.h"
+#include "Tacla/CalendarSync/TaclaGoogle.h"
+#include "Tacla/Linux/AutostartLoginItem.h"
+#include "Tacla/Linux/FreedesktopActions.h"
+#include "Tacla/Linux/QtMainLoop.h"
+#include "Tacla/Linux/Watchdog.h"
+#include "Tacla/MainWindow/HeadlessSnapshot.h"
+#include "Tacla/Preferences/TaskFileLocation.h"
+#include "Tacla/Shell/AppDelegate.h"
+#include "Tacla/Shell/CommandLineLink.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QSessionManager>
+#include <QUrl>
+#include <QUuid>
+
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace tacla {
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::filesystem::path;
+
+constexpr auto noScreen = "pas d'écran : l'application ne s'ouvre que dans une session de bureau";
+
+// A bus that works answers within a millisecond; a dead one must not hold up the first picture.
+constexpr auto busPatience = 50ms;
+
+void complain(const std::string& message) { std::fputs(("tacla : " + message + "\n").c_str(), stderr); }
+
+int fail(const std::string& message) {
+    complain(message);
+    return EXIT_FAILURE;
+}
+
+std::string environment(const char* name) { return qgetenv(name).toStdString(); }
+
+// Platforms other than X11 and Wayland, such as "offscreen", need no display.
+bool hasScreen() {
+    const auto platform = environment("QT_QPA_PLATFORM");
+    const bool needsDisplay = platform.empty() || platform.starts_with("xcb") || platform.starts_with("wayland");
+    return !needsDisplay || !environment("DISPLAY").empty() || !environment("WAYLAND_DISPLAY").empty();
+}
+
+// Qt ends the process by abort when the display does not answer; its own words about that are not for users.
+void endWithoutScreen(QtMsgType type, const QMessageLogContext&, const QString&) {
+    if (type != QtFatalMsg) return;
+    complain(noScreen);
+    std::_Exit(EXIT_FAILURE);
+}
+
+struct Paths {
+    dravel::UserFolders folders = dravel::UserFolders::fromEnvironment();
+    path program = std::filesystem::read_symlink("/proc/self/exe");
+    path share = program.parent_path().parent_path() / "share";
+
+    // The icon by its name, or by its file where it is not installed for the whole desktop.
+    QString notificationIcon() const {
+        const auto file = share / "icons/hicolor/scalable/apps/fr.dravel.Tacla.svg";
+        if (share == "/usr/share" || !std::filesystem::exists(file)) return QStringLiteral("fr.dravel.Tacla");
+        return QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
+    }
+};
+
+void nameApplication() {
+    QCoreApplication::setApplicationName(QStringLiteral("Tacla"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TACLA_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("fr.dravel.Tacla"));
+}
+
+void setUp(QApplication& application) {
+    QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setWindowIcon(dravel::tickIcon());
+    // The autostart entry opens the program at login: the session must not do so too.
+    QObject::connect(&application, &QGuiApplication::saveStateRequest, &application,
+                     [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
+    dravel::installLook(application, dravel::appearanceOf(QGuiApplication::palette()));
+}
+
+GoogleCalendarService::World googleWorld(const Paths& paths, Preferences& preferences, dravel::MainLoop& loop) {
+    return {.preferences = preferences,
+            .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
+            .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
+            .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
+            .openBrowser = [&loop](const std::string& url) {
+                loop.post([url] { QDesktopServices::openUrl(QUrl(QString::fromStdString(url))); });
+            }};
+}
+
+// The first of its name: runs until it is told to quit.
+int runFirst(const Paths& paths, Bus& session, SingleInstance& instance, const std::string& activationToken) {
+    QtMainLoop loop;
+    std::optional<Watchdog> watchdog;
+    if (const auto file = environment("TACLA_WATCHDOG"); !file.empty()) watchdog.emplace(file);
+    std::optional<std::string> damage;
+    Preferences preferences(preferencesFile(paths.folders), paths.folders.locks,
+                            [&](const std::string& message) { damage = message; });
+    makeCommandLineLink(commandLineLink(paths.folders.home, environment("PATH"), paths.program, existsOrDangles));
+
+    Bus system(Bus::Kind::system);
+    DesktopNotifications notifications(paths.notificationIcon());
+    AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
+    GoogleCalendarService calendar(googleWorld(paths, preferences, loop));
+    dravel::ThreadedBackground background(loop); // its jobs use what stands above
+    AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
+                   resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
+    if (damage) model.report(*damage);
+
+    AppDelegate delegate({.loop = loop,
+                          .session = session,
+                          .system = system,
+                          .instance = instance,
+                          .notifications = notifications,
+                          .preferences = preferences,
+                          .model = model,
+                          .actions = freedesktopActions(session, paths.folders.home, TACLA_VERSION),
+                          .activationToken = activationToken,
+                          .quit = [] { QCoreApplication::exit(); }});
+    delegate.launch();
+    return QCoreApplication::exec();
+}
+
+}
+
+int runApplication(int& argc, char** argv) try {
+    if (!hasScreen()) return fail(noScreen);
+    const auto activationToken = activationTokenFromEnvironment(); // Qt removes it from the environment
+    nameApplication();
+    Bus session(Bus::Kind::session);
+    std::optional<WithoutSessionBus> without;
+    if (!session.answersWithin(busPatience)) without.emplace();
+    qInstallMessageHandler(endWithoutScreen);
+    QApplication application(argc, argv);
+    qInstallMessageHandler(nullptr);
+    without.reset();
+
+    session.open();
+    SingleInstance instance;
+    if (const auto connection = session.connection())
+        if (instance.claim(*connection, activationToken) == SingleInstance::Role::second) return EXIT_SUCCESS;
+    setUp(application);
+    return runFirst(Paths(), session, instance, activationToken);
+} catch (const dravel::AuthError& error) { // addresses of another machine in TACLA_GOOGLE_BASE
+    return fail(error.what());
+}
+
+int runNotifyTest(int& argc, char** argv) {
+    nameApplication();
+    QCoreApplication application(argc, argv);
+    Bus session(Bus::Kind::session);
+    DesktopNotifications notifications(Paths().notificationIcon());
+    if (session.answersWithin(5s)) session.open();
+    if (const auto connection = session.connection())
+        notifications.use(*connection);
+    else
+        notifications.doWithout();
+
+    const NotificationRequest request{QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(),
+                                      {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""},
+                                      {}};
+    notifications.ask([&](auto) {
+        notifications.show(request, [](const NotificationServer::Error& error) {
+            if (error) std::fputs((*error + "\n").c_str(), stderr);
+            QCoreApplication::exit();
+        });
+    });
+    return QCoreApplication::exec();
+}
+
+int runSnapshot(int& argc, char** argv) {
+    const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
+    const path file = arguments[2];
+    const bool dark = std::any_of(arguments.begin() + 1, arguments.end(),
+                                  [](const char* argument) { return std::string_view(argument) == "--dark"; });
+    const auto appearance = dark ? dravel::Appearance::Dark : dravel::Appearance::Light;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const WithoutSessionBus without;
+    nameApplication();
+    QApplication application(argc, argv);
+    dravel::installLook(application, appearance);
+
+    const Paths paths;
+    QtMainLoop loop;
+    dravel::ThreadedBackground background(loop);
+    Preferences preferences(preferencesFile(paths.folders), paths.folders.locks);
+    AppModel model({loop, background, preferences, paths.folders},
+                   resolvedFile(environment("TACLA_FILE"), preferences, paths.folders), true);
+    model.reload();
+    DesktopActions actions;
+    actions.version = TACLA_VERSION;
+    actions.home = paths.folders.home;
+    try {
+        saveSnapshot(model, actions, file, {.dark = dark});
+    } catch (const dravel::FileError& error) {
+        return fail("impossible d'écrire " + error.path.string() + " : " + error.description());
+    }
+    return EXIT_SUCCESS;
+}
+
+}
