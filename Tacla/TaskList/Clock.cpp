@@ -4,8 +4,6 @@
 #include "DravelKit/Foundation/WallCalendar.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace tacla {
 
@@ -28,11 +26,6 @@ Clock Clock::of(Instant at) {
     return {reading.hour, reading.minute};
 }
 
-std::string Clock::description() const {
-    std::array<char, 48> text;
-    std::snprintf(text.data(), text.size(), "%02lld:%02lld", static_cast<long long>(hour),
-                  static_cast<long long>(minute));
-    return text.data();
-}
+std::string Clock::description() const { return dravel::padded(hour, 2) + ":" + dravel::padded(minute, 2); }
 
 }

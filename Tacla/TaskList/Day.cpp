@@ -3,14 +3,32 @@
 #include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallCalendar.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
 
 namespace tacla {
 
 namespace wall = dravel::wall;
 
+namespace {
+
+std::optional<Day> checkedDay(std::optional<std::int64_t> year, std::optional<std::int64_t> month,
+                              std::optional<std::int64_t> day) {
+    if (!year || !month || !day || *month < 1 || *month > 12 || *day < 1 || *day > 31) return std::nullopt;
+    return Day{*year, *month, *day};
+}
+
+// The usual notation, at once: all but a few dates of a file are written so.
+std::optional<Day> parsedFullDay(std::string_view text) {
+    if (text.size() != 10 || text[4] != '-' || text[7] != '-') return std::nullopt;
+    return checkedDay(dravel::parsedDigits(text.substr(0, 4)), dravel::parsedDigits(text.substr(5, 2)),
+                      dravel::parsedDigits(text.substr(8, 2)));
+}
+
+}
+
 std::optional<Day> Day::parse(std::string_view text) {
+    if (const auto day = parsedFullDay(text)) return day;
     std::array<std::string_view, 3> pieces;
     std::size_t count = 0;
     for (std::size_t begin = 0; begin <= text.size();) {
@@ -22,11 +40,8 @@ std::optional<Day> Day::parse(std::string_view text) {
         begin = end + 1;
     }
     if (count != pieces.size() || pieces[0].size() != 4) return std::nullopt;
-    const auto year = dravel::parsedDigits(pieces[0]);
-    const auto month = dravel::parsedDigits(pieces[1]);
-    const auto day = dravel::parsedDigits(pieces[2]);
-    if (!year || !month || !day || *month < 1 || *month > 12 || *day < 1 || *day > 31) return std::nullopt;
-    return Day{*year, *month, *day};
+    return checkedDay(dravel::parsedDigits(pieces[0]), dravel::parsedDigits(pieces[1]),
+                      dravel::parsedDigits(pieces[2]));
 }
 
 Day Day::of(Instant at) {
@@ -37,10 +52,7 @@ Day Day::of(Instant at) {
 Instant Day::date() const { return wall::instant({year, month, day, 0, 0}); }
 
 std::string Day::description() const {
-    std::array<char, 64> text;
-    std::snprintf(text.data(), text.size(), "%04lld-%02lld-%02lld", static_cast<long long>(year),
-                  static_cast<long long>(month), static_cast<long long>(day));
-    return text.data();
+    return dravel::padded(year, 4) + "-" + dravel::padded(month, 2) + "-" + dravel::padded(day, 2);
 }
 
 std::string Day::longLabel() const { return wall::frenchLongDay(year, month, day); }

@@ -5,17 +5,9 @@
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
-#include <array>
-#include <cstdio>
-
 namespace tacla {
 
-std::string dayAndMonth(Day day) {
-    std::array<char, 48> text;
-    std::snprintf(text.data(), text.size(), "%02lld/%02lld", static_cast<long long>(day.day),
-                  static_cast<long long>(day.month));
-    return text.data();
-}
+std::string dayAndMonth(Day day) { return dravel::padded(day.day, 2) + "/" + dravel::padded(day.month, 2); }
 
 std::string counted(std::size_t n, std::string_view singular) {
     return std::to_string(n) + " " + std::string(singular) + (n >= 2 ? "s" : "");

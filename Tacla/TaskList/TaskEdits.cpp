@@ -1,5 +1,6 @@
 #include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskKeys.h"
 #include "Tacla/TaskList/TaskLines.h"
 
 #include <algorithm>
@@ -15,12 +16,6 @@ struct Span {
     std::size_t begin, end; // without the line feed
 };
 
-Span lineSpan(std::string_view text, std::int64_t number) {
-    std::size_t begin = 0;
-    for (; number > 0; --number) begin = text.find('\n', begin) + 1;
-    return {begin, std::min(text.find('\n', begin), text.size())};
-}
-
 std::string spliced(std::string_view text, Span span, std::string_view replacement) {
     std::string result;
     result.reserve(text.size() + replacement.size());
@@ -28,22 +23,40 @@ std::string spliced(std::string_view text, Span span, std::string_view replaceme
     return result;
 }
 
-std::optional<TaskItem> find(std::string_view text, std::string_view key) {
-    auto tasks = parse(text);
-    const auto found = std::ranges::find(tasks, key, &TaskItem::key);
-    if (found == tasks.end()) return std::nullopt;
-    return std::move(*found);
+// A task and where its line stands in the text.
+struct Found {
+    TaskLine task;
+    Span span;
+};
+
+// The first task with that key.
+std::optional<Found> find(std::string_view text, std::string_view key) {
+    TaskCounter counter(text.size() / 48);
+    std::optional<Found> found;
+    forEachTask(text, [&](const TaskLine& task, std::size_t begin, std::size_t end) {
+        if (!found && written(counter.next(titleDigest(task.title)), task.title) == key)
+            found = Found{task, {begin, end}};
+    });
+    return found;
+}
+
+std::string_view lineOf(std::string_view text, Span span) { return text.substr(span.begin, span.end - span.begin); }
+
+// The whole line of a piece of the text.
+Span lineAround(std::string_view text, std::string_view piece) {
+    const auto at = static_cast<std::size_t>(piece.data() - text.data());
+    const auto before = at == 0 ? text.npos : text.rfind('\n', at - 1);
+    return {before == text.npos ? 0 : before + 1, std::min(text.find('\n', at), text.size())};
 }
 
 // Replaces the line of the task with that key by what `change` makes of it, unless it makes none.
 template <class Change>
 std::optional<std::string> edit(std::string_view text, std::string_view key, Change change) {
-    const auto task = find(text, key);
-    if (!task) return std::nullopt;
-    const auto span = lineSpan(text, task->line);
-    const std::optional<std::string> line = change(*task, text.substr(span.begin, span.end - span.begin));
+    const auto found = find(text, key);
+    if (!found) return std::nullopt;
+    const std::optional<std::string> line = change(found->task, lineOf(text, found->span));
     if (!line) return std::nullopt;
-    return spliced(text, span, *line);
+    return spliced(text, found->span, *line);
 }
 
 std::string joined(const std::vector<std::string>& parts) {
@@ -59,7 +72,7 @@ void replaceFirst(std::string& line, std::string_view from, std::string_view to)
     if (const auto at = line.find(from); at != line.npos) line.replace(at, from.size(), to);
 }
 
-std::string written(Day day, std::optional<Clock> time) {
+std::string whenText(Day day, std::optional<Clock> time) {
     return time ? day.description() + " " + time->description() : day.description();
 }
 
@@ -79,7 +92,7 @@ std::string unchecked(std::string_view line) {
     return joined(kept);
 }
 
-std::string rescheduled(const TaskItem& task, std::string_view line, Day to, std::optional<Clock> time, Day today) {
+std::string rescheduled(const TaskLine& task, std::string_view line, Day to, std::optional<Clock> time, Day today) {
     const auto parts = dravel::split(line, separator);
     std::vector<std::string> kept{std::string(parts.front())};
     bool placed = false;
@@ -87,12 +100,37 @@ std::string rescheduled(const TaskItem& task, std::string_view line, Day to, std
         if (!parsedWhen(dravel::trimmedOfWhiteSpace(part)))
             kept.emplace_back(part);
         else if (!std::exchange(placed, true))
-            kept.push_back(written(to, time));
+            kept.push_back(whenText(to, time));
     }
-    if (!placed) kept.push_back(written(to, time));
+    if (!placed) kept.push_back(whenText(to, time));
     const bool wasLate = task.day && *task.day < today && *task.day != to;
     if (!task.due && wasLate) kept.push_back(std::string(duePrefix) + task.day->description());
     return joined(kept);
+}
+
+// The line with another title.
+std::string retitled(std::string_view line, bool strong, std::string_view title) {
+    const auto begin = checkbox(line)->begin + checkboxLength;
+    const auto end = std::min(line.find(separator, begin), line.size());
+    const auto mark = strong ? std::string(strongMark) + " " : std::string();
+    return spliced(line, {begin, end}, mark + std::string(title));
+}
+
+// The same titles with the one of that line read anew, and all of them numbered again.
+std::vector<KeyedTitle> withLine(const std::vector<KeyedTitle>& titles, std::int64_t number, std::string_view line) {
+    TaskCounter counter(titles.size());
+    std::vector<KeyedTitle> result;
+    result.reserve(titles.size());
+    for (auto title : titles) {
+        if (title.line == number) {
+            const auto task = readTaskLine(line, number);
+            if (!task) continue;
+            title = {number, task->title, {titleDigest(task->title), 0}};
+        }
+        title.key = counter.next(title.key.digest);
+        result.push_back(title);
+    }
+    return result;
 }
 
 // Where a new task goes: the index of the line before which it is inserted.
@@ -116,7 +154,7 @@ std::string add(std::string_view text, std::string_view title, Day day, std::opt
     std::string line = "- [ ] ";
     if (strong) line.append(strongMark).append(" ");
     line += dropStrongMark(dravel::replacedAll(title, separator, " - "));
-    line.append(separator).append(written(day, time));
+    line.append(separator).append(whenText(day, time));
 
     const auto lines = dravel::split(text, "\n");
     const auto place = placeOfNewTask(lines);
@@ -126,36 +164,34 @@ std::string add(std::string_view text, std::string_view title, Day day, std::opt
 }
 
 std::optional<std::string> setDone(std::string_view text, std::string_view key, bool done, Day today) {
-    return edit(text, key, [&](const TaskItem& task, std::string_view line) -> std::optional<std::string> {
+    return edit(text, key, [&](const TaskLine& task, std::string_view line) -> std::optional<std::string> {
         if (task.done == done) return std::nullopt;
         return done ? checked(line, today) : unchecked(line);
     });
 }
 
 std::optional<Renamed> rename(std::string_view text, std::string_view key, std::string_view to) {
-    auto renamed = edit(text, key, [&](const TaskItem& task, std::string_view line) -> std::optional<std::string> {
-        if (dropStrongMark(task.title) == to) return std::nullopt;
-        const auto titleBegin = checkbox(line)->begin + checkboxLength;
-        const auto titleEnd = std::min(line.find(separator, titleBegin), line.size());
-        const auto title = task.strong() ? std::string(strongMark) + " " + std::string(to) : std::string(to);
-        return spliced(line, {titleBegin, titleEnd}, title);
-    });
-    if (!renamed) return std::nullopt;
-    auto keys = renamedKeys(text, *renamed);
-    return Renamed{*std::move(renamed), std::move(keys)};
+    if (to.find('\n') != to.npos) return std::nullopt; // a title is one line
+    const auto before = keyedTitles(text);
+    const auto task =
+        std::ranges::find_if(before, [&](const KeyedTitle& title) { return written(title.key, title.title) == key; });
+    if (task == before.end() || withoutStrongMark(task->title) == to) return std::nullopt;
+    const auto span = lineAround(text, task->title);
+    const auto line = retitled(lineOf(text, span), task->title.starts_with(strongMark), to);
+    return Renamed{spliced(text, span, line), changedKeys(before, withLine(before, task->line, line))};
 }
 
 std::optional<std::string> reschedule(std::string_view text, std::string_view key, Day to, std::optional<Clock> time,
                                       Day today) {
-    return edit(text, key, [&](const TaskItem& task, std::string_view line) -> std::optional<std::string> {
+    return edit(text, key, [&](const TaskLine& task, std::string_view line) -> std::optional<std::string> {
         return rescheduled(task, line, to, time, today);
     });
 }
 
 std::optional<std::string> remove(std::string_view text, std::string_view key) {
-    const auto task = find(text, key);
-    if (!task) return std::nullopt;
-    auto span = lineSpan(text, task->line);
+    const auto found = find(text, key);
+    if (!found) return std::nullopt;
+    auto span = found->span;
     if (span.end < text.size())
         ++span.end; // with its line feed
     else if (span.begin > 0)

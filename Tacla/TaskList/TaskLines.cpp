@@ -41,6 +41,10 @@ void readAttribute(TaskLine& task, std::string_view part) {
 
 }
 
+std::string written(Day day, std::optional<Clock> time) {
+    return time ? day.description() + " " + time->description() : day.description();
+}
+
 std::optional<When> parsedWhen(std::string_view part) {
     std::array<std::string_view, 2> pieces;
     std::size_t count = 0;

@@ -3,9 +3,12 @@
 #include "Tacla/TaskList/Clock.h"
 #include "Tacla/TaskList/Day.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <type_traits>
 
 // The grammar of a task line. Views into the text, no keys: what a quick look at a long list needs.
 namespace tacla {
@@ -31,6 +34,7 @@ struct When {
     std::optional<Clock> time;
 };
 std::optional<When> parsedWhen(std::string_view part);
+std::string written(Day, std::optional<Clock>); // the reverse
 
 // Where the checkbox stands in a task line: behind the indentation.
 struct Checkbox {
@@ -47,7 +51,12 @@ void forEachTask(std::string_view text, Visitor visit) {
     std::int64_t number = 0;
     for (std::size_t begin = 0; begin <= text.size(); ++number) {
         const auto end = std::min(text.find('\n', begin), text.size());
-        if (const auto task = readTaskLine(text.substr(begin, end - begin), number)) visit(*task);
+        if (const auto task = readTaskLine(text.substr(begin, end - begin), number)) {
+            if constexpr (std::is_invocable_v<Visitor, const TaskLine&>)
+                visit(*task);
+            else
+                visit(*task, begin, end);
+        }
         begin = end + 1;
     }
 }

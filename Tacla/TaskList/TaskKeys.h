@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A task's key, before it is written out: what its title hashes to, and which of the tasks of that title it is.
+namespace tacla {
+
+struct TaskKey {
+    std::uint64_t digest; // the first 8 bytes of the SHA-256 digest of the title in lower case, without its "❗"
+    int nth;              // from 1, in file order
+
+    bool operator==(const TaskKey&) const = default;
+};
+
+std::string_view withoutStrongMark(std::string_view title);
+std::uint64_t titleDigest(std::string_view title);
+
+// The 16 hexadecimal digits. The title is asked for the second and later tasks of one title only.
+std::string written(TaskKey, std::string_view title);
+
+// A task of a text by its line, and its key.
+struct KeyedTitle {
+    std::int64_t line;
+    std::string_view title;
+    TaskKey key;
+};
+std::vector<KeyedTitle> keyedTitles(std::string_view text);
+
+// Old key to new key of every line whose task has another key afterwards. Both in line order.
+std::map<std::string, std::string> changedKeys(const std::vector<KeyedTitle>& before,
+                                               const std::vector<KeyedTitle>& after);
+
+// Numbers the tasks of each title as they come. A flat hash table: a node for each title would cost more than all the
+// rest.
+class TaskCounter {
+  public:
+    explicit TaskCounter(std::size_t expectedTasks);
+    TaskKey next(std::uint64_t digest);
+
+  private:
+    struct Slot {
+        std::uint64_t digest;
+        int count;
+    };
+    std::vector<Slot> slots_; // a power of two, never full; count 0 is free
+    std::size_t used_ = 0;
+
+    Slot& slot(std::uint64_t digest);
+    void grow();
+};
+
+}
