@@ -44,6 +44,10 @@ AppModel::~AppModel() = default;
 
 const ModelState& AppModel::state() const { return inside_->state; }
 
+const ReminderRecord* AppModel::reminders() const {
+    return inside_->reminders ? &inside_->reminders->record() : nullptr;
+}
+
 void AppModel::start() {
     auto& in = *inside_;
     if (in.file.path() == documentsTaskFile(in.world.folders)) in.createIfMissing();

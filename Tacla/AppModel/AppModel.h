@@ -16,6 +16,8 @@
 
 namespace tacla {
 
+struct ReminderRecord;
+
 // The one observable state of the running application, bound to one task file. Main thread only.
 class AppModel {
   public:
@@ -36,7 +38,8 @@ class AppModel {
     ~AppModel();
 
     const ModelState& state() const;
-    dravel::Signal<> changed; // told once per change of the state
+    const ReminderRecord* reminders() const; // none without notifications
+    dravel::Signal<> changed;                // told once per change of the state
 
     void start();
     void reload();
