@@ -8,7 +8,6 @@
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
-#include <charconv>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -190,11 +189,21 @@ std::string replacedAll(std::string_view text, std::string_view from, std::strin
 }
 
 std::optional<std::int64_t> parsedDigits(std::string_view text) {
-    std::uint64_t value = 0;
-    if (text.empty() || text.front() < '0' || text.front() > '9') return std::nullopt;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || value > INT64_MAX) return std::nullopt;
-    return static_cast<std::int64_t>(value);
+    if (text.empty()) return std::nullopt;
+    std::int64_t value = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9') return std::nullopt;
+        const int digit = c - '0';
+        if (value > (INT64_MAX - digit) / 10) return std::nullopt;
+        value = value * 10 + digit;
+    }
+    return value;
+}
+
+std::string padded(std::int64_t number, std::size_t width) {
+    auto text = std::to_string(number);
+    if (text.size() < width) text.insert(number < 0 ? 1 : 0, width - text.size(), '0');
+    return text;
 }
 
 }

@@ -28,5 +28,6 @@ std::string replacedAll(std::string_view text, std::string_view from, std::strin
 
 // ASCII digits only, no sign, no white space; none when empty or beyond 64 bits.
 std::optional<std::int64_t> parsedDigits(std::string_view text);
+std::string padded(std::int64_t number, std::size_t width); // with zeros: "07", "-7"
 
 }

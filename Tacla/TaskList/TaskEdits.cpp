@@ -72,10 +72,6 @@ void replaceFirst(std::string& line, std::string_view from, std::string_view to)
     if (const auto at = line.find(from); at != line.npos) line.replace(at, from.size(), to);
 }
 
-std::string whenText(Day day, std::optional<Clock> time) {
-    return time ? day.description() + " " + time->description() : day.description();
-}
-
 std::string checked(std::string_view line, Day today) {
     std::string result(line);
     replaceFirst(result, "- [ ] ", "- [x] ");
@@ -100,9 +96,9 @@ std::string rescheduled(const TaskLine& task, std::string_view line, Day to, std
         if (!parsedWhen(dravel::trimmedOfWhiteSpace(part)))
             kept.emplace_back(part);
         else if (!std::exchange(placed, true))
-            kept.push_back(whenText(to, time));
+            kept.push_back(written(to, time));
     }
-    if (!placed) kept.push_back(whenText(to, time));
+    if (!placed) kept.push_back(written(to, time));
     const bool wasLate = task.day && *task.day < today && *task.day != to;
     if (!task.due && wasLate) kept.push_back(std::string(duePrefix) + task.day->description());
     return joined(kept);
@@ -154,7 +150,7 @@ std::string add(std::string_view text, std::string_view title, Day day, std::opt
     std::string line = "- [ ] ";
     if (strong) line.append(strongMark).append(" ");
     line += dropStrongMark(dravel::replacedAll(title, separator, " - "));
-    line.append(separator).append(whenText(day, time));
+    line.append(separator).append(written(day, time));
 
     const auto lines = dravel::split(text, "\n");
     const auto place = placeOfNewTask(lines);

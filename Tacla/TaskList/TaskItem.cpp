@@ -7,10 +7,7 @@ namespace tacla {
 
 bool TaskItem::strong() const { return title.starts_with(strongMark); }
 
-std::string TaskItem::when() const {
-    if (!day) return {};
-    return time ? day->description() + " " + time->description() : day->description();
-}
+std::string TaskItem::when() const { return day ? written(*day, time) : std::string(); }
 
 std::optional<Instant> TaskItem::at() const {
     if (!day) return std::nullopt;
