@@ -70,7 +70,7 @@ struct Exchange {
     std::optional<Kind> failure;
     std::size_t headerBytes = 0;
     curl_off_t moved = 0; // bytes in both directions
-    bool sent = false;
+    bool sent = false, headWhole = false;
 
     bool refuse(Kind kind) {
         failure = kind;
@@ -81,6 +81,7 @@ struct Exchange {
         headerBytes += line.size();
         if (headerBytes > longestHeaders) return refuse(Kind::tooLarge);
         if (line.starts_with("HTTP/")) response.headers.clear(); // of an interim answer (1xx)
+        headWhole = trimmed(line).empty();                       // libcurl takes a head that breaks off for a whole one
         const auto colon = line.find(':');
         if (colon != line.npos)
             response.headers[lowerCaseLetters(trimmed(line.substr(0, colon)))] = trimmed(line.substr(colon + 1));
@@ -221,7 +222,10 @@ struct HttpClient::Session {
             int running = 0;
             if (curl_multi_perform(multi.get(), &running) != CURLM_OK) return Kind::failed;
             if (exchange.failure) return exchange.failure;
-            if (const auto code = finished()) return *code == CURLE_OK ? std::nullopt : std::optional(kindOf(*code));
+            if (const auto code = finished()) {
+                if (*code != CURLE_OK) return kindOf(*code);
+                return exchange.headWhole ? std::nullopt : std::optional(Kind::lost);
+            }
             if (stop.stop_requested()) return Kind::cancelled;
             const Point moment = now();
             if (std::exchange(moved, exchange.moved) != exchange.moved) lastByte = moment;

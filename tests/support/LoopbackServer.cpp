@@ -1,0 +1,131 @@
+#include "tests/support/LoopbackServer.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <stdexcept>
+
+namespace tacla::testing {
+
+LoopbackServer::Answer LoopbackServer::answer(int status, std::string_view body, std::string_view headers) {
+    std::string bytes = "HTTP/1.1 " + std::to_string(status) + " Status\r\n";
+    bytes.append(headers)
+        .append("Content-Length: ")
+        .append(std::to_string(body.size()))
+        .append("\r\n\r\n")
+        .append(body);
+    return {.bytes = bytes};
+}
+
+LoopbackServer::LoopbackServer(std::vector<Answer> script)
+    : script_(std::move(script)), listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    auto* const any = reinterpret_cast<sockaddr*>(&address);
+    if (::bind(listener_, any, length) != 0 || ::listen(listener_, 16) != 0 ||
+        ::getsockname(listener_, any, &length) != 0)
+        throw std::runtime_error("no loopback server");
+    port_ = ntohs(address.sin_port);
+    thread_ = std::jthread([this] { serve(); });
+}
+
+LoopbackServer::~LoopbackServer() {
+    {
+        const std::lock_guard lock(mutex_);
+        over_ = true;
+        ::shutdown(listener_, SHUT_RDWR);
+        if (client_ >= 0) ::shutdown(client_, SHUT_RDWR);
+        changed_.notify_all();
+    }
+    thread_.join();
+    ::close(listener_);
+}
+
+std::string LoopbackServer::base() const { return "http://127.0.0.1:" + std::to_string(port_); }
+
+std::vector<LoopbackServer::Request> LoopbackServer::requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+}
+
+void LoopbackServer::push(std::string_view bytes) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return hanging_ >= 0 || over_; });
+    [[maybe_unused]] const auto sent = ::send(hanging_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+}
+
+void LoopbackServer::serve() {
+    for (int connection = 1;; ++connection) {
+        const int client = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        if (client < 0) return;
+        {
+            const std::lock_guard lock(mutex_);
+            client_ = client;
+        }
+        while (serveOne(client, connection)) {
+        }
+        const std::lock_guard lock(mutex_);
+        client_ = -1;
+        ::close(client);
+        if (over_) return;
+    }
+}
+
+// False when the connection is over.
+bool LoopbackServer::serveOne(int client, int connection) {
+    Request request{.line = {}, .headers = {}, .body = {}, .connection = connection};
+    if (!receive(client, request)) return false;
+    std::size_t number;
+    {
+        const std::lock_guard lock(mutex_);
+        number = requests_.size();
+        requests_.push_back(request);
+    }
+    if (number >= script_.size()) return false;
+    const Answer& answer = script_[number];
+    if (answer.before) answer.before();
+    [[maybe_unused]] const auto sent = ::send(client, answer.bytes.data(), answer.bytes.size(), MSG_NOSIGNAL);
+    if (answer.then == Then::reset) {
+        const linger now{.l_onoff = 1, .l_linger = 0};
+        ::setsockopt(client, SOL_SOCKET, SO_LINGER, &now, sizeof now);
+    }
+    if (answer.then == Then::hang) {
+        std::unique_lock lock(mutex_);
+        hanging_ = client;
+        changed_.notify_all();
+        lock.unlock();
+        char ignored;
+        while (::recv(client, &ignored, 1, 0) > 0) {
+        } // until the client gives up
+        lock.lock();
+        hanging_ = -1;
+    }
+    return answer.then == Then::keep;
+}
+
+bool LoopbackServer::receive(int client, Request& request) {
+    std::string bytes;
+    std::size_t head = std::string::npos, wanted = 0;
+    while (head == std::string::npos || bytes.size() < wanted) {
+        std::array<char, 65536> buffer;
+        const auto count = ::recv(client, buffer.data(), buffer.size(), 0);
+        if (count <= 0) return false;
+        bytes.append(buffer.data(), static_cast<std::size_t>(count));
+        if (head != std::string::npos || (head = bytes.find("\r\n\r\n")) == std::string::npos) continue;
+        constexpr std::string_view name = "\r\nContent-Length: ";
+        const auto length = bytes.find(name);
+        wanted = head + 4 + (length < head ? std::stoul(bytes.substr(length + name.size())) : 0);
+    }
+    const auto lineEnd = bytes.find("\r\n");
+    request.line = bytes.substr(0, lineEnd);
+    request.headers = bytes.substr(lineEnd + 2, head - lineEnd);
+    request.body = bytes.substr(head + 4);
+    return true;
+}
+
+}
