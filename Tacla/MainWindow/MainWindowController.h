@@ -12,6 +12,8 @@ class QMainWindow;
 
 namespace tacla {
 
+class MainWindow;
+
 // The application's only window: made at the first demand, hidden when closed, kept for the life of the process.
 class MainWindowController {
   public:
@@ -28,12 +30,13 @@ class MainWindowController {
     QMainWindow& window();
 
   private:
-    class Window;
+    MainWindow& made();
+
     AppModel& model_;
     Preferences& preferences_;
     DesktopActions actions_;
     dravel::Now now_;
-    std::unique_ptr<Window> window_;
+    std::unique_ptr<MainWindow> window_;
 };
 
 }

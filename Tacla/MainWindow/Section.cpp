@@ -1,6 +1,10 @@
 #include "Tacla/MainWindow/Section.h"
 
+#include "DravelKit/DravelUI/Symbols.h"
+
 namespace tacla {
+
+using dravel::Symbol;
 
 std::string_view rawValue(Section section) {
     switch (section) {
@@ -24,15 +28,15 @@ std::string_view title(Section section) {
     return {};
 }
 
-std::string_view symbol(Section section) {
+Symbol symbol(Section section) {
     switch (section) {
-    case Section::today: return "sun";
-    case Section::late: return "exclamation-circle";
-    case Section::upcoming: return "calendar3";
-    case Section::done: return "check-circle";
-    case Section::settings: return "gear";
+    case Section::today: return Symbol::Sun;
+    case Section::late: return Symbol::ExclamationCircle;
+    case Section::upcoming: return Symbol::Calendar3;
+    case Section::done: return Symbol::CheckCircle;
+    case Section::settings: return Symbol::Gear;
     }
-    return {};
+    return Symbol::Sun;
 }
 
 std::optional<Section> sectionNamed(std::string_view name) {

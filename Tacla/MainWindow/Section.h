@@ -4,6 +4,10 @@
 #include <optional>
 #include <string_view>
 
+namespace dravel {
+enum class Symbol;
+}
+
 namespace tacla {
 
 // The pages of the main window, in the sidebar's order.
@@ -14,7 +18,7 @@ inline constexpr std::array sections{Section::today, Section::late, Section::upc
 
 std::string_view rawValue(Section); // "today"
 std::string_view title(Section);    // "Aujourd'hui"
-std::string_view symbol(Section);   // the icon's file name, without ending
+dravel::Symbol symbol(Section);
 std::optional<Section> sectionNamed(std::string_view rawValue);
 
 }

@@ -1,6 +1,10 @@
 #include "Tacla/MainWindow/SyncBadgeContent.h"
 
+#include "DravelKit/DravelUI/Symbols.h"
+
 namespace tacla {
+
+using dravel::Symbol;
 
 namespace {
 
@@ -32,9 +36,9 @@ std::string subtitle(const ModelState& state, const TimeText& timeText) {
 SyncBadgeContent syncBadge(const ModelState& state, const TimeText& timeText) {
     const auto open = state.openCount();
     const bool trouble = inTrouble(state);
-    return {.symbol = state.syncing ? "arrow-repeat"
-                      : trouble     ? "exclamation-lg"
-                                    : "check-lg",
+    return {.symbol = state.syncing ? Symbol::ArrowRepeat
+                      : trouble     ? Symbol::ExclamationLg
+                                    : Symbol::CheckLg,
             .title = open >= 1 ? std::to_string(open) + " à faire" : "Tout est coché",
             .subtitle = subtitle(state, timeText),
             .syncing = state.syncing,

@@ -5,6 +5,10 @@
 #include <functional>
 #include <string>
 
+namespace dravel {
+enum class Symbol;
+}
+
 namespace tacla {
 
 // A time of day in the user's notation: "10:40".
@@ -12,7 +16,8 @@ using TimeText = std::function<std::string(Instant)>;
 
 // The block at the foot of the sidebar.
 struct SyncBadgeContent {
-    std::string symbol, title, subtitle;
+    dravel::Symbol symbol{};
+    std::string title, subtitle;
     bool syncing = false, trouble = false;
 
     bool operator==(const SyncBadgeContent&) const = default;

@@ -38,6 +38,8 @@ TEST(TaskTags, StandInOrder) {
         SCOPED_TRACE(line);
         EXPECT_EQ(transcript(taskTags(taskOf(line), today, true)), withDay);
         EXPECT_EQ(transcript(taskTags(taskOf(line), today, false)), withoutDay);
+        EXPECT_EQ(hasTags(taskOf(line), true), *withDay != '\0');
+        EXPECT_EQ(hasTags(taskOf(line), false), *withoutDay != '\0');
     }
 }
 

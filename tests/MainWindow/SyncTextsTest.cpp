@@ -1,4 +1,6 @@
 #include "Tacla/MainWindow/Pages/SettingsTexts.h"
+
+#include "DravelKit/DravelUI/Symbols.h"
 #include "Tacla/MainWindow/Section.h"
 #include "tests/MainWindow/ModelStates.h"
 
@@ -7,6 +9,7 @@
 namespace tacla {
 namespace {
 
+using dravel::Symbol;
 using testing::moment;
 using testing::stateOf;
 
@@ -20,40 +23,42 @@ TEST(SyncBadge, TellsTheWorstFirst) {
     };
     const std::string title = "Tout est coché";
     const Case cases[] = {
-        {"fresh", [](auto&) {}, {"check-lg", title, "Agenda connecté"}},
+        {"fresh", [](auto&) {}, {Symbol::CheckLg, title, "Agenda connecté"}},
         {"synced",
          [](auto& state) { state.lastSync = moment("2026-11-24 14:05"); },
-         {"check-lg", title, "Agenda à jour · 14:05"}},
-        {"syncing", [](auto& state) { state.syncing = true; }, {"arrow-repeat", title, "Synchro de l'agenda…", true}},
+         {Symbol::CheckLg, title, "Agenda à jour · 14:05"}},
+        {"syncing",
+         [](auto& state) { state.syncing = true; },
+         {Symbol::ArrowRepeat, title, "Synchro de l'agenda…", true}},
         {"failed",
          [](auto& state) { state.syncError = "erreur"; },
-         {"exclamation-lg", title, "Synchro en échec", false, true}},
+         {Symbol::ExclamationLg, title, "Synchro en échec", false, true}},
         {"trying again",
          [](auto& state) {
              state.syncError = "erreur";
              state.syncing = true;
          },
-         {"arrow-repeat", title, "Synchro en échec", true, true}},
-        {"unknown", [](auto& state) { state.connection = Connection::unknown; }, {"check-lg", title, "Agenda…"}},
+         {Symbol::ArrowRepeat, title, "Synchro en échec", true, true}},
+        {"unknown", [](auto& state) { state.connection = Connection::unknown; }, {Symbol::CheckLg, title, "Agenda…"}},
         {"signing in",
          [](auto& state) { state.connection = Connection::signingIn; },
-         {"check-lg", title, "Connexion à Google…"}},
+         {Symbol::CheckLg, title, "Connexion à Google…"}},
         {"signed out",
          [](auto& state) { state.connection = Connection::signedOut; },
-         {"exclamation-lg", title, "Agenda non connecté", false, true}},
+         {Symbol::ExclamationLg, title, "Agenda non connecté", false, true}},
         {"mirroring off",
          [](auto& state) {
              state.calendarSync = false;
              state.syncError = "erreur";
              state.connection = Connection::signedOut;
          },
-         {"check-lg", title, "taches.md"}},
+         {Symbol::CheckLg, title, "taches.md"}},
         {"unreadable file",
          [](auto& state) {
              state.calendarSync = false;
              state.fileError = "erreur";
          },
-         {"exclamation-lg", title, "Liste illisible", false, true}},
+         {Symbol::ExclamationLg, title, "Liste illisible", false, true}},
     };
     for (const auto& [what, change, expected] : cases) {
         SCOPED_TRACE(what);

@@ -1,11 +1,14 @@
 #include "Tacla/MainWindow/Pages/TaskGroups.h"
 
+#include "DravelKit/DravelUI/Symbols.h"
 #include "Tacla/TaskList/Labels.h"
 
 #include <algorithm>
 #include <iterator>
 
 namespace tacla {
+
+using dravel::Symbol;
 
 namespace {
 
@@ -61,20 +64,20 @@ TodayContents todayContents(const ModelState& state) {
     if (!late.empty())
         contents.groups.push_back({.heading = "En retard",
                                    .day = {},
-                                   .symbol = "exclamation-triangle-fill",
+                                   .symbol = Symbol::ExclamationTriangleFill,
                                    .mood = Mood::danger,
                                    .tasks = std::move(late),
                                    .empty = {}});
     contents.groups.push_back({.heading = "Au programme",
                                .day = {},
-                               .symbol = "sun-fill",
+                               .symbol = Symbol::SunFill,
                                .tasks = std::move(todays),
                                .empty = "Rien de prévu aujourd'hui.",
                                .showDay = false});
     if (!next.empty()) {
         if (next.size() > nextShown) next.erase(next.begin() + nextShown, next.end());
         contents.groups.push_back(
-            {.heading = "Ensuite", .day = {}, .symbol = "calendar3", .tasks = std::move(next), .empty = {}});
+            {.heading = "Ensuite", .day = {}, .symbol = Symbol::Calendar3, .tasks = std::move(next), .empty = {}});
     }
     return contents;
 }
@@ -84,7 +87,7 @@ TaskGroups lateGroups(const ModelState& state) {
     if (late.empty()) return {};
     return {{.heading = std::to_string(late.size()) + " en retard",
              .day = {},
-             .symbol = "exclamation-triangle-fill",
+             .symbol = Symbol::ExclamationTriangleFill,
              .mood = Mood::danger,
              .tasks = std::move(late),
              .empty = {}}};
@@ -97,14 +100,14 @@ TaskGroups upcomingGroups(const ModelState& state) {
         [&](Day day) {
             return TaskGroup{.heading = day == tomorrow ? "Demain · " : "",
                              .day = day,
-                             .symbol = "calendar3",
+                             .symbol = Symbol::Calendar3,
                              .tasks = {},
                              .empty = {}};
         });
     if (auto undated = state.undated(); !undated.empty())
         groups.push_back({.heading = "Sans date",
                           .day = {},
-                          .symbol = "inbox",
+                          .symbol = Symbol::Inbox,
                           .mood = Mood::plain,
                           .tasks = std::move(undated),
                           .empty = {}});
@@ -120,7 +123,7 @@ TaskGroups doneGroups(const ModelState& state) {
         [&](Day day) {
             TaskGroup group{.heading = day == yesterday ? "Hier · " : "",
                             .day = day,
-                            .symbol = "check-circle-fill",
+                            .symbol = Symbol::CheckCircleFill,
                             .mood = Mood::faint,
                             .tasks = {},
                             .empty = {}};

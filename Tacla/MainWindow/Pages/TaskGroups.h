@@ -8,13 +8,17 @@
 #include <vector>
 
 // What the pages show, as values.
+namespace dravel {
+enum class Symbol;
+}
+
 namespace tacla {
 
 // One card of tasks. A day's name is made when the card comes into view: there may be thousands.
 struct TaskGroup {
     std::string heading;    // the whole title, or what stands before the day's name
     std::optional<Day> day; // the day that the title names
-    std::string symbol;
+    dravel::Symbol symbol;
     Mood mood = Mood::accent;
     Tasks tasks;
     std::string empty; // said instead of the tasks when there are none

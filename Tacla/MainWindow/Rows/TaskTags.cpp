@@ -1,8 +1,11 @@
 #include "Tacla/MainWindow/Rows/TaskTags.h"
 
+#include "DravelKit/DravelUI/Symbols.h"
 #include "Tacla/TaskList/Labels.h"
 
 namespace tacla {
+
+using dravel::Symbol;
 
 namespace {
 
@@ -14,20 +17,25 @@ std::string dayText(Day day, Day today) {
 
 }
 
+bool hasTags(const TaskItem& task, bool showDay) {
+    if ((showDay && task.day) || task.time) return true;
+    return task.done ? task.doneOn && task.day != task.doneOn : task.due || task.strong();
+}
+
 std::vector<TaskTag> taskTags(const TaskItem& task, Day today, bool showDay) {
     std::vector<TaskTag> tags;
-    if (showDay && task.day) tags.push_back({.text = dayText(*task.day, today), .symbol = "calendar4"});
-    if (task.time) tags.push_back({.text = task.time->description(), .symbol = "clock"});
+    if (showDay && task.day) tags.push_back({.text = dayText(*task.day, today), .symbol = Symbol::Calendar4});
+    if (task.time) tags.push_back({.text = task.time->description(), .symbol = Symbol::Clock});
     if (task.strong() && !task.done)
-        tags.push_back({.text = "Prioritaire", .symbol = "exclamation-lg", .mood = Mood::danger, .strong = true});
+        tags.push_back({.text = "Prioritaire", .symbol = Symbol::ExclamationLg, .mood = Mood::danger, .strong = true});
     if (task.due && !task.done)
         tags.push_back({.text = "due le " + dayAndMonth(*task.due),
-                        .symbol = "hourglass-split",
+                        .symbol = Symbol::HourglassSplit,
                         .mood = Mood::warning,
                         .strong = true});
     if (task.done && task.doneOn && task.day != task.doneOn)
         tags.push_back({.text = "faite le " + dayAndMonth(*task.doneOn),
-                        .symbol = "check-lg",
+                        .symbol = Symbol::CheckLg,
                         .mood = Mood::success,
                         .strong = true});
     return tags;

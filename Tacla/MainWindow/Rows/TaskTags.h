@@ -6,11 +6,16 @@
 #include <string>
 #include <vector>
 
+namespace dravel {
+enum class Symbol;
+}
+
 namespace tacla {
 
 // One of the small marks under a task's title.
 struct TaskTag {
-    std::string text, symbol;
+    std::string text;
+    dravel::Symbol symbol;
     Mood mood = Mood::plain;
     bool strong = false;
 
@@ -19,5 +24,7 @@ struct TaskTag {
 
 // The date stands among them only with `showDay`.
 std::vector<TaskTag> taskTags(const TaskItem&, Day today, bool showDay);
+// Whether there are any, at no cost.
+bool hasTags(const TaskItem&, bool showDay);
 
 }

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "DravelKit/Foundation/Instant.h"
+#include "DravelKit/Foundation/Signal.h"
+#include "Tacla/MainWindow/DesktopActions.h"
+#include "Tacla/MainWindow/Section.h"
+
+#include <QWidget>
+
+#include <array>
+#include <optional>
+#include <string>
+
+class QStackedLayout;
+
+namespace dravel {
+class DravelShell;
+}
+
+namespace tacla {
+
+class AppModel;
+class WelcomeView;
+
+// The window's content: the sidebar and the page of the selected section, or the welcome. Pages are made when they are
+// first visited.
+class MainView final : public QWidget {
+    Q_OBJECT
+
+  public:
+    MainView(AppModel&, DesktopActions, dravel::Now, QWidget* parent = nullptr);
+
+    Section section() const { return section_; }
+    void select(Section);
+
+  private:
+    void modelChanged();
+    void showWelcomeOrPages();
+    dravel::DravelShell& shell();
+    void showPage();
+    QWidget* makePage(Section);
+    void addShortcuts();
+
+    AppModel& model_;
+    const DesktopActions actions_;
+    const dravel::Now now_;
+    Section section_ = Section::today;
+    std::optional<std::string> requested_; // the model's last request that was seen
+    QStackedLayout* views_;
+    WelcomeView* welcome_ = nullptr;
+    dravel::DravelShell* shell_ = nullptr;
+    std::array<QWidget*, sections.size()> pages_{};
+    dravel::Connection connection_;
+};
+
+}

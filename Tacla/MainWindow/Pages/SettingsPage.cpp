@@ -1,0 +1,179 @@
+#include "Tacla/MainWindow/Pages/SettingsPage.h"
+
+#include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/SettingsCard.h"
+#include "DravelKit/DravelUI/Switch.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+#include "Tacla/AppModel/AppModel.h"
+#include "Tacla/MainWindow/Pages/SettingsTexts.h"
+#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/RefreshWhileVisible.h"
+#include "Tacla/MainWindow/Section.h"
+#include "Tacla/MainWindow/TimeTexts.h"
+
+#include <QHBoxLayout>
+
+namespace tacla {
+
+namespace Theme = dravel::Theme;
+using namespace Qt::StringLiterals;
+using dravel::Button;
+using dravel::SettingRow;
+using dravel::SettingsCard;
+using dravel::Switch;
+using dravel::Symbol;
+
+namespace {
+
+// A button at the right of a row. Several buttons of a page say "Ouvrir": the name tells them apart.
+template <class Action>
+Button* addButton(SettingRow& row, Button::Kind kind, const QString& text, const QString& name, Action action) {
+    auto* button = new Button(kind, text);
+    button->setAccessibleName(name);
+    button->setObjectName(row.objectName() + u'.' + text.chopped(text.endsWith(u'…') ? 1 : 0));
+    row.addControl(button);
+    QObject::connect(button, &QAbstractButton::clicked, &row, action);
+    return button;
+}
+
+template <class Action>
+Switch* addSwitch(SettingRow& row, const QString& name, Action action) {
+    auto* control = new Switch;
+    control->setAccessibleName(name);
+    control->setObjectName(row.objectName() + u".switch"_s);
+    row.addControl(control);
+    QObject::connect(control, &QAbstractButton::clicked, &row, action);
+    return control;
+}
+
+SettingRow* addRow(SettingsCard& card, Symbol symbol, const QString& name, const QString& title,
+                   const QString& detail = {}) {
+    auto* row = card.addRow(new SettingRow(symbol, title, detail));
+    row->setObjectName(name);
+    row->setAccessibleName(title);
+    return row;
+}
+
+}
+
+SettingsPage::SettingsPage(AppModel& model, const DesktopActions& actions, QWidget* parent)
+    : DravelPage(toQt(title(Section::settings)), {}, parent), model_(model), actions_(actions) {
+    setObjectName(toQt("page." + std::string(rawValue(Section::settings))));
+    addListCard();
+    addNotificationsCard();
+    addCalendarCard();
+    addSystemCard();
+    addFooter();
+    new RefreshWhileVisible(*this, model.changed, [this] { refresh(); });
+    refresh();
+}
+
+void SettingsPage::addListCard() {
+    auto* card = new SettingsCard(Symbol::FileEarmarkText, u"Liste"_s, {}, &stage());
+    file_ = addRow(*card, Symbol::FileEarmark, u"file"_s, u"Votre liste de tâches"_s);
+    addButton(*file_, Button::Kind::Neutral, u"Ouvrir"_s, u"Ouvrir la liste de tâches"_s,
+              [this] { actions_.openFile(model_.state().file); });
+    addButton(*file_, Button::Kind::Neutral, u"Afficher"_s, u"Afficher la liste de tâches dans son dossier"_s,
+              [this] { actions_.reveal(model_.state().file); });
+
+    auto* change = addRow(*card, Symbol::ArrowLeftRight, u"change"_s, u"Changer de fichier"_s,
+                          u"Un fichier Markdown existant, ou une nouvelle liste."_s);
+    addButton(*change, Button::Kind::Neutral, u"Choisir…"_s, u"Choisir un autre fichier"_s, [this] {
+        actions_.chooseFile(window(), model_.state().file.parent_path(),
+                            [&model = model_](const auto& path) { model.use(path); });
+    });
+    addButton(*change, Button::Kind::Neutral, u"Créer…"_s, u"Créer une nouvelle liste"_s, [this] {
+        actions_.createFile(window(), model_.state().file.parent_path(),
+                            [&model = model_](const auto& path) { model.createAndUse(path); });
+    });
+    add(card);
+}
+
+void SettingsPage::addNotificationsCard() {
+    auto* card = new SettingsCard(Symbol::BellFill, u"Notifications"_s, {}, &stage());
+    reminders_ =
+        addRow(*card, Symbol::Bell, u"reminders"_s, u"À l'heure de chaque tâche"_s,
+               u"Avec « Fait » pour la cocher et « Demain » pour la reporter. 9 h pour une tâche sans heure."_s);
+    allow_ = addButton(*reminders_, Button::Kind::Soft, u"Autoriser…"_s, u"Autoriser les notifications"_s,
+                       [this] { model_.requestNotifications(actions_.openNotificationSettings); });
+    test_ = addRow(*card, Symbol::Send, u"test"_s, u"Tester"_s, u"Envoie une notification d'essai tout de suite."_s);
+    addButton(*test_, Button::Kind::Neutral, u"Envoyer"_s, u"Envoyer une notification d'essai"_s,
+              [this] { model_.testNotification(); });
+    add(card);
+}
+
+void SettingsPage::addCalendarCard() {
+    auto* card = new SettingsCard(Symbol::Calendar3, u"Google Agenda"_s,
+                                  u"Facultatif : pour voir vos tâches datées dans Google Agenda."_s, &stage());
+    account_ = addRow(*card, Symbol::PersonCircle, u"account"_s, u"Compte Google"_s);
+    signIn_ = addButton(*account_, Button::Kind::Soft, u"Se connecter…"_s, u"Se connecter à Google"_s,
+                        [this] { model_.signIn(); });
+    mirror_ = addRow(*card, Symbol::CalendarPlus, u"mirror"_s, u"Recopier les tâches dans l'agenda"_s);
+    mirrorOn_ = addSwitch(*mirror_, u"Recopier les tâches dans l'agenda"_s,
+                          [this] { model_.setCalendarSync(mirrorOn_->isChecked()); });
+    sync_ = addRow(*card, Symbol::ArrowRepeat, u"sync"_s, u"Synchronisation"_s);
+    addButton(*sync_, Button::Kind::Neutral, u"Synchroniser"_s, u"Synchroniser maintenant"_s,
+              [this] { model_.sync(); });
+    auto* web = addRow(*card, Symbol::Compass, u"web"_s, u"Google Agenda"_s);
+    addButton(*web, Button::Kind::Neutral, u"Ouvrir"_s, u"Ouvrir Google Agenda"_s, [this] { actions_.openAgenda(); });
+    add(card);
+}
+
+void SettingsPage::addSystemCard() {
+    auto* card = new SettingsCard(&stage());
+    auto* login = addRow(*card, Symbol::Power, u"login"_s, u"Ouvrir Tacla à l'ouverture de session"_s);
+    loginOn_ = addSwitch(*login, u"Ouvrir Tacla à l'ouverture de session"_s, [this] {
+        model_.setLaunchAtLogin(loginOn_->isChecked());
+        refresh(); // the desktop may have refused
+    });
+    auto* terminal =
+        addRow(*card, Symbol::Terminal, u"terminal"_s, u"En ligne de commande"_s,
+               pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);
+    terminal->setTextsSelectable(true);
+    login->setTextsSelectable(true);
+    add(card);
+}
+
+void SettingsPage::addFooter() {
+    auto* footer = new QWidget(&stage());
+    footer->setObjectName(u"footer"_s);
+    auto* line = new QHBoxLayout(footer);
+    line->setContentsMargins(Theme::Space::md, 0, Theme::Space::md, 0);
+    auto* version = new dravel::TextLabel(Theme::Typography::callout, Theme::textTertiary,
+                                          u"Tacla "_s + toQt(actions_.version), footer);
+    version->setObjectName(u"version"_s);
+    version->setFixedHeight(28);
+    line->addWidget(version, 1);
+    if (actions_.checkForUpdates) {
+        auto* button = new Button(Button::Kind::NeutralOnBackground, u"Rechercher des mises à jour…"_s, footer);
+        button->setObjectName(u"updates"_s);
+        connect(button, &QAbstractButton::clicked, this, [this] { actions_.checkForUpdates(); });
+        line->addWidget(button);
+    }
+    add(footer);
+}
+
+void SettingsPage::refresh() {
+    const auto& state = model_.state();
+    file_->setDetail(pathText(state.file));
+    reminders_->setDone(state.notificationsAllowed, u"Notifications autorisées"_s);
+    allow_->setVisible(!state.notificationsAllowed);
+    test_->setNote(state.notificationTest ? toQt(*state.notificationTest) : QString());
+    loginOn_->setChecked(state.launchAtLogin);
+    refreshCalendar();
+}
+
+void SettingsPage::refreshCalendar() {
+    const auto& state = model_.state();
+    const bool signedIn = state.connection == Connection::signedIn;
+    const bool signingIn = state.connection == Connection::signingIn;
+    account_->setDetail(signedIn ? u"Connecté à votre compte Google."_s : QString());
+    account_->setDone(signedIn, u"Connecté"_s);
+    account_->setStatus(signingIn ? u"Connexion"_s : QString());
+    signIn_->setVisible(!signedIn && !signingIn);
+    mirrorOn_->setChecked(state.calendarSync);
+    mirror_->setDetail(toQt(calendarSyncText(state.calendarSync)));
+    sync_->setDetail(toQt(syncText(state, shortTime)), state.syncError ? Theme::dangerText : Theme::textSecondary);
+}
+
+}

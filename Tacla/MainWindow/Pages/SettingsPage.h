@@ -1,0 +1,39 @@
+#pragma once
+
+#include "DravelKit/DravelUI/DravelPage.h"
+#include "Tacla/MainWindow/DesktopActions.h"
+
+namespace dravel {
+class Button;
+class SettingRow;
+class SettingsCard;
+class Switch;
+}
+
+namespace tacla {
+
+class AppModel;
+
+class SettingsPage final : public dravel::DravelPage {
+    Q_OBJECT
+
+  public:
+    SettingsPage(AppModel&, const DesktopActions&, QWidget* parent = nullptr);
+
+  private:
+    void addListCard();
+    void addNotificationsCard();
+    void addCalendarCard();
+    void addSystemCard();
+    void addFooter();
+    void refresh();
+    void refreshCalendar();
+
+    AppModel& model_;
+    const DesktopActions& actions_;
+    dravel::SettingRow *file_, *reminders_, *test_, *account_, *mirror_, *sync_;
+    dravel::Button *allow_, *signIn_;
+    dravel::Switch *mirrorOn_, *loginOn_;
+};
+
+}

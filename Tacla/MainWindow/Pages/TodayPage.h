@@ -1,0 +1,30 @@
+#pragma once
+
+#include "DravelKit/DravelUI/DravelPage.h"
+#include "DravelKit/Foundation/Instant.h"
+
+namespace tacla {
+
+class AddTaskCard;
+class AppModel;
+class HeroCard;
+class ProblemsCard;
+class TaskColumn;
+
+class TodayPage final : public dravel::DravelPage {
+    Q_OBJECT
+
+  public:
+    TodayPage(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
+
+  private:
+    void refresh();
+
+    AppModel& model_;
+    HeroCard* hero_;
+    AddTaskCard* add_;
+    ProblemsCard* problems_;
+    TaskColumn* tasks_;
+};
+
+}
