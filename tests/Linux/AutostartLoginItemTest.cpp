@@ -1,0 +1,57 @@
+#include "Tacla/Linux/AutostartLoginItem.h"
+
+#include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/SafeFile.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+using namespace tacla;
+namespace fs = std::filesystem;
+
+TEST(Autostart, quotesTheProgramForTheExecKey) {
+    EXPECT_EQ(autostartEntry("/opt/Mes outils/100% $tacla"),
+              "[Desktop Entry]\nType=Application\nName=Tacla\nIcon=fr.dravel.Tacla\n"
+              "TryExec=/opt/Mes outils/100% $tacla\nExec=\"/opt/Mes outils/100%% \\\\$tacla\"\nTerminal=false\n"
+              "X-GNOME-Autostart-enabled=true\n");
+}
+
+TEST(Autostart, readsWhatOtherProgramsMadeOfTheEntry) {
+    const std::pair<const char*, bool> cases[] = {
+        {"[Desktop Entry]\nType=Application\nExec=tacla\n", true},
+        {"[Desktop Entry]\nType=Application\nHidden=false\nX-GNOME-Autostart-enabled = true\n", true},
+        {"[Desktop Entry]\r\nType=Application\r\nHidden=true\r\n", false},
+        {"[Desktop Entry]\nType=Application\nX-GNOME-Autostart-enabled=false\n", false},
+        {"[Desktop Entry]\nType=Application\n[Desktop Action new]\nHidden=true\n", true},
+        {"Type=Application\n", false},
+        {"", false},
+    };
+    for (const auto& [text, active] : cases) EXPECT_EQ(isActiveAutostartEntry(text), active) << text;
+}
+
+TEST(Autostart, comesAndGoesWithTheSwitch) {
+    const tacla::testing::TemporaryFolder folder;
+    AutostartLoginItem item(folder / "config", "/opt/tacla", folder / "locks");
+    EXPECT_FALSE(item.isEnabled());
+    item.disable(); // of what was not there
+    item.enable();
+    EXPECT_TRUE(item.isEnabled());
+    const auto file = folder / "config/autostart/fr.dravel.Tacla.desktop";
+    EXPECT_EQ(dravel::SafeFile::readText(file), autostartEntry("/opt/tacla"));
+
+    std::ofstream(file, std::ios::app) << "Hidden=true\n"; // as a desktop's settings do
+    EXPECT_FALSE(item.isEnabled());
+    item.enable();
+    EXPECT_TRUE(item.isEnabled());
+    item.disable();
+    EXPECT_FALSE(fs::exists(file));
+}
+
+TEST(Autostart, reportsAFolderThatCannotBeMade) {
+    const tacla::testing::TemporaryFolder folder;
+    std::ofstream(folder / "config") << "a file";
+    AutostartLoginItem item(folder / "config", "/opt/tacla", folder / "locks");
+    EXPECT_THROW(item.enable(), dravel::FileError);
+}

@@ -1,0 +1,73 @@
+#include "Tacla/Linux/QtMainLoop.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace tacla;
+using namespace std::chrono_literals;
+
+namespace {
+
+// A loop in a program of its own, that runs until the test says that it is done.
+struct Program {
+    int count = 1;
+    char name[5] = "test";
+    char* arguments[2] = {name, nullptr};
+    QCoreApplication application{count, arguments};
+    QtMainLoop loop;
+    std::string story;
+
+    auto tell(std::string word) {
+        return [this, word] { story += word + " "; };
+    }
+    void end() { QCoreApplication::exit(); }
+};
+
+}
+
+TEST(QtMainLoop, runsWhatIsPostedInOrderFromAnyThread) {
+    Program program;
+    std::thread([&] {
+        program.loop.post(program.tell("first"));
+        program.loop.post(program.tell("second"));
+        program.loop.post([&] { program.end(); });
+    }).join();
+    EXPECT_EQ(program.story, "");
+    QCoreApplication::exec();
+    EXPECT_EQ(program.story, "first second ");
+}
+
+TEST(QtMainLoop, ringsAlarmsInTheOrderOfTheirMoments) {
+    Program program;
+    auto& loop = program.loop;
+    const auto now = loop.now();
+    const auto late = loop.at(now + 20ms, program.tell("soon"));
+    const auto past = loop.at(now - 8h, program.tell("overdue"));
+    const auto before1970 = loop.at(dravel::Instant(-1h), program.tell("ancient"));
+    auto dropped = loop.at(now + 10ms, program.tell("dropped"));
+    dravel::Timer second;
+    const auto nested = loop.at(now - 1h, [&] { second = loop.at(now - 2h, program.tell("nested")); });
+    const auto last = loop.at(now + 40ms, [&] { program.end(); });
+    const auto never = loop.at(now + 24h * 365 * 100, program.tell("never"));
+    dropped.reset();
+    EXPECT_EQ(program.story, "") << "not from within the call";
+    QCoreApplication::exec();
+    EXPECT_EQ(program.story, "ancient overdue nested soon ");
+}
+
+TEST(QtMainLoop, keepsATimerThatDropsItself) {
+    Program program;
+    dravel::Timer timer, other;
+    timer = program.loop.after(1ms, [&] {
+        timer.reset();
+        other.reset();
+        program.tell("once")();
+        program.loop.post([&] { program.end(); });
+    });
+    other = program.loop.after(1h, program.tell("never"));
+    QCoreApplication::exec();
+    EXPECT_EQ(program.story, "once ");
+}

@@ -1,0 +1,107 @@
+#include "Tacla/Shell/StatusMenu.h"
+
+#include "tests/MainWindow/ModelStates.h"
+
+#include <gtest/gtest.h>
+
+using namespace tacla;
+using tacla::testing::stateOf;
+
+namespace {
+
+// The menu as a reader sees it: "[ ]" and "[x]" can be checked, "#" heads a group, "(…)" is greyed, "^O" is a shortcut.
+std::string shown(const Menu& menu, const std::string& indent = "") {
+    std::string text;
+    for (const auto& entry : menu) {
+        text += indent;
+        if (entry.kind == MenuEntry::Kind::separator) text += "--";
+        if (entry.kind == MenuEntry::Kind::header) text += "# ";
+        if (entry.checked) text += *entry.checked ? "[x] " : "[ ] ";
+        text += entry.enabled ? entry.label : "(" + entry.label + ")";
+        if (entry.shortcut) text += std::string(" ^") + *entry.shortcut;
+        text += "\n" + shown(entry.children, indent + "    ");
+    }
+    return text;
+}
+
+const std::string program = "--\nOuvrir Tacla… ^o\nOuvrir la liste\n--\nQuitter Tacla ^q\n";
+
+const MenuEntry& task(const Menu& menu) { return menu.at(1); }
+
+}
+
+// It is Tuesday 24 November 2026, 10:40.
+TEST(StatusMenu, listsWhatIsLateWhatIsForTodayAndWhatIsComing) {
+    const auto state = stateOf("- [ ] Visio · 2026-11-25 09:05\n"
+                               "- [ ] ❗ Urssaf · 2026-11-18\n"
+                               "- [ ] Relancer R&D · 2026-11-23 14:00\n"
+                               "- [ ] Épreuves · 2026-11-24 08:00\n"
+                               "- [ ] Poster note_1 · 2026-11-24 11:30\n"
+                               "- [x] Papier · 2026-11-24 08:30 · ✅ 2026-11-24\n"
+                               "- [ ] Loyer · 2026-12-04\n"
+                               "- [ ] Visuels · 2026-11-26 18:00\n"
+                               "- [ ] Un jour\n"
+                               "- [x] Faite · 2026-11-20 · ✅ 2026-11-20\n");
+    EXPECT_EQ(shown(statusMenu(state, false)), "# En retard\n"
+                                               "[ ] 18/11  ❗ Urssaf\n"
+                                               "[ ] 23/11  Relancer R&D\n"
+                                               "[ ] 08:00  Épreuves\n"
+                                               "--\n"
+                                               "# Aujourd'hui\n"
+                                               "[x] 08:30  Papier\n"
+                                               "[ ] 11:30  Poster note_1\n"
+                                               "--\n"
+                                               "À venir\n"
+                                               "    [ ] demain 09:05  Visio\n"
+                                               "    [ ] 26/11 18:00  Visuels\n"
+                                               "    [ ] 04/12  Loyer\n" +
+                                                   program);
+}
+
+TEST(StatusMenu, saysThatNothingIsPlanned) {
+    const auto state = stateOf("- [ ] Un jour\n- [x] Faite · 2026-11-20\n");
+    EXPECT_EQ(shown(statusMenu(state, false)), "# Aujourd'hui\n(Rien de prévu)\n" + program);
+}
+
+TEST(StatusMenu, offersTheAgendaWhileItIsMirroredAndUpdatesWhereThereAreAny) {
+    auto state = stateOf("");
+    state.calendarSync = true;
+    EXPECT_EQ(shown(statusMenu(state, true)), "# Aujourd'hui\n(Rien de prévu)\n--\nOuvrir Tacla… ^o\nOuvrir la liste\n"
+                                              "Ouvrir l'agenda\n--\nRechercher des mises à jour…\nQuitter Tacla ^q\n");
+}
+
+TEST(StatusMenu, showsFifteenComingTasksAndEveryLateOne) {
+    std::string file;
+    for (int i = 0; i < 20; ++i) file += "- [ ] Plus tard " + std::to_string(i) + " · 2026-12-01\n";
+    for (int i = 0; i < 200; ++i) file += "- [ ] En retard " + std::to_string(i) + " · 2026-11-01\n";
+    const auto menu = statusMenu(stateOf(file), false);
+    EXPECT_EQ(menu.at(200).label, "01/11  En retard 199");
+    const auto& coming = menu.at(205);
+    ASSERT_EQ(coming.label, "À venir");
+    ASSERT_EQ(coming.children.size(), 15U);
+    EXPECT_EQ(coming.children.back().label, "01/12  Plus tard 14");
+}
+
+TEST(StatusMenu, cutsALongLabelAndKeepsTheWholeTitle) {
+    const std::string title(70, 'x');
+    const auto long63 = statusMenu(stateOf("- [ ] " + title + " · 2026-11-24\n"), false);
+    EXPECT_EQ(task(long63).label, std::string(63, 'x') + "…");
+    EXPECT_EQ(task(long63).toolTip, title);
+    const auto exactly64 = statusMenu(stateOf("- [ ] " + title.substr(0, 57) + " · 2026-11-24 11:30\n"), false);
+    EXPECT_EQ(task(exactly64).label, "11:30  " + title.substr(0, 57));
+}
+
+TEST(StatusMenu, namesTheTaskThatAClickToggles) {
+    const auto state = stateOf("- [ ] Pain · 2026-11-24\n- [ ] pain · 2026-11-24\n");
+    const auto menu = statusMenu(state, false);
+    EXPECT_EQ(menu.at(1).command, (MenuCommand{MenuCommand::Kind::toggle, state.tasks.at(0).key}));
+    EXPECT_EQ(menu.at(2).command, (MenuCommand{MenuCommand::Kind::toggle, state.tasks.at(1).key}));
+    EXPECT_NE(menu.at(1).command, menu.at(2).command);
+}
+
+TEST(StatusIcon, tellsTheCountBesideAndOverTheIcon) {
+    EXPECT_EQ(statusTitle(0), "");
+    EXPECT_EQ(statusToolTip(0), "Tacla · tout est coché");
+    EXPECT_EQ(statusTitle(12), " 12");
+    EXPECT_EQ(statusToolTip(3), "Tacla · 3 à faire");
+}
