@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """A stand-in for Google on loopback: authorization, token and Calendar v3 endpoints, as strict as the real ones.
 
-    google_stand_in.py [--port N] [--automatic allow|refuse] [--quota N] [--until-eof]
+    google_stand_in.py [--port N] [--automatic allow|refuse] [--quota N] [--client-file PATH] [--until-eof]
 
 It prints its address. Besides Google's paths it serves /control: GET /control/client is the client file to sign in
-with, GET /control/state everything it holds, and POST /control takes a JSON object with any of
+with, GET /control/state everything it holds (or, with ?calendars, that part), and POST /control takes a JSON object with
+any of
   calendars       the whole content, in the shape that /control/state gives
   faults          [{"on": "calendar"|"token", "at": n, "times": k, "kind": …}], counted from this call on; the kinds are
                   status (status, reason, headers), text (status, body), cut, reset, hang, delay (seconds);
@@ -385,7 +386,8 @@ class Handler(BaseHTTPRequestHandler):
             if url.path == "/control/client":
                 self.send(200, json.dumps({"installed": self.google.account.client}))
             elif url.path == "/control/state":
-                self.send(200, json.dumps(self.google.state(), ensure_ascii=False))
+                state = self.google.state()
+                self.send(200, json.dumps(state[url.query] if url.query else state, ensure_ascii=False))
             else:
                 self.send(200, json.dumps(self.google.control(json.loads(body))))
 
@@ -416,11 +418,15 @@ def main():
     parser.add_argument("--port", type=int, default=0)
     parser.add_argument("--automatic", choices=("allow", "refuse"))
     parser.add_argument("--quota", type=int, help="calendar requests a minute")
+    parser.add_argument("--client-file", help="where to write the client file")
     parser.add_argument("--until-eof", action="store_true", help="end when standard input does")
     options = parser.parse_args()
     Handler.google = Google(options.automatic, options.quota)
     server = ThreadingHTTPServer(("127.0.0.1", options.port), Handler)
     server.daemon_threads = True
+    if options.client_file:
+        with open(options.client_file, "w", encoding="utf-8") as file:
+            json.dump({"installed": Handler.google.account.client}, file)
     print(f"http://127.0.0.1:{server.server_address[1]}", flush=True)
     if options.until_eof:
         threading.Thread(target=lambda: (sys.stdin.read(), os._exit(0)), daemon=True).start()

@@ -1,0 +1,193 @@
+#include "tests/CalendarSync/MirrorWorld.h"
+
+#include <gtest/gtest.h>
+
+namespace tacla::testing {
+namespace {
+
+const std::string before =
+    "- [ ] Pain · 2025-03-04\n- [ ] Lait · 2025-03-05\n- [ ] TVA · 2025-03-06\n- [ ] Vélo · 2025-03-07\n";
+const std::string after =
+    "- [ ] Baguette · 2025-03-04\n- [x] Lait · 2025-03-05 14:30\n- [ ] Café · 2025-03-08\n- [ ] Thé · 2025-03-09\n";
+const MirrorWorld::Keys renamed{{TaskFile::hash("pain"), TaskFile::hash("baguette")}};
+
+std::string refusal(int status) { return "Google Agenda a répondu " + std::to_string(status) + " "; }
+std::string transport(dravel::HttpError::Kind kind) { return dravel::HttpError(kind, "127.0.0.1").what(); }
+
+Json status(int code, const Json& more = Json::object()) {
+    Json fault = {{"kind", "status"}, {"status", code}};
+    fault.update(more);
+    return fault;
+}
+
+struct Fault {
+    std::string name;
+    Json order;
+    std::string end;                          // how the disturbed pass ends, at its beginning; "" as if undisturbed
+    std::map<std::string, std::string> but{}; // other ends, by method
+};
+
+const std::vector<Fault>& faults() {
+    using Kind = dravel::HttpError::Kind;
+    static const std::vector<Fault> all{
+        {"time-out", {{"kind", "hang"}}, transport(Kind::timedOut)},
+        {"time-out after it took effect", {{"kind", "hang"}, {"after", true}}, transport(Kind::timedOut)},
+        {"reset", {{"kind", "reset"}}, transport(Kind::lost)},
+        {"reset after it took effect", {{"kind", "reset"}, {"after", true}}, transport(Kind::lost)},
+        {"cut body", {{"kind", "cut"}}, transport(Kind::lost)},
+        {"401 once", status(401), ""},
+        {"401 twice", status(401, {{"times", 2}}), refusal(401)},
+        {"403 rate", status(403, {{"reason", "rateLimitExceeded"}}), refusal(403)},
+        {"404", status(404), refusal(404), {{"GET", "+4 ~0 -0"}, {"DELETE", ""}}},
+        {"409", status(409), refusal(409)},
+        {"410", status(410), refusal(410), {{"DELETE", ""}}},
+        {"412", status(412), refusal(412)},
+        {"429", status(429), refusal(429)},
+        {"429 with Retry-After", status(429, {{"headers", {{"Retry-After", "9"}}}}), refusal(429)},
+        {"500", status(500), refusal(500)},
+        {"500 after it took effect", status(500, {{"after", true}}), refusal(500)},
+        {"redirect", status(302, {{"headers", {{"Location", "/elsewhere"}}}}), refusal(302)},
+        {"not JSON",
+         {{"kind", "text"}, {"body", "<html>"}},
+         "",
+         {{"GET", refusal(200) + "liste d'événements illisible"}}},
+        {"wrong JSON shape",
+         {{"kind", "text"}, {"body", "[{}]"}},
+         "",
+         {{"GET", refusal(200) + "liste d'événements illisible"}}},
+    };
+    return all;
+}
+
+// A calendar with events of ours, two of one key, and some that are the user's own.
+struct Disturbed : ::testing::Test {
+    static constexpr auto patience = std::chrono::milliseconds(150); // for the disturbed pass
+    MirrorWorld world;
+    CalendarSync impatient{world.auth,
+                           world.preferences,
+                           world.endpoints.calendar,
+                           world.time,
+                           {.silence = patience, .exchange = patience}};
+    Json calendars, strangers;
+    std::string id;
+    std::vector<std::string> methods{"GET", "GET", "PATCH", "PATCH", "POST", "POST", "DELETE", "DELETE", "DELETE"};
+
+    void SetUp() override {
+        EXPECT_EQ(world.run(before), "+4 ~0 -0");
+        id = world.preferences.calendarID().value();
+        calendars = world.google.state("calendars");
+        Json& events = calendars[id]["events"];
+        Json twin = events.begin().value();
+        twin["id"] = "twin";
+        events["twin"] = twin;
+        strangers = {
+            {"own", {{"id", "own"}, {"status", "confirmed"}, {"summary", "Dentiste"}}},
+            {"marked",
+             {{"id", "marked"}, {"status", "confirmed"}, {"extendedProperties", {{"private", {{"tacla", "1"}}}}}}}};
+        events.update(strangers);
+        world.google.control({{"page_size", 4}});
+        reset({});
+    }
+
+    void reset(const Json& fault) {
+        world.preferences.setCalendar(id, true);
+        world.google.control(
+            {{"clear_log", true}, {"calendars", calendars}, {"faults", fault.is_null() ? Json::array() : Json{fault}}});
+    }
+
+    void expectStrangersUntouched() {
+        const Json events = world.google.state("calendars")[id]["events"];
+        for (const auto& [name, event] : strangers.items()) EXPECT_EQ(events[name], event);
+    }
+
+    // Our events by key, with and without their identifiers.
+    std::pair<std::map<Json, Json>, std::map<Json, Json>> ours() {
+        std::pair<std::map<Json, Json>, std::map<Json, Json>> result;
+        const Json all = world.calendar();
+        for (Json event : all["events"]) {
+            if (strangers.contains(event["id"]) || event["status"] == "cancelled") continue;
+            const Json key = event["extendedProperties"]["private"]["key"];
+            result.first[key] = event["id"];
+            event.erase("id");
+            EXPECT_TRUE(result.second.emplace(key, event).second) << "twice: " << key;
+        }
+        return result;
+    }
+};
+
+TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) {
+    EXPECT_EQ(world.run(after, renamed), "+2 ~2 -3");
+    world.requests();
+    const auto [ids, undisturbed] = ours();
+    for (const auto& [name, order, end, but] : faults()) {
+        for (std::size_t at = 1; at <= methods.size(); ++at) {
+            const auto& method = methods[at - 1];
+            SCOPED_TRACE(name + " at request " + std::to_string(at) + ", " + method);
+            Json fault = order;
+            fault["at"] = at;
+            reset(fault);
+            const auto other = but.find(method);
+            std::string expected = other == but.end() ? end : other->second;
+            if (expected.empty()) expected = "+2 ~2 -3";
+            EXPECT_EQ(world.run(impatient, after, renamed).substr(0, expected.size()), expected);
+            expectStrangersUntouched();
+
+            world.google.control({{"faults", Json::array()}});
+            EXPECT_EQ(world.run(after, renamed)[0], '+');
+            EXPECT_EQ(world.run(after), "+0 ~0 -0");
+            expectStrangersUntouched();
+            const auto [idsNow, healed] = ours();
+            EXPECT_EQ(healed, undisturbed);
+            for (const auto& kept : {TaskFile::hash("baguette"), TaskFile::hash("lait")}) {
+                const bool replaced = world.preferences.calendarID() != id;
+                EXPECT_TRUE(replaced || idsNow.at(kept) == ids.at(kept)) << kept;
+            }
+        }
+    }
+}
+
+TEST_F(Disturbed, DeletesNothingForAnEmptyFile) {
+    for (const auto& fault : faults()) {
+        SCOPED_TRACE(fault.name);
+        for (int at = 1; at <= 2; ++at) {
+            Json order = fault.order;
+            order["at"] = at;
+            reset(order);
+            world.run(impatient, "", {});
+            EXPECT_EQ(world.google.state("calendars")[id], calendars[id]);
+        }
+    }
+}
+
+TEST_F(Disturbed, CreatesACalendarAtTheNextPassWhenTheFirstFailed) {
+    for (const auto& [name, order, end, but] : faults()) {
+        SCOPED_TRACE(name);
+        Json fault = order;
+        fault["at"] = 1;
+        world.google.control({{"calendars", Json::object()}, {"faults", {fault}}});
+        std::filesystem::remove(world.home / "preferences.json");
+        const std::string expected = name == "401 once" ? "+4 ~0 -0"
+                                     : end.empty()      ? refusal(200) + "agenda créé sans identifiant"
+                                                        : end;
+        EXPECT_EQ(world.run(impatient, before, {}).substr(0, expected.size()), expected);
+        world.google.control({{"faults", Json::array()}});
+        EXPECT_EQ(world.run(before), name == "401 once" ? "+0 ~0 -0" : "+4 ~0 -0");
+        EXPECT_EQ(world.shown().size(), 4U);
+    }
+}
+
+TEST_F(Disturbed, AsksNothingOfTheCalendarWithoutAnAccessToken) {
+    for (const Json& fault : {Json{{"kind", "reset"}}, Json{{"kind", "cut"}}, Json{{"kind", "text"}, {"body", "{}"}},
+                              status(401), status(500), status(400, {{"reason", "invalid_grant"}})}) {
+        Json order = fault;
+        order.update({{"on", "token"}, {"at", 1}});
+        reset(order);
+        world.auth.invalidateAccessToken();
+        EXPECT_NE(world.run(after, renamed)[0], '+') << fault;
+        EXPECT_EQ(world.requests(), std::vector<std::string>{}) << fault;
+    }
+    EXPECT_EQ(world.run(after), "Pas connecté à Google") << "a grant that Google refused is forgotten";
+}
+
+}
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Tacla/CalendarSync/CalendarSync.h"
+#include "Tacla/CalendarSync/TaclaGoogle.h"
+#include "Tacla/TaskList/TaskFile.h"
+#include "tests/support/GoogleStandIn.h"
+#include "tests/support/MemoryKeyring.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace tacla::testing {
+
+using Json = nlohmann::json;
+
+// A signed-in user with a calendar of their own, a clock that moves only by waiting, and the stand-in for Google.
+struct MirrorWorld {
+    GoogleStandIn google;
+    TemporaryFolder home;
+    std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
+    Preferences preferences{home / "preferences.json", home / "locks"};
+    dravel::GoogleEndpoints endpoints = dravel::GoogleEndpoints::onThisMachine(google.base(), googleBaseVariable);
+    dravel::GoogleAuth auth;
+
+    Pace::Moment now{};
+    std::vector<Pace::Wait> waits;
+    CalendarSync::Time time{[this] { return now; },
+                            [this](Pace::Wait wait, std::stop_token) {
+                                now += wait;
+                                waits.push_back(wait);
+                            }};
+    CalendarSync sync{auth, preferences, endpoints.calendar, time};
+
+    explicit MirrorWorld(const std::string& scope = "calendar.app.created")
+        : auth(taclaGoogle(preferences),
+               {.folders = {home.path(), home.path()}, .endpoints = endpoints, .keyring = keyring, .openBrowser = {}}) {
+        std::filesystem::create_directories(home / "Tacla");
+        writeBytes(home / "Tacla/client.json", google.clientFile());
+        const auto grant = google.control({{"grant", "https://www.googleapis.com/auth/" + scope}});
+        keyring->items["fr.dravel.Tacla.google"] = grant["refresh_token"];
+    }
+
+    using Keys = std::map<std::string, std::string>;
+
+    // "+3 ~1 -0", or what went wrong.
+    std::string run(const std::string& text, const Keys& renamed = {}) { return run(sync, text, renamed); }
+
+    static std::string run(CalendarSync& mirror, const std::string& text, const Keys& renamed) {
+        try {
+            const auto [created, updated, deleted] = mirror.run(TaskFile::parse(text), renamed);
+            return "+" + std::to_string(created) + " ~" + std::to_string(updated) + " -" + std::to_string(deleted);
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+    }
+
+    // The methods of the calendar requests since the last call, in order.
+    std::vector<std::string> requests() {
+        std::vector<std::string> lines;
+        for (const Json& entry : google.state("log")) {
+            if (entry["path"] != "/token") lines.push_back(entry["method"]);
+        }
+        google.control({{"clear_log", true}});
+        return lines;
+    }
+
+    Json calendar() { return google.state("calendars")[preferences.calendarID().value_or("")]; }
+
+    // What the user sees of the events, by title.
+    std::map<std::string, Json> shown() {
+        std::map<std::string, Json> events;
+        const Json all = calendar();
+        for (const Json& event : all["events"]) {
+            if (event["status"] != "cancelled") events[event["summary"]] = event;
+        }
+        return events;
+    }
+};
+
+}
