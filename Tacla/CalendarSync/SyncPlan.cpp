@@ -31,9 +31,11 @@ SyncPlan planSync(const std::vector<Managed>& managed, const Tasks& tasks,
         const auto [place, isNew] = byKey.try_emplace(key, kept.size());
         if (isNew) {
             kept.push_back(entry);
-        } else {
-            plan.remove.push_back(std::exchange(kept[place->second], entry).event->id);
+            continue;
         }
+        const Kept earlier = std::exchange(kept[place->second], entry);
+        // An event that moves between two pages of the listing is listed twice.
+        if (earlier.event->id != event.id) plan.remove.push_back(earlier.event->id);
     }
     for (const auto& task : tasks) {
         auto event = calendarEvent(task, timeZone);
