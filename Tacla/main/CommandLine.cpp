@@ -1,0 +1,47 @@
+#include "Tacla/main/CommandLine.h"
+
+#include "Tacla/main/Commands.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string_view>
+
+namespace tacla {
+
+namespace {
+
+struct Command {
+    std::string_view name;
+    std::size_t least, most;                              // arguments behind the name
+    int (*run)(Arguments, Terminal&, const Environment&); // none: the desktop module's, which gets all arguments
+};
+
+constexpr std::size_t any = std::numeric_limits<std::size_t>::max();
+
+constexpr std::array commands{
+    Command{"list", 0, any, listTasks},        Command{"done", 1, any, checkTask},
+    Command{"rename", 2, 2, renameTask},       Command{"sync", 0, any, syncCalendar},
+    Command{"--notify-test", 0, any, nullptr}, Command{"--snapshot", 1, any, nullptr},
+};
+
+constexpr auto usage = "usage : tacla [list | done <texte> | rename <texte> <nouveau titre> | sync]";
+
+int runDesktop(Arguments arguments, const Environment& environment) {
+    std::vector<std::string> all{"tacla"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return environment.run(desktopModule, all);
+}
+
+}
+
+int runCommandLine(Arguments arguments, Terminal& terminal, const Environment& environment) {
+    if (arguments.empty()) return runDesktop(arguments, environment);
+    const auto command = std::ranges::find(commands, std::string_view(arguments.front()), &Command::name);
+    const auto count = arguments.size() - 1;
+    if (command == commands.end() || count < command->least || count > command->most) return terminal.fail(usage);
+    if (command->run == nullptr) return runDesktop(arguments, environment);
+    return command->run(arguments.subspan(1), terminal, environment);
+}
+
+}

@@ -1,0 +1,79 @@
+#include "DravelKit/Foundation/Text.h"
+#include "Tacla/Preferences/NotifiedTasks.h"
+#include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskLines.h"
+#include "Tacla/main/Commands.h"
+#include "Tacla/main/TaskFileAccess.h"
+#include "Tacla/main/TaskSearch.h"
+
+#include <algorithm>
+
+namespace tacla {
+
+namespace {
+
+using Keys = std::map<std::string, std::string>;
+
+// A separator in the title would end it. Replacing one can bring two others together.
+std::string withoutSeparators(std::string title) {
+    while (title.find(separator) != title.npos) title = dravel::replacedAll(title, separator, " - ");
+    return title;
+}
+
+// Reminders already shown stay silent under the new keys.
+void rekeyReminders(const Keys& keys, const Environment& environment) {
+    if (environment.preferences.notifiedTasks().empty()) return;
+    environment.preferences.updateNotifiedTasks(
+        [&](auto notified) { return NotifiedTasks::rekeyed(std::move(notified), keys); });
+}
+
+int syncRenamed(const Keys& keys, const Environment& environment) {
+    std::vector<std::string> arguments{"tacla", "sync-renamed"};
+    for (const auto& [before, after] : keys) arguments.insert(arguments.end(), {before, after});
+    return environment.run(networkModule, arguments);
+}
+
+// The file is renamed by now: what fails here is said, and does not keep the rest from being done.
+int follow(const Keys& keys, Terminal& terminal, const Environment& environment) {
+    int status = EXIT_SUCCESS;
+    try {
+        rekeyReminders(keys, environment);
+    } catch (const dravel::FileError& error) {
+        status = terminal.fail("impossible d'écrire " + error.path.string() + " : " + error.description());
+    }
+    if (!environment.preferences.calendarSync()) return status;
+    return std::max(status, syncRenamed(keys, environment));
+}
+
+}
+
+int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& environment) {
+    const TaskSearch search(textAndTitle[0]);
+    const auto file = environment.taskFile();
+    const auto tasks = readTasks(file);
+    if (!tasks) return terminal.fail(file.string() + " illisible");
+    const auto matches = [&](const TaskItem& one) { return search.matches(one); };
+    const auto task = std::ranges::find_if(*tasks, matches);
+    if (task == tasks->end()) return terminal.fail("aucune tâche ne contient « " + search.text() + " »");
+    if (std::any_of(task + 1, tasks->end(), matches))
+        return terminal.fail("plusieurs tâches contiennent « " + search.text() + " »");
+
+    const bool readable = dravel::isValidUtf8(textAndTitle[1]);
+    const auto title = readable ? TaskFile::dropStrongMark(withoutSeparators(textAndTitle[1])) : std::string();
+    Keys keys;
+    const auto edit = [&](std::string_view text) -> std::optional<std::string> {
+        auto renamed = TaskFile::rename(text, task->key, title);
+        if (!renamed) return {};
+        keys = std::move(renamed->keys);
+        return std::move(renamed->text);
+    };
+    switch (editTasks(file, edit, environment)) {
+    case Edited::unreadable: return terminal.fail(file.string() + " illisible");
+    case Edited::refused: return terminal.fail("impossible de renommer dans " + file.string());
+    case Edited::saved: break;
+    }
+    terminal.print("✏️ " + task->title + " → " + title);
+    return follow(keys, terminal, environment);
+}
+
+}
