@@ -66,6 +66,8 @@ class CardHeader final : public QWidget {
     void resizeEvent(QResizeEvent*) override;
 
   private:
+    void arrange();
+
     Symbol symbol_;
     Theme::Tone tint_;
     TextLabel* title_;

@@ -29,7 +29,10 @@ class DatePopup final : public QWidget {
     void keyPressEvent(QKeyEvent*) override;
 
   private:
+    void pick(QDate);
     void moveTo(QDate);
+    void refresh();
+    void focusCursor(Qt::FocusReason);
 
     QDate selected_, today_, cursor_;
     TextLabel* month_;

@@ -32,11 +32,11 @@ class Disc final : public QWidget {
 
   protected:
     void paintEvent(QPaintEvent*) override;
-    void showEvent(QShowEvent*) override { turn(); }
+    void showEvent(QShowEvent*) override { runClock(); }
     void hideEvent(QHideEvent*) override { timer_.stop(); }
 
   private:
-    void turn();
+    void runClock();
 
     Face face_;
     QTimer timer_;

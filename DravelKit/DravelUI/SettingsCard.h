@@ -43,6 +43,10 @@ class SettingsCard final : public Card {
     explicit SettingsCard(QWidget* parent = nullptr);
     SettingsCard(Symbol, const QString& title, const QString& intro = {}, QWidget* parent = nullptr);
     SettingRow* addRow(SettingRow*); // takes it
+
+  private:
+    QBoxLayout* column_;
+    int rows_ = 0;
 };
 
 }

@@ -1,0 +1,164 @@
+#include "DravelKit/DravelUI/Card.h"
+
+#include "DravelKit/DravelUI/Disc.h"
+#include "DravelKit/DravelUI/StatusTag.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+
+#include <QLinearGradient>
+#include <QMoveEvent>
+#include <QPainter>
+#include <QResizeEvent>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+
+namespace dravel {
+namespace {
+
+// Painters lose precision in faces of a hundred thousand pixels, as a long list makes them: what lies far outside the
+// exposed part is left out.
+QRectF nearby(const QRectF& face, const QRect& exposed) {
+    constexpr int far = 200;
+    return face.intersected(QRectF(exposed).adjusted(-far, -far, far, far));
+}
+
+struct ShadowLayer {
+    int grown, down;
+    qreal alpha;
+};
+constexpr std::array shadow{ShadowLayer{3, 3, .006}, ShadowLayer{2, 2, .010}, ShadowLayer{1, 1, .018},
+                            ShadowLayer{0, 1, .030}};
+
+}
+
+Card::Card(QWidget* parent, Kind kind) : QWidget(parent), kind_(kind) {}
+
+int Card::radius() const { return kind_ == Kind::Hero ? Theme::Radius::lg : Theme::Radius::md; }
+
+void Card::setHighlighted(bool on) {
+    if (std::exchange(highlighted_, on) != on) update();
+}
+
+void Card::paintShadow(QPainter& painter, const QRect& exposed) const {
+    painter.setPen(Qt::NoPen);
+    QColor colour = Theme::Palette::blackText.color();
+    for (const auto& layer : shadow) {
+        const QRectF face = QRectF(geometry()).adjusted(-layer.grown, -layer.grown, layer.grown, layer.grown);
+        colour.setAlphaF(static_cast<float>(layer.alpha));
+        painter.setBrush(colour);
+        painter.drawRoundedRect(nearby(face.translated(0, layer.down), exposed), radius() + layer.grown,
+                                radius() + layer.grown);
+    }
+}
+
+void Card::updateShadow(const QRect& at) const {
+    if (parentWidget()) parentWidget()->update(at.adjusted(-3, 0, 3, 6));
+}
+
+void Card::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    updateShadow({event->oldPos(), size()});
+    updateShadow(geometry());
+}
+
+void Card::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    updateShadow({pos(), event->oldSize()});
+    updateShadow(geometry());
+}
+
+void Card::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const bool dark = appearanceOf(*this) == Appearance::Dark;
+    const bool bordered = highlighted_ || dark; // the light border has the colour of the surface
+    const qreal pen = !bordered ? 0 : highlighted_ ? 2 : 1;
+    painter.setPen(bordered ? QPen((highlighted_ ? Theme::accent : Theme::cardBorder).on(*this), pen)
+                            : QPen(Qt::NoPen));
+    painter.setBrush(Theme::surface.on(*this));
+    if (kind_ == Kind::Hero) {
+        QLinearGradient sweep(0, 0, width(), 0);
+        sweep.setColorAt(0.35, Theme::surface.on(*this));
+        sweep.setColorAt(1, Theme::accentSoft.on(*this));
+        painter.setBrush(sweep);
+    }
+    const QRectF face = QRectF(rect()).adjusted(pen / 2, pen / 2, -pen / 2, -pen / 2);
+    painter.drawRoundedRect(nearby(face, event->rect()), radius() - pen / 2, radius() - pen / 2);
+}
+
+CardStage::CardStage(QWidget* parent) : QWidget(parent) {
+    setAutoFillBackground(true); // opaque, so that scrolling moves pixels instead of painting them again
+}
+
+void CardStage::paintEvent(QPaintEvent* event) {
+    if (appearanceOf(*this) == Appearance::Dark) return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (const QObject* child : children()) {
+        const auto* card = qobject_cast<const Card*>(child);
+        if (card && card->isVisible() && card->geometry().adjusted(-3, 0, 3, 6).intersects(event->rect()))
+            card->paintShadow(painter, event->rect());
+    }
+}
+
+CardHeader::CardHeader(Symbol symbol, const Theme::Tone& tint, const QString& title, QWidget* parent)
+    : QWidget(parent), symbol_(symbol), tint_(tint),
+      title_(new TextLabel(Theme::Typography::cardTitle, Theme::text, title, this)) {
+    title_->setObjectName(QStringLiteral("cardTitle"));
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void CardHeader::setTitle(const QString& title) {
+    if (title_->text() != title) title_->setText(title);
+}
+
+void CardHeader::setSymbol(Symbol symbol, const Theme::Tone& tint) {
+    if (symbol == symbol_ && tint == tint_) return;
+    symbol_ = symbol;
+    tint_ = tint;
+    update();
+}
+
+void CardHeader::setCount(int count) {
+    if (!count_) {
+        count_ = new CountCapsule(count, this);
+        count_->setObjectName(QStringLiteral("cardCount"));
+        count_->show();
+    }
+    count_->setCount(count);
+    arrange();
+}
+
+void CardHeader::arrange() {
+    int right = width() - Card::iconColumn;
+    if (count_) {
+        const QSize size = count_->sizeHint();
+        right -= size.width();
+        count_->setGeometry({{right, 8}, size});
+        right -= Theme::Space::sm;
+    }
+    title_->setGeometry(Card::textColumn, 8, std::max(right - Card::textColumn, 0), 20);
+}
+
+void CardHeader::resizeEvent(QResizeEvent*) { arrange(); }
+
+void CardHeader::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    paintSymbol(painter, QRectF(Card::iconColumn, 8, Card::iconWidth, 20), symbol_, 16, tint_.on(*this));
+}
+
+EmptyCard::EmptyCard(Symbol symbol, const QString& text, QWidget* parent) : Card(parent) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(Theme::Space::lg, 56, Theme::Space::lg, 56);
+    column->setSpacing(Theme::Space::md);
+    auto* disc = new Disc({.diameter = 64, .symbol = symbol, .symbolSize = 28, .ink = Theme::accent}, this);
+    auto* label = new TextLabel(Theme::Typography::body, Theme::textSecondary, text, this);
+    label->setObjectName(QStringLiteral("emptyText"));
+    label->setAlignment(Qt::AlignHCenter);
+    label->setWraps(true);
+    column->addWidget(disc, 0, Qt::AlignHCenter);
+    column->addWidget(label);
+}
+
+}

@@ -1,0 +1,48 @@
+#include "DravelKit/DravelUI/Control.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace dravel {
+
+Control::Control(QWidget* parent) : QAbstractButton(parent) {
+    setAttribute(Qt::WA_Hover);
+    setFocusPolicy(Qt::TabFocus); // a click leaves the focus where the user types
+}
+
+Control::~Control() { delete ring_; }
+
+void Control::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (!isEnabled()) painter.setOpacity(0.4);
+    paint(painter);
+}
+
+void Control::focusInEvent(QFocusEvent* event) {
+    QAbstractButton::focusInEvent(event);
+    if (isKeyboardFocus(event->reason()) && !ring_) ring_ = FocusRing::around(*this, face(), faceRadius());
+}
+
+void Control::focusOutEvent(QFocusEvent* event) {
+    QAbstractButton::focusOutEvent(event);
+    // The ring is still there when the window, or a menu that was opened, gives the focus back.
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason) delete ring_;
+}
+
+void Control::refreshRing() {
+    if (!ring_) return;
+    delete ring_;
+    ring_ = FocusRing::around(*this, face(), faceRadius());
+}
+
+void Control::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (!event->isAutoRepeat()) click();
+        return;
+    }
+    QAbstractButton::keyPressEvent(event);
+}
+
+}

@@ -1,0 +1,101 @@
+#include "DravelKit/DravelUI/DravelPage.h"
+
+#include "DravelKit/DravelUI/TextLabel.h"
+
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace dravel {
+namespace {
+
+constexpr int titleTop = 4, subtitleGap = 4;
+
+}
+
+DravelPage::DravelPage(QWidget* parent) : QScrollArea(parent) {
+    auto* stage = new CardStage;
+    stage->setObjectName(QStringLiteral("pageBody"));
+    column_ = new QVBoxLayout(stage);
+    column_->setSpacing(Theme::Space::md);
+    column_->setAlignment(Qt::AlignTop);
+    column_->addStretch();
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setWidgetResizable(true);
+    setWidget(stage);
+    verticalScrollBar()->setSingleStep(40);
+    verticalScrollBar()->setFocusPolicy(Qt::NoFocus);
+    verticalScrollBar()->setObjectName(QStringLiteral("pageScrollBar"));
+    fitColumn();
+}
+
+DravelPage::DravelPage(const QString& title, const QString& subtitle, QWidget* parent) : DravelPage(parent) {
+    setAccessibleName(title);
+    head_ = new QWidget;
+    auto* texts = new QVBoxLayout(head_);
+    // The column adds its own 16 of the 24 below the head.
+    texts->setContentsMargins(0, titleTop, 0, Theme::Space::lg - Theme::Space::md);
+    texts->setSpacing(subtitleGap);
+    auto* titleLabel = new TextLabel(Theme::Typography::pageTitle, Theme::text, title, head_);
+    titleLabel->setObjectName(QStringLiteral("pageTitle"));
+    subtitle_ = new TextLabel(Theme::Typography::body, Theme::textSecondary, subtitle, head_);
+    subtitle_->setObjectName(QStringLiteral("pageSubtitle"));
+    subtitle_->setWraps(true);
+    subtitle_->setHidden(subtitle.isEmpty());
+    texts->addWidget(titleLabel);
+    texts->addWidget(subtitle_);
+    column_->insertWidget(0, head_);
+}
+
+CardStage& DravelPage::stage() const { return *static_cast<CardStage*>(widget()); }
+
+void DravelPage::setSubtitle(const QString& text) {
+    if (!subtitle_ || subtitle_->text() == text) return;
+    subtitle_->setText(text);
+    subtitle_->setHidden(text.isEmpty());
+}
+
+void DravelPage::add(QWidget* card) { column_->insertWidget(column_->count() - 1, card); }
+
+void DravelPage::insert(int index, QWidget* card) { column_->insertWidget(index + (head_ ? 1 : 0), card); }
+
+void DravelPage::remove(QWidget* card) {
+    column_->removeWidget(card);
+    card->hide();
+}
+
+QRect DravelPage::visiblePart(const QWidget& descendant) const {
+    const QPoint corner = descendant.mapTo(viewport(), QPoint());
+    return viewport()->rect().translated(-corner).intersected(descendant.rect());
+}
+
+void DravelPage::reveal(const QWidget& descendant, int slack) {
+    const int top = descendant.mapTo(viewport(), QPoint()).y(), bottom = top + descendant.height();
+    int shift = 0;
+    if (bottom + slack > viewport()->height()) shift = bottom + slack - viewport()->height();
+    if (top - shift < slack) shift = top - slack; // what is higher than the view shows its head
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + shift);
+}
+
+// The thumb stands inside the right margin: the column is centred in the whole page, whether there is a thumb or not.
+void DravelPage::fitColumn() {
+    const int column = std::min(width() - 2 * margin, maximumColumn);
+    const int left = std::max((width() - column) / 2, margin);
+    const int right = viewport()->width() - left - column;
+    column_->setContentsMargins(left, margin, std::max(right, 0), Theme::Space::xl);
+}
+
+void DravelPage::resizeEvent(QResizeEvent* event) {
+    fitColumn();
+    QScrollArea::resizeEvent(event);
+    Q_EMIT viewChanged();
+}
+
+void DravelPage::scrollContentsBy(int dx, int dy) {
+    QScrollArea::scrollContentsBy(dx, dy);
+    Q_EMIT viewChanged();
+}
+
+}

@@ -1,0 +1,95 @@
+#include "DravelKit/DravelUI/DravelShell.h"
+
+#include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStackedWidget>
+
+#include <algorithm>
+
+namespace dravel {
+namespace {
+
+constexpr int handleWidth = 5, sidePadding = 12, footPadding = 12, iconLeft = 20, iconTop = 20, iconSide = 28;
+constexpr int brandGap = 10, listTop = 72, narrowestPage = 480;
+
+// Invisible: only the cursor tells that the sidebar can be dragged.
+class Handle final : public QWidget {
+  public:
+    explicit Handle(DravelShell& shell) : QWidget(&shell), shell_(shell) {
+        setObjectName(QStringLiteral("sidebarHandle"));
+        setCursor(Qt::SplitHCursor);
+    }
+
+  protected:
+    void mousePressEvent(QMouseEvent* event) override {
+        grab_ = event->globalPosition().toPoint().x() - shell_.sidebarWidth();
+    }
+    void mouseMoveEvent(QMouseEvent* event) override {
+        shell_.setSidebarWidth(event->globalPosition().toPoint().x() - grab_);
+    }
+    void mouseDoubleClickEvent(QMouseEvent*) override { shell_.setSidebarWidth(DravelShell::idealSidebar); }
+
+  private:
+    DravelShell& shell_;
+    int grab_ = 0;
+};
+
+}
+
+DravelShell::DravelShell(const QString& brand, const QIcon& icon, const QString& listName, QWidget* parent)
+    : QWidget(parent), icon_(icon), brand_(new TextLabel(Theme::Typography::cardTitle, Theme::text, brand, this)),
+      list_(new SidebarList(listName, this)), pages_(new QStackedWidget(this)), handle_(new Handle(*this)) {
+    brand_->setObjectName(QStringLiteral("brand"));
+    list_->setObjectName(QStringLiteral("sidebarList"));
+    pages_->setObjectName(QStringLiteral("pages"));
+    handle_->raise();
+}
+
+void DravelShell::setFoot(QWidget* foot) {
+    foot_ = foot;
+    foot->setParent(this);
+    foot->show();
+    setTabOrder(list_, pages_);
+    arrange();
+}
+
+void DravelShell::showPage(QWidget* page) {
+    if (pages_->indexOf(page) < 0) pages_->addWidget(page);
+    pages_->setCurrentWidget(page);
+}
+
+QWidget* DravelShell::page() const { return pages_->currentWidget(); }
+
+void DravelShell::setSidebarWidth(int wanted) {
+    sidebarWidth_ = std::max(wanted, minimumSidebar);
+    arrange();
+}
+
+void DravelShell::resizeEvent(QResizeEvent*) { arrange(); }
+
+void DravelShell::arrange() {
+    sidebarWidth_ = std::max(std::min(sidebarWidth_, width() - narrowestPage), minimumSidebar);
+    const int room = sidebarWidth_ - 1 - 2 * sidePadding; // 1: the line at its right
+    const int textLeft = iconLeft + iconSide + brandGap;
+    brand_->setGeometry(textLeft, iconTop + 4, sidebarWidth_ - 1 - textLeft - sidePadding, 20);
+    list_->setGeometry(sidePadding, listTop, room, list_->sizeHint().height());
+    if (foot_) {
+        const int height = foot_->sizeHint().height();
+        foot_->setGeometry(sidePadding, this->height() - footPadding - height, room, height);
+    }
+    pages_->setGeometry(sidebarWidth_, 0, width() - sidebarWidth_, height());
+    handle_->setGeometry(sidebarWidth_ - 1 - handleWidth / 2, 0, handleWidth, height());
+    update(0, 0, sidebarWidth_, height());
+}
+
+void DravelShell::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(0, 0, sidebarWidth_ - 1, height(), Theme::surface.on(*this));
+    painter.fillRect(sidebarWidth_ - 1, 0, 1, height(), Theme::border.on(*this));
+    icon_.paint(&painter, iconLeft, iconTop, iconSide, iconSide);
+}
+
+}

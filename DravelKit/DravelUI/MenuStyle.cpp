@@ -1,0 +1,131 @@
+#include "DravelKit/DravelUI/MenuStyle.h"
+
+#include "DravelKit/DravelUI/Look.h"
+#include "DravelKit/DravelUI/Symbols.h"
+#include "DravelKit/DravelUI/TextPaint.h"
+#include "DravelKit/DravelUI/Theme.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QPainter>
+#include <QStyleOption>
+
+#include <algorithm>
+
+namespace dravel {
+
+void markDestructive(QAction& action) { action.setProperty(menus::destructive, true); }
+
+void popUpUnder(QMenu& menu, const QWidget& widget) {
+    const QPoint corner = widget.mapToGlobal(QPoint(widget.width(), widget.height() + 2));
+    menu.exec(QPoint(corner.x() - menu.sizeHint().width(), corner.y()));
+}
+
+namespace menus {
+namespace {
+
+constexpr int sidePadding = 10, columnGap = 24, markColumn = 22;
+constexpr auto& type = Theme::Typography::body;
+
+// The title without the marks of its mnemonic.
+QString plainTitle(const QString& text) {
+    QString plain;
+    const QString title = text.section(QLatin1Char('\t'), 0, 0);
+    for (int at = 0; at < title.size(); ++at) {
+        if (title[at] == QLatin1Char('&') && ++at == title.size()) break;
+        plain += title[at];
+    }
+    return plain;
+}
+
+QString shortcut(const QString& text) { return text.section(QLatin1Char('\t'), 1, 1); }
+
+bool isDestructive(const QWidget* widget, const QRect& entry) {
+    const auto* menu = qobject_cast<const QMenu*>(widget);
+    const QAction* action = menu ? menu->actionAt(entry.center()) : nullptr;
+    return action && action->property(destructive).toBool();
+}
+
+struct Inks {
+    QColor text, fill;
+};
+
+Inks inks(const QStyleOptionMenuItem& option, bool danger) {
+    const Appearance look = appearanceOf(option.palette);
+    const auto colour = [look](const Theme::Tone& tone) { return tone.in(look).color(); };
+    if (!option.state.testFlag(QStyle::State_Enabled)) return {colour(Theme::textTertiary), Qt::transparent};
+    const bool selected = option.state.testFlag(QStyle::State_Selected);
+    const QColor plain = colour(danger ? Theme::dangerText : selected ? Theme::accentOnSoft : Theme::text);
+    return {plain, selected ? colour(danger ? Theme::dangerSoft : Theme::accentSoft) : Qt::transparent};
+}
+
+void paintSeparator(QPainter& painter, const QStyleOptionMenuItem& option) {
+    const QRect line(option.rect.left() + sidePadding, option.rect.center().y(), option.rect.width() - 2 * sidePadding,
+                     1);
+    painter.fillRect(line, Theme::border.in(appearanceOf(option.palette)).color());
+}
+
+}
+
+QSize entrySize(const QStyleOptionMenuItem& option) {
+    if (option.menuItemType == QStyleOptionMenuItem::Separator) return {2 * sidePadding, 9};
+    int width = 2 * sidePadding + textWidth(type, plainTitle(option.text));
+    if (option.menuHasCheckableItems) width += markColumn;
+    if (option.reservedShortcutWidth > 0) width += columnGap + option.reservedShortcutWidth;
+    if (option.menuItemType == QStyleOptionMenuItem::SubMenu) width += columnGap;
+    return {width, entryHeight};
+}
+
+void paintPanel(QPainter& painter, const QStyleOption& option) {
+    const Appearance look = appearanceOf(option.palette);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Theme::border.in(look).color());
+    painter.setBrush(Theme::surface.in(look).color());
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 7.5, 7.5);
+}
+
+void paintEntry(QPainter& painter, const QStyleOptionMenuItem& option, const QWidget* menu) {
+    if (option.menuItemType == QStyleOptionMenuItem::Separator) return paintSeparator(painter, option);
+    const Inks ink = inks(option, isDestructive(menu, option.rect));
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ink.fill);
+    painter.drawRoundedRect(option.rect, Theme::Radius::xs, Theme::Radius::xs);
+
+    QRect inner = option.rect.adjusted(sidePadding, 0, -sidePadding, 0);
+    if (option.menuHasCheckableItems) {
+        if (option.checked)
+            paintSymbol(painter, QRect(inner.left(), inner.top(), 14, inner.height()), Symbol::CheckLg, 14, ink.text);
+        inner.setLeft(inner.left() + markColumn);
+    }
+    paintLine(painter, inner, type, ink.text, plainTitle(option.text));
+    if (option.menuItemType == QStyleOptionMenuItem::SubMenu)
+        paintSymbol(painter, QRect(inner.right() - 11, inner.top(), 12, inner.height()), Symbol::ChevronRight, 12,
+                    ink.text);
+    if (const QString keys = shortcut(option.text); !keys.isEmpty())
+        paintLine(painter, inner, type, Theme::textTertiary.in(appearanceOf(option.palette)).color(), keys,
+                  Qt::AlignRight);
+    painter.restore();
+}
+
+void paintBarEntry(QPainter& painter, const QStyleOptionMenuItem& option) {
+    const Appearance look = appearanceOf(option.palette);
+    const bool open = option.state.testFlag(QStyle::State_Sunken), hot = option.state.testFlag(QStyle::State_Selected);
+    painter.save();
+    painter.fillRect(option.rect, Theme::surface.in(look).color());
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    if (open || hot) {
+        painter.setBrush((open ? Theme::accentSoft : Theme::tile).in(look).color());
+        painter.drawRoundedRect(option.rect.adjusted(0, 2, 0, -2), Theme::Radius::xs, Theme::Radius::xs);
+    }
+    const auto& ink = !option.state.testFlag(QStyle::State_Enabled) ? Theme::textTertiary
+                      : open                                        ? Theme::accentOnSoft
+                                                                    : Theme::text;
+    paintLine(painter, option.rect, type, ink.in(look).color(), plainTitle(option.text), Qt::AlignHCenter);
+    painter.restore();
+}
+
+}
+}

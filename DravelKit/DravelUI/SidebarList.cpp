@@ -1,0 +1,114 @@
+#include "DravelKit/DravelUI/SidebarList.h"
+
+#include "DravelKit/DravelUI/SidebarRow.h"
+#include "DravelKit/DravelUI/TextPaint.h"
+
+#include <QAccessible>
+#include <QKeyEvent>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace dravel {
+namespace {
+
+constexpr int rowHeight = 36, rowGap = 4, padding = 10, symbolSize = 16, symbolGap = 10;
+
+}
+
+SidebarRow::SidebarRow(Symbol symbol, const QString& title, QWidget* parent) : Control(parent), symbol_(symbol) {
+    setText(title);
+    setCheckable(true);
+}
+
+void SidebarRow::paint(QPainter& painter) {
+    const bool lit = isChecked() || isDown();
+    if (lit || isHovered()) {
+        const auto& fill = isDown() ? Theme::accentSoftPressed : isChecked() ? Theme::accentSoft : Theme::tile;
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill.on(*this));
+        painter.drawRoundedRect(rect(), faceRadius(), faceRadius());
+    }
+    if (ringed_) {
+        painter.setPen(QPen(Theme::accent.on(*this), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), faceRadius() - 1, faceRadius() - 1);
+    }
+    const auto& ink = lit ? Theme::accentOnSoft : isHovered() ? Theme::text : Theme::textSecondary;
+    const auto& symbolInk = lit || isHovered() ? ink : Theme::textTertiary;
+    paintSymbol(painter, QRectF(padding, 0, symbolSize, height()), symbol_, symbolSize, symbolInk.on(*this));
+    paintLine(painter, rect().adjusted(padding + symbolSize + symbolGap, 0, -padding, 0), Theme::Typography::bodyMedium,
+              ink.on(*this), text());
+}
+
+// The ring is drawn inside the row, so the common one outside is not wanted.
+void SidebarRow::focusInEvent(QFocusEvent* event) {
+    QAbstractButton::focusInEvent(event);
+    ringed_ = ringed_ || isKeyboardFocus(event->reason());
+}
+
+void SidebarRow::focusOutEvent(QFocusEvent* event) {
+    QAbstractButton::focusOutEvent(event);
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason) ringed_ = false;
+}
+
+void SidebarRow::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Home:
+    case Qt::Key_End: event->ignore(); return; // the list moves
+    default: Control::keyPressEvent(event);
+    }
+}
+
+SidebarList::SidebarList(const QString& accessibleName, QWidget* parent) : QWidget(parent) {
+    setAccessibleName(accessibleName);
+}
+
+int SidebarList::addRow(Symbol symbol, const QString& title, const QString& objectName) {
+    auto* row = new SidebarRow(symbol, title, this);
+    const int index = count();
+    row->setObjectName(objectName);
+    row->setFocusPolicy(Qt::NoFocus);
+    rows_.push_back(row);
+    connect(row, &QAbstractButton::clicked, this, [this, index] { setCurrent(index); });
+    if (index == 0) setCurrent(0);
+    updateGeometry();
+    return index;
+}
+
+void SidebarList::setCurrent(int index) {
+    if (index == current_ || index < 0 || index >= count()) return;
+    const bool focused = current_ >= 0 && rows_[static_cast<std::size_t>(current_)]->hasFocus();
+    current_ = index;
+    for (int at = 0; at < count(); ++at) {
+        SidebarRow* row = rows_[static_cast<std::size_t>(at)];
+        row->setChecked(at == index);
+        row->setFocusPolicy(at == index ? Qt::TabFocus : Qt::NoFocus); // one stop of the Tab key
+    }
+    SidebarRow* chosen = rows_[static_cast<std::size_t>(index)];
+    if (focused) chosen->setFocus(Qt::TabFocusReason);
+    QAccessibleEvent selection(chosen, QAccessible::Selection);
+    QAccessible::updateAccessibility(&selection);
+    Q_EMIT currentChanged(index);
+}
+
+QSize SidebarList::sizeHint() const { return {186, count() * rowHeight + std::max(count() - 1, 0) * rowGap}; }
+
+void SidebarList::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Up: setCurrent(std::max(current_ - 1, 0)); break;
+    case Qt::Key_Down: setCurrent(std::min(current_ + 1, count() - 1)); break;
+    case Qt::Key_Home: setCurrent(0); break;
+    case Qt::Key_End: setCurrent(count() - 1); break;
+    default: QWidget::keyPressEvent(event);
+    }
+}
+
+void SidebarList::resizeEvent(QResizeEvent*) {
+    for (int at = 0; at < count(); ++at)
+        rows_[static_cast<std::size_t>(at)]->setGeometry(0, at * (rowHeight + rowGap), width(), rowHeight);
+}
+
+}

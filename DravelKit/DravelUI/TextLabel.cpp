@@ -1,0 +1,140 @@
+#include "DravelKit/DravelUI/TextLabel.h"
+
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace dravel {
+
+TextLabel::TextLabel(const Theme::TextStyle& style, const Theme::Tone& tone, const QString& text, QWidget* parent)
+    : QLabel(parent), style_(style), tone_(tone) {
+    setTextFormat(Qt::PlainText);
+    setFont(Theme::font(style));
+    setText(text);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void TextLabel::setTextStyle(const Theme::TextStyle& style) {
+    if (style == style_) return;
+    style_ = style;
+    paragraph_.reset();
+    setFont(Theme::font(style));
+    updateGeometry();
+    update();
+}
+
+void TextLabel::setTone(const Theme::Tone& tone) {
+    if (tone == tone_) return;
+    tone_ = tone;
+    update();
+}
+
+void TextLabel::setWraps(bool on) {
+    wraps_ = on;
+    QSizePolicy policy(QSizePolicy::Preferred, on ? QSizePolicy::Minimum : QSizePolicy::Fixed);
+    policy.setHeightForWidth(on);
+    setSizePolicy(policy);
+}
+
+void TextLabel::setSelectable(bool on) {
+    selectable_ = on;
+    setFocusPolicy(on ? Qt::ClickFocus : Qt::NoFocus);
+    setCursor(on ? Qt::IBeamCursor : Qt::ArrowCursor);
+}
+
+QSize TextLabel::sizeHint() const {
+    int widest = 0;
+    const auto lines = QStringView(text()).split(QLatin1Char('\n'));
+    for (const auto& line : lines) widest = std::max(widest, textWidth(style_, line.toString()));
+    return {widest, static_cast<int>(lines.size()) * style_.line};
+}
+
+QSize TextLabel::minimumSizeHint() const { return {std::min(sizeHint().width(), 40), style_.line}; }
+
+int TextLabel::heightForWidth(int width) const { return wraps_ ? paragraph(width).height() : style_.line; }
+
+const Paragraph& TextLabel::paragraph(int width) const {
+    if (!paragraph_ || paragraph_->width() != width || laidOut_ != text()) {
+        laidOut_ = text();
+        paragraph_.emplace(laidOut_, style_, width, alignment() & Qt::AlignHorizontal_Mask);
+    }
+    return *paragraph_;
+}
+
+void TextLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const QColor colour = tone_.on(*this);
+    if (!wraps_ && !selectable_) {
+        paintLine(painter, rect(), style_, colour, text(), alignment());
+        return;
+    }
+    QList<QTextLayout::FormatRange> selections;
+    if (anchor_ != cursor_) {
+        QTextCharFormat format;
+        format.setBackground(Theme::accentSoft.on(*this));
+        format.setForeground(Theme::accentOnSoft.on(*this));
+        selections.append({std::min(anchor_, cursor_), std::abs(cursor_ - anchor_), format});
+    }
+    const Paragraph& laidOut = paragraph(width());
+    // A paragraph that got more room than it needs stands in the middle, as a line does.
+    laidOut.paint(painter, QPointF(0, std::max(0, (height() - laidOut.height()) / 2)), colour, selections);
+}
+
+QString TextLabel::selectedPart() const { return text().mid(std::min(anchor_, cursor_), std::abs(cursor_ - anchor_)); }
+
+void TextLabel::mousePressEvent(QMouseEvent* event) {
+    if (!selectable_ || event->button() != Qt::LeftButton) return QLabel::mousePressEvent(event);
+    anchor_ = cursor_ = paragraph(width()).positionAt(event->position());
+    update();
+}
+
+void TextLabel::mouseMoveEvent(QMouseEvent* event) {
+    if (!selectable_ || !event->buttons().testFlag(Qt::LeftButton)) return QLabel::mouseMoveEvent(event);
+    cursor_ = paragraph(width()).positionAt(event->position());
+    update();
+}
+
+void TextLabel::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (!selectable_) return QLabel::mouseDoubleClickEvent(event);
+    selectAll();
+}
+
+void TextLabel::selectAll() {
+    anchor_ = 0;
+    cursor_ = static_cast<int>(text().size());
+    update();
+}
+
+void TextLabel::keyPressEvent(QKeyEvent* event) {
+    if (selectable_ && event->matches(QKeySequence::Copy))
+        QGuiApplication::clipboard()->setText(selectedPart());
+    else if (selectable_ && event->matches(QKeySequence::SelectAll))
+        selectAll();
+    else
+        QLabel::keyPressEvent(event);
+}
+
+void TextLabel::focusOutEvent(QFocusEvent* event) {
+    QLabel::focusOutEvent(event);
+    if (event->reason() == Qt::PopupFocusReason) return;
+    anchor_ = cursor_ = 0;
+    update();
+}
+
+void TextLabel::contextMenuEvent(QContextMenuEvent* event) {
+    if (!selectable_) return QLabel::contextMenuEvent(event);
+    QMenu menu(this);
+    QAction* copy = menu.addAction(QStringLiteral("Copier"));
+    copy->setEnabled(anchor_ != cursor_);
+    QAction* all = menu.addAction(QStringLiteral("Tout sélectionner"));
+    const QAction* chosen = menu.exec(event->globalPos());
+    if (chosen == copy) QGuiApplication::clipboard()->setText(selectedPart());
+    if (chosen == all) selectAll();
+}
+
+}

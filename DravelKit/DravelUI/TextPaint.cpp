@@ -1,0 +1,83 @@
+#include "DravelKit/DravelUI/TextPaint.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace dravel {
+namespace {
+
+// Where the baseline stands in a line box: what the type leaves free is shared above and below.
+qreal baseline(const QFont& font, qreal lineHeight) {
+    const QFontMetricsF metrics(font);
+    const qreal ascent = std::round(metrics.ascent()), descent = std::round(metrics.descent());
+    return std::floor((lineHeight - ascent - descent) / 2) + ascent;
+}
+
+}
+
+int textWidth(const Theme::TextStyle& style, const QString& text) {
+    return static_cast<int>(std::ceil(QFontMetricsF(Theme::font(style)).horizontalAdvance(text)));
+}
+
+void paintLine(QPainter& painter, const QRectF& rect, const Theme::TextStyle& style, const QColor& colour,
+               const QString& text, Qt::Alignment horizontal) {
+    const QFont& font = Theme::font(style);
+    const QFontMetricsF metrics(font);
+    qreal width = metrics.horizontalAdvance(text);
+    QString shown = text;
+    if (width > rect.width() + 0.99) {
+        shown = metrics.elidedText(text, Qt::ElideRight, rect.width());
+        width = metrics.horizontalAdvance(shown);
+    }
+    const qreal room = rect.width() - width;
+    const qreal shift = horizontal.testFlag(Qt::AlignRight)     ? room
+                        : horizontal.testFlag(Qt::AlignHCenter) ? room / 2
+                                                                : 0;
+    const qreal top = rect.top() + (rect.height() - style.line) / 2;
+    painter.setFont(font);
+    painter.setPen(colour);
+    painter.drawText(QPointF(rect.left() + shift, std::floor(top) + baseline(font, style.line)), shown);
+}
+
+Paragraph::Paragraph(const QString& text, const Theme::TextStyle& style, int width, Qt::Alignment horizontal)
+    : width_(width), line_(style.line) {
+    QString plain = text;
+    plain.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    const QFont& font = Theme::font(style);
+    layout_ = std::make_unique<QTextLayout>(plain, font);
+    // Absolute: a title in a right-to-left script stays in the left column, like its neighbours.
+    QTextOption option(horizontal | Qt::AlignAbsolute);
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setTextDirection(plain.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    layout_->setTextOption(option);
+    layout_->setCacheEnabled(true);
+
+    const qreal base = baseline(font, line_);
+    layout_->beginLayout();
+    for (QTextLine line = layout_->createLine(); line.isValid(); line = layout_->createLine()) {
+        line.setLineWidth(std::max(width, 1));
+        // An emoji's taller font must not push the line down.
+        line.setPosition({0, line.lineNumber() * line_ + base - line.ascent()});
+    }
+    layout_->endLayout();
+}
+
+int Paragraph::height() const { return std::max(layout_->lineCount(), 1) * line_; }
+
+void Paragraph::paint(QPainter& painter, QPointF topLeft, const QColor& colour,
+                      const QList<QTextLayout::FormatRange>& selections) const {
+    painter.setPen(colour);
+    layout_->draw(&painter, topLeft, selections);
+}
+
+int Paragraph::positionAt(QPointF point) const {
+    const int last = layout_->lineCount() - 1;
+    if (last < 0) return 0;
+    const int line = std::clamp(static_cast<int>(point.y()) / line_, 0, last);
+    return layout_->lineAt(line).xToCursor(point.x());
+}
+
+}
