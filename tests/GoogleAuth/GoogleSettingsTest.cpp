@@ -1,0 +1,108 @@
+#include "DravelKit/GoogleAuth/AuthError.h"
+#include "DravelKit/GoogleAuth/GoogleEndpoints.h"
+#include "DravelKit/GoogleAuth/OAuthClient.h"
+#include "DravelKit/GoogleAuth/TokenAnswer.h"
+#include "tests/GoogleAuth/Loopback.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace dravel;
+using tacla::testing::essai;
+using tacla::testing::writeBytes;
+
+namespace {
+
+std::string endpointsOf(const char* base) {
+    try {
+        const auto endpoints = GoogleEndpoints::onThisMachine(base, "TACLA_GOOGLE_BASE");
+        return endpoints.authorization + " " + endpoints.token + " " + endpoints.calendar;
+    } catch (const AuthError& error) {
+        return error.description();
+    }
+}
+
+}
+
+TEST(GoogleEndpoints, AreGooglesOwnUnlessTheEnvironmentNamesAServerOfThisMachine) {
+    EXPECT_EQ(GoogleEndpoints::fromEnvironment("TACLA_GOOGLE_BASE").token, "https://oauth2.googleapis.com/token");
+    ::setenv("TACLA_GOOGLE_BASE", "http://127.0.0.1:8765", 1);
+    EXPECT_EQ(GoogleEndpoints::fromEnvironment("TACLA_GOOGLE_BASE").token, "http://127.0.0.1:8765/token");
+    ::setenv("TACLA_GOOGLE_BASE", "", 1);
+    EXPECT_THROW(GoogleEndpoints::fromEnvironment("TACLA_GOOGLE_BASE"), AuthError);
+    ::unsetenv("TACLA_GOOGLE_BASE");
+}
+
+TEST(GoogleEndpoints, RefuseEveryOtherMachine) {
+    EXPECT_EQ(endpointsOf("http://127.0.0.1:8765"),
+              "http://127.0.0.1:8765/o/oauth2/v2/auth http://127.0.0.1:8765/token http://127.0.0.1:8765/calendar/v3");
+    EXPECT_EQ(endpointsOf("http://[::1]:8765/"),
+              "http://[::1]:8765/o/oauth2/v2/auth http://[::1]:8765/token http://[::1]:8765/calendar/v3");
+    for (const auto* base : {"", "127.0.0.1:8765", "http://localhost:8765", "http://example.org", "ftp://127.0.0.1/",
+                             "http://127.0.0.1.example.org", "http://127.0.0.1@example.org", "http://127.0.0.1:1/x",
+                             "http://127.0.0.1?x", "http:/127.0.0.1", "http://0.0.0.0:8765", "http://127.0.0.2"})
+        EXPECT_EQ(endpointsOf(base), "TACLA_GOOGLE_BASE refusée : seules les adresses http://127.0.0.1 et http://[::1] "
+                                     "sont permises")
+            << base;
+}
+
+TEST(OAuthClient, ReadsADesktopClientAndNothingElse) {
+    const auto client = OAuthClient::parse(
+        R"({"installed": {"client_id": "id", "client_secret": "secret", "redirect_uris": ["http://localhost"]}})");
+    ASSERT_TRUE(client);
+    EXPECT_EQ(client->clientID, "id");
+    EXPECT_EQ(client->clientSecret.reveal(), "secret");
+    for (const auto* other :
+         {"", "[]", "{}", R"({"web": {"client_id": "id", "client_secret": "secret"}})", R"({"installed": "id"})",
+          R"({"installed": {"client_id": "id"}})", R"({"installed": {"client_id": 1, "client_secret": "secret"}})",
+          R"({"installed": {"client_id": "id", "client_secret": null}})", "{\"installed\": {\"client_id\": \"\xff\"}"})
+        EXPECT_FALSE(OAuthClient::parse(other)) << other;
+}
+
+TEST(OAuthClient, TakesTheUsersFileBeforeThePackages) {
+    const tacla::testing::TemporaryFolder folder;
+    const GoogleFolders folders{.data = folder / "data", .resources = folder / "share"};
+    std::filesystem::create_directories(folders.data / "Essai");
+    std::filesystem::create_directories(folders.resources);
+    const auto load = [&]() -> std::string {
+        try {
+            return OAuthClient::load(essai(), folders).clientID;
+        } catch (const AuthError& error) {
+            return error.description();
+        }
+    };
+    EXPECT_FALSE(OAuthClient::isAvailable(essai(), folders));
+    EXPECT_EQ(load(), "Client Google absent de cette version de l'app");
+
+    writeBytes(folder / "share/google-client.json", R"({"installed": {"client_id": "package", "client_secret": "s"}})");
+    EXPECT_TRUE(OAuthClient::isAvailable(essai(), folders));
+    EXPECT_EQ(load(), "package");
+
+    writeBytes(folder / "data/Essai/client.json", R"({"installed": {"client_id": "user", "client_secret": "s"}})");
+    EXPECT_EQ(load(), "user");
+
+    for (const auto* bytes : {R"({"web": {"client_id": "user", "client_secret": "s"}})", "\xff", ""}) {
+        writeBytes(folder / "data/Essai/client.json", bytes);
+        EXPECT_EQ(load(), "Client Google illisible (attendu : client OAuth « Application de bureau »)");
+    }
+}
+
+TEST(TokenAnswer, IsReadOnlyInTheShapeOfTheStandard) {
+    const auto read = [](const char* json) -> std::string {
+        const auto answer = TokenResponse::parse(json);
+        if (!answer) return "?";
+        return answer->accessToken.reveal() + " " + std::to_string(answer->expiresIn.count()) + " " +
+               (answer->refreshToken ? answer->refreshToken->reveal() : "none");
+    };
+    EXPECT_EQ(read(R"({"access_token": "a", "expires_in": 3599, "token_type": "Bearer"})"), "a 3599 none");
+    EXPECT_EQ(read(R"({"access_token": "a", "expires_in": 1, "refresh_token": "r"})"), "a 1 r");
+    EXPECT_EQ(read(R"({"access_token": "a", "expires_in": -5, "refresh_token": null})"), "a 0 none");
+    EXPECT_EQ(read(R"({"access_token": "a", "expires_in": 18446744073709551615})"), "a 31622400 none");
+    for (const auto* json : {"", "null", "[]", R"({"access_token": "a"})", R"({"expires_in": 1})",
+                             R"({"access_token": "", "expires_in": 1})", R"({"access_token": 7, "expires_in": 1})",
+                             R"({"access_token": "a", "expires_in": "1"})",
+                             R"({"access_token": "a", "expires_in": 1, "refresh_token": 7})", R"({"access_token": "a)"})
+        EXPECT_EQ(read(json), "?") << json;
+}

@@ -1,0 +1,95 @@
+#include "DravelKit/GoogleAuth/TokenStore.h"
+
+#include "tests/GoogleAuth/Loopback.h"
+#include "tests/GoogleAuth/ScriptedKeyring.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+using namespace dravel;
+using namespace tacla::testing;
+
+namespace {
+
+constexpr auto key = "fr.dravel.Essai.google/refresh-token";
+
+struct Store : testing::Test {
+    TemporaryFolder folder;
+    std::shared_ptr<ScriptedKeyring> keyring = std::make_shared<ScriptedKeyring>();
+    TokenStore store{withLegacyFile(), {.data = folder.path(), .resources = {}}, keyring};
+
+    static GoogleConfig withLegacyFile() {
+        auto config = essai();
+        config.legacyToken = GoogleConfig::LegacyToken{.file = "token.txt", .read = [](std::string_view bytes) {
+                                                           return bytes.starts_with("jeton")
+                                                                      ? std::optional(Secret(std::string(bytes)))
+                                                                      : std::nullopt;
+                                                       }};
+        return config;
+    }
+    std::filesystem::path legacy() {
+        std::filesystem::create_directories(folder / "Essai");
+        return folder / "Essai/token.txt";
+    }
+    std::string read() {
+        const auto found = store.read({});
+        switch (found.found) {
+        case Keyring::Found::found: return found.secret.reveal();
+        case Keyring::Found::absent: return "absent";
+        case Keyring::Found::unreachable: break;
+        }
+        return "unreachable: " + found.trouble.reason;
+    }
+};
+
+}
+
+TEST_F(Store, MovesTheTokenOfAnEarlierVersionIntoTheKeyring) {
+    keyring->items[key] = "ancien";
+    writeBytes(legacy(), "jeton-1");
+    EXPECT_EQ(read(), "jeton-1");
+    EXPECT_FALSE(std::filesystem::exists(legacy()));
+    EXPECT_EQ(read(), "jeton-1");
+}
+
+TEST_F(Store, DropsAFileThatHoldsNoToken) {
+    keyring->items[key] = "gardé";
+    for (const auto* bytes : {"rien", "", "\xff\xfe"}) {
+        writeBytes(legacy(), bytes);
+        EXPECT_EQ(read(), "gardé");
+        EXPECT_FALSE(std::filesystem::exists(legacy()));
+    }
+}
+
+TEST_F(Store, KeepsTheFileUntilTheKeyringHasTheToken) {
+    writeBytes(legacy(), "jeton-1");
+    keyring->readOnly = true;
+    EXPECT_EQ(read(), "unreachable: le trousseau de clés a refusé l'opération");
+    keyring->readOnly = false;
+    keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
+    EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
+    EXPECT_EQ(readBytes(legacy()), "jeton-1");
+    keyring->trouble.reset();
+    EXPECT_EQ(read(), "jeton-1");
+    EXPECT_FALSE(std::filesystem::exists(legacy()));
+}
+
+TEST_F(Store, AsksTheUserOnceToUnlockTheKeyring) {
+    keyring->items[key] = "jeton-1";
+    keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé", .declined = true};
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
+    EXPECT_EQ(keyring->asked, 1);
+    EXPECT_TRUE(store.write(Secret("jeton-2"), {})); // the user's own wish: asked again
+    EXPECT_EQ(keyring->asked, 2);
+    keyring->trouble.reset();
+    EXPECT_EQ(read(), "jeton-1");
+}
+
+TEST_F(Store, RemovesTheTokenAndTheFileAlike) {
+    keyring->items[key] = "jeton-1";
+    writeBytes(legacy(), "jeton-0");
+    EXPECT_FALSE(store.remove({}));
+    EXPECT_TRUE(keyring->items.empty());
+    EXPECT_FALSE(std::filesystem::exists(legacy()));
+    EXPECT_EQ(read(), "absent");
+}
