@@ -37,7 +37,7 @@ class TaskColumn final : public QWidget, private TaskRow::Neighbourhood {
     const Rows& builtRows() const { return rows_; }
 
   protected:
-    void moveEvent(QMoveEvent*) override { place(); }
+    void moveEvent(QMoveEvent*) override { fill(); }
     void resizeEvent(QResizeEvent*) override;
     void focusInEvent(QFocusEvent*) override;
     bool eventFilter(QObject*, QEvent*) override;

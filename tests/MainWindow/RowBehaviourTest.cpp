@@ -1,0 +1,209 @@
+#include "tests/MainWindow/WindowWorld.h"
+
+#include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/DateField.h"
+#include "DravelKit/DravelUI/Switch.h"
+#include "DravelKit/DravelUI/TextField.h"
+
+#include <QAccessible>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace tacla {
+namespace {
+
+using testing::WindowWorld;
+
+const QList<QAction*> menuOf(WindowWorld& window, std::string_view title) {
+    QTest::mouseClick(window.row(title).findChild<QWidget*>(QStringLiteral("menu")), Qt::LeftButton);
+    return window.row(title).findChild<QMenu*>()->actions();
+}
+
+void choose(WindowWorld& window, std::string_view title, const QString& entry) {
+    for (auto* action : menuOf(window, title))
+        if (action->text() == entry) action->trigger();
+    window.settle();
+}
+
+TEST(TaskRow, IsCheckedPostponedAndDeletedInTheFile) {
+    WindowWorld window("- [ ] Pain · 2026-11-20 18:00\n- [ ] Vin · 2026-11-24\n- [ ] Sel · 2026-11-24\n");
+    QTest::mouseClick(window.row("Vin").findChild<QWidget*>(QStringLiteral("check")), Qt::LeftButton);
+    window.settle();
+    choose(window, "Pain", QStringLiteral("Reporter à lundi"));
+    choose(window, "Sel", QStringLiteral("Supprimer"));
+    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-30 18:00 · due 2026-11-20\n"
+                                   "- [x] Vin · 2026-11-24 · ✅ 2026-11-24\n");
+    EXPECT_EQ(window.shown(), "Vin\nPain [30/11, 18:00, due le 20/11]\n");
+}
+
+TEST(TaskRow, PostponesFromTheDayOfTheClickNotOfTheLastReload) {
+    WindowWorld window("- [ ] Pain · 2026-11-20\n", "2026-11-24 23:59");
+    menuOf(window, "Pain");
+    window.world.loop.setClock(testing::moment("2026-11-25 00:01"));
+    window.row("Pain").findChild<QMenu*>()->actions().front()->trigger(); // to tomorrow
+    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-26 · due 2026-11-20\n");
+}
+
+TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
+    WindowWorld window("- [ ] ❗ Pain · 2026-11-24\n- [ ] Vin · 2026-11-24 18:00\n");
+    window.column().focusRow(0, TaskRow::Stop::check, Qt::TabFocusReason);
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.focused(), "editor.title");
+    auto& title = window.control<dravel::TextField>("editor.title");
+    EXPECT_EQ(title.text().toStdString(), "Pain");
+    title.setText(QStringLiteral("Pain complet"));
+    window.control<dravel::Switch>("editor.hasTime").click();
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.world.text(), "- [ ] ❗ Pain complet · 2026-11-24 10:00\n- [ ] Vin · 2026-11-24 18:00\n");
+    EXPECT_EQ(window.focused(), "❗ Pain complet check") << "the row that was renamed, now late";
+
+    window.press(Qt::Key_F2);
+    window.press(Qt::Key_Escape);
+    EXPECT_EQ(window.focused(), "❗ Pain complet check");
+    EXPECT_FALSE(window.row("❗ Pain complet").isEditing());
+}
+
+TEST(TaskEditor, LeavesATaskWithoutADayUndated) {
+    WindowWorld window("- [ ] Un jour\n");
+    window.page(Section::upcoming);
+    window.row("Un jour").startEditing();
+    window.control<dravel::TextField>("editor.title").setText(QStringLiteral("Un beau jour"));
+    window.control<dravel::Button>("editor.save").click();
+    EXPECT_EQ(window.world.text(), "- [ ] Un beau jour\n");
+}
+
+TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
+    WindowWorld window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n");
+    auto& row = window.row("Vin");
+    row.startEditing();
+    auto& title = window.control<dravel::TextField>("editor.title");
+    title.setText(QStringLiteral("Vin rouge"));
+    title.setCursorPosition(3);
+
+    window.fileBecomes("# Titre\n- [ ] Eau · 2026-11-20\n- [x] Pain · 2026-11-24\n- [ ] Vin · 2026-11-21\n");
+    EXPECT_EQ(&window.row("Vin"), &row) << "the same row, now in the card of the late ones";
+    EXPECT_TRUE(row.isEditing());
+    EXPECT_EQ(window.focused(), "editor.title");
+    EXPECT_EQ(title.text().toStdString(), "Vin rouge");
+    EXPECT_EQ(title.cursorPosition(), 3);
+
+    window.fileBecomes("- [ ] Eau · 2026-11-20\n- [x] Pain · 2026-11-24\n- [ ] Autre chose · 2026-11-21\n");
+    EXPECT_EQ(window.view->findChild<TaskEditor*>(), nullptr) << "the task is gone, and its draft with it";
+}
+
+TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {
+    WindowWorld window("- [ ] Pain · 2026-11-20\n- [ ] Vin · 2026-11-21\n- [ ] Sel · 2026-11-22\n");
+    window.page(Section::late);
+    window.column().focusRow(1, TaskRow::Stop::check, Qt::TabFocusReason);
+    window.press(Qt::Key_Space);
+    EXPECT_EQ(window.focused(), "Sel check");
+    window.press(Qt::Key_Space);
+    EXPECT_EQ(window.focused(), "Pain check") << "none below: the one above";
+    window.fileBecomes("- [ ] Eau · 2026-11-19\n- [ ] Pain · 2026-11-20\n- [ ] Thé · 2026-11-22\n");
+    EXPECT_EQ(window.focused(), "Pain check");
+}
+
+TEST(TaskColumn, IsWalkedThroughByKeyboard) {
+    WindowWorld window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n- [ ] Devis · 2026-11-25\n");
+    window.control<dravel::TextField>("add.title").setFocus(Qt::TabFocusReason);
+    std::string path;
+    for (int i = 0; i < 15; ++i) {
+        path += window.focused() + ", ";
+        window.press(Qt::Key_Tab);
+        if (window.focused() == "add.title") break;
+    }
+    EXPECT_EQ(path, "add.title, add.chip, add.chip, add.chip, add.date, add.hasTime, add.strong, add.button, "
+                    "Pain check, Pain menu, Vin check, Vin menu, Devis check, Devis menu, sidebarList, ");
+    window.column().focusRow(0, TaskRow::Stop::menu, Qt::TabFocusReason);
+    window.press(Qt::Key_Down);
+    window.press(Qt::Key_Down);
+    EXPECT_EQ(window.focused(), "Devis menu");
+    window.press(Qt::Key_Up);
+    EXPECT_EQ(window.focused(), "Vin menu");
+    window.press(Qt::Key_Backtab);
+    window.press(Qt::Key_Backtab);
+    window.press(Qt::Key_Backtab);
+    window.press(Qt::Key_Backtab);
+    EXPECT_EQ(window.focused(), "add.button");
+    window.press(Qt::Key_Tab);
+    window.press(Qt::Key_F10, Qt::ShiftModifier);
+    EXPECT_NE(window.row("Pain").findChild<QMenu*>(), nullptr);
+}
+
+TEST(TaskColumn, BuildsOnlyTheRowsInViewOfALongList) {
+    std::string file;
+    for (int i = 0; i < 5000; ++i) file += "- [ ] Tâche " + std::to_string(i) + " · 2026-11-20\n";
+    WindowWorld window(file);
+    auto& page = window.page(Section::late);
+    EXPECT_EQ(window.column().rowCount(), 5000u);
+    EXPECT_LT(window.column().builtRows().size(), 30u);
+    page.verticalScrollBar()->setValue(page.verticalScrollBar()->maximum());
+    window.settle();
+    EXPECT_EQ(window.column().builtRows().rbegin()->first, 4999u);
+    EXPECT_LT(window.column().builtRows().size(), 30u);
+    window.column().focusRow(2500, TaskRow::Stop::check, Qt::TabFocusReason);
+    EXPECT_EQ(window.focused(), "Tâche 2500 check");
+    page.verticalScrollBar()->setValue(0);
+    window.settle();
+    EXPECT_EQ(window.focused(), "Tâche 2500 check") << "it keeps the focus out of view";
+    window.press(Qt::Key_Down);
+    EXPECT_EQ(window.focused(), "Tâche 2501 check");
+}
+
+TEST(TaskColumn, StaysWhereItWasScrolledToWhenLinesComeAbove) {
+    std::string file;
+    for (int i = 0; i < 300; ++i) file += "- [ ] Tâche " + std::to_string(i) + " · 2026-11-20\n";
+    WindowWorld window(file);
+    auto& page = window.page(Section::late);
+    page.verticalScrollBar()->setValue(6000);
+    window.settle();
+    auto& row = *std::next(window.column().builtRows().begin(), 8)->second;
+    const int y = row.mapTo(&page, QPoint()).y();
+    const auto title = row.task().title;
+    window.fileBecomes("- [ ] Plus tôt, avec un titre si long qu'il prend plusieurs lignes de la carte, et même encore "
+                       "un peu plus pour en être tout à fait sûr · 2026-11-18\n" +
+                       file);
+    EXPECT_EQ(&window.row(title), &row);
+    EXPECT_EQ(row.mapTo(&page, QPoint()).y(), y);
+}
+
+TEST(TaskColumn, TakesAnyTitleAndDay) {
+    const std::string endless(10000, 'a');
+    WindowWorld window("- [ ] " + endless + " · 2026-11-24\n- [ ] <b>R&D</b> <img src=x> · 2026-11-24\n" +
+                       "- [ ] שלום עולם · 2026-11-24\n- [ ] Zéro · 0000-01-01\n- [ ] Février · 2026-02-30\n");
+    EXPECT_GT(window.row(endless).height(), 1000);
+    EXPECT_EQ(window.row("<b>R&D</b> <img src=x>").accessibleName().toStdString(), "<b>R&D</b> <img src=x>");
+    for (const char* title : {"Zéro", "Février"}) {
+        window.row(title).startEditing();
+        window.row(title).cancelEdit();
+    }
+    int bottom = 0;
+    for (const auto& [index, row] : window.column().builtRows()) {
+        const int top = row->mapTo(window.view.get(), QPoint()).y();
+        EXPECT_GE(top, bottom) << row->task().title.substr(0, 20);
+        bottom = top + row->height();
+    }
+}
+
+TEST(TaskRow, TellsScreenReadersWhatItIs) {
+    WindowWorld window("- [x] Pain · 2026-11-24 · ✅ 2026-11-24\n");
+    auto& row = window.row("Pain");
+    const auto* item = QAccessible::queryAccessibleInterface(&row);
+    EXPECT_EQ(item->role(), QAccessible::ListItem);
+    EXPECT_EQ(item->text(QAccessible::Name).toStdString(), "Pain");
+    auto* check = QAccessible::queryAccessibleInterface(row.findChild<QWidget*>(QStringLiteral("check")));
+    EXPECT_EQ(check->role(), QAccessible::CheckBox);
+    EXPECT_EQ(check->text(QAccessible::Name).toStdString(), "Décocher Pain");
+    EXPECT_TRUE(check->state().checked);
+    EXPECT_FALSE(check->actionInterface()->actionNames().isEmpty());
+    check->actionInterface()->doAction(check->actionInterface()->actionNames().front());
+    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n");
+    const auto* menu = QAccessible::queryAccessibleInterface(row.findChild<QWidget*>(QStringLiteral("menu")));
+    EXPECT_EQ(menu->text(QAccessible::Name).toStdString(), "Modifier, reporter ou supprimer");
+}
+
+}
+}

@@ -1,0 +1,100 @@
+#include "Tacla/MainWindow/HeadlessSnapshot.h"
+#include "Tacla/MainWindow/MainWindowController.h"
+#include "tests/MainWindow/WindowWorld.h"
+
+#include <QImage>
+#include <QMainWindow>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace tacla {
+namespace {
+
+using testing::WindowWorld;
+
+TEST(MainView, ShowsEachPageWithItsTasks) {
+    WindowWorld window("- [ ] ❗ Urssaf · 2026-11-18\n- [ ] Camille · 2026-11-24 11:30\n- [x] Colis · 2026-11-24\n"
+                       "- [ ] Devis · 2026-11-25\n- [ ] Un jour\n");
+    EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\nColis\nCamille [11:30]\nDevis [demain]\n");
+    window.page(Section::late);
+    EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\n");
+    window.page(Section::upcoming);
+    EXPECT_EQ(window.shown(), "Devis [demain]\nUn jour\n");
+    window.page(Section::done);
+    EXPECT_EQ(window.shown(), "Colis [aujourd'hui]\n");
+}
+
+TEST(MainView, GoesToTheRequestedSectionOnce) {
+    WindowWorld window("");
+    window.world.model.requestSection("done");
+    EXPECT_EQ(window.view->section(), Section::done);
+    EXPECT_EQ(window.world.state().requestedSection, std::nullopt);
+
+    window.world.model.requestSection("ailleurs");
+    EXPECT_EQ(window.view->section(), Section::done);
+    EXPECT_EQ(window.world.state().requestedSection, "ailleurs") << "left in place";
+}
+
+TEST(MainView, StartsOnTodayWhateverWasRequestedBefore) {
+    testing::ModelWorld world("2026-11-24 10:40", "");
+    world.model.requestSection("settings");
+    MainView view(world.model, {}, [&] { return world.loop.now(); });
+    EXPECT_EQ(view.section(), Section::today);
+    world.model.requestSection("settings");
+    EXPECT_EQ(view.section(), Section::settings) << "the same request, made again";
+}
+
+TEST(MainView, ShowsTheWelcomeUntilItIsClosed) {
+    WindowWorld window("- [ ] Pain · 2026-11-24\n", "2026-11-24 10:40", true);
+    EXPECT_EQ(window.view->findChild<TaskColumn*>(), nullptr) << "no page is built behind the welcome";
+    EXPECT_EQ(window.focused(), "welcome.close");
+    window.press(Qt::Key_Space);
+    EXPECT_FALSE(window.world.state().onboarding);
+    EXPECT_TRUE(window.world.preferences.onboardingDone());
+    EXPECT_EQ(window.shown(), "Pain\n");
+}
+
+TEST(MainWindow, HidesWhenClosedAndComesBackAsItWas) {
+    testing::ModelWorld world("2026-11-24 10:40", "- [ ] Pain · 2026-11-24\n");
+    world.start();
+    MainWindowController controller(world.model, world.preferences, {}, [&] { return world.loop.now(); });
+    EXPECT_FALSE(controller.isShown());
+    controller.show();
+    EXPECT_TRUE(controller.isShown());
+    auto& window = controller.window();
+    EXPECT_EQ(window.centralWidget()->size(), QSize(980, 720));
+    world.model.requestSection("late");
+    window.resize(1000, 800);
+    window.close();
+    EXPECT_FALSE(controller.isShown());
+    EXPECT_EQ(world.preferences.windowSize()->width, 1000);
+
+    world.save("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n");
+    controller.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_EQ(&controller.window(), &window);
+    EXPECT_EQ(window.findChild<MainView*>()->section(), Section::late);
+    EXPECT_EQ(world.state().tasks.size(), 2u) << "read again when the user comes back";
+}
+
+TEST(HeadlessSnapshot, WritesAPictureOfTheFormatThatThePathNames) {
+    testing::ModelWorld world("2026-11-24 10:40", "- [ ] Pain · 2026-11-24\n");
+    world.model.reload();
+    const testing::TemporaryFolder folder;
+    for (const char* name : {"a.png", "b.jpg", "c"}) saveSnapshot(world.model, {}, folder / name);
+    const QImage png(QString::fromStdString(folder / "a.png"));
+    EXPECT_EQ(png.size(), QSize(980, 720));
+    EXPECT_EQ(testing::readBytes(folder / "b.jpg").substr(0, 2), "\xFF\xD8");
+    EXPECT_EQ(testing::readBytes(folder / "c").substr(1, 3), "PNG");
+
+    saveSnapshot(world.model, {}, folder / "dark.png", {.dark = true, .scale = 2});
+    const QImage dark(QString::fromStdString(folder / "dark.png"));
+    EXPECT_EQ(dark.size(), QSize(1960, 1440));
+    EXPECT_EQ(dark.pixelColor(1000, 10), QColor(0x13, 0x19, 0x27));
+    EXPECT_EQ(png.pixelColor(500, 5), QColor(0xF5, 0xF5, 0xF5));
+    EXPECT_THROW(saveSnapshot(world.model, {}, folder / "nowhere" / "a.png"), dravel::FileError);
+}
+
+}
+}
