@@ -17,7 +17,7 @@ GoogleStandIn::GoogleStandIn(std::vector<std::string> options) {
     if (::pipe2(input.data(), O_CLOEXEC) != 0 || ::pipe2(output.data(), O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");
     }
-    options.insert(options.begin(), {"python3", TACLA_GOOGLE_STAND_IN, "--until-eof"});
+    options.insert(options.begin(), {"/usr/bin/python3", TACLA_GOOGLE_STAND_IN, "--until-eof"});
     std::vector<char*> arguments;
     for (auto& option : options) arguments.push_back(option.data());
     arguments.push_back(nullptr);
@@ -25,7 +25,7 @@ GoogleStandIn::GoogleStandIn(std::vector<std::string> options) {
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, input[0], 0);
     ::posix_spawn_file_actions_adddup2(&actions, output[1], 1);
-    const int failure = ::posix_spawnp(&process_, "python3", &actions, nullptr, arguments.data(), environ);
+    const int failure = ::posix_spawn(&process_, "/usr/bin/python3", &actions, nullptr, arguments.data(), environ);
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(input[0]);
     ::close(output[1]);

@@ -1,0 +1,115 @@
+"""The terminal and the calendar: the real program with a real keyring, and the stand-in for Google."""
+import json
+import os
+import pathlib
+import pty
+import subprocess
+import sys
+import unittest
+import urllib.request
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[2]))
+from tests.support.desktop.desktop import Desktop, until  # noqa: E402
+
+TACLA = os.environ["TACLA_PROGRAM"]
+STAND_IN = pathlib.Path(__file__).parents[1] / "support/google_stand_in.py"
+LIST = "- [ ] Pain · 2025-03-04\n- [ ] ❗ TVA · 2025-03-05 14:30\n- [ ] Sans date\n"
+
+
+class TerminalSync(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop(without=("wm", "a11y", "notify", "logind", "panel")))
+        self.google = self.enterContext(subprocess.Popen(["/usr/bin/python3", STAND_IN, "--until-eof"], text=True,
+                                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE))
+        self.base = self.google.stdout.readline().strip()
+        self.home = pathlib.Path(self.desktop.env["HOME"])
+        self.list = self.home / "taches.md"
+        self.data, self.preferences = self.home / ".local/share/Tacla", self.home / ".config/fr.dravel.Tacla/preferences.json"
+        for folder in (self.data, self.preferences.parent):
+            folder.mkdir(parents=True)
+        self.list.write_text(LIST)
+        self.preferences.write_text('{"calendarSync": true}')
+        (self.data / "client.json").write_text(json.dumps(self.ask("/control/client")))
+        grant = self.ask("/control", {"grant": "https://www.googleapis.com/auth/calendar.app.created"})
+        (self.data / "token.json").write_text(json.dumps(grant))
+        self.env = self.desktop.env | {"TACLA_GOOGLE_BASE": self.base, "TACLA_FILE": str(self.list)}
+        self.said = ""
+
+    def ask(self, path, order=None):
+        data = None if order is None else json.dumps(order).encode()
+        with urllib.request.urlopen(self.base + path, data, timeout=20) as answer:
+            return json.load(answer)
+
+    def tacla(self, *arguments, **extra):
+        """(exit status, standard output, standard error)"""
+        done = subprocess.run([TACLA, *arguments], env=self.env | extra, capture_output=True, text=True, timeout=60)
+        self.said += done.stdout + done.stderr
+        return done.returncode, done.stdout, done.stderr
+
+    def fails(self, message, *arguments, **extra):
+        self.assertEqual(self.tacla(*arguments, **extra), (1, "", f"tacla : {message}\n"))
+
+    def events(self):
+        (calendar,) = self.ask("/control/state?calendars").values()
+        return {event["summary"]: event["id"] for event in calendar["events"].values() if event["status"] != "cancelled"}
+
+    def test_mirrors_counts_and_keeps_events_over_a_rename(self):
+        self.assertEqual(self.tacla("sync"), (0, "+2 ~0 -0\n", ""))
+        self.assertFalse((self.data / "token.json").exists(), "moved into the keyring")
+        self.assertEqual(self.tacla("sync"), (0, "+0 ~0 -0\n", ""))
+        before = self.events()
+        self.assertEqual(self.tacla("rename", "pain", "Baguette"), (0, "✏️ Pain → Baguette\n", ""))
+        self.assertEqual(self.events(), {"Baguette": before["Pain"], "❗ TVA": before["❗ TVA"]})
+
+        self.list.write_text("# Tâches\n")
+        self.fails("Le fichier ne contient aucune tâche : l'agenda n'est pas vidé", "sync")
+        self.list.unlink()
+        self.fails(f"{self.list} illisible", "sync")
+        self.list.write_text(LIST)
+        self.ask("/control", {"faults": [{"at": 1, "kind": "text", "status": 403, "body": "é" * 300}]})
+        self.fails("Google Agenda a répondu 403 " + "é" * 120, "sync")
+        self.ask("/control", {"faults": [], "revoke": True})
+        self.assertEqual(self.tacla("rename", "baguette", "Pain")[0], 1, "no such task any more")
+        self.fails("Pas connecté à Google", "sync")
+        self.preferences.write_text('{"calendarSync": false}')
+        self.fails("la recopie dans Google Agenda est désactivée (Réglages de Tacla)", "sync")
+
+    def test_says_where_it_may_not_go(self):
+        for base in ("http://192.0.2.1:80", "http://localhost:80", "https://127.0.0.1.example.org", ""):
+            status, output, error = self.tacla("sync", TACLA_GOOGLE_BASE=base)
+            self.assertEqual((status, output), (1, ""))
+            self.assertIn("TACLA_GOOGLE_BASE", error)
+        self.assertEqual(self.ask("/control/state?log"), [])
+
+    def test_shows_its_progress_on_a_terminal_and_clears_it(self):
+        reading, writing = pty.openpty()
+        with subprocess.Popen([TACLA, "sync"], env=self.env, stdout=subprocess.PIPE, stderr=writing, text=True) as tacla:
+            self.assertEqual(tacla.communicate(timeout=60)[0], "+2 ~0 -0\n")
+        os.close(writing)
+        shown = os.read(reading, 65536).decode()
+        os.close(reading)
+        self.assertEqual(shown.split("\r\x1b[K"), ["", "Lecture de Google Agenda…", "Envoi à Google Agenda : 0 sur 2",
+                                                  "Envoi à Google Agenda : 1 sur 2", ""])
+
+    def test_tells_no_secret_to_anybody(self):
+        slow = [{"at": 2, "kind": "delay", "seconds": 3}]
+        self.ask("/control", {"faults": slow})
+        with subprocess.Popen([TACLA, "sync"], env=self.env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as tacla:
+            until(lambda: len(self.ask("/control/state?log")) >= 3, "the delayed request")
+            told = [pathlib.Path(f"/proc/{tacla.pid}/{part}").read_bytes() for part in ("cmdline", "environ")]
+            told.append(tacla.communicate(timeout=60)[0])
+        for fault in ({"kind": "reset"}, {"kind": "cut"}, {"kind": "status", "status": 401, "times": 2}):
+            self.ask("/control", {"faults": [{"at": 1, **fault}]})
+            self.assertEqual(self.tacla("sync")[0], 1)
+        told.append(self.said.encode())
+        kept = (self.data / "client.json", self.home / ".local/share/keyrings")  # where secrets belong
+        for path in self.desktop.folder.rglob("*"):
+            if path.is_file() and not any(place == path or place in path.parents for place in kept):
+                told.append(path.read_bytes())
+        secrets = self.ask("/control/state?secrets")
+        self.assertGreaterEqual(len(secrets), 4, "client secret, refresh token, access tokens")
+        self.assertEqual([secret for secret in secrets if any(secret.encode() in text for text in told)], [])
+
+
+if __name__ == "__main__":
+    unittest.main()
