@@ -8,6 +8,7 @@
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
+#include <bit>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -16,10 +17,20 @@ namespace dravel {
 
 namespace {
 
-bool isAsciiBlock(const char* bytes) {
-    std::uint64_t words[2];
-    std::memcpy(words, bytes, sizeof words);
-    return ((words[0] | words[1]) & 0x8080808080808080U) == 0;
+// How many ASCII bytes stand at the beginning.
+std::size_t asciiLength(std::string_view text) {
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::size_t length = 0;
+    for (; length + 8 <= text.size(); length += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if (word &= highBits; word == 0) continue;
+        if constexpr (std::endian::native == std::endian::little)
+            return length + static_cast<std::size_t>(std::countr_zero(word)) / 8;
+        return length + static_cast<std::size_t>(std::countl_zero(word)) / 8;
+    }
+    while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80) ++length;
+    return length;
 }
 
 bool isContinuation(unsigned char byte) { return (byte & 0xC0U) == 0x80U; }
@@ -119,16 +130,10 @@ void forEachCharacterEnd(std::string_view text, Visitor visit) {
 }
 
 bool isValidUtf8(std::string_view text) {
-    std::size_t i = 0;
-    while (i < text.size()) {
-        if (i + 16 <= text.size() && isAsciiBlock(text.data() + i)) {
-            i += 16;
-            continue;
-        }
-        const auto* at = reinterpret_cast<const unsigned char*>(text.data()) + i;
-        const auto length = *at < 0x80 ? 1 : sequenceLength(at, text.size() - i);
+    for (text.remove_prefix(asciiLength(text)); !text.empty(); text.remove_prefix(asciiLength(text))) {
+        const auto length = sequenceLength(reinterpret_cast<const unsigned char*>(text.data()), text.size());
         if (length == 0) return false;
-        i += length;
+        text.remove_prefix(length);
     }
     return true;
 }
@@ -186,18 +191,6 @@ std::string replacedAll(std::string_view text, std::string_view from, std::strin
         result += pieces[i];
     }
     return result;
-}
-
-std::optional<std::int64_t> parsedDigits(std::string_view text) {
-    if (text.empty()) return std::nullopt;
-    std::int64_t value = 0;
-    for (const char c : text) {
-        if (c < '0' || c > '9') return std::nullopt;
-        const int digit = c - '0';
-        if (value > (INT64_MAX - digit) / 10) return std::nullopt;
-        value = value * 10 + digit;
-    }
-    return value;
 }
 
 std::string padded(std::int64_t number, std::size_t width) {

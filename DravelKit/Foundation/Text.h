@@ -27,7 +27,16 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
 std::string replacedAll(std::string_view text, std::string_view from, std::string_view to);
 
 // ASCII digits only, no sign, no white space; none when empty or beyond 64 bits.
-std::optional<std::int64_t> parsedDigits(std::string_view text);
+constexpr std::optional<std::int64_t> parsedDigits(std::string_view text) {
+    if (text.empty()) return std::nullopt;
+    std::int64_t value = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9') return std::nullopt;
+        if (__builtin_mul_overflow(value, 10, &value) || __builtin_add_overflow(value, c - '0', &value))
+            return std::nullopt;
+    }
+    return value;
+}
 std::string padded(std::int64_t number, std::size_t width); // with zeros: "07", "-7"
 
 }

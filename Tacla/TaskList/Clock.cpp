@@ -2,12 +2,14 @@
 
 #include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "Tacla/TaskList/UsualNotation.h"
 
 #include <algorithm>
 
 namespace tacla {
 
 std::optional<Clock> Clock::parse(std::string_view text) {
+    if (const auto usual = usualClock(text)) return unpackedClock(usual);
     // Empty pieces do not count: ":9::05:" has two.
     const auto hourBegin = std::min(text.find_first_not_of(':'), text.size());
     const auto hourEnd = std::min(text.find(':', hourBegin), text.size());

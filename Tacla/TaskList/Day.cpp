@@ -2,6 +2,7 @@
 
 #include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "Tacla/TaskList/UsualNotation.h"
 
 #include <algorithm>
 #include <array>
@@ -10,25 +11,8 @@ namespace tacla {
 
 namespace wall = dravel::wall;
 
-namespace {
-
-std::optional<Day> checkedDay(std::optional<std::int64_t> year, std::optional<std::int64_t> month,
-                              std::optional<std::int64_t> day) {
-    if (!year || !month || !day || *month < 1 || *month > 12 || *day < 1 || *day > 31) return std::nullopt;
-    return Day{*year, *month, *day};
-}
-
-// The usual notation, at once: all but a few dates of a file are written so.
-std::optional<Day> parsedFullDay(std::string_view text) {
-    if (text.size() != 10 || text[4] != '-' || text[7] != '-') return std::nullopt;
-    return checkedDay(dravel::parsedDigits(text.substr(0, 4)), dravel::parsedDigits(text.substr(5, 2)),
-                      dravel::parsedDigits(text.substr(8, 2)));
-}
-
-}
-
 std::optional<Day> Day::parse(std::string_view text) {
-    if (const auto day = parsedFullDay(text)) return day;
+    if (const auto usual = usualDay(text)) return unpackedDay(usual);
     std::array<std::string_view, 3> pieces;
     std::size_t count = 0;
     for (std::size_t begin = 0; begin <= text.size();) {
@@ -40,8 +24,11 @@ std::optional<Day> Day::parse(std::string_view text) {
         begin = end + 1;
     }
     if (count != pieces.size() || pieces[0].size() != 4) return std::nullopt;
-    return checkedDay(dravel::parsedDigits(pieces[0]), dravel::parsedDigits(pieces[1]),
-                      dravel::parsedDigits(pieces[2]));
+    const auto year = dravel::parsedDigits(pieces[0]);
+    const auto month = dravel::parsedDigits(pieces[1]);
+    const auto day = dravel::parsedDigits(pieces[2]);
+    if (!year || !month || !day || *month < 1 || *month > 12 || *day < 1 || *day > 31) return std::nullopt;
+    return Day{*year, *month, *day};
 }
 
 Day Day::of(Instant at) {

@@ -120,8 +120,8 @@ std::vector<KeyedTitle> withLine(const std::vector<KeyedTitle>& titles, std::int
     for (auto title : titles) {
         if (title.line == number) {
             const auto task = readTaskLine(line, number);
-            if (!task) continue;
-            title = {number, task->title, {titleDigest(task->title), 0}};
+            if (!task.isTask()) continue;
+            title = {number, task.title, {titleDigest(task.title), 0}};
         }
         title.key = counter.next(title.key.digest);
         result.push_back(title);

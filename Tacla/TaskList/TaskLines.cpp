@@ -1,6 +1,7 @@
 #include "Tacla/TaskList/TaskLines.h"
 
 #include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/UsualNotation.h"
 
 #include <array>
 
@@ -15,22 +16,32 @@ std::size_t findSeparator(std::string_view text) {
     return text.npos;
 }
 
-// Takes the next part off the front of the rest; none when there is no rest.
-std::optional<std::string_view> nextPart(std::optional<std::string_view>& rest) {
-    if (!rest) return std::nullopt;
-    const auto end = findSeparator(*rest);
-    const auto part = rest->substr(0, end);
-    if (end == rest->npos)
-        rest.reset();
-    else
-        rest->remove_prefix(end + separator.size());
-    return part;
+// Sets what a part in the usual notation says; false when it must be read the patient way.
+bool readUsualWhen(TaskLine& task, std::string_view part) {
+    constexpr std::size_t dayLength = 10, length = 16;
+    if (part.size() != dayLength && (part.size() != length || part[dayLength] != ' ')) return false;
+    const auto day = usualDay(part.substr(0, dayLength));
+    if (day == 0) return false;
+    if (part.size() == dayLength) {
+        task.time.reset();
+    } else {
+        const auto time = usualClock(part.substr(dayLength + 1));
+        if (time == 0) return false;
+        task.time.emplace(unpackedClock(time));
+    }
+    task.day.emplace(unpackedDay(day));
+    return true;
 }
 
 void readAttribute(TaskLine& task, std::string_view part) {
+    if (readUsualWhen(task, part)) return;
     part = dravel::trimmedOfWhiteSpace(part);
     if (part.starts_with(doneMark)) {
-        task.doneOn = Day::parse(dravel::trimmedOfWhiteSpace(part.substr(doneMark.size())));
+        part = dravel::trimmedOfWhiteSpace(part.substr(doneMark.size()));
+        if (const auto usual = usualDay(part))
+            task.doneOn.emplace(unpackedDay(usual));
+        else
+            task.doneOn = Day::parse(part);
     } else if (part.starts_with(duePrefix)) {
         if (const auto due = Day::parse(part.substr(duePrefix.size()))) task.due = due;
     } else if (const auto when = parsedWhen(part)) {
@@ -66,22 +77,28 @@ std::optional<When> parsedWhen(std::string_view part) {
 }
 
 std::optional<Checkbox> checkbox(std::string_view line) {
-    const auto begin = line.find_first_not_of(" \t");
-    if (begin == line.npos) return std::nullopt;
+    std::size_t begin = 0;
+    while (begin < line.size() && (line[begin] == ' ' || line[begin] == '\t')) ++begin;
     const auto box = line.substr(begin, checkboxLength);
-    if (box == "- [ ] ") return Checkbox{begin, false};
-    if (box == "- [x] " || box == "- [X] ") return Checkbox{begin, true};
-    return std::nullopt;
+    if (!box.starts_with("- [") || !box.ends_with("] ") || box.size() < checkboxLength) return std::nullopt;
+    const char mark = box[3];
+    if (mark != ' ' && mark != 'x' && mark != 'X') return std::nullopt;
+    return Checkbox{begin, mark != ' '};
 }
 
-std::optional<TaskLine> readTaskLine(std::string_view line, std::int64_t number) {
+TaskLine readTaskLine(std::string_view line, std::int64_t number) {
+    TaskLine task(number);
     const auto box = checkbox(line);
-    if (!box) return std::nullopt;
-    std::optional rest = line.substr(box->begin + checkboxLength);
-    const auto title = dravel::trimmedOfWhiteSpaceAndLineBreaks(*nextPart(rest));
-    if (title.empty()) return std::nullopt;
-    TaskLine task{number, box->done, title, {}, {}, {}, {}};
-    while (const auto part = nextPart(rest)) readAttribute(task, *part);
+    if (!box) return task;
+    auto rest = line.substr(box->begin + checkboxLength);
+    auto end = findSeparator(rest);
+    task.done = box->done;
+    task.title = dravel::trimmedOfWhiteSpaceAndLineBreaks(rest.substr(0, end));
+    while (end != rest.npos) {
+        rest.remove_prefix(end + separator.size());
+        end = findSeparator(rest);
+        readAttribute(task, rest.substr(0, end));
+    }
     return task;
 }
 

@@ -21,11 +21,15 @@ inline constexpr std::size_t checkboxLength = 6; // "- [ ] "
 
 struct TaskLine {
     std::int64_t line;
-    bool done;
-    std::string_view title;
+    bool done = false;
+    std::string_view title; // empty when the line is no task
     std::optional<Day> day;
     std::optional<Clock> time;
     std::optional<Day> due, doneOn;
+
+    // A constructor of its own: without one, each line would begin with the filling of all this with zeros.
+    explicit TaskLine(std::int64_t number) : line(number) {}
+    bool isTask() const { return !title.empty(); }
 };
 
 // A date with or without a time, as in "2025-03-04 14:30"; none for any other text.
@@ -43,19 +47,18 @@ struct Checkbox {
 };
 std::optional<Checkbox> checkbox(std::string_view line);
 
-// None for a line that is no task.
-std::optional<TaskLine> readTaskLine(std::string_view line, std::int64_t number);
+TaskLine readTaskLine(std::string_view line, std::int64_t number);
 
 template <class Visitor>
 void forEachTask(std::string_view text, Visitor visit) {
     std::int64_t number = 0;
     for (std::size_t begin = 0; begin <= text.size(); ++number) {
         const auto end = std::min(text.find('\n', begin), text.size());
-        if (const auto task = readTaskLine(text.substr(begin, end - begin), number)) {
+        if (const auto task = readTaskLine(text.substr(begin, end - begin), number); task.isTask()) {
             if constexpr (std::is_invocable_v<Visitor, const TaskLine&>)
-                visit(*task);
+                visit(task);
             else
-                visit(*task, begin, end);
+                visit(task, begin, end);
         }
         begin = end + 1;
     }
