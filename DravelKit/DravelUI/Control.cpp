@@ -15,9 +15,23 @@ Control::~Control() { delete ring_; }
 
 void Control::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (!isEnabled()) painter.setOpacity(0.4);
-    paint(painter);
+    if (isEnabled()) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        paint(painter);
+        return;
+    }
+    // Faded as a whole: shapes that lie on each other must not shine through.
+    const qreal ratio = painter.deviceTransform().m11();
+    QPixmap layer((QSizeF(size()) * ratio).toSize());
+    layer.setDevicePixelRatio(ratio);
+    layer.fill(Qt::transparent);
+    {
+        QPainter faded(&layer);
+        faded.setRenderHint(QPainter::Antialiasing);
+        paint(faded);
+    }
+    painter.setOpacity(0.4);
+    painter.drawPixmap(0, 0, layer);
 }
 
 void Control::focusInEvent(QFocusEvent* event) {

@@ -24,6 +24,7 @@ void prepare(QDateTimeEdit& field, const QString& format, const QString& accessi
     field.setAccessibleName(accessibleName);
     field.setWrapping(true);
     field.setCorrectionMode(QAbstractSpinBox::CorrectToNearestValue);
+    QObject::connect(&field, &QDateTimeEdit::dateTimeChanged, &field, &QWidget::updateGeometry);
     field.setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
@@ -40,8 +41,7 @@ void paintField(QWidget& field, Symbol symbol, bool focused) {
                 Theme::textTertiary.on(field));
 }
 
-// Room for any date or time, so that the field keeps its width while the digits change.
-QSize sizeFor(const QString& widest) { return {textLeft + textWidth(type, widest) + 10, height}; }
+QSize sizeFor(const QString& text) { return {textLeft + textWidth(type, text) + 11, height}; }
 
 }
 
@@ -51,7 +51,7 @@ DateField::DateField(const QString& accessibleName, QWidget* parent) : QDateEdit
 
 DateField::~DateField() { delete popup_; }
 
-QSize DateField::sizeHint() const { return sizeFor(QStringLiteral("00/00/0000")); }
+QSize DateField::sizeHint() const { return sizeFor(text()); }
 
 DatePopup* DateField::popup() const { return popup_; }
 
@@ -79,7 +79,7 @@ TimeField::TimeField(const QString& accessibleName, QWidget* parent) : QTimeEdit
     prepare(*this, QStringLiteral("HH:mm"), accessibleName);
 }
 
-QSize TimeField::sizeHint() const { return sizeFor(QStringLiteral("00:00")); }
+QSize TimeField::sizeHint() const { return sizeFor(text()); }
 
 void TimeField::paintEvent(QPaintEvent*) { paintField(*this, Symbol::Clock, hasFocus()); }
 

@@ -12,12 +12,11 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 
 namespace dravel {
 namespace {
 
-constexpr int padding = 12, monthLine = 28, initialsLine = 27, cellWidth = 32, cellHeight = 30, weeks = 6;
+constexpr int padding = 12, monthLine = 28, initialsLine = 28, cellWidth = 32, cellHeight = 30, weeks = 6;
 constexpr QSize wholeSize{248, padding + monthLine + initialsLine + weeks* cellHeight + padding};
 
 const QLocale& french() {
@@ -27,47 +26,6 @@ const QLocale& french() {
 
 QString capitalised(const QString& text) { return text.left(1).toUpper() + text.mid(1); }
 
-}
-
-DayCell::DayCell(QWidget* parent) : Control(parent) { setCheckable(true); }
-
-void DayCell::setDay(const Day& day) {
-    day_ = day;
-    setText(QString::number(day.date.day()));
-    setAccessibleName(french().toString(day.date, QStringLiteral("dddd d MMMM yyyy")));
-    setChecked(day.selected);
-    update();
-}
-
-// Arrows belong to the month around it.
-void DayCell::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Space: Control::keyPressEvent(event); break;
-    default: event->ignore();
-    }
-}
-
-void DayCell::paint(QPainter& painter) {
-    const auto fill = [this]() -> std::optional<Theme::Tone> {
-        if (day_.selected) return Theme::accent;
-        if (day_.today) return Theme::accentSoft;
-        if (isHovered()) return Theme::tile;
-        return {};
-    }();
-    if (fill) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(fill->on(*this));
-        painter.drawRoundedRect(rect(), faceRadius(), faceRadius());
-    }
-    const auto& ink = day_.selected     ? Theme::onAccent
-                      : day_.today      ? Theme::accentOnSoft
-                      : day_.otherMonth ? Theme::textTertiary
-                                        : Theme::text;
-    Theme::TextStyle style = Theme::Typography::callout;
-    if (day_.selected || day_.today) style.weight = QFont::DemiBold;
-    paintLine(painter, rect(), style, ink.on(*this), text(), Qt::AlignHCenter);
 }
 
 QDate DatePopup::firstDayShown(QDate month) {

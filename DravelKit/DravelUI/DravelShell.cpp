@@ -64,14 +64,14 @@ void DravelShell::showPage(QWidget* page) {
 QWidget* DravelShell::page() const { return pages_->currentWidget(); }
 
 void DravelShell::setSidebarWidth(int wanted) {
-    sidebarWidth_ = std::max(wanted, minimumSidebar);
+    wantedSidebar_ = std::max(wanted, minimumSidebar);
     arrange();
 }
 
 void DravelShell::resizeEvent(QResizeEvent*) { arrange(); }
 
 void DravelShell::arrange() {
-    sidebarWidth_ = std::max(std::min(sidebarWidth_, width() - narrowestPage), minimumSidebar);
+    sidebarWidth_ = std::max(std::min(wantedSidebar_, width() - narrowestPage), minimumSidebar);
     const int room = sidebarWidth_ - 1 - 2 * sidePadding; // 1: the line at its right
     const int textLeft = iconLeft + iconSide + brandGap;
     brand_->setGeometry(textLeft, iconTop + 4, sidebarWidth_ - 1 - textLeft - sidePadding, 20);

@@ -39,7 +39,7 @@ class DravelShell final : public QWidget {
     QWidget* foot_ = nullptr;
     QStackedWidget* pages_;
     QWidget* handle_;
-    int sidebarWidth_ = idealSidebar;
+    int wantedSidebar_ = idealSidebar, sidebarWidth_ = idealSidebar;
 };
 
 }

@@ -26,8 +26,8 @@ QPalette themePalette(Appearance appearance) {
     set({Highlight}, Theme::accentSoft);
     set({HighlightedText}, Theme::accentOnSoft);
     set({Link, LinkVisited}, Theme::accent);
-    for (const auto role : {Text, WindowText, ButtonText})
-        palette.setColor(QPalette::Disabled, role, Theme::outline.in(appearance).color());
+    const auto faded = Theme::text.mixed(Theme::surface, .6).in(appearance).color(); // 40 % opacity, on cards
+    for (const auto role : {Text, WindowText, ButtonText}) palette.setColor(QPalette::Disabled, role, faded);
     return palette;
 }
 

@@ -1,9 +1,9 @@
 #include "DravelKit/DravelUI/Symbols.h"
 
-#include <QPaintDevice>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QSvgRenderer>
+#include <QTransform>
 
 #include <array>
 #include <cmath>
@@ -77,7 +77,9 @@ QPixmap symbolPixmap(Symbol symbol, int size, const QColor& colour, qreal device
 }
 
 void paintSymbol(QPainter& painter, const QRectF& rect, Symbol symbol, int size, const QColor& colour) {
-    const qreal ratio = painter.device()->devicePixelRatioF();
+    // The painter knows the scale of what it really draws on, a picture of a widget included.
+    const QTransform& scale = painter.deviceTransform();
+    const qreal ratio = std::hypot(scale.m11(), scale.m12());
     const QPixmap pixmap = symbolPixmap(symbol, size, colour, ratio);
     const QPointF exact(rect.center().x() - size / 2.0, rect.center().y() - size / 2.0);
     const QPointF whole(std::floor(exact.x() * ratio) / ratio, std::floor(exact.y() * ratio) / ratio);

@@ -9,17 +9,18 @@
 namespace dravel {
 namespace {
 
-// Where the baseline stands in a line box: what the type leaves free is shared above and below.
-qreal baseline(const QFont& font, qreal lineHeight) {
-    const QFontMetricsF metrics(font);
+// Where the baseline stands in a line box: what the type leaves free is shared above and below. The display type has
+// much room for accents above its capitals and is lifted to the optical middle.
+qreal baseline(const Theme::TextStyle& style) {
+    const QFontMetricsF metrics(Theme::font(style));
     const qreal ascent = std::round(metrics.ascent()), descent = std::round(metrics.descent());
-    return std::floor((lineHeight - ascent - descent) / 2) + ascent;
+    return std::floor((style.line - ascent - descent) / 2) + ascent - (style.display ? 1 : 0);
 }
 
 }
 
 int textWidth(const Theme::TextStyle& style, const QString& text) {
-    return static_cast<int>(std::ceil(QFontMetricsF(Theme::font(style)).horizontalAdvance(text)));
+    return qRound(QFontMetricsF(Theme::font(style)).horizontalAdvance(text));
 }
 
 void paintLine(QPainter& painter, const QRectF& rect, const Theme::TextStyle& style, const QColor& colour,
@@ -39,7 +40,7 @@ void paintLine(QPainter& painter, const QRectF& rect, const Theme::TextStyle& st
     const qreal top = rect.top() + (rect.height() - style.line) / 2;
     painter.setFont(font);
     painter.setPen(colour);
-    painter.drawText(QPointF(rect.left() + shift, std::floor(top) + baseline(font, style.line)), shown);
+    painter.drawText(QPointF(rect.left() + shift, std::floor(top) + baseline(style)), shown);
 }
 
 Paragraph::Paragraph(const QString& text, const Theme::TextStyle& style, int width, Qt::Alignment horizontal)
@@ -55,7 +56,7 @@ Paragraph::Paragraph(const QString& text, const Theme::TextStyle& style, int wid
     layout_->setTextOption(option);
     layout_->setCacheEnabled(true);
 
-    const qreal base = baseline(font, line_);
+    const qreal base = baseline(style);
     layout_->beginLayout();
     for (QTextLine line = layout_->createLine(); line.isValid(); line = layout_->createLine()) {
         line.setLineWidth(std::max(width, 1));

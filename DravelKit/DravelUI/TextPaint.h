@@ -15,7 +15,8 @@ class QRectF;
 // Text of one style in line boxes of the style's height. Plain text always: markup is shown as it stands.
 namespace dravel {
 
-int textWidth(const Theme::TextStyle&, const QString&); // rounded up
+int textWidth(const Theme::TextStyle&,
+              const QString&); // to the nearest pixel; paintLine() does not elide what fits by it
 
 // One line, vertically centred in the rectangle, elided at the right when it is too long.
 void paintLine(QPainter&, const QRectF&, const Theme::TextStyle&, const QColor&, const QString&,
