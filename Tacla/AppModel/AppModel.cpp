@@ -17,13 +17,15 @@ constexpr auto syncPeriod = 600s;
 constexpr auto syncDelayAfterWake = 2s;
 constexpr auto syncDelayAfterPoll = 1s;
 
-std::string failure(std::string_view what, const dravel::FileError& error) {
-    return std::string(what) + error.path.string() + " : " + error.description();
+std::string failure(std::string_view what, const std::filesystem::path& path, const dravel::FileError& error) {
+    return std::string(what) + path.string() + " : " + error.description();
 }
 
 }
 
-std::string writeFailure(const dravel::FileError& error) { return failure("Impossible d'écrire ", error); }
+std::string writeFailure(const std::filesystem::path& path, const dravel::FileError& error) {
+    return failure("Impossible d'écrire ", path, error);
+}
 
 AppModel::Inside::Inside(AppModel& owner, World ports, std::filesystem::path path, bool isPassive)
     : model(owner), world(std::move(ports)), passive(isPassive), file(path, world.folders.locks) {
@@ -34,7 +36,7 @@ AppModel::Inside::Inside(AppModel& owner, World ports, std::filesystem::path pat
     state.launchAtLogin = world.loginItem != nullptr && world.loginItem->isEnabled();
     if (passive || world.notifications == nullptr) return;
     reminders.emplace(world.loop, *world.notifications, world.preferences,
-                      [this](const dravel::FileError& error) { model.report(writeFailure(error)); });
+                      [this](const dravel::FileError& error) { model.report(writeFailure(error.path, error)); });
 }
 
 AppModel::AppModel(World world, std::filesystem::path file, bool passive)
@@ -68,7 +70,7 @@ void AppModel::Inside::refresh() {
         state.tasks = file.read();
         state.fileError.reset();
     } catch (const dravel::FileError& error) {
-        state.fileError = failure("Impossible de lire ", error);
+        state.fileError = failure("Impossible de lire ", file.path(), error);
     }
     if (reminders) reminders->reconcile(state.tasks, state.now);
 }
@@ -111,7 +113,7 @@ bool AppModel::Inside::createIfMissing() {
         file.create();
         return true;
     } catch (const dravel::FileError& error) {
-        state.fileError = failure("Impossible de créer ", error);
+        state.fileError = failure("Impossible de créer ", file.path(), error);
         return false;
     }
 }
@@ -121,7 +123,7 @@ bool AppModel::Inside::store(const std::function<void()>& preference) {
         preference();
         return true;
     } catch (const dravel::FileError& error) {
-        state.syncError = writeFailure(error);
+        state.syncError = writeFailure(error.path, error);
         return false;
     }
 }

@@ -43,7 +43,7 @@ void AppModel::Inside::mutate(const dravel::SafeFile::Edit& change,
         if (!written) return;
         if (then) then(*written);
     } catch (const dravel::FileError& error) {
-        state.fileError = writeFailure(error);
+        state.fileError = writeFailure(file.path(), error);
         model.changed();
         return;
     }

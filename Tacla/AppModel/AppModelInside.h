@@ -44,6 +44,7 @@ struct AppModel::Inside {
     void mirror(bool on); // stores and sets calendarSync
 };
 
-std::string writeFailure(const dravel::FileError&);
+// Names the file that was meant: the error may be of a temporary beside it.
+std::string writeFailure(const std::filesystem::path&, const dravel::FileError&);
 
 }

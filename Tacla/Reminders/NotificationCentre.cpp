@@ -1,7 +1,5 @@
 #include "Tacla/Reminders/NotificationCentre.h"
 
-#include "Tacla/Preferences/NotifiedTasks.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -28,9 +26,15 @@ void NotificationCentre::remove(const std::string& identifier) {
 
 void NotificationCentre::rekey(const std::map<std::string, std::string>& keys) {
     // The old identifiers stay too: a new task of the old title must not ring for a moment that has rung.
-    for (auto& entry : NotifiedTasks::rekeyed({record_.shown.begin(), record_.shown.end()}, keys)) {
-        record_.shown.insert(std::move(entry));
+    std::vector<std::string> under;
+    for (const auto& [from, to] : keys) {
+        const auto prefix = from + "@";
+        for (auto old = record_.shown.lower_bound(prefix); old != record_.shown.end() && old->starts_with(prefix);
+             ++old) {
+            under.push_back(to + old->substr(from.size()));
+        }
     }
+    record_.shown.insert(under.begin(), under.end());
 }
 
 std::vector<std::string> NotificationCentre::due() const {

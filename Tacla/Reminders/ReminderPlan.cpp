@@ -23,8 +23,7 @@ std::string_view whenOf(std::string_view identifier) {
 class Planner {
   public:
     Planner(const ReminderRecord& record, const std::vector<std::string>& notified, Instant now)
-        : record_(record), silenced_(notified.begin(), notified.end()), now_(now) {
-        silenced_.insert(record.shown.begin(), record.shown.end());
+        : record_(record), notified_(notified.begin(), notified.end()), now_(now) {
         for (const auto& [identifier, moment] : record.pending) pendingKeys_.insert(keyOf(identifier));
         const auto oldest = today_.plusDays(-daysRemembered).description();
         std::ranges::copy_if(notified, std::back_inserter(plan_.expired),
@@ -40,7 +39,7 @@ class Planner {
         const auto pending = record_.pending.find(identifier);
         const bool isPending = pending != record_.pending.end();
         if (due && task.day != today_ && !isPending) return;
-        if (silenced_.contains(identifier) || !kept_.insert(identifier).second) return;
+        if (silenced(identifier) || !kept_.insert(identifier).second) return;
         if (!due) ++wanted_;
         if (isPending && (pending->second == moment || (due && pending->second <= now_))) return;
         auto& list = due ? plan_.catchUp : plan_.schedule;
@@ -56,6 +55,10 @@ class Planner {
     }
 
   private:
+    bool silenced(const std::string& identifier) const {
+        return notified_.contains(identifier) || record_.shown.contains(identifier);
+    }
+
     // Spares the others, most of a long list, the reckoning of their moment.
     bool matters(const TaskItem& task) const {
         if (task.day == today_) return true;
@@ -64,7 +67,7 @@ class Planner {
     }
 
     const ReminderRecord& record_;
-    Views silenced_, pendingKeys_;
+    Views notified_, pendingKeys_;
     Instant now_;
     Day today_ = Day::of(now_), longPast_ = today_.plusDays(-daysOfRollOver);
     std::set<std::string> kept_; // identifiers that stay or become pending
