@@ -1,0 +1,115 @@
+#include "tests/support/ModelWorld.h"
+
+#include <gtest/gtest.h>
+
+namespace tacla::testing {
+
+using namespace std::chrono_literals;
+using Account = CalendarService::Account;
+using Renamed = std::map<std::string, std::string>;
+
+namespace {
+
+struct Mirrored : ModelWorld {
+    explicit Mirrored(std::string_view tasks) : ModelWorld("2025-03-04 08:00", tasks) {
+        start();
+        model.setCalendarSync(true);
+        loop.advance(1s);
+        calendar.runs.clear();
+    }
+};
+
+}
+
+TEST(AppModel, SyncsOnceForABurstOfEdits) {
+    Mirrored world("- [ ] A\n- [ ] B\n- [ ] C\n");
+    for (const auto* title : {"A", "B", "C"}) {
+        world.model.toggle(world.task(title));
+        world.loop.advance(200ms);
+    }
+    world.loop.advance(299ms);
+    EXPECT_EQ(world.calendar.runs.size(), 0U);
+    world.loop.advance(10s);
+    EXPECT_EQ(world.calendar.runs.size(), 1U);
+    EXPECT_EQ(world.state().lastSync, moment("2025-03-04 08:00") + 1900ms);
+}
+
+TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
+    Mirrored world("- [ ] A · 2025-03-05\n");
+    const auto a = world.task("A").key;
+    world.model.edit(world.task("A"), "B", {}, {});
+    const auto b = world.task("B").key;
+    world.model.edit(world.task("B"), "C", {}, {});
+    const auto c = world.task("C").key;
+    world.calendar.failure = "hors ligne";
+    world.loop.advance(1s);
+    EXPECT_EQ(world.state().syncError, "hors ligne");
+    world.calendar.failure.reset();
+
+    world.background.held = true;
+    world.model.sync();
+    world.model.edit(world.task("C"), "D", {}, {}); // while the sync runs
+    world.loop.advance(1s);                         // finds it running
+    EXPECT_EQ(world.background.waiting(), 1U);
+    world.background.runOne();
+    world.model.sync();
+    world.background.runOne();
+    world.model.sync();
+    world.background.runOne();
+    EXPECT_EQ(world.calendar.runs, (std::vector<Renamed>{{{a, c}}, {{a, c}}, {{c, world.task("D").key}}, {}}));
+    EXPECT_NE(b, c);
+    EXPECT_EQ(world.state().syncError, std::nullopt);
+}
+
+TEST(AppModel, AsksForTheAccountAgainWhenTheKeyringDidNotAnswer) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
+    world.preferences.setCalendarSync(true);
+    world.calendar.present = Account::unreachable;
+    world.start();
+    world.model.setCalendarSync(true);
+    world.loop.advance(15min);
+    EXPECT_EQ(world.state().connection, Connection::unknown);
+    EXPECT_TRUE(world.calendar.runs.empty());
+    world.calendar.present = Account::signedIn;
+    world.loop.advance(5min);
+    EXPECT_EQ(world.state().connection, Connection::signedIn);
+    EXPECT_EQ(world.calendar.runs.size(), 1U);
+}
+
+TEST(AppModel, SignsInSyncsAndSignsOut) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
+    world.calendar.present = Account::unreachable;
+    world.start();
+    world.calendar.present = Account::signedOut;
+    world.model.accountStoreAppeared();
+    world.loop.runPosted();
+    EXPECT_EQ(world.state().connection, Connection::signedOut);
+
+    world.calendar.failure = "refusé";
+    world.model.signIn();
+    EXPECT_EQ(world.state().connection, Connection::signingIn);
+    world.loop.runPosted();
+    EXPECT_EQ(world.state().connection, Connection::signedOut);
+    EXPECT_EQ(world.state().syncError, "refusé");
+
+    world.calendar.failure.reset();
+    world.model.signIn();
+    world.loop.advance(1s);
+    EXPECT_EQ(world.state().syncError, std::nullopt);
+    EXPECT_TRUE(world.preferences.calendarSync());
+    EXPECT_EQ(world.calendar.runs.size(), 1U);
+
+    world.calendar.signedOutMeanwhile = true;
+    world.model.sync();
+    world.loop.runPosted();
+    EXPECT_EQ(world.state().connection, Connection::signedOut);
+    EXPECT_EQ(world.state().syncError, "Non connecté");
+
+    world.calendar.failure = "trousseau verrouillé";
+    world.model.signIn();
+    world.model.signOut();
+    world.loop.runPosted();
+    EXPECT_EQ(world.state().syncError, "trousseau verrouillé");
+}
+
+}

@@ -1,0 +1,146 @@
+#include "DravelKit/Foundation/WallCalendar.h"
+#include "tests/support/ModelWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <cstdlib>
+
+namespace tacla::testing {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+TEST(AppModel, SeesAnEditorsSaveWithinTwoSecondsAndLeavesTheSyncToThePeriod) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-05\n");
+    world.preferences.setCalendarSync(true);
+    world.start();
+    world.model.setCalendarSync(true);
+    world.loop.advance(10s);
+    const auto runs = world.calendar.runs.size();
+    world.told = 0;
+    world.save("- [ ] B · 2025-03-05\n");
+    world.loop.advance(2s);
+    EXPECT_EQ(world.task("B").line, 0);
+    EXPECT_EQ(world.told, 1);
+    world.loop.advance(9min);
+    EXPECT_EQ(world.calendar.runs.size(), runs);
+    world.loop.advance(1min);
+    EXPECT_EQ(world.calendar.runs.size(), runs + 1);
+}
+
+TEST(AppModel, TicksEachMinuteWithoutReadingTheFileAndReadsItAtMidnight) {
+    ModelWorld world("2025-03-04 23:57", "- [ ] A\n");
+    world.start();
+    const auto modified = fs::last_write_time(world.file);
+    writeBytes(world.file, "- [ ] B\n");
+    fs::last_write_time(world.file, modified);
+    world.loop.advance(2min);
+    EXPECT_EQ(world.told, 2);
+    EXPECT_EQ(world.state().now, moment("2025-03-04 23:59"));
+    EXPECT_EQ(world.task("A").line, 0);
+    world.loop.advance(1min);
+    EXPECT_EQ(world.state().today, (Day{2025, 3, 5}));
+    EXPECT_EQ(world.task("B").line, 0);
+}
+
+TEST(AppModel, KeepsTheTasksOfAFileThatCannotBeReadAndRecoversByItself) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
+    world.start();
+    world.model.setCalendarSync(true);
+    world.loop.advance(10s);
+    const auto aside = world.folder / "aside";
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"gone", [&] { fs::rename(world.file, aside); }},
+        {"a folder", [&] { fs::rename(world.file, aside), fs::create_directory(world.file); }},
+        {"no UTF-8", [&] { fs::rename(world.file, aside), writeBytes(world.file, "- [ ] \xFF\n"); }},
+    };
+    for (const auto& [what, spoil] : ways) {
+        spoil();
+        const auto runs = world.calendar.runs.size();
+        world.loop.advance(2s);
+        EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible de lire " + world.file.string() + " : "))
+            << what;
+        EXPECT_EQ(world.state().tasks.size(), 1U) << what;
+        world.loop.advance(11min);
+        EXPECT_EQ(world.calendar.runs.size(), runs) << what;
+        fs::remove(world.file);
+        fs::rename(aside, world.file); // with the old modification time
+        world.loop.advance(2s);
+        EXPECT_EQ(world.state().fileError, std::nullopt) << what;
+        world.loop.advance(11min);
+        EXPECT_GT(world.calendar.runs.size(), runs) << what;
+    }
+}
+
+TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n");
+    world.start();
+    const auto pending = world.model.reminders()->pending;
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit none{0, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &none);
+    world.model.toggle(world.task("A"));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible d'écrire " + world.file.string() + " : "));
+    EXPECT_EQ(world.text(), "- [ ] A · 2025-03-04\n");
+    EXPECT_FALSE(world.task("A").done);
+    EXPECT_EQ(world.model.reminders()->pending, pending);
+    EXPECT_EQ(world.told, 1);
+}
+
+TEST(AppModel, ReloadsAndSyncsTwoSecondsAfterAWake) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
+    world.start();
+    world.model.setCalendarSync(true);
+    world.loop.advance(1s);
+    world.save("- [ ] B\n");
+    world.loop.suspend(50h);
+    world.model.wokeUp();
+    EXPECT_EQ(world.state().today, (Day{2025, 3, 6}));
+    EXPECT_EQ(world.task("B").line, 0);
+    const auto runs = world.calendar.runs.size();
+    world.loop.advance(1999ms);
+    EXPECT_EQ(world.calendar.runs.size(), runs);
+    world.loop.advance(1ms);
+    EXPECT_EQ(world.calendar.runs.size(), runs + 1);
+}
+
+TEST(AppModel, FollowsTheClockAndTheZone) {
+    ModelWorld world("2025-03-04 20:00", "- [ ] A · 2025-03-05 03:00\n");
+    world.start();
+    ::setenv("TZ", "Asia/Tokyo", 1);
+    world.loop.advance(2s);
+    EXPECT_EQ(world.state().today, (Day{2025, 3, 5}));
+    EXPECT_EQ(world.state().late().size(), 1U); // 04:00 there
+    EXPECT_EQ(world.notifications.transcript(), "04:00 A | Prévue à 03:00\n");
+    ::setenv("TZ", "Europe/Paris", 1);
+    world.loop.advance(2s);
+    EXPECT_EQ(world.state().today, (Day{2025, 3, 4}));
+    world.loop.setClock(moment("2025-03-06 08:00"));
+    world.loop.advance(2s);
+    EXPECT_EQ(world.state().late().size(), 1U);
+}
+
+TEST(AppModel, ChoosesAndMakesFiles) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
+    world.start();
+    const auto other = world.folder / "new" / "list.md";
+    world.model.createAndUse(other);
+    EXPECT_EQ(world.preferences.taskFilePath(), other.string());
+    EXPECT_EQ(world.state().file, other);
+    EXPECT_TRUE(world.state().tasks.empty());
+    world.model.add("Pain", {}, {}, true);
+    EXPECT_TRUE(readBytes(other).ends_with("## À faire\n- [ ] ❗ Pain · 2025-03-04\n"));
+    world.model.createAndUse(world.file / "impossible.md");
+    EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible de créer "));
+    EXPECT_EQ(world.state().file, other);
+    world.model.use(world.file);
+    EXPECT_EQ(world.task("A").line, 0);
+}
+
+}

@@ -1,0 +1,45 @@
+#include "tests/support/ModelWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace tacla::testing {
+
+TEST(AppModel, OpensAtLoginUnlessTheUserSaidNo) {
+    ModelWorld world("2025-03-04 08:00", "");
+    world.model.applyLaunchAtLogin();
+    EXPECT_TRUE(world.loginItem.enabled);
+    EXPECT_TRUE(world.state().launchAtLogin);
+    world.model.setLaunchAtLogin(false);
+    world.model.applyLaunchAtLogin();
+    EXPECT_FALSE(world.loginItem.enabled);
+
+    const dravel::FileError error(dravel::FileError::Kind::system, "/autostart", EACCES);
+    world.loginItem.failure.emplace(error);
+    world.model.setLaunchAtLogin(true);
+    EXPECT_EQ(world.state().syncError, "Ouverture au démarrage : " + error.description());
+    EXPECT_FALSE(world.state().launchAtLogin);
+}
+
+TEST(AppModel, OpensTheDesktopsSettingsWhenNotificationsStayForbidden) {
+    ModelWorld world("2025-03-04 08:00", "");
+    int opened = 0;
+    for (const bool reachable : {false, true}) {
+        world.notifications.capabilities.reachable = reachable;
+        world.model.requestNotifications([&opened] { ++opened; });
+        world.loop.runPosted();
+        EXPECT_EQ(world.state().notificationsAllowed, reachable);
+    }
+    EXPECT_EQ(opened, 1);
+}
+
+TEST(AppModel, TurnsAPreferenceThatCannotBeStoredIntoAStatusText) {
+    ModelWorld world("2025-03-04 08:00", "");
+    writeBytes(world.folder / "locks", ""); // where the lock's folder should be
+    world.model.setCalendarSync(true);
+    EXPECT_TRUE(world.state().syncError.value().starts_with("Impossible d'écrire "));
+    EXPECT_FALSE(world.state().calendarSync);
+}
+
+}

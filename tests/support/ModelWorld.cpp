@@ -1,0 +1,47 @@
+#include "tests/support/ModelWorld.h"
+
+#include "DravelKit/Foundation/WallCalendar.h"
+
+#include <algorithm>
+
+namespace tacla::testing {
+
+namespace fs = std::filesystem;
+
+static dravel::UserFolders folders(const fs::path& all) {
+    return {all, all, all, all, all / "Documents", all / "locks"};
+}
+
+Instant moment(std::string_view text) {
+    const auto day = Day::parse(text.substr(0, 10)).value();
+    const auto time = Clock::parse(text.substr(11)).value();
+    return dravel::wall::instant({day.year, day.month, day.day, time.hour, time.minute});
+}
+
+ModelWorld::ModelWorld(std::string_view now, std::string_view tasks)
+    : file(folder / "taches.md"), loop(moment(now)), preferences(folder / "preferences.json", folder / "locks"),
+      model({loop, background, preferences, folders(folder.path()), &notifications, &loginItem, &calendar}, file) {
+    writeBytes(file, tasks);
+    observer = model.changed.connect([this] { ++told; });
+}
+
+void ModelWorld::start() {
+    model.start();
+    loop.runPosted();
+    told = 0;
+}
+
+void ModelWorld::save(std::string_view text) const {
+    const auto before = fs::exists(file) ? fs::last_write_time(file) : fs::file_time_type::clock::now();
+    writeBytes(file, text);
+    fs::last_write_time(file, before + std::chrono::seconds(1));
+}
+
+const TaskItem& ModelWorld::task(std::string_view title) const {
+    const auto& tasks = state().tasks;
+    const auto found = std::ranges::find(tasks, title, &TaskItem::title);
+    if (found == tasks.end()) throw std::runtime_error("no task " + std::string(title));
+    return *found;
+}
+
+}

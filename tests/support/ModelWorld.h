@@ -1,0 +1,84 @@
+#pragma once
+
+#include "DravelKit/Foundation/FileError.h"
+#include "Tacla/AppModel/AppModel.h"
+#include "Tacla/Reminders/ReminderPlan.h"
+#include "tests/support/RecordedNotifications.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/VirtualLoop.h"
+
+#include <deque>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace tacla::testing {
+
+Instant moment(std::string_view text); // "2025-03-04 14:30" on the wall
+
+// An account and a calendar that answer as the test says.
+class RecordedCalendar final : public CalendarService {
+  public:
+    Account present = Account::signedIn;
+    std::optional<std::string> failure;                   // of the next calls
+    bool signedOutMeanwhile = false;                      // run finds no account
+    std::vector<std::map<std::string, std::string>> runs; // the renamed keys that each sync was given
+
+    Account account(std::stop_token) override { return present; }
+    void signIn(std::stop_token) override { failIfTold(); }
+    void signOut(std::stop_token) override { failIfTold(); }
+    Result run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override {
+        runs.push_back(renamed);
+        if (signedOutMeanwhile) throw NotSignedIn("Non connecté");
+        failIfTold();
+        return {};
+    }
+
+  private:
+    void failIfTold() const {
+        if (failure) throw std::runtime_error(*failure);
+    }
+};
+
+class RecordedLoginItem final : public LoginItem {
+  public:
+    bool enabled = false;
+    std::optional<dravel::FileError> failure;
+
+    bool isEnabled() const override { return enabled; }
+    void enable() override { set(true); }
+    void disable() override { set(false); }
+
+  private:
+    void set(bool on) {
+        if (failure) throw *failure;
+        enabled = on;
+    }
+};
+
+// The living model in a world of its own, on virtual time. A member that a test changes before `start` is in effect
+// then.
+struct ModelWorld {
+    explicit ModelWorld(std::string_view now, std::string_view tasks);
+
+    TemporaryFolder folder;
+    std::filesystem::path file;
+    VirtualLoop loop;
+    VirtualBackground background{loop};
+    Preferences preferences;
+    RecordedNotifications notifications{loop};
+    RecordedCalendar calendar;
+    RecordedLoginItem loginItem;
+    AppModel model;
+    int told = 0; // how often the observers were told
+    dravel::Connection observer;
+
+    void start();
+    void save(std::string_view text) const; // as an editor does; the modification time differs for sure
+    std::string text() const { return readBytes(file); }
+    const ModelState& state() const { return model.state(); }
+    const TaskItem& task(std::string_view title) const;
+};
+
+}
