@@ -63,53 +63,45 @@ TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
 
 TEST(AppModel, AsksForTheAccountAgainWhenTheKeyringDidNotAnswer) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
-    world.preferences.setCalendarSync(true);
     world.calendar.present = Account::unreachable;
     world.start();
     world.model.setCalendarSync(true);
     world.loop.advance(15min);
     EXPECT_EQ(world.state().connection, Connection::unknown);
-    EXPECT_TRUE(world.calendar.runs.empty());
     world.calendar.present = Account::signedIn;
     world.loop.advance(5min);
     EXPECT_EQ(world.state().connection, Connection::signedIn);
     EXPECT_EQ(world.calendar.runs.size(), 1U);
 }
 
-TEST(AppModel, SignsInSyncsAndSignsOut) {
+TEST(AppModel, FollowsTheAccount) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
     world.calendar.present = Account::unreachable;
     world.start();
-    world.calendar.present = Account::signedOut;
-    world.model.accountStoreAppeared();
-    world.loop.runPosted();
-    EXPECT_EQ(world.state().connection, Connection::signedOut);
-
-    world.calendar.failure = "refusé";
-    world.model.signIn();
+    auto& [model, calendar] = std::tie(world.model, world.calendar);
+    const auto becomes = [&world](Connection connection, const std::optional<std::string>& error) {
+        world.loop.advance(1s);
+        EXPECT_EQ(world.state().connection, connection);
+        EXPECT_EQ(world.state().syncError, error);
+    };
+    calendar.present = Account::signedOut;
+    model.accountStoreAppeared();
+    becomes(Connection::signedOut, {});
+    calendar.failure = "refusé";
+    model.signIn();
     EXPECT_EQ(world.state().connection, Connection::signingIn);
-    world.loop.runPosted();
-    EXPECT_EQ(world.state().connection, Connection::signedOut);
-    EXPECT_EQ(world.state().syncError, "refusé");
-
-    world.calendar.failure.reset();
-    world.model.signIn();
-    world.loop.advance(1s);
-    EXPECT_EQ(world.state().syncError, std::nullopt);
+    becomes(Connection::signedOut, "refusé");
+    calendar.failure.reset();
+    model.signIn();
+    becomes(Connection::signedIn, {});
     EXPECT_TRUE(world.preferences.calendarSync());
-    EXPECT_EQ(world.calendar.runs.size(), 1U);
-
-    world.calendar.signedOutMeanwhile = true;
-    world.model.sync();
-    world.loop.runPosted();
-    EXPECT_EQ(world.state().connection, Connection::signedOut);
-    EXPECT_EQ(world.state().syncError, "Non connecté");
-
-    world.calendar.failure = "trousseau verrouillé";
-    world.model.signIn();
-    world.model.signOut();
-    world.loop.runPosted();
-    EXPECT_EQ(world.state().syncError, "trousseau verrouillé");
+    EXPECT_EQ(calendar.runs.size(), 1U);
+    calendar.failure = "trousseau verrouillé";
+    model.signOut();
+    becomes(Connection::signedIn, "trousseau verrouillé");
+    calendar.signedOutMeanwhile = true;
+    model.sync();
+    becomes(Connection::signedOut, "Non connecté");
 }
 
 }

@@ -13,22 +13,30 @@ namespace tacla::testing {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-TEST(AppModel, SeesAnEditorsSaveWithinTwoSecondsAndLeavesTheSyncToThePeriod) {
+TEST(AppModel, SeesAnEditorsSaveWithinTwoSecondsAndLeavesTheSyncToThePeriodOrAWake) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-05\n");
-    world.preferences.setCalendarSync(true);
     world.start();
     world.model.setCalendarSync(true);
     world.loop.advance(10s);
-    const auto runs = world.calendar.runs.size();
     world.told = 0;
     world.save("- [ ] B · 2025-03-05\n");
     world.loop.advance(2s);
     EXPECT_EQ(world.task("B").line, 0);
     EXPECT_EQ(world.told, 1);
     world.loop.advance(9min);
-    EXPECT_EQ(world.calendar.runs.size(), runs);
+    EXPECT_EQ(world.calendar.runs.size(), 1U);
     world.loop.advance(1min);
-    EXPECT_EQ(world.calendar.runs.size(), runs + 1);
+    EXPECT_EQ(world.calendar.runs.size(), 2U);
+
+    world.save("- [ ] C\n");
+    world.loop.suspend(50h);
+    world.model.wokeUp();
+    EXPECT_EQ(world.state().today, (Day{2025, 3, 6}));
+    EXPECT_EQ(world.task("C").line, 0);
+    world.loop.advance(1999ms);
+    EXPECT_EQ(world.calendar.runs.size(), 2U);
+    world.loop.advance(1ms);
+    EXPECT_EQ(world.calendar.runs.size(), 3U);
 }
 
 TEST(AppModel, TicksEachMinuteWithoutReadingTheFileAndReadsItAtMidnight) {
@@ -52,26 +60,24 @@ TEST(AppModel, KeepsTheTasksOfAFileThatCannotBeReadAndRecoversByItself) {
     world.model.setCalendarSync(true);
     world.loop.advance(10s);
     const auto aside = world.folder / "aside";
-    const std::pair<const char*, std::function<void()>> ways[] = {
-        {"gone", [&] { fs::rename(world.file, aside); }},
-        {"a folder", [&] { fs::rename(world.file, aside), fs::create_directory(world.file); }},
-        {"no UTF-8", [&] { fs::rename(world.file, aside), writeBytes(world.file, "- [ ] \xFF\n"); }},
+    const std::function<void()> ways[] = {
+        [] {},
+        [&] { fs::create_directory(world.file); },
+        [&] { writeBytes(world.file, "- [ ] \xFF\n"); },
     };
-    for (const auto& [what, spoil] : ways) {
+    for (const auto& spoil : ways) {
+        fs::rename(world.file, aside);
         spoil();
         const auto runs = world.calendar.runs.size();
-        world.loop.advance(2s);
-        EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible de lire " + world.file.string() + " : "))
-            << what;
-        EXPECT_EQ(world.state().tasks.size(), 1U) << what;
         world.loop.advance(11min);
-        EXPECT_EQ(world.calendar.runs.size(), runs) << what;
+        EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible de lire " + world.file.string() + " : "));
+        EXPECT_EQ(world.state().tasks.size(), 1U);
+        EXPECT_EQ(world.calendar.runs.size(), runs);
         fs::remove(world.file);
         fs::rename(aside, world.file); // with the old modification time
-        world.loop.advance(2s);
-        EXPECT_EQ(world.state().fileError, std::nullopt) << what;
         world.loop.advance(11min);
-        EXPECT_GT(world.calendar.runs.size(), runs) << what;
+        EXPECT_EQ(world.state().fileError, std::nullopt);
+        EXPECT_GT(world.calendar.runs.size(), runs);
     }
 }
 
@@ -93,24 +99,7 @@ TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     EXPECT_EQ(world.told, 1);
 }
 
-TEST(AppModel, ReloadsAndSyncsTwoSecondsAfterAWake) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
-    world.start();
-    world.model.setCalendarSync(true);
-    world.loop.advance(1s);
-    world.save("- [ ] B\n");
-    world.loop.suspend(50h);
-    world.model.wokeUp();
-    EXPECT_EQ(world.state().today, (Day{2025, 3, 6}));
-    EXPECT_EQ(world.task("B").line, 0);
-    const auto runs = world.calendar.runs.size();
-    world.loop.advance(1999ms);
-    EXPECT_EQ(world.calendar.runs.size(), runs);
-    world.loop.advance(1ms);
-    EXPECT_EQ(world.calendar.runs.size(), runs + 1);
-}
-
-TEST(AppModel, FollowsTheClockAndTheZone) {
+TEST(AppModel, FollowsTheZone) {
     ModelWorld world("2025-03-04 20:00", "- [ ] A · 2025-03-05 03:00\n");
     world.start();
     ::setenv("TZ", "Asia/Tokyo", 1);
@@ -121,19 +110,13 @@ TEST(AppModel, FollowsTheClockAndTheZone) {
     ::setenv("TZ", "Europe/Paris", 1);
     world.loop.advance(2s);
     EXPECT_EQ(world.state().today, (Day{2025, 3, 4}));
-    world.loop.setClock(moment("2025-03-06 08:00"));
-    world.loop.advance(2s);
-    EXPECT_EQ(world.state().late().size(), 1U);
 }
 
 TEST(AppModel, ChoosesAndMakesFiles) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
-    world.start();
-    const auto other = world.folder / "new" / "list.md";
+    const auto other = world.folder / "new/list.md";
     world.model.createAndUse(other);
     EXPECT_EQ(world.preferences.taskFilePath(), other.string());
-    EXPECT_EQ(world.state().file, other);
-    EXPECT_TRUE(world.state().tasks.empty());
     world.model.add("Pain", {}, {}, true);
     EXPECT_TRUE(readBytes(other).ends_with("## À faire\n- [ ] ❗ Pain · 2025-03-04\n"));
     world.model.createAndUse(world.file / "impossible.md");

@@ -67,24 +67,21 @@ TEST(NotificationCentre, GivesThePlaceOfThoseShownToOthersOfTheFile) {
 
 TEST(TestNotification, SaysWhatBecameOfIt) {
     ModelWorld world("2025-03-04 14:05", "");
-    const auto sent = [&world](const NotificationServer::Capabilities& capabilities) {
-        world.notifications.capabilities = capabilities;
+    const auto sent = [&world](bool reachable, bool actions, NotificationServer::Error refusal = {}) {
+        world.notifications.capabilities = {.reachable = reachable, .actions = actions};
+        world.notifications.refusal = std::move(refusal);
         world.model.testNotification();
         world.loop.runPosted();
         return world.state().notificationTest.value();
     };
-    EXPECT_EQ(sent({.reachable = true, .actions = true}),
-              "Envoyée à 14:05 · affichage avec les boutons « Fait » et « Demain »");
-    EXPECT_EQ(sent({.reachable = true}), "Envoyée à 14:05 · affichage sans boutons");
+    EXPECT_EQ(sent(true, true), "Envoyée à 14:05 · affichage avec les boutons « Fait » et « Demain »");
     EXPECT_EQ(world.notifications.transcript(),
-              "14:05 Notification d'essai | Si vous lisez ceci, les rappels de Tacla arrivent bien.\n"
               "14:05 Notification d'essai | Si vous lisez ceci, les rappels de Tacla arrivent bien.\n");
-    EXPECT_EQ(sent({}), "Refusées par le bureau : à autoriser dans ses réglages de notifications");
-    world.notifications.refusal = "trop de notifications";
-    EXPECT_EQ(sent({.reachable = true}), "Échec : trop de notifications");
-    std::string outside;
-    sendTestNotification(nullptr, dravel::systemNow, [&](std::string line) { outside = std::move(line); });
-    EXPECT_EQ(outside, "Indisponible hors d'une session de bureau");
+    EXPECT_EQ(sent(true, false), "Envoyée à 14:05 · affichage sans boutons");
+    EXPECT_EQ(sent(false, false), "Refusées par le bureau : à autoriser dans ses réglages de notifications");
+    EXPECT_EQ(sent(true, true, "trop de notifications"), "Échec : trop de notifications");
+    sendTestNotification(nullptr, {},
+                         [](const std::string& line) { EXPECT_EQ(line, "Indisponible hors d'une session de bureau"); });
 }
 
 }

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <memory>
 #include <stdexcept>
 #include <thread>
 
@@ -16,20 +15,16 @@ using tacla::testing::VirtualLoop;
 TEST(ThreadedBackground, BringsEachResultToTheMainThread) {
     VirtualLoop loop{dravel::Instant()};
     ThreadedBackground background(loop);
-    const auto main = std::this_thread::get_id();
     int sum = 0, finished = 0;
-    const auto done = [&](const Outcome<int>& outcome) {
+    const auto done = [&, main = std::this_thread::get_id()](const Outcome<int>& outcome) {
         EXPECT_EQ(std::this_thread::get_id(), main);
         ++finished;
         if (const int* result = std::get_if<int>(&outcome)) sum += *result;
     };
     for (int number = 1; number <= 20; ++number) {
-        const auto job = [number, main](const std::stop_token&) {
-            EXPECT_NE(std::this_thread::get_id(), main);
-            if (number == 7) throw std::runtime_error("no seven");
-            return number;
-        };
-        background.run<int>(job, done);
+        background.run<int>(
+            [number](const std::stop_token&) { return number == 7 ? throw std::runtime_error("no seven") : number; },
+            done);
     }
     while (finished < 20) loop.runPostedByAThread();
     EXPECT_EQ(sum, 210 - 7);
@@ -37,30 +32,26 @@ TEST(ThreadedBackground, BringsEachResultToTheMainThread) {
 
 TEST(ThreadedBackground, StopsItsJobsAtQuitLeavesTheDeafBehindAndDropsWhatTheyComeTo) {
     VirtualLoop loop{dravel::Instant()};
-    std::promise<void> asked, release;
-    const auto released = std::make_shared<std::shared_future<void>>(release.get_future());
-    std::promise<void> deafEnded;
+    std::promise<void> stopped, release, deafEnded;
     const auto dropped = [](const Outcome<int>&) { FAIL() << "the program has quit"; };
+    const auto obedient = [&stopped](const std::stop_token& stop) {
+        std::promise<void> told;
+        const std::stop_callback callback(stop, [&told] { told.set_value(); });
+        told.get_future().wait();
+        stopped.set_value();
+        return 1;
+    };
+    const auto deaf = [&deafEnded, released = release.get_future().share()](const std::stop_token&) {
+        released.wait();
+        deafEnded.set_value();
+        return 2;
+    };
     {
         ThreadedBackground background(loop, 10ms);
-        background.run<int>(
-            [&asked](const std::stop_token& stop) {
-                std::promise<void> told;
-                const std::stop_callback callback(stop, [&told] { told.set_value(); });
-                told.get_future().wait();
-                asked.set_value();
-                return 1;
-            },
-            dropped);
-        background.run<int>(
-            [released, &deafEnded](const std::stop_token&) {
-                released->wait();
-                deafEnded.set_value();
-                return 2;
-            },
-            dropped);
+        background.run<int>(obedient, dropped);
+        background.run<int>(deaf, dropped);
     }
-    asked.get_future().wait();
+    stopped.get_future().wait();
     release.set_value();
     deafEnded.get_future().wait();
     loop.runPosted();

@@ -7,7 +7,6 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualLoop.h"
 
-#include <deque>
 #include <map>
 #include <optional>
 #include <stdexcept>

@@ -7,7 +7,6 @@
 #include <deque>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <utility>
 
 namespace tacla::testing {
@@ -22,49 +21,51 @@ class VirtualLoop final : public dravel::MainLoop {
     explicit VirtualLoop(Instant start) : wall_(start) {}
 
     void post(Task) override;
-    [[nodiscard]] dravel::Timer after(milliseconds, Task) override;
-    [[nodiscard]] dravel::Timer at(Instant, Task) override;
+    [[nodiscard]] dravel::Timer after(milliseconds delay, Task task) override {
+        return add(byMonotonic_, awake_ + delay, std::move(task));
+    }
+    [[nodiscard]] dravel::Timer at(Instant moment, Task task) override {
+        return add(byWall_, moment.time_since_epoch(), std::move(task));
+    }
     Instant now() const override { return wall_; }
 
     void runPosted();           // what has been posted, and what that posts
-    void advance(milliseconds); // awake: everything that falls due runs in its order
-    void advanceTo(Instant);
-    void suspend(milliseconds); // the wall clock goes on alone; what it passed runs at the resume
-    void setClock(Instant);     // so does what a clock set forward passed
     void runPostedByAThread();  // waits for another thread to post
+    void advance(milliseconds); // awake: everything that falls due runs in its order
+    void advanceTo(Instant moment) { advance(moment - wall_); }
+    void setClock(Instant); // what a clock set forward passed runs at once
+    void suspend(milliseconds time) { setClock(wall_ + time); }
 
   private:
     using Key = std::pair<milliseconds, std::uint64_t>; // when, then in the order of asking
     using Timers = std::map<Key, Task>;
 
-    dravel::Timer add(Timers VirtualLoop::*timers, milliseconds when, Task);
-    std::optional<milliseconds> untilNext() const;
+    dravel::Timer add(Timers&, milliseconds when, Task);
+    bool runFirst(Timers&, milliseconds clock);
     void runDue();
 
     Instant wall_;
     milliseconds awake_{0};
-    Timers monotonic_, wallClock_;
+    Timers byMonotonic_, byWall_;
     std::uint64_t last_ = 0;
     std::mutex mutex_;
-    std::condition_variable someoneWrote_;
+    std::condition_variable someonePosted_;
     std::deque<Task> posted_;
 };
 
-// Jobs run on the main thread: at once, through post, or when the test says.
+// Jobs run on the main thread: through post, or held until the test says.
 class VirtualBackground final : public dravel::Background {
   public:
     explicit VirtualBackground(VirtualLoop& loop) : loop_(loop) {}
 
-    bool held = false; // jobs wait for runOne
+    bool held = false;
     std::size_t waiting() const { return jobs_.size(); }
-    void runOne(); // the oldest waiting job, and what it comes to
+    void runOne(); // the oldest held job, and what it comes to
 
   protected:
     void start(Work) override;
 
   private:
-    void run(const Work&);
-
     VirtualLoop& loop_;
     std::deque<Work> jobs_;
 };
