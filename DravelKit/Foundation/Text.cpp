@@ -9,7 +9,9 @@
 #include <unicode/utf8.h>
 
 #include <bit>
+#include <charconv>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -193,10 +195,14 @@ std::string replacedAll(std::string_view text, std::string_view from, std::strin
     return result;
 }
 
-std::string padded(std::int64_t number, std::size_t width) {
-    auto text = std::to_string(number);
-    if (text.size() < width) text.insert(number < 0 ? 1 : 0, width - text.size(), '0');
-    return text;
+void appendPadded(std::string& text, std::int64_t number, std::size_t width) {
+    char digits[20]; // the longest, a sign included
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    const auto* begin = digits;
+    if (number < 0) text += *begin++;
+    const auto length = static_cast<std::size_t>(end - digits);
+    if (length < width) text.append(width - length, '0');
+    text.append(begin, static_cast<std::size_t>(end - begin));
 }
 
 }

@@ -37,6 +37,7 @@ constexpr std::optional<std::int64_t> parsedDigits(std::string_view text) {
     }
     return value;
 }
-std::string padded(std::int64_t number, std::size_t width); // with zeros: "07", "-7"
+// Appends the number, with zeros up to the width: "07", "-7".
+void appendPadded(std::string& text, std::int64_t number, std::size_t width);
 
 }

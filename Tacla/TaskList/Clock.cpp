@@ -28,6 +28,11 @@ Clock Clock::of(Instant at) {
     return {reading.hour, reading.minute};
 }
 
-std::string Clock::description() const { return dravel::padded(hour, 2) + ":" + dravel::padded(minute, 2); }
+std::string Clock::description() const {
+    std::string text;
+    dravel::appendPadded(text, hour, 2);
+    dravel::appendPadded(text += ':', minute, 2);
+    return text;
+}
 
 }

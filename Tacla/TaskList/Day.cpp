@@ -39,7 +39,11 @@ Day Day::of(Instant at) {
 Instant Day::date() const { return wall::instant({year, month, day, 0, 0}); }
 
 std::string Day::description() const {
-    return dravel::padded(year, 4) + "-" + dravel::padded(month, 2) + "-" + dravel::padded(day, 2);
+    std::string text;
+    dravel::appendPadded(text, year, 4);
+    dravel::appendPadded(text += '-', month, 2);
+    dravel::appendPadded(text += '-', day, 2);
+    return text;
 }
 
 std::string Day::longLabel() const { return wall::frenchLongDay(year, month, day); }

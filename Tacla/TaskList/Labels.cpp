@@ -7,7 +7,12 @@
 
 namespace tacla {
 
-std::string dayAndMonth(Day day) { return dravel::padded(day.day, 2) + "/" + dravel::padded(day.month, 2); }
+std::string dayAndMonth(Day day) {
+    std::string text;
+    dravel::appendPadded(text, day.day, 2);
+    dravel::appendPadded(text += '/', day.month, 2);
+    return text;
+}
 
 std::string counted(std::size_t n, std::string_view singular) {
     return std::to_string(n) + " " + std::string(singular) + (n >= 2 ? "s" : "");

@@ -53,7 +53,9 @@ void readAttribute(TaskLine& task, std::string_view part) {
 }
 
 std::string written(Day day, std::optional<Clock> time) {
-    return time ? day.description() + " " + time->description() : day.description();
+    auto text = day.description();
+    if (time) text.append(" ").append(time->description());
+    return text;
 }
 
 std::optional<When> parsedWhen(std::string_view part) {
