@@ -29,10 +29,11 @@ main { width: 100%; max-width: 400px; padding: 40px 32px 28px; text-align: cente
   stroke-linejoin: round; }
 .draw { stroke-dasharray: 32; stroke-dashoffset: 32; animation: draw .5s .25s ease-out forwards; }
 h1 { font-size: 22px; font-weight: 650; line-height: 1.25; margin-bottom: 8px; }
-p { color: var(--muted); }
+p { color: var(--muted); text-wrap: balance; }
 code { font: .92em ui-monospace, monospace; }
 footer { margin-top: 28px; padding-top: 16px; border-top: 1px solid var(--line); display: flex; flex-wrap: wrap;
-  justify-content: space-between; gap: 4px 12px; font-size: 13px; color: var(--muted); }
+  gap: 4px 12px; font-size: 12px; color: var(--muted); }
+footer span { margin: 0 auto; }
 .app { display: inline-flex; align-items: center; gap: 6px; }
 .app svg { width: 16px; height: 16px; }
 @keyframes rise { from { opacity: 0; transform: translateY(12px); } }

@@ -62,7 +62,7 @@ class Keyring:
                 "Label": GLib.Variant("s", "Essai"), "Created": GLib.Variant("t", 0), "Modified": GLib.Variant("t", 0)}[name]
 
     def prompt(self, _window):
-        GLib.timeout_add(1500, self.end)
+        GLib.timeout_add(3000, self.end)
         return "()", ()
 
     def end(self):
