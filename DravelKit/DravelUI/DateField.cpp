@@ -53,10 +53,10 @@ DateField::~DateField() { delete popup_; }
 
 QSize DateField::sizeHint() const { return sizeFor(text()); }
 
-DatePopup* DateField::popup() const { return popup_; }
+DatePopup* DateField::popup() const { return popup_ && popup_->isVisible() ? popup_.get() : nullptr; }
 
 void DateField::openPopup() {
-    if (popup_) return;
+    if (popup()) return;
     popup_ = new DatePopup(date(), today_.isValid() ? today_ : QDate::currentDate(), this);
     connect(popup_, &DatePopup::picked, this, &QDateEdit::setDate);
     popup_->showUnder(*this);

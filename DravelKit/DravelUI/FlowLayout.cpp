@@ -53,14 +53,14 @@ void FlowLayout::setGeometry(const QRect& rect) {
 }
 
 QSize FlowLayout::minimumSize() const {
-    QSize size;
+    QSize size(0, 0);
     for (const QLayoutItem* item : items_)
         if (!item->isEmpty()) size = size.expandedTo(item->minimumSize());
     return size;
 }
 
 QSize FlowLayout::sizeHint() const {
-    QSize size;
+    QSize size(0, 0);
     for (QLayoutItem* item : items_) {
         if (item->isEmpty()) continue;
         const int gap = size.isEmpty() ? 0 : gapBefore_.value(item->widget(), gap_);

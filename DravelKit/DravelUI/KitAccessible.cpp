@@ -1,6 +1,7 @@
 #include "DravelKit/DravelUI/KitAccessible.h"
 
 #include "DravelKit/DravelUI/Card.h"
+#include "DravelKit/DravelUI/Chip.h"
 #include "DravelKit/DravelUI/DatePopup.h"
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/DravelUI/ProgressRing.h"
@@ -37,6 +38,29 @@ class Row final : public QAccessibleWidget {
     SidebarRow& row_;
 };
 
+// A click on a chip selects nothing by itself, so the action of a check box would be wrong.
+class ChipButton final : public QAccessibleWidget {
+  public:
+    explicit ChipButton(Chip& chip) : QAccessibleWidget(&chip, QAccessible::RadioButton, chip.text()), chip_(chip) {}
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.checkable = true;
+        state.checked = chip_.isChecked();
+        return state;
+    }
+    QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
+    void doAction(const QString& name) override {
+        if (name == pressAction())
+            chip_.click();
+        else
+            QAccessibleWidget::doAction(name);
+    }
+
+  private:
+    Chip& chip_;
+};
+
 class Ring final : public QAccessibleWidget, public QAccessibleValueInterface {
   public:
     explicit Ring(ProgressRing& ring) : QAccessibleWidget(&ring, QAccessible::ProgressBar), ring_(ring) {}
@@ -59,6 +83,7 @@ class Ring final : public QAccessibleWidget, public QAccessibleValueInterface {
 
 QAccessibleInterface* kitAccessible(const QString&, QObject* object) {
     if (auto* row = qobject_cast<SidebarRow*>(object)) return new Row(*row);
+    if (auto* chip = qobject_cast<Chip*>(object)) return new ChipButton(*chip);
     if (auto* ring = qobject_cast<ProgressRing*>(object)) return new Ring(*ring);
     if (auto* list = qobject_cast<SidebarList*>(object)) return new QAccessibleWidget(list, QAccessible::List);
     for (auto* group :

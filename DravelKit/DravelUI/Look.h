@@ -14,7 +14,8 @@ namespace dravel {
 // Once, before the first widget: style, fonts, palette and the accessibility of the painted controls.
 void installLook(QApplication&, Appearance);
 
-// Live switching: gives every widget the palette of that appearance; they repaint by themselves.
+// Live switching: gives every widget the palette of that appearance; they repaint by themselves at the next
+// turn of the event loop.
 void setAppearance(Appearance);
 
 QPalette themePalette(Appearance);

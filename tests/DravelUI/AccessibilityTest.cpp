@@ -1,0 +1,128 @@
+#include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/Chip.h"
+#include "DravelKit/DravelUI/DateField.h"
+#include "DravelKit/DravelUI/DatePopup.h"
+#include "DravelKit/DravelUI/DravelPage.h"
+#include "DravelKit/DravelUI/ProgressRing.h"
+#include "DravelKit/DravelUI/SettingsCard.h"
+#include "DravelKit/DravelUI/SidebarBadge.h"
+#include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/SidebarRow.h"
+#include "DravelKit/DravelUI/StatusTag.h"
+#include "DravelKit/DravelUI/Switch.h"
+#include "DravelKit/DravelUI/TextField.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+
+#include <memory>
+
+using namespace dravel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QAccessibleInterface& reader(QWidget& widget) { return *QAccessible::queryAccessibleInterface(&widget); }
+
+// Does the first action that the reader offers.
+void act(QWidget& widget) {
+    auto* actions = reader(widget).actionInterface();
+    actions->doAction(actions->actionNames().constFirst());
+}
+
+}
+
+TEST(Accessibility, givesEveryControlItsRoleAndName) {
+    struct Row {
+        std::unique_ptr<QWidget> widget;
+        QAccessible::Role role;
+        QString name;
+    };
+    const auto ring = [] {
+        auto made = std::make_unique<ProgressRing>();
+        made->setProgress(2, 6, u"2 faites · 3 en retard"_s);
+        return made;
+    };
+    const auto badge = [] {
+        auto made = std::make_unique<SidebarBadge>();
+        made->setContent({Symbol::CheckLg, u"7 à faire"_s, u"taches.md"_s});
+        return made;
+    };
+    std::array<Row, 15> rows{{
+        {std::make_unique<Button>(Button::Kind::Soft, u"Autoriser…"_s), QAccessible::Button, u"Autoriser…"_s},
+        {std::make_unique<IconButton>(Symbol::ThreeDots, u"Modifier, reporter ou supprimer"_s), QAccessible::Button,
+         u"Modifier, reporter ou supprimer"_s},
+        {std::make_unique<Chip>(u"Demain"_s), QAccessible::RadioButton, u"Demain"_s},
+        {std::make_unique<Switch>(u"Heure"_s), QAccessible::CheckBox, u"Heure"_s},
+        {std::make_unique<TextField>(TextField::Kind::Boxed, u"Titre"_s), QAccessible::EditableText, u"Titre"_s},
+        {std::make_unique<DateField>(u"Jour"_s), QAccessible::SpinBox, u"Jour"_s},
+        {std::make_unique<TimeField>(u"Heure"_s), QAccessible::SpinBox, u"Heure"_s},
+        {std::make_unique<TextLabel>(Theme::Typography::body, Theme::text, u"<b>R&D</b>"_s), QAccessible::StaticText,
+         u"<b>R&D</b>"_s},
+        {std::make_unique<StatusTag>(Symbol::Clock, u"09:30"_s, TagLook::plain()), QAccessible::StaticText, u"09:30"_s},
+        {std::make_unique<CountCapsule>(12), QAccessible::StaticText, u"12"_s},
+        {ring(), QAccessible::ProgressBar, u"2 faites · 3 en retard"_s},
+        {badge(), QAccessible::Grouping, u"7 à faire, taches.md"_s},
+        {std::make_unique<SettingRow>(Symbol::Bell, u"Tester"_s), QAccessible::Grouping, u"Tester"_s},
+        {std::make_unique<DravelPage>(u"Faites"_s, u""_s), QAccessible::Client, u"Faites"_s},
+        {std::make_unique<SidebarList>(u"Sections"_s), QAccessible::List, u"Sections"_s},
+    }};
+    for (const Row& row : rows) {
+        EXPECT_EQ(reader(*row.widget).text(QAccessible::Name), row.name);
+        EXPECT_EQ(reader(*row.widget).role(), row.role) << row.name.toStdString();
+    }
+}
+
+TEST(Accessibility, tellsAndChangesTheStateOfASwitch) {
+    Switch one(u"Heure"_s);
+    EXPECT_TRUE(reader(one).state().checkable);
+    EXPECT_FALSE(reader(one).state().checked);
+    act(one);
+    EXPECT_TRUE(reader(one).state().checked);
+    one.setEnabled(false);
+    EXPECT_TRUE(reader(one).state().disabled);
+}
+
+TEST(Accessibility, pressesAChipWithoutSelectingIt) {
+    Chip chip(u"Demain"_s);
+    int clicks = 0;
+    QObject::connect(&chip, &QAbstractButton::clicked, [&] { ++clicks; });
+    act(chip);
+    EXPECT_EQ(clicks, 1);
+    EXPECT_FALSE(reader(chip).state().checked);
+    chip.setSelected(true);
+    EXPECT_TRUE(reader(chip).state().checked);
+}
+
+TEST(Accessibility, readsTheSidebarAsAListWithOneSelectedRow) {
+    SidebarList list(u"Sections"_s);
+    list.addRow(Symbol::Sun, u"Aujourd'hui"_s, u"today"_s);
+    list.addRow(Symbol::Gear, u"Réglages"_s, u"settings"_s);
+    auto& settings = *list.findChild<SidebarRow*>(u"settings"_s);
+    EXPECT_EQ(reader(list).childCount(), 2);
+    EXPECT_EQ(reader(settings).role(), QAccessible::ListItem);
+    EXPECT_EQ(reader(settings).text(QAccessible::Name), u"Réglages"_s);
+    EXPECT_FALSE(reader(settings).state().selected);
+    act(settings);
+    EXPECT_TRUE(reader(settings).state().selected);
+    EXPECT_EQ(list.current(), 1);
+}
+
+TEST(Accessibility, givesTheRingItsValue) {
+    ProgressRing ring;
+    ring.setProgress(2, 6, u"2 faites"_s);
+    auto* value = reader(ring).valueInterface();
+    ASSERT_TRUE(value);
+    EXPECT_EQ(value->currentValue().toInt(), 2);
+    EXPECT_EQ(value->maximumValue().toInt(), 6);
+}
+
+TEST(Accessibility, namesEveryDayOfThePopup) {
+    DatePopup popup({2026, 11, 26}, {2026, 11, 24});
+    auto& day = *popup.findChild<QWidget*>(u"2026-12-01"_s);
+    EXPECT_EQ(reader(day).text(QAccessible::Name), u"mardi 1 décembre 2026"_s);
+    for (auto* child : popup.findChildren<QAbstractButton*>())
+        EXPECT_FALSE(reader(*child).text(QAccessible::Name).isEmpty() || child->objectName().isEmpty());
+}

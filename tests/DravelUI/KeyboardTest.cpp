@@ -1,0 +1,167 @@
+#include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/Chip.h"
+#include "DravelKit/DravelUI/DateField.h"
+#include "DravelKit/DravelUI/DatePopup.h"
+#include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/Switch.h"
+#include "DravelKit/DravelUI/TextField.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QTest>
+#include <QVBoxLayout>
+
+using namespace dravel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A window with the given widgets below each other, shown and active.
+struct Window {
+    QWidget widget;
+
+    explicit Window(std::initializer_list<QWidget*> content) {
+        auto* column = new QVBoxLayout(&widget);
+        for (QWidget* one : content) column->addWidget(one);
+        widget.resize(400, 300);
+        widget.show();
+        QApplication::setActiveWindow(&widget);
+        (void)QTest::qWaitForWindowActive(&widget);
+    }
+    void press(int key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key), modifiers);
+    }
+    bool ringShows() const {
+        const auto* ring = widget.findChild<FocusRing*>();
+        return ring && ring->isVisible();
+    }
+};
+
+}
+
+TEST(Keyboard, pressesButtonsAndSwitchesWithSpaceAndReturn) {
+    auto* button = new Button(Button::Kind::Neutral, u"Ouvrir"_s);
+    auto* one = new Switch(u"Heure"_s);
+    Window window({button, one});
+    int clicks = 0;
+    QObject::connect(button, &QAbstractButton::clicked, [&] { ++clicks; });
+    button->setFocus(Qt::TabFocusReason);
+    window.press(Qt::Key_Space);
+    window.press(Qt::Key_Return);
+    window.press(Qt::Key_Enter);
+    EXPECT_EQ(clicks, 3);
+    window.press(Qt::Key_Tab);
+    window.press(Qt::Key_Space);
+    EXPECT_TRUE(one->isChecked());
+    window.press(Qt::Key_Return);
+    EXPECT_FALSE(one->isChecked());
+}
+
+TEST(Keyboard, showsTheFocusRingForTheKeyboardOnly) {
+    auto* first = new Button(Button::Kind::Neutral, u"Ouvrir"_s);
+    auto* second = new Chip(u"Demain"_s);
+    Window window({first, second});
+    first->setFocus(Qt::OtherFocusReason);
+    EXPECT_FALSE(window.ringShows());
+    window.press(Qt::Key_Tab);
+    ASSERT_TRUE(window.ringShows());
+    auto* ring = window.widget.findChild<FocusRing*>();
+    EXPECT_EQ(ring->geometry(), second->geometry().adjusted(-4, -4, 4, 4));
+    second->move(second->x() + 30, second->y() + 5);
+    EXPECT_EQ(ring->geometry(), second->geometry().adjusted(-4, -4, 4, 4));
+    first->setFocus(Qt::MouseFocusReason);
+    EXPECT_FALSE(window.ringShows());
+}
+
+TEST(Keyboard, leavesTheFocusInAFieldWhenAButtonIsClicked) {
+    auto* field = new TextField(TextField::Kind::Frameless, u"Nouvelle tâche…"_s);
+    auto* chip = new Chip(u"Demain"_s);
+    Window window({field, chip});
+    field->setFocus();
+    QTest::mouseClick(chip, Qt::LeftButton);
+    EXPECT_TRUE(field->hasFocus());
+}
+
+TEST(Keyboard, changesTheSectionOfADateWithUpAndDown) {
+    auto* field = new DateField(u"Jour"_s);
+    field->setDate({2026, 11, 30});
+    Window window({field});
+    field->setFocus();
+    field->setSelectedSection(QDateTimeEdit::DaySection);
+    window.press(Qt::Key_Down);
+    EXPECT_EQ(field->text(), u"29/11/2026"_s);
+    field->setSelectedSection(QDateTimeEdit::MonthSection);
+    window.press(Qt::Key_Up);
+    EXPECT_EQ(field->text(), u"29/12/2026"_s);
+}
+
+TEST(Keyboard, picksADayFromThePopup) {
+    auto* field = new DateField(u"Jour"_s);
+    field->setDate({2026, 11, 26});
+    Window window({field});
+    const auto pick = [&](std::initializer_list<int> keys) {
+        field->setFocus();
+        QTest::keyClick(field, Qt::Key_Down, Qt::AltModifier);
+        for (const int key : keys) QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key));
+        return field->date().toString(Qt::ISODate).toStdString();
+    };
+    EXPECT_EQ(pick({Qt::Key_Down, Qt::Key_Right, Qt::Key_Return}), "2026-12-04");
+    EXPECT_EQ(pick({Qt::Key_PageUp, Qt::Key_Home, Qt::Key_Left, Qt::Key_Space}), "2026-10-31");
+    EXPECT_EQ(pick({Qt::Key_PageDown, Qt::Key_Return}), "2026-11-30"); // no 31st there
+    EXPECT_EQ(pick({Qt::Key_Up, Qt::Key_Escape}), "2026-11-30");
+    EXPECT_FALSE(field->popup());
+}
+
+TEST(Keyboard, opensThePopupByAClickOnTheSymbolAndPicksByAClick) {
+    auto* field = new DateField(u"Jour"_s);
+    field->setDate({2026, 11, 26});
+    Window window({field});
+    QTest::mouseClick(field, Qt::LeftButton, {}, QPoint(14, 14));
+    ASSERT_TRUE(field->popup());
+    QTest::mouseClick(field->popup()->findChild<QWidget*>(u"nextMonth"_s), Qt::LeftButton);
+    QTest::mouseClick(field->popup()->findChild<QWidget*>(u"2027-01-03"_s), Qt::LeftButton);
+    EXPECT_EQ(field->date(), QDate(2027, 1, 3));
+}
+
+TEST(DatePopup, beginsEveryMonthOnAMonday) {
+    for (const auto& [month, first] : {std::pair{QDate(2026, 11, 24), QDate(2026, 10, 26)},
+                                       {QDate(2026, 6, 30), QDate(2026, 6, 1)}, // begins on a Monday itself
+                                       {QDate(2026, 2, 1), QDate(2026, 1, 26)}, // begins on a Sunday
+                                       {QDate(2027, 1, 31), QDate(2026, 12, 28)}})
+        EXPECT_EQ(DatePopup::firstDayShown(month), first) << month.toString(Qt::ISODate).toStdString();
+}
+
+TEST(Keyboard, movesThroughTheSidebarWithOneStopOfTab) {
+    auto* list = new SidebarList(u"Sections"_s);
+    for (const auto& title : {u"Aujourd'hui"_s, u"En retard"_s, u"Réglages"_s}) list->addRow(Symbol::Sun, title, title);
+    auto* after = new Button(Button::Kind::Neutral, u"Ouvrir"_s);
+    Window window({list, after});
+    std::vector<int> said;
+    QObject::connect(list, &SidebarList::currentChanged, [&](int index) { said.push_back(index); });
+    list->findChild<QWidget*>(u"Aujourd'hui"_s)->setFocus(Qt::TabFocusReason);
+    for (const int key : {Qt::Key_Down, Qt::Key_End, Qt::Key_Down, Qt::Key_Up, Qt::Key_Home}) window.press(key);
+    EXPECT_EQ(said, (std::vector{1, 2, 1, 0}));
+    window.press(Qt::Key_Tab);
+    EXPECT_TRUE(after->hasFocus());
+    window.press(Qt::Key_Backtab);
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), u"Aujourd'hui"_s);
+}
+
+TEST(TextLabel, letsItsTextBeSelectedAndCopied) {
+    auto* label = new TextLabel(Theme::Typography::callout, Theme::text, u"/home/léa/taches.md"_s);
+    label->setSelectable(true);
+    Window window({label});
+    QTest::mousePress(label, Qt::LeftButton, {}, QPoint(0, label->height() / 2));
+    const QPointF end(textWidth(Theme::Typography::callout, u"/home"_s), label->height() / 2.0);
+    QMouseEvent move(QEvent::MouseMove, end, label->mapToGlobal(end), Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(label, &move);
+    EXPECT_EQ(label->selectedPart(), u"/home"_s);
+    QTest::keyClick(label, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), u"/home"_s);
+    QTest::keyClick(label, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(label->selectedPart(), label->text());
+}

@@ -1,0 +1,138 @@
+#include "DravelKit/DravelUI/DravelPage.h"
+#include "DravelKit/DravelUI/DravelShell.h"
+#include "DravelKit/DravelUI/SettingsCard.h"
+#include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+#include "DravelKit/DravelUI/TextPaint.h"
+#include "DravelKit/DravelUI/WelcomePage.h"
+
+#include <gtest/gtest.h>
+
+#include <QScrollBar>
+#include <QTest>
+
+using namespace dravel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void show(QWidget& widget, QSize size) {
+    widget.resize(size);
+    widget.show();
+    (void)QTest::qWaitForWindowExposed(&widget);
+    for (int round = 0; round < 3; ++round) QCoreApplication::sendPostedEvents();
+}
+
+Card* card(int height) {
+    auto* made = new Card;
+    made->setFixedHeight(height);
+    return made;
+}
+
+QRect inside(const QWidget& widget, QWidget& frame) { return {widget.mapTo(&frame, QPoint()), widget.size()}; }
+
+}
+
+TEST(DravelPage, centresAColumnOfAtMost820WhateverItsHeight) {
+    for (const int height : {200, 5000}) // without and with a scroll bar
+        for (const auto& [width, left, column] :
+             {std::tuple{770, 24, 722}, {610, 24, 562}, {868, 24, 820}, {1200, 190, 820}}) {
+            DravelPage page;
+            Card* only = card(height);
+            page.add(only);
+            show(page, {width, 600});
+            EXPECT_EQ(inside(*only, page), QRect(left, 24, column, height)) << width << " wide";
+        }
+}
+
+TEST(DravelPage, putsTheFirstCardBelowTitleAndSubtitle) {
+    for (const auto& [subtitle, top] : {std::pair{u""_s, 88}, {u"Jour par jour."_s, 110}}) {
+        DravelPage page(u"À venir"_s, subtitle);
+        Card *first = card(100), *second = card(100);
+        page.add(second);
+        page.insert(0, first);
+        show(page, {770, 600});
+        EXPECT_EQ(inside(*first, page).top(), top);
+        EXPECT_EQ(inside(*second, page).top(), top + 116);
+    }
+}
+
+TEST(DravelPage, revealsWhatIsOutOfViewAndTellsWhatShows) {
+    DravelPage page;
+    std::vector<Card*> cards;
+    for (int count = 0; count < 10; ++count) page.add(cards.emplace_back(card(200)));
+    show(page, {770, 600});
+    int changes = 0;
+    QObject::connect(&page, &DravelPage::viewChanged, [&] { ++changes; });
+    EXPECT_EQ(page.visiblePart(*cards[2]), QRect(0, 0, 722, 144)); // its top is at 456 of 600
+    EXPECT_TRUE(page.visiblePart(*cards[9]).isEmpty());
+    page.reveal(*cards[9]);
+    EXPECT_EQ(page.visiblePart(*cards[9]).height(), 200);
+    page.reveal(*cards[0]);
+    EXPECT_EQ(page.verticalScrollBar()->value(), 8); // 16 above it stay in view
+    EXPECT_EQ(changes, 2);
+}
+
+TEST(DravelShell, keepsTheSidebarBetweenItsMinimumAndThePage) {
+    DravelShell shell(u"Tacla"_s, {}, u"Sections"_s);
+    shell.list().addRow(Symbol::Sun, u"Aujourd'hui"_s, u"today"_s);
+    auto* page = new DravelPage;
+    shell.showPage(page);
+    show(shell, {980, 720});
+    EXPECT_EQ(inside(*page, shell), QRect(210, 0, 770, 720));
+    EXPECT_EQ(inside(shell.list(), shell), QRect(12, 72, 185, 36));
+    for (const auto& [wanted, given] : {std::pair{100, 190}, {300, 300}, {900, 500}}) {
+        shell.setSidebarWidth(wanted);
+        EXPECT_EQ(shell.sidebarWidth(), given);
+    }
+    shell.resize(820, 560);
+    EXPECT_EQ(shell.sidebarWidth(), 340);
+    shell.resize(1500, 720);
+    EXPECT_EQ(shell.sidebarWidth(), 900); // what was asked for fits now
+}
+
+TEST(SettingsCard, growsWithItsDetailsAndShowsOneLineBetweenRows) {
+    SettingsCard plain(Symbol::Bell, u"Notifications"_s);
+    auto* row = plain.addRow(new SettingRow(Symbol::Bell, u"Tester"_s, u"Envoie une notification."_s));
+    plain.addRow(new SettingRow(Symbol::Send, u"Autre"_s));
+    const auto height = [&] {
+        QCoreApplication::sendPostedEvents();
+        return plain.heightForWidth(722);
+    };
+    show(plain, {722, 400});
+    EXPECT_EQ(height(), 8 + 36 + 52 + 52 + 8);
+    row->setNote(u"Notification envoyée."_s);
+    EXPECT_EQ(height(), 8 + 36 + 66 + 52 + 8);
+    row->setNote({});
+    row->setDetail({});
+    EXPECT_EQ(height(), 8 + 36 + 52 + 52 + 8);
+}
+
+TEST(WelcomePage, isCentredAndScrollsWhenItIsTooHigh) {
+    WelcomePage page({}, u"Tacla"_s, u"Vos tâches."_s, u"C'est parti"_s);
+    auto* step = page.addStep(new WelcomeStep(u"Votre liste"_s, u"Un fichier."_s));
+    auto* last = page.addStep(new WelcomeStep(u"Notifications"_s, u"À l'heure."_s));
+    step->setButton(u"Changer…"_s);
+    show(page, {980, 720});
+    EXPECT_EQ(inside(*step, page).left(), 190);
+    EXPECT_EQ(step->size(), QSize(600, 76));
+    EXPECT_EQ(inside(*last, page).top(), inside(*step, page).bottom() + 17);
+    EXPECT_TRUE(page.closingButton().hasFocus() || !page.isActiveWindow());
+    EXPECT_TRUE(step->button().isVisible());
+    step->setDone(true);
+    EXPECT_FALSE(step->button().isVisible());
+    show(page, {820, 300});
+    EXPECT_GT(page.verticalScrollBar()->maximum(), 0);
+}
+
+TEST(Paragraph, isAWholeNumberOfLineBoxes) {
+    const auto height = [](const QString& text, int width) {
+        return Paragraph(text, Theme::Typography::taskTitle, width).height();
+    };
+    EXPECT_EQ(height({}, 200), 20);
+    EXPECT_EQ(height(u"Pain"_s, 200), 20);
+    EXPECT_EQ(height(u"Pain 🎉 ✅"_s, 200), 20); // an emoji does not stretch its line
+    EXPECT_EQ(height(u"Un\nDeux"_s, 200), 40);
+    EXPECT_EQ(height(u"خبز وحليب"_s, 200), 20);
+    EXPECT_EQ(height(QString(10'000, u'x'), 200) % 20, 0); // no place to break: breaks anywhere
+}

@@ -1,0 +1,156 @@
+#include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/Card.h"
+#include "DravelKit/DravelUI/Look.h"
+#include "DravelKit/DravelUI/ProgressRing.h"
+#include "DravelKit/DravelUI/Switch.h"
+#include "DravelKit/DravelUI/Symbols.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QImage>
+#include <QMenu>
+#include <QPainter>
+
+#include <algorithm>
+#include <memory>
+
+using namespace dravel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class Picture {
+  public:
+    Picture(QWidget& widget, qreal scale) : scale_(scale) {
+        widget.ensurePolished();
+        image_ = QImage((QSizeF(widget.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+        image_.setDevicePixelRatio(scale);
+        image_.fill(Qt::transparent);
+        widget.render(&image_);
+    }
+    // The colour in the middle of a logical pixel.
+    std::string at(int x, int y) const {
+        const auto pixel = [this](int logical) { return static_cast<int>((logical + 0.5) * scale_); };
+        return image_.pixelColor(pixel(x), pixel(y)).name().toStdString();
+    }
+
+  private:
+    qreal scale_;
+    QImage image_;
+};
+
+struct Light {
+    ~Light() { setAppearance(Appearance::Light); }
+};
+
+}
+
+TEST(Rendering, drawsTheFacesInTheirColoursAtEveryScale) {
+    const Light afterwards;
+    for (const qreal scale : {1.0, 1.25, 2.0})
+        for (const auto appearance : {Appearance::Light, Appearance::Dark}) {
+            setAppearance(appearance);
+            const auto hex = [&](const Theme::Tone& tone) { return tone.in(appearance).color().name().toStdString(); };
+            Button button(Button::Kind::Prominent, u"Ajouter"_s);
+            button.resize(button.sizeHint());
+            EXPECT_EQ(Picture(button, scale).at(6, 14), hex(Theme::accent));
+            button.setDown(true);
+            EXPECT_EQ(Picture(button, scale).at(6, 14), hex(Theme::accentPressed));
+
+            Switch one;
+            one.resize(34, 28);
+            EXPECT_EQ(Picture(one, scale).at(10, 14), hex(Theme::outline)); // the knob at the left
+            EXPECT_EQ(Picture(one, scale).at(24, 14), hex(Theme::surface));
+            one.setChecked(true);
+            EXPECT_EQ(Picture(one, scale).at(8, 14), hex(Theme::accent));
+            EXPECT_EQ(Picture(one, scale).at(24, 14), hex(Theme::onAccent));
+
+            ProgressRing ring;
+            ring.resize(78, 78);
+            ring.setProgress(1, 2, {});
+            EXPECT_EQ(Picture(ring, scale).at(3, 39), hex(Theme::accentSoftPressed)); // the open half
+            EXPECT_NE(Picture(ring, scale).at(74, 39), hex(Theme::accentSoftPressed));
+        }
+}
+
+TEST(Rendering, fadesADisabledControlAsAWhole) {
+    Card card;
+    card.resize(100, 60);
+    auto* one = new Switch({}, Switch::Kind::Plain, &card);
+    one->setGeometry(20, 16, 34, 28);
+    one->setChecked(true);
+    one->setEnabled(false);
+    EXPECT_EQ(Picture(card, 1).at(44, 30), "#ffffff"); // the knob does not show the track through
+    EXPECT_EQ(Picture(card, 1).at(28, 30), "#bab9f9");
+}
+
+TEST(Rendering, throwsTheShadowOfACardInLightOnly) {
+    const Light afterwards;
+    CardStage stage;
+    stage.resize(200, 200);
+    Card card(&stage);
+    card.setGeometry(20, 20, 160, 100);
+    const auto below = [&] {
+        stage.setAttribute(Qt::WA_DontShowOnScreen);
+        stage.show();
+        return Picture(stage, 2).at(100, 121);
+    };
+    EXPECT_LT(below(), "#f5f5f5");
+    EXPECT_EQ(Picture(stage, 2).at(100, 130), "#f5f5f5");
+    EXPECT_EQ(Picture(stage, 2).at(100, 20), "#ffffff");
+    setAppearance(Appearance::Dark); // nothing is made anew
+    QCoreApplication::processEvents();
+    EXPECT_EQ(below(), "#131927");
+    EXPECT_EQ(Picture(stage, 2).at(100, 20), "#2c3346");
+    EXPECT_EQ(Picture(stage, 2).at(100, 60), "#1e2436");
+}
+
+TEST(Rendering, paintsAListOfAHundredThousandPixels) {
+    CardStage stage;
+    stage.resize(200, 6'000'000);
+    Card card(&stage);
+    card.setGeometry(20, 20, 160, 5'900'000);
+    stage.setAttribute(Qt::WA_DontShowOnScreen);
+    stage.show();
+    QImage image(200, 100, QImage::Format_ARGB32_Premultiplied);
+    stage.render(&image, {}, QRegion(0, 3'000'000, 200, 100));
+    EXPECT_EQ(image.pixelColor(100, 50).name(), u"#ffffff"_s);
+    EXPECT_EQ(image.pixelColor(5, 50).name(), u"#f5f5f5"_s);
+}
+
+TEST(Rendering, drawsMenusInTheLookOfTheKit) {
+    QMenu menu;
+    menu.addAction(u"Modifier"_s);
+    menu.addSeparator();
+    auto* remove = menu.addAction(u"Supprimer"_s);
+    markDestructive(*remove);
+    menu.ensurePolished();
+    EXPECT_EQ(menu.sizeHint().height(), 5 + 28 + 9 + 28 + 5);
+    menu.resize(menu.sizeHint());
+    menu.setActiveAction(remove);
+    const Picture picture(menu, 1);
+    EXPECT_EQ(picture.at(40, 0), "#d4d7dd");
+    EXPECT_EQ(picture.at(8, 8), "#ffffff");
+    EXPECT_EQ(picture.at(40, 5 + 28 + 4), "#d4d7dd");
+    EXPECT_EQ(picture.at(8, 5 + 28 + 9 + 14), "#fde9e8");
+}
+
+TEST(Symbols, areTintedAndSharpAtEveryScale) {
+    for (int symbol = 0; symbol <= static_cast<int>(Symbol::HandThumbsUpFill); ++symbol)
+        for (const qreal ratio : {1.0, 1.25, 2.0}) {
+            const QPixmap pixmap = symbolPixmap(static_cast<Symbol>(symbol), 16, QColor(0x52, 0x4F, 0xF1), ratio);
+            EXPECT_EQ(pixmap.size(), QSizeF(16, 16) * ratio);
+            const QImage image = pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
+            int covered = 0; // of 255 a pixel
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x) {
+                    const QColor pixel = image.pixelColor(x, y);
+                    covered += pixel.alpha();
+                    if (pixel.alpha() > 250) {
+                        EXPECT_EQ(pixel.name(), u"#524ff1"_s);
+                    }
+                }
+            EXPECT_GT(covered, 255 * 6 * ratio * ratio) << "symbol " << symbol << " at " << ratio;
+        }
+}
