@@ -21,9 +21,10 @@ std::string wallClock(Instant moment) {
 }
 
 std::string halfAnHourLater(Day day, Clock clock) {
-    const auto minutes = clock.hour * 60 + clock.minute + 30;
-    const Clock end{minutes / 60 % 24, minutes % 60};
-    return day.plusDays(minutes / (24 * 60)).description() + "T" + end.description() + ":00";
+    constexpr std::int64_t hour = 60, wholeDay = 24 * hour;
+    const auto minutes = clock.hour * hour + clock.minute + 30;
+    const Clock end{minutes % wholeDay / hour, minutes % hour};
+    return day.plusDays(minutes / wholeDay).description() + "T" + end.description() + ":00";
 }
 
 std::pair<EventTime, EventTime> timed(Instant moment, const std::string& timeZone) {

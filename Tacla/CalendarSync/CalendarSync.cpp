@@ -34,7 +34,7 @@ CalendarSync::Time CalendarSync::Time::real() {
             [](Pace::Wait wait, std::stop_token stop) {
                 std::mutex mutex;
                 std::unique_lock lock(mutex);
-                std::condition_variable_any().wait_for(lock, stop, wait, [] { return false; });
+                std::condition_variable_any().wait_for(lock, std::move(stop), wait, [] { return false; });
             }};
 }
 

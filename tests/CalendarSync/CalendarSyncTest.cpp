@@ -32,15 +32,6 @@ TEST(CalendarSync, CreatesItsCalendarOnceThenFollowsTheFile) {
     EXPECT_EQ(world.run(""), "+0 ~0 -0") << "nothing in the file, nothing in the calendar";
 }
 
-TEST(CalendarSync, NeverEmptiesTheCalendarForAnEmptyFile) {
-    MirrorWorld world;
-    world.run("- [ ] Pain · 2025-03-04\n");
-    world.requests();
-    EXPECT_EQ(world.run("# Tâches\n"), "Le fichier ne contient aucune tâche : l'agenda n'est pas vidé");
-    EXPECT_EQ(world.requests(), Lines{"GET"});
-    EXPECT_EQ(world.shown().size(), 1U);
-}
-
 TEST(CalendarSync, ReplacesItsOwnCalendarWhenTheUserDeletedItButNoOther) {
     MirrorWorld world;
     world.run("- [ ] Pain · 2025-03-04\n");
@@ -62,23 +53,6 @@ TEST(CalendarSync, WorksInACalendarThatWasGivenToIt) {
     world.preferences.setCalendar(id, false);
     EXPECT_EQ(world.run("- [ ] Pain · 2025-03-04\n"), "+1 ~0 -0");
     EXPECT_EQ(world.shown().size(), 1U);
-}
-
-TEST(CalendarSync, KeepsTheEventOfARenamedTask) {
-    MirrorWorld world;
-    world.run("- [ ] Pain · 2025-03-04\n");
-    const auto id = world.calendar()["events"].begin().key();
-    EXPECT_EQ(world.run("- [ ] Baguette · 2025-03-04\n", {{TaskFile::hash("pain"), TaskFile::hash("baguette")}}),
-              "+0 ~1 -0");
-    ASSERT_EQ(world.shown().size(), 1U);
-    EXPECT_EQ(world.calendar()["events"][id]["summary"], "Baguette");
-}
-
-TEST(CalendarSync, SaysWhyItCannotStart) {
-    MirrorWorld world;
-    world.keyring->items.clear();
-    EXPECT_EQ(world.run("- [ ] Pain · 2025-03-04\n"), "Pas connecté à Google");
-    EXPECT_EQ(world.requests(), Lines{});
 }
 
 TEST(CalendarSync, RemembersACalendarThatItCouldNotWriteDown) {

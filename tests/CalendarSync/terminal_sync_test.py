@@ -33,7 +33,6 @@ class TerminalSync(unittest.TestCase):
         grant = self.ask("/control", {"grant": "https://www.googleapis.com/auth/calendar.app.created"})
         (self.data / "token.json").write_text(json.dumps(grant))
         self.env = self.desktop.env | {"TACLA_GOOGLE_BASE": self.base, "TACLA_FILE": str(self.list)}
-        self.said = ""
 
     def ask(self, path, order=None):
         data = None if order is None else json.dumps(order).encode()
@@ -43,7 +42,6 @@ class TerminalSync(unittest.TestCase):
     def tacla(self, *arguments, **extra):
         """(exit status, standard output, standard error)"""
         done = subprocess.run([TACLA, *arguments], env=self.env | extra, capture_output=True, text=True, timeout=60)
-        self.said += done.stdout + done.stderr
         return done.returncode, done.stdout, done.stderr
 
     def fails(self, message, *arguments, **extra):
@@ -76,9 +74,7 @@ class TerminalSync(unittest.TestCase):
 
     def test_says_where_it_may_not_go(self):
         for base in ("http://192.0.2.1:80", "http://localhost:80", "https://127.0.0.1.example.org", ""):
-            status, output, error = self.tacla("sync", TACLA_GOOGLE_BASE=base)
-            self.assertEqual((status, output), (1, ""))
-            self.assertIn("TACLA_GOOGLE_BASE", error)
+            self.assertRegex(self.tacla("sync", TACLA_GOOGLE_BASE=base)[2], "^tacla : .*TACLA_GOOGLE_BASE.*\n$")
         self.assertEqual(self.ask("/control/state?log"), [])
 
     def test_shows_its_progress_on_a_terminal_and_clears_it(self):
@@ -92,22 +88,17 @@ class TerminalSync(unittest.TestCase):
                                                   "Envoi à Google Agenda : 1 sur 2", ""])
 
     def test_tells_no_secret_to_anybody(self):
-        slow = [{"at": 2, "kind": "delay", "seconds": 3}]
-        self.ask("/control", {"faults": slow})
+        self.ask("/control", {"faults": [{"at": 2, "kind": "delay", "seconds": 1}]})
         with subprocess.Popen([TACLA, "sync"], env=self.env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as tacla:
             until(lambda: len(self.ask("/control/state?log")) >= 3, "the delayed request")
             told = [pathlib.Path(f"/proc/{tacla.pid}/{part}").read_bytes() for part in ("cmdline", "environ")]
             told.append(tacla.communicate(timeout=60)[0])
-        for fault in ({"kind": "reset"}, {"kind": "cut"}, {"kind": "status", "status": 401, "times": 2}):
-            self.ask("/control", {"faults": [{"at": 1, **fault}]})
-            self.assertEqual(self.tacla("sync")[0], 1)
-        told.append(self.said.encode())
         kept = (self.data / "client.json", self.home / ".local/share/keyrings")  # where secrets belong
         for path in self.desktop.folder.rglob("*"):
             if path.is_file() and not any(place == path or place in path.parents for place in kept):
                 told.append(path.read_bytes())
         secrets = self.ask("/control/state?secrets")
-        self.assertGreaterEqual(len(secrets), 4, "client secret, refresh token, access tokens")
+        self.assertEqual(len(secrets), 3, "client secret, refresh token, access token")
         self.assertEqual([secret for secret in secrets if any(secret.encode() in text for text in told)], [])
 
 
