@@ -73,13 +73,6 @@ auto zoneSource() {
 
 }
 
-Reading read(Instant at) {
-    const std::time_t seconds = std::chrono::floor<std::chrono::seconds>(at).time_since_epoch().count();
-    std::tm local{};
-    ::localtime_r(&seconds, &local);
-    return {local.tm_year + 1900LL, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min};
-}
-
 Instant instant(const Reading& reading) {
     return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(millisecondsIn(localCalendar(), reading))));
 }
