@@ -28,6 +28,7 @@ std::string systemDescription(int code) {
     case ENOMEM: return "Mémoire insuffisante";
     case EBUSY:
     case ETXTBSY: return "Le fichier est occupé";
+    case EBADF: return "Le flux est fermé";
     case EPIPE: return "Plus personne ne lit la sortie";
     case ENXIO:
     case ENODEV: return "Le périphérique n'existe pas";

@@ -156,6 +156,16 @@ std::string_view trimmedOfWhiteSpaceAndLineBreaks(std::string_view text) {
     return trimmedOf(text, [](UChar32 c) { return isWhiteSpace(c) || isLineBreak(c); });
 }
 
+bool holdsLineBreak(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    for (std::size_t next = 0; next < text.size();) {
+        UChar32 c;
+        U8_NEXT(bytes, next, text.size(), c);
+        if (isLineBreak(c)) return true;
+    }
+    return false;
+}
+
 std::size_t characterCount(std::string_view text) {
     if (isAscii(text)) return text.size();
     std::size_t count = 0;

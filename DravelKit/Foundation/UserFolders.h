@@ -4,7 +4,8 @@
 
 namespace dravel {
 
-// The user's folders after the XDG Base Directory rules and user-dirs.dirs. Read from the environment once, at the entry.
+// The user's folders after the XDG Base Directory rules and user-dirs.dirs. Read from the environment once, at the
+// entry.
 struct UserFolders {
     std::filesystem::path home, config, data, state, documents;
     std::filesystem::path locks; // $XDG_RUNTIME_DIR/Tacla, else <state>/Tacla: where advisory locks live

@@ -14,9 +14,13 @@ namespace {
 
 using Keys = std::map<std::string, std::string>;
 
-// A separator in the title would end it. Replacing one can bring two others together.
-std::string withoutSeparators(std::string title) {
-    while (title.find(separator) != title.npos) title = dravel::replacedAll(title, separator, " - ");
+// None for what cannot stand in a line of the file. A separator would end the title; replacing one can bring two others
+// together.
+std::optional<std::string> writableTitle(std::string typed) {
+    if (!dravel::isValidUtf8(typed)) return {};
+    while (typed.find(separator) != typed.npos) typed = dravel::replacedAll(typed, separator, " - ");
+    auto title = TaskFile::dropStrongMark(typed);
+    if (title.empty() || dravel::holdsLineBreak(title)) return {};
     return title;
 }
 
@@ -58,11 +62,11 @@ int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& en
     if (std::any_of(task + 1, tasks->end(), matches))
         return terminal.fail("plusieurs tâches contiennent « " + search.text() + " »");
 
-    const bool readable = dravel::isValidUtf8(textAndTitle[1]);
-    const auto title = readable ? TaskFile::dropStrongMark(withoutSeparators(textAndTitle[1])) : std::string();
+    const auto title = writableTitle(textAndTitle[1]);
+    if (!title) return terminal.fail("impossible de renommer dans " + file.string());
     Keys keys;
     const auto edit = [&](std::string_view text) -> std::optional<std::string> {
-        auto renamed = TaskFile::rename(text, task->key, title);
+        auto renamed = TaskFile::rename(text, task->key, *title);
         if (!renamed) return {};
         keys = std::move(renamed->keys);
         return std::move(renamed->text);
@@ -72,7 +76,7 @@ int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& en
     case Edited::refused: return terminal.fail("impossible de renommer dans " + file.string());
     case Edited::saved: break;
     }
-    terminal.print("✏️ " + task->title + " → " + title);
+    terminal.print("✏️ " + task->title + " → " + *title);
     return follow(keys, terminal, environment);
 }
 

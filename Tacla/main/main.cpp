@@ -1,6 +1,7 @@
 #include "DravelKit/Foundation/FileError.h"
 #include "Tacla/main/CommandLine.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -41,6 +42,13 @@ bool flush(Terminal& terminal) {
     return error == 0;
 }
 
+// A file opened in place of a closed stream would get what is written to that stream. Reading ends serve as well: a
+// write to them fails, as it should.
+void occupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDONLY);
+}
+
 std::string variable(const char* name) {
     const char* const value = std::getenv(name);
     return value == nullptr ? "" : value;
@@ -64,6 +72,7 @@ int main(int argc, char** argv) {
     // A file that reaches its size limit, a reader that went away: both are errors to report, not reasons to die.
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
+    occupyStandardStreams();
     Terminal terminal;
     int status = EXIT_FAILURE;
     try {
