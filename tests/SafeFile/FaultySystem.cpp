@@ -1,0 +1,98 @@
+#include "tests/SafeFile/FaultySystem.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <utility>
+
+namespace tacla::testing {
+
+namespace {
+
+Fault* current = nullptr;
+
+int struck(const char* name) { return current == nullptr ? 0 : current->strike(name); }
+
+}
+
+Fault::Fault(int call, Kind kind) : call_(call), error_(EIO), kind_(kind) { current = this; }
+Fault::Fault(std::string name, std::function<void()> action) : name_(std::move(name)), action_(std::move(action)) {
+    current = this;
+}
+Fault::Fault(std::string name, int error) : error_(error), name_(std::move(name)) { current = this; }
+Fault::~Fault() { current = nullptr; }
+
+int Fault::strike(const char* name) {
+    const int index = calls_++;
+    if (name_ == name) {
+        if (const auto action = std::exchange(action_, nullptr)) {
+            current = nullptr; // the action's own calls are not counted
+            action();
+            current = this;
+        }
+        return error_;
+    }
+    switch (kind_) {
+    case Kind::none: return 0;
+    case Kind::once: return index == call_ ? error_ : 0;
+    case Kind::forGood: return index >= call_ ? error_ : 0;
+    case Kind::kill:
+        if (index == call_) ::raise(SIGKILL);
+        return 0;
+    }
+    return 0;
+}
+
+}
+
+#pragma GCC diagnostic ignored "-Wshadow" // flock is a function and a structure
+
+// Declared here as the C library does, but for what its headers say about them to the compiler.
+#define WRAPPED(result, name, parameters, arguments, exceptions)                                                       \
+    extern "C" result name parameters exceptions {                                                                     \
+        static const auto real = reinterpret_cast<result(*) parameters>(::dlsym(RTLD_NEXT, #name));                    \
+        if (const int error = tacla::testing::struck(#name)) {                                                         \
+            errno = error;                                                                                             \
+            return -1;                                                                                                 \
+        }                                                                                                              \
+        return real arguments;                                                                                         \
+    }
+
+WRAPPED(ssize_t, pread, (int f, void* b, size_t n, off_t o), (f, b, n, o), )
+WRAPPED(ssize_t, pwrite, (int f, const void* b, size_t n, off_t o), (f, b, n, o), )
+WRAPPED(int, fsync, (int f), (f), )
+WRAPPED(int, getentropy, (void* b, size_t n), (b, n), )
+WRAPPED(int, ftruncate, (int f, off_t n), (f, n), noexcept)
+WRAPPED(int, fstat, (int f, struct stat* s), (f, s), noexcept)
+WRAPPED(int, flock, (int f, int o), (f, o), noexcept)
+WRAPPED(int, fchown, (int f, uid_t u, gid_t g), (f, u, g), noexcept)
+WRAPPED(int, fchmod, (int f, mode_t m), (f, m), noexcept)
+WRAPPED(ssize_t, flistxattr, (int f, char* b, size_t n), (f, b, n), noexcept)
+WRAPPED(ssize_t, fgetxattr, (int f, const char* k, void* b, size_t n), (f, k, b, n), noexcept)
+WRAPPED(int, fsetxattr, (int f, const char* k, const void* b, size_t n, int o), (f, k, b, n, o), noexcept)
+WRAPPED(int, fremovexattr, (int f, const char* k), (f, k), noexcept)
+WRAPPED(int, rename, (const char* a, const char* b), (a, b), noexcept)
+WRAPPED(int, renameat2, (int f, const char* a, int g, const char* b, unsigned o), (f, a, g, b, o), noexcept)
+WRAPPED(int, link, (const char* a, const char* b), (a, b), noexcept)
+WRAPPED(int, unlink, (const char* a), (a), noexcept)
+WRAPPED(int, mkdir, (const char* a, mode_t m), (a, m), noexcept)
+WRAPPED(int, faccessat, (int f, const char* a, int m, int o), (f, a, m, o), noexcept)
+WRAPPED(ssize_t, readlink, (const char* a, char* b, size_t n), (a, b, n), noexcept)
+
+extern "C" int open(const char* path, int flags, ...) {
+    static const auto real = reinterpret_cast<int (*)(const char*, int, ...)>(::dlsym(RTLD_NEXT, "open"));
+    if (const int error = tacla::testing::struck("open")) {
+        errno = error;
+        return -1;
+    }
+    __builtin_va_list arguments;
+    __builtin_va_start(arguments, flags);
+    const auto mode = (flags & O_CREAT) != 0 ? __builtin_va_arg(arguments, mode_t) : 0;
+    __builtin_va_end(arguments);
+    return real(path, flags, mode);
+}
