@@ -1,0 +1,125 @@
+#include "Tacla/Preferences/Preferences.h"
+#include "DravelKit/Foundation/FileError.h"
+#include "Tacla/Preferences/NotifiedTasks.h"
+#include "tests/support/Processes.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace tacla;
+using namespace tacla::testing;
+
+namespace {
+
+struct Store {
+    TemporaryFolder folder;
+    std::filesystem::path file = folder / "config/preferences.json";
+    std::vector<std::string> reports;
+    Preferences preferences{file, folder / "locks", [this](const auto& message) { reports.push_back(message); }};
+
+    explicit Store(std::string_view bytes = "{}") {
+        std::filesystem::create_directories(file.parent_path());
+        writeBytes(file, bytes);
+    }
+};
+
+}
+
+TEST(Preferences, changesOneKeyAndKeepsTheOthers) {
+    Store store(R"({"taskFilePath": "/a.md", "ofALaterVersion": [1, {"deep": null}]})");
+    store.preferences.setCalendar("identifier", true);
+    store.preferences.setTaskFilePath("/été.md");
+    EXPECT_EQ(readBytes(store.file), R"({
+  "calendarCreatedByTacla": true,
+  "calendarID": "identifier",
+  "ofALaterVersion": [
+    1,
+    {
+      "deep": null
+    }
+  ],
+  "taskFilePath": "/été.md"
+}
+)");
+    EXPECT_THROW(store.preferences.setTaskFilePath("/\xE9t\xE9.md"), dravel::FileError);
+    EXPECT_EQ(store.preferences.taskFilePath(), "/été.md");
+}
+
+TEST(Preferences, countsAValueOfAnotherTypeAsAbsent) {
+    const Store store(R"({"taskFilePath": 3, "calendarID": false, "calendarSync": 1, "notifiedTasks": ["a", 2],
+                          "wantsLaunchAtLogin": "false", "onboardingDone": null, "windowSize": [800, -1]})");
+    EXPECT_EQ(store.preferences.taskFilePath(), std::nullopt);
+    EXPECT_EQ(store.preferences.calendarID(), std::nullopt);
+    EXPECT_FALSE(store.preferences.calendarSync());
+    EXPECT_TRUE(store.preferences.notifiedTasks().empty());
+    EXPECT_EQ(store.preferences.wantsLaunchAtLogin(), std::nullopt);
+    EXPECT_FALSE(store.preferences.onboardingDone());
+    EXPECT_FALSE(store.preferences.windowSize().has_value());
+}
+
+TEST(Preferences, mirrorsByDefaultOnceThereIsACalendar) {
+    const std::pair<const char*, bool> expected[] = {
+        {R"({})", false},
+        {R"({"calendarID": "c"})", true},
+        {R"({"calendarID": "c", "calendarSync": "no"})", true},
+        {R"({"calendarID": "c", "calendarSync": false})", false},
+        {R"({"calendarSync": true})", true},
+    };
+    for (const auto& [settings, on] : expected) EXPECT_EQ(Store(settings).preferences.calendarSync(), on) << settings;
+}
+
+TEST(Preferences, keepsADamagedFileAside) {
+    for (const auto* damaged : {"{\"calendarSync\": tru", "[]", "{\"taskFilePath\": \"caf\xE9\"}"}) {
+        Store store(damaged);
+        EXPECT_EQ(store.preferences.taskFilePath(), std::nullopt);
+        EXPECT_FALSE(store.preferences.calendarSync());
+        EXPECT_EQ(store.reports,
+                  std::vector{"réglages endommagés, mis de côté dans " + store.file.string() + ".broken"});
+        EXPECT_EQ(readBytes(store.file.string() + ".broken"), damaged);
+
+        writeBytes(store.file, damaged);
+        store.preferences.setCalendarSync(true);
+        EXPECT_EQ(readBytes(store.file), "{\n  \"calendarSync\": true\n}\n");
+    }
+    Store empty("");
+    empty.preferences.setOnboardingDone(true);
+    EXPECT_TRUE(empty.preferences.onboardingDone());
+    EXPECT_TRUE(empty.reports.empty());
+}
+
+TEST(Preferences, overwritesNothingThatItCannotRead) {
+    Store store;
+    std::filesystem::remove(store.file);
+    std::filesystem::create_directory(store.file);
+    EXPECT_FALSE(store.preferences.onboardingDone());
+    EXPECT_FALSE(store.preferences.calendarSync());
+    EXPECT_EQ(store.reports, std::vector{"réglages illisibles (" + store.file.string() + ") : C'est un dossier"});
+    EXPECT_THROW(store.preferences.setCalendarSync(true), dravel::FileError);
+}
+
+TEST(Preferences, losesNoKeyOfAnotherProcess) {
+    Store store;
+    std::vector<pid_t> children;
+    for (const auto* entry : {"a@1", "b@1", "c@1", "d@1", "e@1", "f@1"})
+        children.push_back(start([&] {
+            store.preferences.updateNotifiedTasks([&](auto notified) {
+                notified.push_back(entry);
+                return notified;
+            });
+            return 0;
+        }));
+    children.push_back(start([&] { return store.preferences.setCalendarSync(true), 0; }));
+    for (const auto child : children) EXPECT_EQ(finished(child), 0);
+    auto notified = store.preferences.notifiedTasks();
+    std::ranges::sort(notified);
+    EXPECT_EQ(notified, (std::vector<std::string>{"a@1", "b@1", "c@1", "d@1", "e@1", "f@1"}));
+    EXPECT_TRUE(store.preferences.calendarSync());
+}
+
+TEST(NotifiedTasks, followRenamedTasks) {
+    EXPECT_EQ(
+        NotifiedTasks::rekeyed({"a@2025-03-04 14:30", "b@2025-03-04", "ab@2025-03-04", "a"}, {{"a", "b"}, {"b", "c"}}),
+        (std::vector<std::string>{"b@2025-03-04 14:30", "c@2025-03-04", "ab@2025-03-04", "a"}));
+}
