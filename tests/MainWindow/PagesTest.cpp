@@ -1,3 +1,4 @@
+#include "Tacla/TaskList/TaskFile.h"
 #include "tests/MainWindow/WindowWorld.h"
 
 #include "DravelKit/DravelUI/Button.h"
@@ -29,7 +30,7 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     WindowWorld window("");
     auto& title = window.control<dravel::TextField>("add.title");
     title.setText(QStringLiteral("  Appeler la banque "));
-    QTest::mouseClick(window.view->findChildren<QWidget*>(QStringLiteral("add.chip")).at(1), Qt::LeftButton);
+    QTest::mouseClick(&window.control<QWidget>("add.tomorrow"), Qt::LeftButton);
     window.control<dravel::Switch>("add.hasTime").click();
     window.control<dravel::Switch>("add.strong").click();
     window.control<Button>("add.button").click();
@@ -57,7 +58,7 @@ TEST(AddCard, MovesWithTheDayAtMidnight) {
               "Aujourd'hui · mercredi 25 novembre");
     EXPECT_EQ(window.shown(), "Pain [24/11]\n");
 
-    QTest::mouseClick(window.view->findChildren<QWidget*>(QStringLiteral("add.chip")).at(1), Qt::LeftButton);
+    QTest::mouseClick(&window.control<QWidget>("add.tomorrow"), Qt::LeftButton);
     EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 26));
     window.world.loop.advance(std::chrono::hours(24));
     window.settle();
@@ -91,12 +92,12 @@ TEST(SettingsPage, ShowsAndChangesTheSettings) {
     EXPECT_NE(texts(page).find(window.world.file.string()), std::string::npos) << texts(page);
     EXPECT_NE(texts(page).find("/home/camille/.local/bin/tacla\ntacla list · tacla done <texte> · tacla sync"),
               std::string::npos);
-    for (const char* button : {"file.Ouvrir", "file.Afficher", "web.Ouvrir"}) window.control<Button>(button).click();
+    for (const char* button : {"file.open", "file.reveal", "web.open"}) window.control<Button>(button).click();
     EXPECT_EQ(window.asked, (std::vector<std::string>{"open taches.md", "reveal taches.md", "agenda"}));
 
     window.control<dravel::Switch>("login.switch").click();
     EXPECT_TRUE(window.world.loginItem.enabled);
-    window.world.loginItem.failure = dravel::FileError(dravel::FileError::Kind::system, "/autostart", EACCES);
+    window.world.loginItem.failure.emplace(dravel::FileError::Kind::system, "/autostart", EACCES);
     window.control<dravel::Switch>("login.switch").click();
     EXPECT_TRUE(window.control<dravel::Switch>("login.switch").isChecked()) << "the desktop refused";
 
@@ -109,10 +110,10 @@ TEST(SettingsPage, ShowsAndChangesTheSettings) {
 TEST(SettingsPage, UsesTheFileThatIsChosen) {
     WindowWorld window("");
     window.page(Section::settings);
-    window.control<Button>("change.Choisir").click();
+    window.control<Button>("change.choose").click();
     EXPECT_EQ(window.world.state().file, window.world.file) << "cancelled";
     window.chosen = window.world.folder / "autre.md";
-    window.control<Button>("change.Créer").click();
+    window.control<Button>("change.create").click();
     EXPECT_EQ(window.world.state().file, window.chosen);
     EXPECT_EQ(testing::readBytes(window.chosen), TaskFile::newFileText);
     EXPECT_EQ(window.asked, (std::vector<std::string>{"choose", "create"}));
@@ -123,16 +124,16 @@ TEST(SettingsPage, FollowsTheAccount) {
     window.world.calendar.present = CalendarService::Account::signedOut;
     auto& page = window.page(Section::settings);
     EXPECT_NE(texts(page).find("Connecté à votre compte Google."), std::string::npos);
-    EXPECT_FALSE(window.control<Button>("account.Se connecter").isVisible());
+    EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
     window.world.model.signOut();
     window.world.loop.runPosted();
     window.settle();
-    EXPECT_TRUE(window.control<Button>("account.Se connecter").isVisible());
+    EXPECT_TRUE(window.control<Button>("account.signIn").isVisible());
     window.world.background.held = true;
-    window.control<Button>("account.Se connecter").click();
+    window.control<Button>("account.signIn").click();
     window.settle();
     EXPECT_NE(texts(page).find("Connexion\n"), std::string::npos);
-    EXPECT_FALSE(window.control<Button>("account.Se connecter").isVisible());
+    EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
 }
 
 TEST(Welcome, OffersTheThreeSteps) {

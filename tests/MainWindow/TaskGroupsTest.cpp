@@ -30,11 +30,11 @@ TEST(TodayPage, SaysHowTheDayStands) {
         {"- [ ] Demain seulement · 2026-11-25\n- [ ] Sans date\n", "Journée libre", "0 faite", 0, 0},
         {"- [ ] Pain · 2026-11-24\n", "1 tâche à cocher", "0 faite", 0, 1},
         {"- [ ] Pain · 2026-11-23\n- [ ] Vin · 2026-11-24\n", "2 tâches à cocher", "0 faite · 1 en retard", 0, 1},
-        {"- Pain · 2026-11-24 · ✅ 2026-11-24\n", "Tout est coché 🎉", "1 faite", 1, 1},
-        {"- Pain · 2026-11-24\n- Vin · 2026-11-24\n- [ ] Urssaf · 2026-11-18\n", "1 tâche à cocher",
+        {"- [x] Pain · 2026-11-24 · ✅ 2026-11-24\n", "Tout est coché 🎉", "1 faite", 1, 1},
+        {"- [x] Pain · 2026-11-24\n- [x] Vin · 2026-11-24\n- [ ] Urssaf · 2026-11-18\n", "1 tâche à cocher",
          "2 faites · 1 en retard", 2, 2},
         {"- [ ] Midi · 2026-11-24 12:00\n- [ ] Onze heures · 2026-11-24 11:00\n- [ ] Tôt · 2026-11-24 08:00\n"
-         "- Fait · 2026-11-24 10:50\n- [ ] Sans heure · 2026-11-24\n",
+         "- [x] Fait · 2026-11-24 10:50\n- [ ] Sans heure · 2026-11-24\n",
          "4 tâches à cocher", "1 faite · 1 en retard · prochaine à 11:00", 1, 4},
         {"- [ ] À l'instant · 2026-11-24 10:40\n", "1 tâche à cocher", "0 faite", 0, 1},
     };
@@ -72,10 +72,10 @@ TEST(LatePage, CountsItsTasksInTheTitle) {
 }
 
 TEST(UpcomingPage, HasOneCardADayAndOneForTasksWithoutADay) {
-    EXPECT_EQ(transcript(upcomingGroups(stateOf("- [ ] Aujourd'hui · 2026-11-24\n- Fait · 2026-11-30\n"))), "");
+    EXPECT_EQ(transcript(upcomingGroups(stateOf("- [ ] Aujourd'hui · 2026-11-24\n- [x] Fait · 2026-11-30\n"))), "");
     EXPECT_EQ(transcript(upcomingGroups(stateOf("- [ ] Frais · 2026-11-30 09:30\n- [ ] Un jour\n- [ ] Perrin · "
                                                 "2026-11-25\n- [ ] Visio · 2026-11-25 08:00\n- [ ] Taxe · "
-                                                "2026-11-30\n- [ ] Année · 2027-01-01\n- Fini\n"))),
+                                                "2026-11-30\n- [ ] Année · 2027-01-01\n- [x] Fini\n"))),
               "Demain · mercredi 25 novembre / Visio / Perrin\n"
               "Lundi 30 novembre / Taxe / Frais\n"
               "Vendredi 1 janvier / Année\n"
@@ -83,10 +83,10 @@ TEST(UpcomingPage, HasOneCardADayAndOneForTasksWithoutADay) {
 }
 
 TEST(DonePage, GroupsByTheDayOnWhichTasksWereDone) {
-    const auto state = stateOf("- Sans rien\n- Colis · 2026-11-24 08:30 · ✅ 2026-11-24\n"
-                               "- Charte · 2026-11-23 11:00\n- Plombier · 2026-11-23 · ✅ 2026-11-24\n"
-                               "- Encre · ✅ 2026-11-23\n- Épreuves · 2026-11-19 · ✅ 2026-11-20\n"
-                               "- [ ] À faire · 2026-11-24\n- En avance · 2026-11-30\n");
+    const auto state = stateOf("- [x] Sans rien\n- [x] Colis · 2026-11-24 08:30 · ✅ 2026-11-24\n"
+                               "- [x] Charte · 2026-11-23 11:00\n- [x] Plombier · 2026-11-23 · ✅ 2026-11-24\n"
+                               "- [x] Encre · ✅ 2026-11-23\n- [x] Épreuves · 2026-11-19 · ✅ 2026-11-20\n"
+                               "- [ ] À faire · 2026-11-24\n- [x] En avance · 2026-11-30\n");
     const auto groups = doneGroups(state);
     EXPECT_EQ(transcript(groups), "Lundi 30 novembre / En avance\n"
                                   "Aujourd'hui / Sans rien / Colis / Plombier\n"

@@ -39,7 +39,9 @@ void AddTaskCard::nameFields() {
     setObjectName(u"add"_s);
     title_->setObjectName(u"add.title"_s);
     title_->setAccessibleName(u"Nouvelle tâche"_s);
-    for (auto* chip : chips_) chip->setObjectName(u"add.chip"_s);
+    chips_[0]->setObjectName(u"add.today"_s);
+    chips_[1]->setObjectName(u"add.tomorrow"_s);
+    chips_[2]->setObjectName(u"add.monday"_s);
     date_->setObjectName(u"add.date"_s);
     hasTime_->setObjectName(u"add.hasTime"_s);
     time_->setObjectName(u"add.time"_s);
@@ -95,8 +97,13 @@ void AddTaskCard::followFields() {
     connect(title_, &QLineEdit::textChanged, this, [this](const QString& text) { draft_.title = fromQt(text); });
     connect(title_, &QLineEdit::returnPressed, this, &AddTaskCard::add);
     connect(add_, &QAbstractButton::clicked, this, &AddTaskCard::add);
-    for (std::size_t i = 0; i < chips_.size(); ++i)
+    for (std::size_t i = 0; i < chips_.size(); ++i) {
         connect(chips_[i], &QAbstractButton::clicked, this, [this, i] { pick(quickDays(currentDay())[i].day); });
+        connect(chips_[i], &QAbstractButton::toggled, this, [this, i](bool on) {
+            const bool selected = quickDays(today_)[i].day == draft_.day(today_);
+            if (on != selected) pick(quickDays(currentDay())[i].day); // a screen reader toggled it
+        });
+    }
     connect(date_, &QDateEdit::dateChanged, this, [this](QDate date) { pick(fromQt(date)); });
     connect(time_, &QTimeEdit::timeChanged, this, [this](QTime time) { draft_.time = fromQt(time); });
     connect(strong_, &QAbstractButton::toggled, this, [this](bool on) { draft_.strong = on; });

@@ -25,24 +25,25 @@ using dravel::Symbol;
 
 namespace {
 
-// A button at the right of a row. Several buttons of a page say "Ouvrir": the name tells them apart.
+// A button at the right of a row. Several buttons of a page say "Ouvrir": the accessible name tells them apart.
 template <class Action>
-Button* addButton(SettingRow& row, Button::Kind kind, const QString& text, const QString& name, Action action) {
-    auto* button = new Button(kind, text);
+void addButton(Button* button, SettingRow& row, const char* objectName, const QString& name, Action action) {
+    button->setObjectName(QLatin1StringView(objectName));
     button->setAccessibleName(name);
-    button->setObjectName(row.objectName() + u'.' + text.chopped(text.endsWith(u'…') ? 1 : 0));
     row.addControl(button);
     QObject::connect(button, &QAbstractButton::clicked, &row, action);
-    return button;
 }
 
+Button* neutral(const QString& text) { return new Button(Button::Kind::Neutral, text); }
+
+// Screen readers toggle a switch without a click.
 template <class Action>
-Switch* addSwitch(SettingRow& row, const QString& name, Action action) {
+Switch* addSwitch(SettingRow& row, const char* objectName, const QString& name, Action action) {
     auto* control = new Switch;
+    control->setObjectName(QLatin1StringView(objectName));
     control->setAccessibleName(name);
-    control->setObjectName(row.objectName() + u".switch"_s);
     row.addControl(control);
-    QObject::connect(control, &QAbstractButton::clicked, &row, action);
+    QObject::connect(control, &QAbstractButton::toggled, &row, action);
     return control;
 }
 
@@ -71,18 +72,18 @@ SettingsPage::SettingsPage(AppModel& model, const DesktopActions& actions, QWidg
 void SettingsPage::addListCard() {
     auto* card = new SettingsCard(Symbol::FileEarmarkText, u"Liste"_s, {}, &stage());
     file_ = addRow(*card, Symbol::FileEarmark, u"file"_s, u"Votre liste de tâches"_s);
-    addButton(*file_, Button::Kind::Neutral, u"Ouvrir"_s, u"Ouvrir la liste de tâches"_s,
+    addButton(neutral(u"Ouvrir"_s), *file_, "file.open", u"Ouvrir la liste de tâches"_s,
               [this] { actions_.openFile(model_.state().file); });
-    addButton(*file_, Button::Kind::Neutral, u"Afficher"_s, u"Afficher la liste de tâches dans son dossier"_s,
+    addButton(neutral(u"Afficher"_s), *file_, "file.reveal", u"Afficher la liste de tâches dans son dossier"_s,
               [this] { actions_.reveal(model_.state().file); });
 
     auto* change = addRow(*card, Symbol::ArrowLeftRight, u"change"_s, u"Changer de fichier"_s,
                           u"Un fichier Markdown existant, ou une nouvelle liste."_s);
-    addButton(*change, Button::Kind::Neutral, u"Choisir…"_s, u"Choisir un autre fichier"_s, [this] {
+    addButton(neutral(u"Choisir…"_s), *change, "change.choose", u"Choisir un autre fichier"_s, [this] {
         actions_.chooseFile(window(), model_.state().file.parent_path(),
                             [&model = model_](const auto& path) { model.use(path); });
     });
-    addButton(*change, Button::Kind::Neutral, u"Créer…"_s, u"Créer une nouvelle liste"_s, [this] {
+    addButton(neutral(u"Créer…"_s), *change, "change.create", u"Créer une nouvelle liste"_s, [this] {
         actions_.createFile(window(), model_.state().file.parent_path(),
                             [&model = model_](const auto& path) { model.createAndUse(path); });
     });
@@ -94,10 +95,11 @@ void SettingsPage::addNotificationsCard() {
     reminders_ =
         addRow(*card, Symbol::Bell, u"reminders"_s, u"À l'heure de chaque tâche"_s,
                u"Avec « Fait » pour la cocher et « Demain » pour la reporter. 9 h pour une tâche sans heure."_s);
-    allow_ = addButton(*reminders_, Button::Kind::Soft, u"Autoriser…"_s, u"Autoriser les notifications"_s,
-                       [this] { model_.requestNotifications(actions_.openNotificationSettings); });
+    allow_ = new Button(Button::Kind::Soft, u"Autoriser…"_s);
+    addButton(allow_, *reminders_, "reminders.allow", u"Autoriser les notifications"_s,
+              [this] { model_.requestNotifications(actions_.openNotificationSettings); });
     test_ = addRow(*card, Symbol::Send, u"test"_s, u"Tester"_s, u"Envoie une notification d'essai tout de suite."_s);
-    addButton(*test_, Button::Kind::Neutral, u"Envoyer"_s, u"Envoyer une notification d'essai"_s,
+    addButton(neutral(u"Envoyer"_s), *test_, "test.send", u"Envoyer une notification d'essai"_s,
               [this] { model_.testNotification(); });
     add(card);
 }
@@ -106,31 +108,34 @@ void SettingsPage::addCalendarCard() {
     auto* card = new SettingsCard(Symbol::Calendar3, u"Google Agenda"_s,
                                   u"Facultatif : pour voir vos tâches datées dans Google Agenda."_s, &stage());
     account_ = addRow(*card, Symbol::PersonCircle, u"account"_s, u"Compte Google"_s);
-    signIn_ = addButton(*account_, Button::Kind::Soft, u"Se connecter…"_s, u"Se connecter à Google"_s,
-                        [this] { model_.signIn(); });
-    mirror_ = addRow(*card, Symbol::CalendarPlus, u"mirror"_s, u"Recopier les tâches dans l'agenda"_s);
-    mirrorOn_ = addSwitch(*mirror_, u"Recopier les tâches dans l'agenda"_s,
-                          [this] { model_.setCalendarSync(mirrorOn_->isChecked()); });
+    signIn_ = new Button(Button::Kind::Soft, u"Se connecter…"_s);
+    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
+    const auto mirror = u"Recopier les tâches dans l'agenda"_s;
+    mirror_ = addRow(*card, Symbol::CalendarPlus, u"mirror"_s, mirror);
+    mirrorOn_ = addSwitch(*mirror_, "mirror.switch", mirror, [this](bool on) {
+        if (on != model_.state().calendarSync) model_.setCalendarSync(on);
+    });
     sync_ = addRow(*card, Symbol::ArrowRepeat, u"sync"_s, u"Synchronisation"_s);
-    addButton(*sync_, Button::Kind::Neutral, u"Synchroniser"_s, u"Synchroniser maintenant"_s,
-              [this] { model_.sync(); });
+    addButton(neutral(u"Synchroniser"_s), *sync_, "sync.now", u"Synchroniser maintenant"_s, [this] { model_.sync(); });
     auto* web = addRow(*card, Symbol::Compass, u"web"_s, u"Google Agenda"_s);
-    addButton(*web, Button::Kind::Neutral, u"Ouvrir"_s, u"Ouvrir Google Agenda"_s, [this] { actions_.openAgenda(); });
+    addButton(neutral(u"Ouvrir"_s), *web, "web.open", u"Ouvrir Google Agenda"_s, [this] { actions_.openAgenda(); });
     add(card);
 }
 
 void SettingsPage::addSystemCard() {
     auto* card = new SettingsCard(&stage());
-    auto* login = addRow(*card, Symbol::Power, u"login"_s, u"Ouvrir Tacla à l'ouverture de session"_s);
-    loginOn_ = addSwitch(*login, u"Ouvrir Tacla à l'ouverture de session"_s, [this] {
-        model_.setLaunchAtLogin(loginOn_->isChecked());
+    const auto title = u"Ouvrir Tacla à l'ouverture de session"_s;
+    auto* login = addRow(*card, Symbol::Power, u"login"_s, title);
+    loginOn_ = addSwitch(*login, "login.switch", title, [this](bool on) {
+        if (on == model_.state().launchAtLogin) return;
+        model_.setLaunchAtLogin(on);
         refresh(); // the desktop may have refused
     });
     auto* terminal =
         addRow(*card, Symbol::Terminal, u"terminal"_s, u"En ligne de commande"_s,
                pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);
-    terminal->setTextsSelectable(true);
     login->setTextsSelectable(true);
+    terminal->setTextsSelectable(true);
     add(card);
 }
 

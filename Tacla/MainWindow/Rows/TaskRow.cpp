@@ -40,6 +40,11 @@ TaskRow::TaskRow(AppModel& model, const dravel::Now& now, Neighbourhood& neighbo
     menuButton_->installEventFilter(this);
     // The model reloads at once and may take the row away: it gets a copy of the task.
     connect(check_, &QAbstractButton::clicked, this, [this] { model_.toggle(TaskItem(task_)); });
+    connect(check_, &QAbstractButton::toggled, this, [this](bool on) {
+        if (on == task_.done) return;
+        check_->setChecked(task_.done); // a screen reader toggled it: the same as a click
+        model_.toggle(TaskItem(task_));
+    });
     connect(menuButton_, &QAbstractButton::clicked, this, &TaskRow::openMenu);
 }
 
