@@ -1,10 +1,12 @@
 #include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskViews.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <random>
 
 using namespace tacla;
@@ -112,6 +114,38 @@ TEST(Edits, changeNoByteBeyondTheirLine) {
         // Of two tasks with one key ("pain#2" may be written by hand) the first is meant.
         const auto& any = tasks[random.pick(tasks.size())];
         checkEditing(random, text, *std::ranges::find(tasks, any.key, &TaskItem::key));
+    }
+}
+
+// The keys as their rule tells them, by counting titles in a map.
+std::vector<std::string> keysByTheRule(const Tasks& tasks) {
+    std::map<std::string, int> counts;
+    std::vector<std::string> keys;
+    for (const auto& task : tasks) {
+        const auto base = dravel::lowerCased(TaskFile::dropStrongMark(task.title));
+        const int n = ++counts[base];
+        keys.push_back(TaskFile::hash(n == 1 ? base : base + "#" + std::to_string(n)));
+    }
+    return keys;
+}
+
+TEST(Edits, renamingTellsEveryKeyThatMovesAndNoOther) {
+    RandomTexts random;
+    for (int i = 0; i < 5'000; ++i) {
+        const auto text = random.text();
+        const auto before = TaskFile::parse(text);
+        const auto keys = keysByTheRule(before);
+        for (std::size_t n = 0; n < before.size(); ++n) ASSERT_EQ(before[n].key, keys[n]) << text;
+        if (before.empty()) continue;
+        const auto renamed = TaskFile::rename(text, keys[random.pick(keys.size())], random.title());
+        if (!renamed) continue;
+        ASSERT_EQ(renamed->keys, TaskFile::renamedKeys(text, renamed->text)) << text << "\n--\n" << renamed->text;
+        std::map<std::string, std::string> moved;
+        for (const auto& task : TaskFile::parse(renamed->text)) {
+            const auto old = std::ranges::find(before, task.line, &TaskItem::line);
+            if (old != before.end() && old->key != task.key) moved[old->key] = task.key;
+        }
+        ASSERT_EQ(renamed->keys, moved) << text << "\n--\n" << renamed->text;
     }
 }
 

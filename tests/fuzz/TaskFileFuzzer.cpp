@@ -25,6 +25,13 @@ void requireSameAround(std::string_view before, std::string_view after, std::int
     require(old == now);
 }
 
+// Unchecking takes every "✅" part and opens a second box in the title, and what is appended to " ·" is no part of its
+// own: elsewhere it restores the text.
+bool uncheckingRestores(std::string_view text) {
+    return text.find("✅") == text.npos && text.find("- [X]") == text.npos && text.find(" ·\n") == text.npos &&
+           !text.ends_with(" ·");
+}
+
 void editEverything(const std::string& text) {
     require(lineCount(TaskFile::add(text, "Pain", today, Clock{9, 5}, true)) == lineCount(text) + 1);
     const auto tasks = TaskFile::parse(text);
@@ -35,8 +42,13 @@ void editEverything(const std::string& text) {
             requireSameAround(text, *edited, task.line);
         if (const auto edited = TaskFile::reschedule(text, task.key, today, {}, today))
             requireSameAround(text, *edited, task.line);
-        if (const auto edited = TaskFile::rename(text, task.key, "Pain"))
+        if (const auto edited = TaskFile::rename(text, task.key, "Pain")) {
             requireSameAround(text, edited->text, task.line);
+            require(edited->keys == TaskFile::renamedKeys(text, edited->text));
+        }
+        if (!task.done && uncheckingRestores(text))
+            if (const auto edited = TaskFile::setDone(text, task.key, true, today))
+                require(dravel::isValidUtf8(*edited) && TaskFile::setDone(*edited, task.key, false, today) == text);
         require(TaskFile::remove(text, task.key).has_value());
     }
 }
