@@ -59,7 +59,7 @@ void DesktopNotifications::use(const QDBusConnection& connection) {
 
 void DesktopNotifications::doWithout() {
     without_ = true;
-    if (!waiting_.empty()) learned({});
+    if (!waiting_.empty()) learned({{.session = false}});
 }
 
 void DesktopNotifications::forget() {
@@ -78,7 +78,7 @@ void DesktopNotifications::learn(Learned answer) {
     if (waiting_.size() > 1) return; // the question is on its way
     if (connection_) return askServer();
     QTimer::singleShot(without_ ? 0 : patience, this, [this] {
-        if (!connection_) learned({});
+        if (!connection_) learned({{.session = !without_}});
     });
 }
 

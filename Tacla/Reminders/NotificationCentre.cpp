@@ -92,7 +92,7 @@ void NotificationCentre::showDue() {
 
 void NotificationCentre::refused(const Held& held) {
     const auto& identifier = held.request.identifier;
-    // Tried again when a server comes, or at the next reload: never at once, or a server that always refuses would be
+    // Tried again when a server comes, or at the next minute: never at once, or a server that always refuses would be
     // asked without end.
     reachable_ = false;
     record_.shown.erase(identifier);

@@ -21,6 +21,7 @@ class NotificationServer {
     // Whether a server answers (it may be started by the question), at most 5 s later.
     struct Capabilities {
         bool reachable = false, actions = false, body = false;
+        bool session = true; // false: there is no desktop session that could have a server
     };
     virtual void ask(std::function<void(Capabilities)>) = 0;
 

@@ -55,7 +55,8 @@ void Reminders::reconcile(const Tasks& tasks, Instant now) {
 }
 
 void Reminders::minutePassed(const Tasks& tasks, Instant now) {
-    if (full_) reconcile(tasks, now);
+    if (full_) return reconcile(tasks, now);
+    centre_.deliver();
 }
 
 void Reminders::skipIfPast(const TaskItem& task, Instant now) {

@@ -18,7 +18,7 @@ class Reminders {
     Reminders(dravel::MainLoop&, NotificationServer&, Preferences&, Report);
 
     void reconcile(const Tasks&, Instant now);
-    void minutePassed(const Tasks&, Instant now); // gives the place of those that were shown to others
+    void minutePassed(const Tasks&, Instant now); // what was refused is tried again, a free place is taken
 
     void skipIfPast(const TaskItem&, Instant now); // a moment that is past already never rings
     void rekey(const std::map<std::string, std::string>& keys);

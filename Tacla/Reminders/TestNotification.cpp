@@ -31,7 +31,7 @@ std::string sent(Instant now, const NotificationServer::Capabilities& server) {
 void sendTestNotification(NotificationServer* server, const dravel::Now& now, std::function<void(std::string)> done) {
     if (server == nullptr) return done(outsideASession);
     server->ask([server, now, done = std::move(done)](NotificationServer::Capabilities capabilities) {
-        if (!capabilities.reachable) return done(refused);
+        if (!capabilities.reachable) return done(capabilities.session ? refused : outsideASession);
         server->show(testRequest(), [now, done, capabilities](const NotificationServer::Error& error) {
             done(error ? "Échec : " + *error : sent(now(), capabilities));
         });

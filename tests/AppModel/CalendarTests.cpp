@@ -78,7 +78,8 @@ TEST(AppModel, FollowsTheAccount) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
     world.calendar.present = Account::unreachable;
     world.start();
-    auto& [model, calendar] = std::tie(world.model, world.calendar);
+    auto& model = world.model;
+    auto& calendar = world.calendar;
     const auto becomes = [&world](Connection connection, const std::optional<std::string>& error) {
         world.loop.advance(1s);
         EXPECT_EQ(world.state().connection, connection);
