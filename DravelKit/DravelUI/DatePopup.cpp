@@ -2,6 +2,7 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DayCell.h"
+#include "DravelKit/DravelUI/Popup.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
 #include <QGuiApplication>
@@ -38,9 +39,10 @@ DatePopup::DatePopup(QDate selected, QDate today, QWidget* parent)
       month_(new TextLabel(Theme::Typography::subtitle, Theme::text, {}, this)) {
     setObjectName(QStringLiteral("datePopup"));
     setAccessibleName(QStringLiteral("Choisir une date"));
-    setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_DeleteOnClose);
     setFixedSize(wholeSize);
+    popups::prepare(*this);
+    if (popups::isShaped(*this)) setMask(popups::shape(rect()));
     month_->setObjectName(QStringLiteral("month"));
     month_->setAlignment(Qt::AlignHCenter);
     month_->setGeometry(padding + monthLine, padding, wholeSize.width() - 2 * (padding + monthLine), monthLine);
@@ -125,10 +127,7 @@ void DatePopup::keyPressEvent(QKeyEvent* event) {
 
 void DatePopup::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Theme::border.on(*this));
-    painter.setBrush(Theme::surface.on(*this));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 7.5, 7.5);
+    popups::paint(painter, *this);
     static constexpr std::array initials{u"L", u"M", u"M", u"J", u"V", u"S", u"D"};
     for (int day = 0; day < 7; ++day) {
         const QRect box(padding + day * cellWidth, padding + monthLine, cellWidth, initialsLine);

@@ -1,6 +1,7 @@
 #include "DravelKit/DravelUI/KitStyle.h"
 
 #include "DravelKit/DravelUI/MenuStyle.h"
+#include "DravelKit/DravelUI/Popup.h"
 #include "DravelKit/DravelUI/TextPaint.h"
 #include "DravelKit/DravelUI/Theme.h"
 
@@ -85,7 +86,7 @@ KitStyle::KitStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
 
 void KitStyle::polish(QWidget* widget) {
     QProxyStyle::polish(widget);
-    if (qobject_cast<QMenu*>(widget)) widget->setAttribute(Qt::WA_TranslucentBackground);
+    if (qobject_cast<QMenu*>(widget)) popups::prepare(*widget);
 }
 
 int KitStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
@@ -110,6 +111,12 @@ int KitStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidge
     case SH_ScrollBar_Transient: return 0;
     case SH_ScrollBar_LeftClickAbsolutePosition: return 1;
     case SH_Menu_Scrollable: return 1;
+    case SH_Menu_Mask:
+        if (auto* mask = qstyleoption_cast<QStyleHintReturnMask*>(out); mask && widget && popups::isShaped(*widget)) {
+            mask->region = popups::shape(widget->rect());
+            return 1;
+        }
+        return 0;
     case SH_EtchDisabledText:
     case SH_DitherDisabledText: return 0;
     default: return QProxyStyle::styleHint(hint, option, widget, out);
@@ -140,7 +147,9 @@ void KitStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* optio
     case PE_PanelLineEdit: return paintLineEdit(*painter, *option);
     case PE_FrameLineEdit:
     case PE_FrameMenu: return; // drawn with the panel
-    case PE_PanelMenu: return menus::paintPanel(*painter, *option);
+    case PE_PanelMenu:
+        if (widget) popups::paint(*painter, *widget);
+        return;
     default: QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
 }

@@ -6,7 +6,6 @@
 
 class QAction;
 class QApplication;
-class QMenu;
 class QWidget;
 
 namespace dravel {
@@ -25,8 +24,5 @@ bool animates(const QWidget&);
 
 // Shown in the danger tones ("Supprimer"). Every QMenu is drawn in the look of the kit without further ado.
 void markDestructive(QAction&);
-
-// Opens the menu under the widget, right edges aligned, and returns when it is closed.
-void popUpUnder(QMenu&, const QWidget&);
 
 }

@@ -5,7 +5,6 @@
 #include "DravelKit/DravelUI/TextPaint.h"
 #include "DravelKit/DravelUI/Theme.h"
 
-#include <QApplication>
 #include <QMenu>
 #include <QPainter>
 #include <QStyleOption>
@@ -15,11 +14,6 @@
 namespace dravel {
 
 void markDestructive(QAction& action) { action.setProperty(menus::destructive, true); }
-
-void popUpUnder(QMenu& menu, const QWidget& widget) {
-    const QPoint corner = widget.mapToGlobal(QPoint(widget.width(), widget.height() + 2));
-    menu.exec(QPoint(corner.x() - menu.sizeHint().width(), corner.y()));
-}
 
 namespace menus {
 namespace {
@@ -74,14 +68,6 @@ QSize entrySize(const QStyleOptionMenuItem& option) {
     if (option.reservedShortcutWidth > 0) width += columnGap + option.reservedShortcutWidth;
     if (option.menuItemType == QStyleOptionMenuItem::SubMenu) width += columnGap;
     return {width, entryHeight};
-}
-
-void paintPanel(QPainter& painter, const QStyleOption& option) {
-    const Appearance look = appearanceOf(option.palette);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Theme::border.in(look).color());
-    painter.setBrush(Theme::surface.in(look).color());
-    painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 7.5, 7.5);
 }
 
 void paintEntry(QPainter& painter, const QStyleOptionMenuItem& option, const QWidget* menu) {

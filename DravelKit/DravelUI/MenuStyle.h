@@ -3,7 +3,6 @@
 #include <QSize>
 
 class QPainter;
-class QStyleOption;
 class QStyleOptionMenuItem;
 class QWidget;
 
@@ -13,7 +12,6 @@ namespace dravel::menus {
 inline constexpr int padding = 4, entryHeight = 28;
 
 QSize entrySize(const QStyleOptionMenuItem&);
-void paintPanel(QPainter&, const QStyleOption&);
 void paintEntry(QPainter&, const QStyleOptionMenuItem&, const QWidget* menu);
 void paintBarEntry(QPainter&, const QStyleOptionMenuItem&);
 

@@ -1,6 +1,7 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Look.h"
+#include "DravelKit/DravelUI/Popup.h"
 #include "DravelKit/DravelUI/ProgressRing.h"
 #include "DravelKit/DravelUI/Switch.h"
 #include "DravelKit/DravelUI/Symbols.h"
@@ -11,6 +12,7 @@
 #include <QImage>
 #include <QMenu>
 #include <QPainter>
+#include <QRegion>
 
 #include <algorithm>
 #include <memory>
@@ -134,6 +136,24 @@ TEST(Rendering, drawsMenusInTheLookOfTheKit) {
     EXPECT_EQ(picture.at(8, 8), "#ffffff");
     EXPECT_EQ(picture.at(40, 5 + 28 + 4), "#d4d7dd");
     EXPECT_EQ(picture.at(8, 5 + 28 + 9 + 14), "#fde9e8");
+}
+
+TEST(Rendering, shapesAPopupLikeItsRoundedFace) {
+    QImage face(60, 50, QImage::Format_ARGB32_Premultiplied);
+    face.fill(Qt::transparent);
+    QPainter painter(&face);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    painter.drawRoundedRect(face.rect(), 8, 8);
+    const QRegion shape = popups::shape(face.rect());
+    for (int y = 0; y < face.height(); ++y)
+        for (int x = 0; x < face.width(); ++x) {
+            const int alpha = face.pixelColor(x, y).alpha();
+            if (alpha > 150 || alpha < 100) {
+                EXPECT_EQ(shape.contains(QPoint(x, y)), alpha > 150) << x << ", " << y;
+            }
+        }
 }
 
 TEST(Symbols, areTintedAndSharpAtEveryScale) {
