@@ -51,9 +51,8 @@ TEST(NotificationCentre, TriesAgainWhatAServerRefused) {
     world.loop.advance(2h);
     EXPECT_EQ(world.preferences.notifiedTasks(), Preferences::Notified{});
     world.notifications.refusal.reset();
-    world.model.reload();
-    world.loop.runPosted();
-    EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue aujourd'hui\n");
+    world.loop.advance(std::chrono::minutes(1));
+    EXPECT_EQ(world.notifications.transcript(), "10:01 A | Prévue aujourd'hui\n");
 }
 
 TEST(NotificationCentre, GivesThePlaceOfThoseShownToOthersOfTheFile) {
