@@ -55,7 +55,7 @@ void throwIfStopped(const std::stop_token& stop) {
 GoogleAuth::GoogleAuth(GoogleConfig config, GoogleWorld world)
     : config_(std::move(config)), world_(std::move(world)), tokens_(config_, world_.folders, world_.keyring) {}
 
-GoogleAuth::Account GoogleAuth::isSignedIn(std::stop_token stop) {
+GoogleAuth::Account GoogleAuth::isSignedIn(const std::stop_token& stop) {
     switch (tokens_.read(stop).found) {
     case Keyring::Found::found: return Account::signedIn;
     case Keyring::Found::absent: return Account::signedOut;
@@ -64,7 +64,7 @@ GoogleAuth::Account GoogleAuth::isSignedIn(std::stop_token stop) {
     return Account::unreachable;
 }
 
-void GoogleAuth::signIn(std::stop_token stop) {
+void GoogleAuth::signIn(const std::stop_token& stop) {
     const auto client = OAuthClient::load(config_, world_.folders);
     LoopbackReceiver receiver(config_, world_.receiverClock);
     const Attempt attempt{.redirectUri = "http://127.0.0.1:" + std::to_string(receiver.port())};
@@ -84,7 +84,7 @@ void GoogleAuth::signIn(std::stop_token stop) {
     keep(tokens, forget());
 }
 
-Secret GoogleAuth::validAccessToken(std::stop_token stop) {
+Secret GoogleAuth::validAccessToken(const std::stop_token& stop) {
     if (auto held = heldAccessToken()) return *held;
     const auto asked = number();
     const auto stored = tokens_.read(stop);
@@ -104,7 +104,7 @@ Secret GoogleAuth::validAccessToken(std::stop_token stop) {
 }
 
 TokenResponse GoogleAuth::requestToken(const Fields& fields, std::uint64_t asked,
-                                       const std::optional<Secret>& refreshToken, std::stop_token stop) {
+                                       const std::optional<Secret>& refreshToken, const std::stop_token& stop) {
     HttpClient client;
     const auto answer = client.send({.method = "POST",
                                      .url = world_.endpoints.token,
@@ -126,7 +126,8 @@ TokenResponse GoogleAuth::requestToken(const Fields& fields, std::uint64_t asked
 }
 
 // Only the account that Google refused is dropped, not one that has signed in meanwhile, here or in another process.
-void GoogleAuth::dropAccount(std::uint64_t asked, const std::optional<Secret>& refreshToken, std::stop_token stop) {
+void GoogleAuth::dropAccount(std::uint64_t asked, const std::optional<Secret>& refreshToken,
+                             const std::stop_token& stop) {
     if (number() != asked) return;
     forget();
     if (refreshToken && tokens_.read(stop).secret != *refreshToken) return;
@@ -139,7 +140,7 @@ void GoogleAuth::invalidateAccessToken() {
     expiresAt_ = Instant::min();
 }
 
-void GoogleAuth::signOut(std::stop_token stop) {
+void GoogleAuth::signOut(const std::stop_token& stop) {
     forget();
     const auto failure = tokens_.remove(stop);
     forget(); // what a refresh brought while the keyring was busy

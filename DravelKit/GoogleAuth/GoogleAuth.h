@@ -39,26 +39,26 @@ class GoogleAuth {
 
     // unreachable: the keyring does not answer or is locked. Nothing is forgotten; ask again later.
     enum class Account { signedIn, signedOut, unreachable };
-    Account isSignedIn(std::stop_token = {});
+    Account isSignedIn(const std::stop_token& = {});
 
     // Opens the browser and waits for the user, at most 300 seconds.
-    void signIn(std::stop_token = {});
+    void signIn(const std::stop_token& = {});
 
     // An access token that is good for at least one more minute.
-    Secret validAccessToken(std::stop_token = {});
+    Secret validAccessToken(const std::stop_token& = {});
 
     // Forgets the access token that a server has refused.
     void invalidateAccessToken();
 
     // Forgets the account. Google is not told. Throws keyringUnreachable when the keyring keeps the token.
-    void signOut(std::stop_token = {});
+    void signOut(const std::stop_token& = {});
 
   private:
     using Fields = std::vector<std::pair<std::string, std::string>>;
 
     TokenResponse requestToken(const Fields&, std::uint64_t number, const std::optional<Secret>& refreshToken,
-                               std::stop_token);
-    void dropAccount(std::uint64_t number, const std::optional<Secret>& refreshToken, std::stop_token);
+                               const std::stop_token&);
+    void dropAccount(std::uint64_t number, const std::optional<Secret>& refreshToken, const std::stop_token&);
     std::optional<Secret> heldAccessToken() const;
     bool keep(const TokenResponse&, std::uint64_t number);
     std::uint64_t number() const;

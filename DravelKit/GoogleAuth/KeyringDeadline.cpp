@@ -5,7 +5,7 @@ namespace dravel {
 KeyringDeadline::KeyringDeadline(std::chrono::milliseconds time, std::stop_token stop)
     : time_(time), cancellable_(g_cancellable_new(), g_object_unref), end_(std::chrono::steady_clock::now() + time),
       stopped_(std::move(stop), [cancellable = cancellable_.get()] { g_cancellable_cancel(cancellable); }),
-      watcher_([this](std::stop_token over) { watch(std::move(over)); }) {}
+      watcher_([this](const std::stop_token& over) { watch(over); }) {}
 
 bool KeyringDeadline::passed() const {
     const std::lock_guard lock(mutex_);
@@ -25,7 +25,7 @@ void KeyringDeadline::dialogClosed() {
     changed_.notify_all();
 }
 
-void KeyringDeadline::watch(std::stop_token over) {
+void KeyringDeadline::watch(const std::stop_token& over) {
     std::unique_lock lock(mutex_);
     while (!over.stop_requested()) {
         if (dialogs_ > 0) {

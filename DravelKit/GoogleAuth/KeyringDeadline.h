@@ -25,7 +25,7 @@ class KeyringDeadline {
     void dialogClosed(); // the time starts anew
 
   private:
-    void watch(std::stop_token);
+    void watch(const std::stop_token&);
 
     const std::chrono::milliseconds time_;
     const std::unique_ptr<GCancellable, decltype(&g_object_unref)> cancellable_;

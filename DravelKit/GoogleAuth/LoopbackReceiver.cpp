@@ -183,7 +183,7 @@ void LoopbackReceiver::close() {
     if (listener_ >= 0) ::close(std::exchange(listener_, -1));
 }
 
-Query LoopbackReceiver::waitForCallback(std::chrono::milliseconds timeout, std::stop_token stop) {
+Query LoopbackReceiver::waitForCallback(std::chrono::milliseconds timeout, const std::stop_token& stop) {
     const Descriptor wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     const std::stop_callback woken(stop, [fd = wake.get()] { ::eventfd_write(fd, 1); });
     Reception reception(config_, clock_, listener_, wake.get());

@@ -38,7 +38,7 @@ class LoopbackReceiver {
     std::uint16_t port() const { return port_; }
 
     // The query of the callback. Throws AuthError: loginFailed ("délai dépassé") after the time-out, cancelled.
-    std::map<std::string, std::string> waitForCallback(std::chrono::milliseconds timeout, std::stop_token = {});
+    std::map<std::string, std::string> waitForCallback(std::chrono::milliseconds timeout, const std::stop_token& = {});
 
   private:
     void close();

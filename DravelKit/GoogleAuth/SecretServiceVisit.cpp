@@ -79,7 +79,8 @@ static GType dravel_secret_service_get_type() {
 }
 }
 
-SecretServiceVisit::SecretServiceVisit(const Keyring::Item& item, std::chrono::milliseconds time, std::stop_token stop)
+SecretServiceVisit::SecretServiceVisit(const Keyring::Item& item, std::chrono::milliseconds time,
+                                       const std::stop_token& stop)
     : stop_(stop), deadline_(time, stop),
       attributes_(secret_attributes_build(&schema(), "service", item.service.c_str(), "account", item.account.c_str(),
                                           nullptr)) {

@@ -30,7 +30,7 @@ class SecretServiceVisit {
     };
     using Items = std::vector<Glib<SecretItem>>;
 
-    SecretServiceVisit(const Keyring::Item&, std::chrono::milliseconds, std::stop_token);
+    SecretServiceVisit(const Keyring::Item&, std::chrono::milliseconds, const std::stop_token&);
     ~SecretServiceVisit();
 
     // Every item with our attributes, in locked collections too.

@@ -24,11 +24,11 @@ std::optional<std::filesystem::path> TokenStore::legacyFile() const {
     return config_.supportDirectory(folders_) / config_.legacyToken->file;
 }
 
-Keyring::Failure TokenStore::store(const Secret& token, std::stop_token stop) {
+Keyring::Failure TokenStore::store(const Secret& token, const std::stop_token& stop) {
     return keyring_->store(item(), config_.appName + " · Google", token, stop);
 }
 
-Keyring::Failure TokenStore::importLegacyFile(std::stop_token stop) {
+Keyring::Failure TokenStore::importLegacyFile(const std::stop_token& stop) {
     const auto path = legacyFile();
     if (!path || !SafeFile::modified(*path)) return std::nullopt;
     std::optional<Secret> token;
@@ -39,13 +39,13 @@ Keyring::Failure TokenStore::importLegacyFile(std::stop_token stop) {
     }
     // The file is the only copy until the keyring has confirmed.
     if (token) {
-        if (const auto failure = store(*token, stop)) return failure;
+        if (auto failure = store(*token, stop)) return failure;
     }
     removeFile(*path);
     return std::nullopt;
 }
 
-Keyring::LookUp TokenStore::read(std::stop_token stop) {
+Keyring::LookUp TokenStore::read(const std::stop_token& stop) {
     Keyring::LookUp found;
     const auto failure = declined_ ? std::nullopt : importLegacyFile(stop);
     if (failure)
@@ -57,12 +57,12 @@ Keyring::LookUp TokenStore::read(std::stop_token stop) {
     return found;
 }
 
-Keyring::Failure TokenStore::write(const Secret& token, std::stop_token stop) {
+Keyring::Failure TokenStore::write(const Secret& token, const std::stop_token& stop) {
     declined_ = false;
     return store(token, stop);
 }
 
-Keyring::Failure TokenStore::remove(std::stop_token stop) {
+Keyring::Failure TokenStore::remove(const std::stop_token& stop) {
     declined_ = false;
     if (const auto path = legacyFile()) removeFile(*path);
     return keyring_->erase(item(), stop);

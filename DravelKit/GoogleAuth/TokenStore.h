@@ -15,19 +15,19 @@ class TokenStore {
 
     // Moves the token of an earlier version's file into the keyring first. The user is asked to unlock the keyring
     // once: after a refusal, reading is silent until the next write or removal.
-    Keyring::LookUp read(std::stop_token);
+    Keyring::LookUp read(const std::stop_token&);
 
     // Replaces the token.
-    [[nodiscard]] Keyring::Failure write(const Secret& token, std::stop_token);
+    [[nodiscard]] Keyring::Failure write(const Secret& token, const std::stop_token&);
 
     // Removes the token and the file of the earlier version.
-    [[nodiscard]] Keyring::Failure remove(std::stop_token);
+    [[nodiscard]] Keyring::Failure remove(const std::stop_token&);
 
   private:
     Keyring::Item item() const;
     std::optional<std::filesystem::path> legacyFile() const;
-    Keyring::Failure store(const Secret& token, std::stop_token);
-    Keyring::Failure importLegacyFile(std::stop_token);
+    Keyring::Failure store(const Secret& token, const std::stop_token&);
+    Keyring::Failure importLegacyFile(const std::stop_token&);
 
     const GoogleConfig config_;
     const GoogleFolders folders_;

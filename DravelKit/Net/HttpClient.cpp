@@ -244,7 +244,7 @@ HttpClient::~HttpClient() = default;
 HttpClient::HttpClient(HttpClient&&) noexcept = default;
 HttpClient& HttpClient::operator=(HttpClient&&) noexcept = default;
 
-HttpResponse HttpClient::send(const HttpRequest& request, std::stop_token stop) {
+HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token& stop) {
     const auto url = Url::parse(request.url);
     if (!url || !isOneLine(request.method)) throw HttpError(Kind::badRequest, url ? url->host : "?");
     HeaderList headers;

@@ -52,7 +52,7 @@ class HttpClient {
     HttpClient& operator=(HttpClient&&) noexcept;
 
     // Waits for the whole answer, whatever its status. Throws HttpError.
-    HttpResponse send(const HttpRequest&, std::stop_token = {});
+    HttpResponse send(const HttpRequest&, const std::stop_token& = {});
 
   private:
     struct Session;

@@ -3,8 +3,8 @@
 #include "DravelKit/GoogleAuth/GoogleAuth.h"
 #include "DravelKit/Net/Url.h"
 #include "tests/GoogleAuth/Loopback.h"
-#include "tests/GoogleAuth/ScriptedKeyring.h"
 #include "tests/support/LoopbackServer.h"
+#include "tests/support/MemoryKeyring.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -15,10 +15,10 @@ namespace tacla::testing {
 
 // An account whose token endpoint, keyring, browser and clocks are the test's.
 struct AccountWorld : ::testing::Test {
-    static constexpr auto key = "fr.dravel.Essai.google/refresh-token";
+    static constexpr auto key = "fr.dravel.Essai.google";
 
     TemporaryFolder folder;
-    std::shared_ptr<ScriptedKeyring> keyring = std::make_shared<ScriptedKeyring>();
+    std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
     dravel::Instant now{std::chrono::hours(24 * 20'000)};
     IdleClock idle;
     std::unique_ptr<LoopbackServer> server;

@@ -52,8 +52,3 @@ TEST(CallbackRequest, IsForUsWhenItsHostNamesThisMachineOrNothing) {
           "Host:\r\n", "Host: localhost\r\nHost: example.org\r\n"})
         EXPECT_EQ(withHost(headers), "404") << headers;
 }
-
-TEST(CallbackRequest, IsCompleteWithTheBlankLineAfterItsHeaders) {
-    EXPECT_TRUE(CallbackRequest::isComplete("GET / HTTP/1.1\r\nHost: a\r\n\r\n"));
-    EXPECT_FALSE(CallbackRequest::isComplete("GET / HTTP/1.1\r\nHost: a\r\n"));
-}

@@ -103,7 +103,7 @@ TEST_F(SignIn, StoresNothingUnlessGoogleGivesARefreshTokenAndTheKeyringTakesIt) 
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
 
     google({tokens("a", "r")});
-    keyring->readOnly = true;
+    keyring->storeTrouble = Keyring::Trouble{.reason = "le trousseau de clés a refusé l'opération"};
     EXPECT_EQ(signIn(), "Connexion Google échouée : le trousseau de clés a refusé l'opération");
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
     EXPECT_TRUE(keyring->items.empty());

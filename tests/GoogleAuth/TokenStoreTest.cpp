@@ -1,7 +1,7 @@
 #include "DravelKit/GoogleAuth/TokenStore.h"
 
 #include "tests/GoogleAuth/Loopback.h"
-#include "tests/GoogleAuth/ScriptedKeyring.h"
+#include "tests/support/MemoryKeyring.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -11,11 +11,11 @@ using namespace tacla::testing;
 
 namespace {
 
-constexpr auto key = "fr.dravel.Essai.google/refresh-token";
+constexpr auto key = "fr.dravel.Essai.google";
 
 struct Store : testing::Test {
     TemporaryFolder folder;
-    std::shared_ptr<ScriptedKeyring> keyring = std::make_shared<ScriptedKeyring>();
+    std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
     TokenStore store{withLegacyFile(), {.data = folder.path(), .resources = {}}, keyring};
 
     static GoogleConfig withLegacyFile() {
@@ -63,9 +63,9 @@ TEST_F(Store, DropsAFileThatHoldsNoToken) {
 
 TEST_F(Store, KeepsTheFileUntilTheKeyringHasTheToken) {
     writeBytes(legacy(), "jeton-1");
-    keyring->readOnly = true;
+    keyring->storeTrouble = Keyring::Trouble{.reason = "le trousseau de clés a refusé l'opération"};
     EXPECT_EQ(read(), "unreachable: le trousseau de clés a refusé l'opération");
-    keyring->readOnly = false;
+    keyring->storeTrouble.reset();
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
     EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
     EXPECT_EQ(readBytes(legacy()), "jeton-1");
