@@ -23,23 +23,6 @@ std::string spliced(std::string_view text, Span span, std::string_view replaceme
     return result;
 }
 
-// A task and where its line stands in the text.
-struct Found {
-    TaskLine task;
-    Span span;
-};
-
-// The first task with that key.
-std::optional<Found> find(std::string_view text, std::string_view key) {
-    TaskCounter counter(text.size() / 48);
-    std::optional<Found> found;
-    forEachTask(text, [&](const TaskLine& task, std::size_t begin, std::size_t end) {
-        if (!found && written(counter.next(titleDigest(task.title)), task.title) == key)
-            found = Found{task, {begin, end}};
-    });
-    return found;
-}
-
 std::string_view lineOf(std::string_view text, Span span) { return text.substr(span.begin, span.end - span.begin); }
 
 // The whole line of a piece of the text.
@@ -49,14 +32,28 @@ Span lineAround(std::string_view text, std::string_view piece) {
     return {before == text.npos ? 0 : before + 1, std::min(text.find('\n', at), text.size())};
 }
 
+// The first task with that key; the end when there is none.
+auto find(const std::vector<KeyedTitle>& titles, std::string_view key) {
+    return std::ranges::find_if(titles,
+                                [&](const KeyedTitle& title) { return written(title.key, title.title) == key; });
+}
+
+std::optional<Span> findLine(std::string_view text, std::string_view key) {
+    const auto titles = keyedTitles(text);
+    const auto found = find(titles, key);
+    if (found == titles.end()) return std::nullopt;
+    return lineAround(text, found->title);
+}
+
 // Replaces the line of the task with that key by what `change` makes of it, unless it makes none.
 template <class Change>
 std::optional<std::string> edit(std::string_view text, std::string_view key, Change change) {
-    const auto found = find(text, key);
-    if (!found) return std::nullopt;
-    const std::optional<std::string> line = change(found->task, lineOf(text, found->span));
-    if (!line) return std::nullopt;
-    return spliced(text, found->span, *line);
+    const auto span = findLine(text, key);
+    if (!span) return std::nullopt;
+    const auto line = lineOf(text, *span);
+    const std::optional<std::string> changed = change(readTaskLine(line, 0), line);
+    if (!changed) return std::nullopt;
+    return spliced(text, *span, *changed);
 }
 
 std::string joined(const std::vector<std::string>& parts) {
@@ -169,8 +166,7 @@ std::optional<std::string> setDone(std::string_view text, std::string_view key, 
 std::optional<Renamed> rename(std::string_view text, std::string_view key, std::string_view to) {
     if (to.find('\n') != to.npos) return std::nullopt; // a title is one line
     const auto before = keyedTitles(text);
-    const auto task =
-        std::ranges::find_if(before, [&](const KeyedTitle& title) { return written(title.key, title.title) == key; });
+    const auto task = find(before, key);
     if (task == before.end() || withoutStrongMark(task->title) == to) return std::nullopt;
     const auto span = lineAround(text, task->title);
     const auto line = retitled(lineOf(text, span), task->title.starts_with(strongMark), to);
@@ -185,9 +181,9 @@ std::optional<std::string> reschedule(std::string_view text, std::string_view ke
 }
 
 std::optional<std::string> remove(std::string_view text, std::string_view key) {
-    const auto found = find(text, key);
-    if (!found) return std::nullopt;
-    auto span = found->span;
+    const auto line = findLine(text, key);
+    if (!line) return std::nullopt;
+    auto span = *line;
     if (span.end < text.size())
         ++span.end; // with its line feed
     else if (span.begin > 0)

@@ -6,16 +6,23 @@
 namespace tacla::TaskFile {
 
 std::vector<TaskItem> parse(std::string_view text) {
-    // Half of the lines being tasks of some 40 bytes is a usual file; both containers grow when it is not.
-    const auto expected = text.size() / 48;
+    const auto expected = text.size() / usualTaskLength;
     std::vector<TaskItem> tasks;
+    std::vector<std::uint64_t> digests;
     tasks.reserve(expected);
+    digests.reserve(expected);
     TaskCounter counter(expected);
+    std::size_t keyed = 0;
+    const auto keyUpTo = [&](std::size_t end) {
+        for (; keyed < end; ++keyed) tasks[keyed].key = written(counter.next(digests[keyed]), tasks[keyed].title);
+    };
     forEachTask(text, [&](const TaskLine& task) {
-        const auto key = counter.next(titleDigest(task.title));
-        tasks.push_back({task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn,
-                         written(key, task.title)});
+        tasks.push_back(
+            {task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn, {}});
+        counter.expect(digests.emplace_back(titleDigest(task.title)));
+        if (tasks.size() > TaskCounter::lead) keyUpTo(tasks.size() - TaskCounter::lead);
     });
+    keyUpTo(tasks.size());
     return tasks;
 }
 

@@ -6,6 +6,7 @@
 #include "Tacla/TaskList/TaskLines.h"
 
 #include <bit>
+#include <utility>
 
 namespace tacla {
 
@@ -41,10 +42,17 @@ std::string written(TaskKey key, std::string_view title) {
 
 std::vector<KeyedTitle> keyedTitles(std::string_view text) {
     std::vector<KeyedTitle> titles;
-    TaskCounter counter(text.size() / 48);
+    TaskCounter counter(text.size() / usualTaskLength);
+    std::size_t counted = 0;
+    const auto countUpTo = [&](std::size_t end) {
+        for (; counted < end; ++counted) titles[counted].key = counter.next(titles[counted].key.digest);
+    };
     forEachTask(text, [&](const TaskLine& task) {
-        titles.push_back({task.line, task.title, counter.next(titleDigest(task.title))});
+        titles.push_back({task.line, task.title, {titleDigest(task.title), 0}});
+        counter.expect(titles.back().key.digest);
+        if (titles.size() > TaskCounter::lead) countUpTo(titles.size() - TaskCounter::lead);
     });
+    countUpTo(titles.size());
     return titles;
 }
 
@@ -61,29 +69,30 @@ std::map<std::string, std::string> changedKeys(const std::vector<KeyedTitle>& be
     return changed;
 }
 
-TaskCounter::TaskCounter(std::size_t expectedTasks) : slots_(std::bit_ceil(expectedTasks * 2 + 16)) {}
+TaskCounter::TaskCounter(std::size_t expectedTasks) : slots_(std::bit_ceil(expectedTasks + expectedTasks / 2 + 16)) {}
 
 TaskKey TaskCounter::next(std::uint64_t digest) {
-    if (used_ * 2 >= slots_.size()) grow();
-    auto& entry = slot(digest);
-    if (entry.count == 0) {
-        entry.digest = digest;
-        ++used_;
-    }
-    return {digest, ++entry.count};
+    if (digest != 0 && insert(digest)) return {digest, 1};
+    const auto known = repeated_.try_emplace(digest, digest == 0 ? 0 : 1).first;
+    return {digest, ++known->second};
 }
 
-TaskCounter::Slot& TaskCounter::slot(std::uint64_t digest) {
-    auto at = digest & (slots_.size() - 1);
-    while (slots_[at].count != 0 && slots_[at].digest != digest) at = (at + 1) & (slots_.size() - 1);
-    return slots_[at];
+bool TaskCounter::insert(std::uint64_t digest) {
+    if (used_ + used_ / 3 >= slots_.size()) grow();
+    const auto mask = slots_.size() - 1;
+    auto at = digest & mask;
+    while (slots_[at] != 0 && slots_[at] != digest) at = (at + 1) & mask;
+    if (slots_[at] == digest) return false;
+    slots_[at] = digest;
+    ++used_;
+    return true;
 }
 
 void TaskCounter::grow() {
-    auto old = std::move(slots_);
-    slots_ = std::vector<Slot>(old.size() * 2);
-    for (const auto& entry : old)
-        if (entry.count != 0) slot(entry.digest) = entry;
+    const auto old = std::exchange(slots_, std::vector<std::uint64_t>(slots_.size() * 2));
+    used_ = 0;
+    for (const auto digest : old)
+        if (digest != 0) insert(digest);
 }
 
 std::string TaskFile::hash(std::string_view text) { return hexadecimal(shortDigest(text)); }

@@ -4,10 +4,14 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 // A task's key, before it is written out: what its title hashes to, and which of the tasks of that title it is.
 namespace tacla {
+
+// Bytes of the text for each task, of a usual file: for what is reserved, and grows when it is not enough.
+inline constexpr std::size_t usualTaskLength = 48;
 
 struct TaskKey {
     std::uint64_t digest; // the first 8 bytes of the SHA-256 digest of the title in lower case, without its "❗"
@@ -34,22 +38,23 @@ std::vector<KeyedTitle> keyedTitles(std::string_view text);
 std::map<std::string, std::string> changedKeys(const std::vector<KeyedTitle>& before,
                                                const std::vector<KeyedTitle>& after);
 
-// Numbers the tasks of each title as they come. A flat hash table: a node for each title would cost more than all the
-// rest.
+// Numbers the tasks of each title as they come. A flat table of digests, as small as can be: on a long list, reaching
+// into memory for each title costs more than hashing it.
 class TaskCounter {
   public:
     explicit TaskCounter(std::size_t expectedTasks);
     TaskKey next(std::uint64_t digest);
 
-  private:
-    struct Slot {
-        std::uint64_t digest;
-        int count;
-    };
-    std::vector<Slot> slots_; // a power of two, never full; count 0 is free
-    std::size_t used_ = 0;
+    // Brings the place of a digest near, which is to be counted a few tasks later.
+    void expect(std::uint64_t digest) const { __builtin_prefetch(&slots_[digest & (slots_.size() - 1)], 1); }
+    static constexpr std::size_t lead = 12; // that many tasks
 
-    Slot& slot(std::uint64_t digest);
+  private:
+    std::vector<std::uint64_t> slots_; // a power of two, never full; 0 is free
+    std::size_t used_ = 0;
+    std::unordered_map<std::uint64_t, int> repeated_; // of titles that came again, and of the digest 0
+
+    bool insert(std::uint64_t digest); // true when it is new
     void grow();
 };
 

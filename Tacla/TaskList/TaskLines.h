@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 // The grammar of a task line. Views into the text, no keys: what a quick look at a long list needs.
 namespace tacla {
@@ -54,12 +53,7 @@ void forEachTask(std::string_view text, Visitor visit) {
     std::int64_t number = 0;
     for (std::size_t begin = 0; begin <= text.size(); ++number) {
         const auto end = std::min(text.find('\n', begin), text.size());
-        if (const auto task = readTaskLine(text.substr(begin, end - begin), number); task.isTask()) {
-            if constexpr (std::is_invocable_v<Visitor, const TaskLine&>)
-                visit(task);
-            else
-                visit(task, begin, end);
-        }
+        if (const auto task = readTaskLine(text.substr(begin, end - begin), number); task.isTask()) visit(task);
         begin = end + 1;
     }
 }
