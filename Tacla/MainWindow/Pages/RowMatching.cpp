@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace tacla {
 
 namespace {
 
 using Rows = std::vector<std::size_t>;
+using Keys = std::unordered_set<std::string_view>;
 using RowsOfKey = std::unordered_map<std::string_view, Rows>;
 
 template <class Visit>
@@ -18,10 +20,20 @@ void eachRow(const TaskGroups& groups, Visit visit) {
         for (const auto& task : group.tasks) visit(row++, task);
 }
 
+Keys keysOf(const TaskGroups& groups, const Rows& rows) {
+    Keys keys;
+    eachRow(groups, [&](std::size_t row, const TaskItem& task) {
+        if (std::ranges::binary_search(rows, row)) keys.insert(task.key);
+    });
+    return keys;
+}
+
 // One key may belong to several tasks: they are told apart by their order.
-RowsOfKey rowsOfKeys(const TaskGroups& groups) {
+RowsOfKey rowsOfKeys(const TaskGroups& groups, const Keys* wanted = nullptr) {
     RowsOfKey found;
-    eachRow(groups, [&](std::size_t row, const TaskItem& task) { found[task.key].push_back(row); });
+    eachRow(groups, [&](std::size_t row, const TaskItem& task) {
+        if (!wanted || wanted->contains(task.key)) found[task.key].push_back(row);
+    });
     return found;
 }
 
@@ -32,11 +44,27 @@ std::optional<std::size_t> sameTask(std::size_t row, const Rows& before, const R
     return found->second[nth];
 }
 
+// On the line of a missing task, and of a name that was not there before.
+std::map<std::size_t, MatchedRow> renamedRows(const TaskGroups& before, const TaskGroups& after,
+                                              const std::unordered_map<std::int64_t, std::size_t>& missing) {
+    std::unordered_map<std::string_view, std::pair<std::size_t, MatchedRow>> candidates;
+    eachRow(after, [&](std::size_t row, const TaskItem& task) {
+        if (const auto found = missing.find(task.line); found != missing.end())
+            candidates[task.key] = {found->second, {.row = row, .renamed = true}};
+    });
+    eachRow(before, [&](std::size_t, const TaskItem& task) { candidates.erase(task.key); });
+    std::map<std::size_t, MatchedRow> renamed;
+    for (const auto& [key, match] : candidates) renamed.insert(match);
+    return renamed;
+}
+
 }
 
 std::map<std::size_t, MatchedRow> matchedRows(const TaskGroups& before, const TaskGroups& after, const Rows& rows) {
     std::map<std::size_t, MatchedRow> matched;
-    const auto old = rowsOfKeys(before), now = rowsOfKeys(after);
+    if (rows.empty()) return matched;
+    const auto wanted = keysOf(before, rows);
+    const auto old = rowsOfKeys(before, &wanted), now = rowsOfKeys(after, &wanted);
     std::unordered_map<std::int64_t, std::size_t> missing; // line to row
     eachRow(before, [&](std::size_t row, const TaskItem& task) {
         if (!std::ranges::binary_search(rows, row)) return;
@@ -45,11 +73,7 @@ std::map<std::size_t, MatchedRow> matchedRows(const TaskGroups& before, const Ta
         else
             missing[task.line] = row;
     });
-    if (missing.empty()) return matched;
-    eachRow(after, [&](std::size_t row, const TaskItem& task) {
-        const auto found = missing.find(task.line);
-        if (found != missing.end() && !old.contains(task.key)) matched[found->second] = {.row = row, .renamed = true};
-    });
+    if (!missing.empty()) matched.merge(renamedRows(before, after, missing));
     return matched;
 }
 
