@@ -52,6 +52,7 @@ const ReminderRecord* AppModel::reminders() const {
 
 void AppModel::start() {
     auto& in = *inside_;
+    dravel::wall::refreshZone(); // the zone of today; the poll notices another one
     if (in.file.path() == documentsTaskFile(in.world.folders)) in.createIfMissing();
     reload();
     in.poll.emplace(in.world.loop, pollPeriod, [this] { checkFile(); });
