@@ -70,9 +70,7 @@ void AppModel::reschedule(const std::string& key, Day to) {
     const auto latest = inside_->renamed.latest(key);
     const auto& tasks = inside_->state.tasks;
     const auto found = std::ranges::find(tasks, latest, &TaskItem::key);
-    if (found == tasks.end()) return;
-    const TaskItem task = *found; // a copy: the reload replaces the list
-    reschedule(task, to, task.time);
+    if (found != tasks.end()) reschedule(*found, to, found->time);
 }
 
 void AppModel::edit(const TaskItem& task, const std::string& title, std::optional<Day> day, std::optional<Clock> time) {
