@@ -10,6 +10,7 @@ namespace dravel {
 namespace {
 
 constexpr int titleTop = 4, subtitleGap = 4;
+constexpr int accentRoom = 8; // "À" reaches above its line box
 
 }
 
@@ -36,10 +37,11 @@ DravelPage::DravelPage(const QString& title, const QString& subtitle, QWidget* p
     head_ = new QWidget;
     auto* texts = new QVBoxLayout(head_);
     // The column adds its own 16 of the 24 below the head.
-    texts->setContentsMargins(0, titleTop, 0, Theme::Space::lg - Theme::Space::md);
+    texts->setContentsMargins(0, 0, 0, Theme::Space::lg - Theme::Space::md);
     texts->setSpacing(subtitleGap);
     auto* titleLabel = new TextLabel(Theme::Typography::pageTitle, Theme::text, title, head_);
     titleLabel->setObjectName(QStringLiteral("pageTitle"));
+    titleLabel->setContentsMargins(0, accentRoom, 0, 0);
     subtitle_ = new TextLabel(Theme::Typography::body, Theme::textSecondary, subtitle, head_);
     subtitle_->setObjectName(QStringLiteral("pageSubtitle"));
     subtitle_->setWraps(true);
@@ -84,7 +86,8 @@ void DravelPage::fitColumn() {
     const int column = std::min(width() - 2 * margin, maximumColumn);
     const int left = std::max((width() - column) / 2, margin);
     const int right = viewport()->width() - left - column;
-    column_->setContentsMargins(left, margin, std::max(right, 0), Theme::Space::xl);
+    const int top = head_ ? margin + titleTop - accentRoom : margin;
+    column_->setContentsMargins(left, top, std::max(right, 0), Theme::Space::xl);
 }
 
 void DravelPage::resizeEvent(QResizeEvent* event) {

@@ -51,10 +51,12 @@ QSize TextLabel::sizeHint() const {
     int widest = 0;
     const auto lines = QStringView(text()).split(QLatin1Char('\n'));
     for (const auto& line : lines) widest = std::max(widest, textWidth(style_, line.toString()));
-    return {widest, static_cast<int>(lines.size()) * style_.line};
+    return {widest, static_cast<int>(lines.size()) * style_.line + contentsMargins().top()};
 }
 
-QSize TextLabel::minimumSizeHint() const { return {std::min(sizeHint().width(), 40), style_.line}; }
+QSize TextLabel::minimumSizeHint() const {
+    return {std::min(sizeHint().width(), 40), style_.line + contentsMargins().top()};
+}
 
 int TextLabel::heightForWidth(int width) const { return wraps_ ? paragraph(width).height() : style_.line; }
 
@@ -70,7 +72,7 @@ void TextLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const QColor colour = tone_.on(*this);
     if (!wraps_ && !selectable_) {
-        paintLine(painter, rect(), style_, colour, text(), alignment());
+        paintLine(painter, contentsRect(), style_, colour, text(), alignment());
         return;
     }
     QList<QTextLayout::FormatRange> selections;

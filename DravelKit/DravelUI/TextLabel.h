@@ -11,6 +11,7 @@ namespace dravel {
 
 // Plain text in one style and tone. A single line that elides, or wrapped text (setWraps). Its text is its name on the
 // accessibility bus; change it with setText().
+// A top margin gives a line room for the accents of capitals, which may reach above the line box.
 class TextLabel final : public QLabel {
     Q_OBJECT
 
