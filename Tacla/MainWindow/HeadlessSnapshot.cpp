@@ -7,6 +7,7 @@
 
 #include <QBuffer>
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QImageWriter>
 
@@ -47,7 +48,7 @@ void saveSnapshot(AppModel& passive, const DesktopActions& actions, const fs::pa
     view.select(wanted.section);
     view.resize(wanted.width, wanted.height);
     view.show();
-    QCoreApplication::sendPostedEvents(); // lays everything out
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // lays everything out
     QImage image(view.size() * wanted.scale, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(wanted.scale);
     view.render(&image);

@@ -7,7 +7,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QScrollArea>
+#include <QEventLoop>
+#include <QLineEdit>
+#include <QMenu>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -68,33 +71,46 @@ struct Studio {
     testing::ModelWorld world;
 };
 
+// Gives timers and animations their time.
+void settle(int milliseconds) {
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
 void drawStates(const fs::path& folder) {
     Studio studio(sample);
     MainView view(studio.world.model, actions(), [&] { return studio.world.loop.now(); });
-    view.setAttribute(Qt::WA_DontShowOnScreen);
     view.resize(980, 1400);
     view.show();
-    QCoreApplication::processEvents();
+    view.activateWindow();
+    settle(50);
+    const auto save = [&](const char* name) {
+        settle(300);
+        view.grab().save(QString::fromStdString(folder / name));
+    };
     auto* column = view.findChild<TaskColumn*>();
     const auto& rows = column->builtRows();
-    rows.at(1)->startEditing();
     rows.at(11)->startEditing();
+    rows.at(1)->startEditing();
+    save("editing.png");
     column->focusRow(4, TaskRow::Stop::check, Qt::TabFocusReason);
     for (const char* name : {"add.hasTime", "add.strong"})
         view.findChild<QAbstractButton*>(QLatin1StringView(name))->click();
-    studio.world.loop.advance(std::chrono::milliseconds(500));
-    QCoreApplication::processEvents();
-    view.grab().save(QString::fromStdString(folder / "states.png"));
-    studio.world.calendar.failure = "la connexion à Internet semble interrompue";
-    fs::permissions(studio.world.file, fs::perms::none);
+    save("focus.png");
+    rows.at(4)->openMenu();
+    settle(50);
+    rows.at(4)->findChild<QMenu*>()->grab().save(QString::fromStdString(folder / "menu.png"));
+    save("menu-open.png");
+    rows.at(4)->findChild<QMenu*>()->close();
     fs::remove(studio.world.file);
+    studio.world.calendar.failure = "la connexion à Internet semble interrompue";
     studio.world.model.sync();
     studio.world.loop.runPosted();
     studio.world.model.reload();
-    QCoreApplication::processEvents();
+    view.findChild<QLineEdit*>(QStringLiteral("add.title"))->setFocus();
     dravel::setAppearance(dravel::Appearance::Dark);
-    QCoreApplication::processEvents();
-    view.grab().save(QString::fromStdString(folder / "states-dark.png"));
+    save("problems-dark.png");
 }
 
 void drawAll(const fs::path& folder) {

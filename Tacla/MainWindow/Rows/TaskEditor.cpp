@@ -51,7 +51,7 @@ void TaskEditor::arrange() {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(8);
-    title_->setFixedHeight(32);
+    title_->setFixedHeight(titleHeight);
     column->addWidget(title_);
     auto* line = new QHBoxLayout;
     line->setSpacing(8);

@@ -21,7 +21,7 @@ class TaskEditor final : public QWidget {
     Q_OBJECT
 
   public:
-    static constexpr int editorHeight = 68;
+    static constexpr int titleHeight = 32, editorHeight = 68;
 
     TaskEditor(const TaskDraft&, Day today, QWidget* parent);
 

@@ -118,11 +118,16 @@ int TaskRow::placeTags(int width) {
     return lines;
 }
 
-void TaskRow::resizeEvent(QResizeEvent*) {
+void TaskRow::placeControls() {
     constexpr int firstLine = 20; // the middle of the title's first line
-    check_->setGeometry(padding + 10 - hitArea / 2, firstLine - hitArea / 2, hitArea, hitArea);
+    const int checkMiddle = editor_ ? padding + TaskEditor::titleHeight / 2 : firstLine;
+    check_->setGeometry(padding + 10 - hitArea / 2, checkMiddle - hitArea / 2, hitArea, hitArea);
     menuButton_->setGeometry(width() - padding - (menuFace + hitArea) / 2, firstLine - hitArea / 2, hitArea, hitArea);
     if (editor_) editor_->setGeometry(textLeft, padding, width() - textLeft - padding, TaskEditor::editorHeight);
+}
+
+void TaskRow::resizeEvent(QResizeEvent*) {
+    placeControls();
     placeTags(width());
 }
 

@@ -87,6 +87,7 @@ class TaskRow final : public QWidget {
 
     const dravel::Paragraph& title(int width);
     int placeTags(int width); // the number of tag lines
+    void placeControls();
     void closeEditor(Qt::FocusReason);
     void setHovered(bool);
     void highlightChanged();

@@ -126,7 +126,7 @@ void TaskRow::startEditing() {
     editor_ = new TaskEditor(draftOf(task_, today), today, this);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
-    editor_->setGeometry(40, 8, width() - 48, TaskEditor::editorHeight);
+    placeControls();
     editor_->show();
     menuButton_->hide();
     highlightChanged();
@@ -137,6 +137,7 @@ void TaskRow::startEditing() {
 void TaskRow::closeEditor(Qt::FocusReason reason) {
     auto* closed = editor_;
     editor_ = nullptr;
+    placeControls();
     menuButton_->show();
     check_->setFocus(reason);
     closed->hide();
