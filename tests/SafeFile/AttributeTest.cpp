@@ -1,99 +1,71 @@
-#include "DravelKit/Foundation/SafeFile.h"
-#include "tests/support/Processes.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/SafeFile/SafeFileWorld.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
 using namespace tacla::testing;
-namespace SafeFile = dravel::SafeFile;
-using Path = std::filesystem::path;
 
 namespace {
 
-std::optional<std::string> marked(std::string_view text) { return std::string(text) + "- [ ] Lait\n"; }
+constexpr const char *accessList = "system.posix_acl_access", *ofNewFiles = "system.posix_acl_default";
+
+// Lets user 1234 read, as the kernel stores it: version 2, then (tag, rights, identifier) five times.
+constexpr std::string_view readableBy1234("\2\0\0\0\1\0\6\0\xFF\xFF\xFF\xFF\2\0\4\0\xD2\4\0\0\4\0\4\0\xFF\xFF\xFF\xFF"
+                                          "\x10\0\4\0\xFF\xFF\xFF\xFF\x20\0\0\0\xFF\xFF\xFF\xFF",
+                                          44);
 
 std::string attribute(const Path& file, const char* name) {
     std::string value(256, '\0');
-    const auto length = ::getxattr(file.c_str(), name, value.data(), value.size());
-    value.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+    value.resize(static_cast<std::size_t>(std::max(::getxattr(file.c_str(), name, value.data(), 256), ssize_t{0})));
     return value;
 }
 
-bool setAttribute(const Path& file, const char* name, const std::string& value) {
+bool setAttribute(const Path& file, const char* name, std::string_view value) {
     return ::setxattr(file.c_str(), name, value.data(), value.size(), 0) == 0;
 }
 
-struct stat statusOf(const Path& file) {
-    struct stat result {};
-    ::stat(file.c_str(), &result);
-    return result;
+auto ownership(const Path& file) {
+    struct stat status {};
+    ::stat(file.c_str(), &status);
+    return std::tuple(status.st_mode, status.st_uid, status.st_gid, status.st_nlink);
 }
-
-// An access list that lets user 1234 read, as the kernel stores it: version 2, then (tag, rights, identifier).
-const std::string readableBy1234("\x02\0\0\0"
-                                 "\x01\0\x06\0\xFF\xFF\xFF\xFF"
-                                 "\x02\0\x04\0\xD2\x04\0\0"
-                                 "\x04\0\x04\0\xFF\xFF\xFF\xFF"
-                                 "\x10\0\x04\0\xFF\xFF\xFF\xFF"
-                                 "\x20\0\0\0\xFF\xFF\xFF\xFF",
-                                 44);
 
 }
 
 TEST(SafeFile, keepsModeOwnerAccessListAndAttributes) {
-    const TemporaryFolder folder;
-    const auto file = folder / "taches.md";
-    writeBytes(file, "- [ ] Pain\n");
-    ::chmod(file.c_str(), 0640);
-    if (::geteuid() == 0) {
-        EXPECT_EQ(::chown(file.c_str(), 12, 34), 0);
-    }
-    if (!setAttribute(file, "user.note", "à garder") || !setAttribute(file, "system.posix_acl_access", readableBy1234))
+    const SafeFileWorld world;
+    ::chmod(world.file.c_str(), 0640);
+    giveToNobody(world.file);
+    if (!setAttribute(world.file, "user.note", "à garder") || !setAttribute(world.file, accessList, readableBy1234))
         GTEST_SKIP() << "this file system keeps no attributes";
-    const auto old = statusOf(file);
-    EXPECT_TRUE(SafeFile::edit(file, marked, folder / "locks"));
-    const auto now = statusOf(file);
-    EXPECT_NE(now.st_ino, old.st_ino);
-    EXPECT_EQ(std::tuple(now.st_mode, now.st_uid, now.st_gid), std::tuple(old.st_mode, old.st_uid, old.st_gid));
-    EXPECT_EQ(attribute(file, "user.note"), "à garder");
-    EXPECT_EQ(attribute(file, "system.posix_acl_access"), readableBy1234);
+    const auto old = ownership(world.file);
+    EXPECT_EQ(world.failure(), "");
+    EXPECT_EQ(ownership(world.file), old);
+    EXPECT_EQ(attribute(world.file, "user.note"), "à garder");
+    EXPECT_EQ(attribute(world.file, accessList), readableBy1234);
+
+    const SafeFileWorld without;
+    const auto own = ownership(without.file);
+    ASSERT_TRUE(setAttribute(without.list, ofNewFiles, readableBy1234)); // which the file did not get
+    EXPECT_EQ(without.failure(), "");
+    EXPECT_EQ(attribute(without.file, accessList), "");
+    EXPECT_EQ(ownership(without.file), own);
 }
 
-TEST(SafeFile, takesNoAccessListFromTheFolder) {
-    const TemporaryFolder folder;
-    const auto file = folder / "taches.md";
-    writeBytes(file, "- [ ] Pain\n");
-    ::chmod(file.c_str(), 0600);
-    if (!setAttribute(folder.path(), "system.posix_acl_default", readableBy1234))
-        GTEST_SKIP() << "this file system keeps no access lists";
-    EXPECT_TRUE(SafeFile::edit(file, marked, folder / "locks"));
-    EXPECT_EQ(attribute(file, "system.posix_acl_access"), "");
-    EXPECT_EQ(statusOf(file).st_mode & 07777, 0600U);
-}
-
-TEST(SafeFile, keepsHardLinksAndOwnersThatARenameWouldLose) {
-    const TemporaryFolder folder;
-    const auto file = folder / "taches.md", other = folder / "other.md";
-    writeBytes(file, "- [ ] Pain\n");
-    std::filesystem::create_hard_link(file, other);
-    EXPECT_TRUE(SafeFile::edit(file, marked, folder / "locks"));
-    EXPECT_EQ(readBytes(other), "- [ ] Pain\n- [ ] Lait\n");
-    EXPECT_EQ(statusOf(file).st_nlink, 2U);
+TEST(SafeFile, writesInPlaceWhereARenameWouldLoseALinkOrTheOwner) {
+    const SafeFileWorld linked, shared;
+    std::filesystem::create_hard_link(linked.file, linked.list / "other.md");
+    EXPECT_EQ(linked.failure(), "");
+    EXPECT_EQ(readBytes(linked.list / "other.md"), mark + "- [ ] Pain\n");
 
     if (::geteuid() != 0) GTEST_SKIP() << "only root can make a file of somebody else's";
-    const auto shared = folder / "shared/taches.md";
-    std::filesystem::create_directory(folder / "shared");
-    writeBytes(shared, "- [ ] Pain\n");
-    for (const auto& path : {folder.path(), folder / "shared", shared}) ::chmod(path.c_str(), 0777);
-    const auto old = statusOf(shared);
+    for (const auto& path : {shared.folder.path(), shared.list, shared.file}) ::chmod(path.c_str(), 0777);
+    const auto old = ownership(shared.file);
     EXPECT_EQ(inChild([&] {
                   becomeNobody();
-                  return SafeFile::edit(shared, marked, folder / "shared/locks") ? 0 : 1;
+                  return shared.failure() == "" ? 0 : 1;
               }),
               0);
-    const auto now = statusOf(shared);
-    EXPECT_EQ(std::tuple(now.st_ino, now.st_uid, now.st_gid), std::tuple(old.st_ino, old.st_uid, old.st_gid));
-    EXPECT_EQ(readBytes(shared), "- [ ] Pain\n- [ ] Lait\n");
+    EXPECT_EQ(ownership(shared.file), old);
+    EXPECT_EQ(shared.text(), mark + "- [ ] Pain\n");
 }

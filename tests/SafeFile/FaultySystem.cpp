@@ -21,31 +21,23 @@ int struck(const char* name) { return current == nullptr ? 0 : current->strike(n
 }
 
 Fault::Fault(int call, Kind kind) : call_(call), error_(EIO), kind_(kind) { current = this; }
-Fault::Fault(std::string name, std::function<void()> action) : name_(std::move(name)), action_(std::move(action)) {
+Fault::Fault(std::string name, std::function<void()> action, int error)
+    : error_(error), name_(std::move(name)), action_(std::move(action)) {
     current = this;
 }
-Fault::Fault(std::string name, int error) : error_(error), name_(std::move(name)) { current = this; }
 Fault::~Fault() { current = nullptr; }
 
-int Fault::strike(const char* name) {
+int Fault::strike(const std::string& name) {
     const int index = calls_++;
     if (name_ == name) {
-        if (const auto action = std::exchange(action_, nullptr)) {
-            current = nullptr; // the action's own calls are not counted
-            action();
-            current = this;
-        }
+        current = nullptr; // the action's own calls are not counted
+        if (const auto action = std::exchange(action_, nullptr)) action();
+        current = this;
         return error_;
     }
-    switch (kind_) {
-    case Kind::none: return 0;
-    case Kind::once: return index == call_ ? error_ : 0;
-    case Kind::forGood: return index >= call_ ? error_ : 0;
-    case Kind::kill:
-        if (index == call_) ::raise(SIGKILL);
-        return 0;
-    }
-    return 0;
+    if (kind_ == Kind::kill && index == call_) ::raise(SIGKILL);
+    const bool fails = (kind_ == Kind::once && index == call_) || (kind_ == Kind::forGood && index >= call_);
+    return fails ? error_ : 0;
 }
 
 }

@@ -1,5 +1,5 @@
 #include "Tacla/main/CommandLine.h"
-#include "DravelKit/Foundation/SafeFile.h"
+#include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallCalendar.h"
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/TemporaryFolder.h"
@@ -21,17 +21,17 @@ struct User {
 
     explicit User(std::string_view text = "") { writeBytes(file, text); }
 
-    // What a terminal shows, and the exit status.
-    std::string types(std::vector<std::string> arguments) {
+    // What a terminal shows, and the exit status. The arguments are parted by "|".
+    std::string types(std::string_view line) {
         Terminal terminal;
         const auto run = [&](const Module& module, const std::vector<std::string>& all) {
-            std::string call = module.file;
-            for (const auto& argument : all) call += " " + argument;
-            modules.push_back(call);
+            modules.push_back(module.file);
+            for (const auto& argument : all) modules.back() += " " + argument;
             return 7;
         };
+        std::vector<std::string> arguments;
+        for (const auto argument : dravel::split(line, "|", !line.empty())) arguments.emplace_back(argument);
         dravel::UserFolders folders;
-        folders.home = home.path();
         folders.locks = home / "locks";
         const auto noon = dravel::wall::instant({2025, 3, 6, 12, 0});
         const int status = runCommandLine(arguments, terminal, {file.string(), folders, preferences, noon, run});
@@ -40,28 +40,18 @@ struct User {
     std::string text() const { return readBytes(file); }
 };
 
-const std::string usage = "tacla : usage : tacla [list | done <texte> | rename <texte> <nouveau titre> | sync]\n1";
-
 }
 
 TEST(CommandLine, choosesByTheArgumentsAlone) {
     User user;
-    for (const std::vector<std::string>& wrong : {std::vector<std::string>{"LIST"},
-                                                  {""},
-                                                  {"done"},
-                                                  {"rename"},
-                                                  {"rename", "a"},
-                                                  {"rename", "a", "b", "c"},
-                                                  {"--snapshot"},
-                                                  {"--help"}})
-        EXPECT_EQ(user.types(wrong), usage) << ::testing::PrintToString(wrong);
-    EXPECT_EQ(user.types({"list", "extra", "words"}), "0");
+    for (const auto* wrong : {"LIST", "|list", "done", "rename", "rename|a", "rename|a|b|c", "--snapshot", "--help"})
+        EXPECT_EQ(user.types(wrong),
+                  "tacla : usage : tacla [list | done <texte> | rename <texte> <nouveau titre> | sync]\n1");
+    EXPECT_EQ(user.types("list|extra|words"), "0");
     EXPECT_TRUE(user.modules.empty());
-    for (const std::vector<std::string>& desktop :
-         {std::vector<std::string>{}, {"--notify-test"}, {"--snapshot", "a.png", "--dark"}})
-        EXPECT_EQ(user.types(desktop), "7");
-    EXPECT_EQ(user.modules, (std::vector<std::string>{"tacla_desktop.so tacla", "tacla_desktop.so tacla --notify-test",
-                                                      "tacla_desktop.so tacla --snapshot a.png --dark"}));
+    for (const auto* desktop : {"", "--notify-test", "--snapshot|a.png|--dark"}) EXPECT_EQ(user.types(desktop), "7");
+    EXPECT_EQ(user.modules, (std::vector{"tacla_desktop.so tacla"s, "tacla_desktop.so tacla --notify-test"s,
+                                         "tacla_desktop.so tacla --snapshot a.png --dark"s}));
 }
 
 TEST(CommandLine, listsOpenTasksUpToToday) {
@@ -75,24 +65,24 @@ TEST(CommandLine, listsOpenTasksUpToToday) {
               "- [ ] Sans date\n"
               "- [x] Faite · 2025-03-05 · ✅ 2025-03-05\n"
               "Pas une tâche · 2025-03-05\n");
-    EXPECT_EQ(user.types({"list"}), "🟡 ❗ Appeler la banque · 2025-03-06 17:00\n"
-                                    "🟡 Déclarer la TVA · 2025-03-06 (due le 2025-03-03)\n"
-                                    "🔴 Déjà passé · 2025-03-06 11:59\n"
-                                    "🟡 À l'instant · 2025-03-06 12:00\n"
-                                    "🔴 Hier soir · 2025-03-05 23:00 (due le 2025-03-01)\n"
-                                    "0");
+    EXPECT_EQ(user.types("list"), "🟡 ❗ Appeler la banque · 2025-03-06 17:00\n"
+                                  "🟡 Déclarer la TVA · 2025-03-06 (due le 2025-03-03)\n"
+                                  "🔴 Déjà passé · 2025-03-06 11:59\n"
+                                  "🟡 À l'instant · 2025-03-06 12:00\n"
+                                  "🔴 Hier soir · 2025-03-05 23:00 (due le 2025-03-01)\n"
+                                  "0");
 }
 
 TEST(CommandLine, checksTheFirstOpenMatch) {
     User user("- [x] Pain d'hier\n- [ ] Acheter du pain\n- [ ] Pain\r\n- [ ] ❗ Été · 2025-03-06");
-    EXPECT_EQ(user.types({"done", "PAIN"}), "✅ Acheter du pain\n0");
-    EXPECT_EQ(user.types({"done", "pain"}), "✅ Pain\n0");
-    EXPECT_EQ(user.types({"done", "pain"}), "tacla : aucune tâche ouverte ne contient « pain »\n1");
-    EXPECT_EQ(user.types({"done", "ete"}), "tacla : aucune tâche ouverte ne contient « ete »\n1");
-    EXPECT_EQ(user.types({"done", "DU", "Pain"}), "tacla : aucune tâche ouverte ne contient « du pain »\n1");
-    EXPECT_EQ(user.types({"done", ""}), "tacla : aucune tâche ouverte ne contient «  »\n1");
-    EXPECT_EQ(user.types({"done", "\xC3"}), "tacla : aucune tâche ouverte ne contient « \xC3 »\n1");
-    EXPECT_EQ(user.types({"done", "❗", "ÉTÉ"}), "✅ ❗ Été\n0");
+    EXPECT_EQ(user.types("done|PAIN"), "✅ Acheter du pain\n0");
+    EXPECT_EQ(user.types("done|pain"), "✅ Pain\n0");
+    EXPECT_EQ(user.types("done|pain"), "tacla : aucune tâche ouverte ne contient « pain »\n1");
+    EXPECT_EQ(user.types("done|ete"), "tacla : aucune tâche ouverte ne contient « ete »\n1");
+    EXPECT_EQ(user.types("done|DU|Pain"), "tacla : aucune tâche ouverte ne contient « du pain »\n1");
+    EXPECT_EQ(user.types("done|"), "tacla : aucune tâche ouverte ne contient «  »\n1");
+    EXPECT_EQ(user.types("done|\xC3"), "tacla : aucune tâche ouverte ne contient « \xC3 »\n1");
+    EXPECT_EQ(user.types("done|❗|ÉTÉ"), "✅ ❗ Été\n0");
     EXPECT_EQ(user.text(), "- [x] Pain d'hier\n- [x] Acheter du pain · ✅ 2025-03-06\n- [x] Pain\r · ✅ 2025-03-06\n"
                            "- [x] ❗ Été · 2025-03-06 · ✅ 2025-03-06");
 }
@@ -119,7 +109,7 @@ TEST(CommandLine, renamesTheOnlyMatch) {
     };
     for (const auto& [search, title, shown, line] : cases) {
         User user(text);
-        EXPECT_EQ(user.types({"rename", search, title}), shown == "refused" ? refused(user) : shown) << title;
+        EXPECT_EQ(user.types("rename|"s + search + "|" + title), shown == "refused" ? refused(user) : shown) << title;
         EXPECT_EQ(user.text(), line.empty() ? text : line + text.substr(text.find('\n')));
     }
 }
@@ -129,15 +119,15 @@ TEST(CommandLine, carriesARenameToRemindersAndCalendar) {
     const auto bread = TaskFile::hash("pain"), butter = TaskFile::hash("beurre");
     user.preferences.updateNotifiedTasks([&](auto) { return std::vector{bread + "@2025-03-06", "x@2025-03-06"s}; });
     user.preferences.setCalendarSync(true);
-    EXPECT_EQ(user.types({"rename", "pain", "Beurre"}), "✏️ Pain → Beurre\n7");
+    EXPECT_EQ(user.types("rename|pain|Beurre"), "✏️ Pain → Beurre\n7");
     EXPECT_EQ(user.preferences.notifiedTasks(), (std::vector{butter + "@2025-03-06", "x@2025-03-06"s}));
-    EXPECT_EQ(user.types({"sync"}), "7");
+    EXPECT_EQ(user.types("sync"), "7");
     EXPECT_EQ(user.modules,
               (std::vector{"tacla_net.so tacla sync-renamed " + bread + " " + butter, "tacla_net.so tacla sync"s}));
 
     user.preferences.setCalendarSync(false);
-    EXPECT_EQ(user.types({"sync"}), "tacla : la recopie dans Google Agenda est désactivée (Réglages de Tacla)\n1");
-    EXPECT_EQ(user.types({"rename", "lait", "Miel"}), "✏️ Lait → Miel\n0");
+    EXPECT_EQ(user.types("sync"), "tacla : la recopie dans Google Agenda est désactivée (Réglages de Tacla)\n1");
+    EXPECT_EQ(user.types("rename|lait|Miel"), "✏️ Lait → Miel\n0");
     EXPECT_EQ(user.modules.size(), 2U);
 }
 
@@ -145,9 +135,7 @@ TEST(CommandLine, namesTheFileThatItCannotReadOrWrite) {
     User user("- [ ] Caf\xE9\n");
     const auto unreadable = "tacla : " + user.file.string() + " illisible\n1";
     const auto check = [&] {
-        for (const std::vector<std::string>& command :
-             {std::vector<std::string>{"list"}, {"done", "a"}, {"rename", "a", "b"}})
-            EXPECT_EQ(user.types(command), unreadable);
+        for (const auto* command : {"list", "done|a", "rename|a|b"}) EXPECT_EQ(user.types(command), unreadable);
     };
     check();
     std::filesystem::remove(user.file);
@@ -157,8 +145,8 @@ TEST(CommandLine, namesTheFileThatItCannotReadOrWrite) {
 
     User blocked("- [ ] Pain\n");
     writeBytes(blocked.home / "locks", "a file where the folder of the locks should be");
-    EXPECT_EQ(blocked.types({"done", "pain"}), "tacla : impossible d'écrire " + blocked.file.string() + "\n1");
-    EXPECT_EQ(blocked.types({"rename", "pain", "Lait"}),
+    EXPECT_EQ(blocked.types("done|pain"), "tacla : impossible d'écrire " + blocked.file.string() + "\n1");
+    EXPECT_EQ(blocked.types("rename|pain|Lait"),
               "tacla : impossible de renommer dans " + blocked.file.string() + "\n1");
     EXPECT_EQ(blocked.text(), "- [ ] Pain\n");
 }

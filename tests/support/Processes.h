@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 
 namespace tacla::testing {
 
@@ -31,9 +32,12 @@ int inChild(Work work) {
 }
 
 // The tests run as root on build machines, whom no permission stops.
+inline constexpr uid_t nobody = 65534;
 inline void becomeNobody() {
-    constexpr uid_t nobody = 65534;
     if (::geteuid() == 0 && (::setegid(nobody) != 0 || ::seteuid(nobody) != 0)) std::abort();
+}
+inline void giveToNobody(const std::filesystem::path& path) {
+    if (::geteuid() == 0 && ::chown(path.c_str(), nobody, nobody) != 0) std::abort();
 }
 
 inline bool longTests() { return std::getenv("TACLA_LONG_TESTS") != nullptr; }
