@@ -2,8 +2,8 @@
 
 #include <QFile>
 #include <QFontDatabase>
+#include <QFontInfo>
 
-#include <array>
 #include <deque>
 
 static void initResources() { Q_INIT_RESOURCE(dravel_ui); }
@@ -29,7 +29,8 @@ QFont make(const TextStyle& style) {
     QStringList families;
     if (display) families << u"Comfortaa"_s;
     if (hasBrandFont()) families << u"Atkinson Hyperlegible Next"_s;
-    if (families.empty()) families = QFontDatabase::systemFont(QFontDatabase::GeneralFont).families();
+    // The family behind a name like "Sans Serif": what Qt does not know it skips, and the emoji font has digits, too.
+    if (families.empty()) families << QFontInfo(QFontDatabase::systemFont(QFontDatabase::GeneralFont)).family();
     families << u"Noto Color Emoji"_s;
 
     QFont font;
