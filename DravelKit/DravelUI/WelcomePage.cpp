@@ -131,6 +131,7 @@ void WelcomePage::resizeEvent(QResizeEvent* event) {
     const int right = viewport()->width() - (width() - side);
     column_->layout()->setContentsMargins(side, Theme::Space::xl, std::max(right, 0), Theme::Space::xl);
     QScrollArea::resizeEvent(event);
+    column_->layout()->activate(); // in the same frame, when the scroll bar has just gone
 }
 
 void WelcomePage::showEvent(QShowEvent* event) {
