@@ -2,6 +2,7 @@
 
 #include <QObject>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <fstream>
@@ -16,11 +17,21 @@ namespace {
 using std::chrono::nanoseconds;
 using namespace std::chrono_literals;
 
-// The main thread's time on a processor, and in the queue for one.
-nanoseconds computingAndQueueing(const std::string& schedstat) {
+nanoseconds total(const char* pressure) {
+    std::ifstream file(pressure); // "some avg10=0.00 avg60=0.00 avg300=0.00 total=3141007954", in microseconds
+    std::string line;
+    std::getline(file, line);
+    const auto at = line.find("total=");
+    return at == line.npos ? 0ns : std::chrono::microseconds(std::stoll(line.substr(at + 6)));
+}
+
+// Time that is nobody's fault: the thread computed or queued for a processor, or the machine was too busy for somebody
+// whose answer may have been waited for.
+nanoseconds excused(const std::string& schedstat) {
     std::int64_t computing = 0, queueing = 0;
     std::ifstream(schedstat) >> computing >> queueing;
-    return nanoseconds(computing + queueing);
+    const auto busy = total("/proc/pressure/cpu") + total("/proc/pressure/io");
+    return nanoseconds(computing) + std::max(nanoseconds(queueing), busy);
 }
 
 }
@@ -33,7 +44,7 @@ struct Watchdog::Beat {
     void run(const std::stop_token& stop) {
         while (!stop.stop_requested()) {
             const auto sent = std::chrono::steady_clock::now();
-            const auto before = computingAndQueueing(schedstat);
+            const auto before = excused(schedstat);
             answered = false;
             QMetaObject::invokeMethod(
                 &context, [this, sent, before] { answer(sent, before); }, Qt::QueuedConnection);
@@ -43,7 +54,7 @@ struct Watchdog::Beat {
     }
 
     void answer(std::chrono::steady_clock::time_point sent, nanoseconds before) {
-        const auto stoodStill = (std::chrono::steady_clock::now() - sent) - (computingAndQueueing(schedstat) - before);
+        const auto stoodStill = (std::chrono::steady_clock::now() - sent) - (excused(schedstat) - before);
         const auto rounded = std::chrono::duration_cast<std::chrono::milliseconds>(stoodStill);
         if (rounded > longest) {
             longest = rounded;

@@ -2,6 +2,7 @@
 
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/StandardMenu/StandardMenu.h"
+#include "Tacla/MainWindow/Section.h"
 #include "Tacla/Shell/Licences.h"
 
 #include <QGuiApplication>
@@ -73,6 +74,7 @@ void AppDelegate::showWindow(const std::string& activationToken) {
 }
 
 void AppDelegate::showWindowWithoutTray() {
+    if (window_.isShown()) return;
     tray_.askIfShown([this](bool shown) {
         if (!shown) showWindow();
     });
@@ -135,7 +137,11 @@ void AppDelegate::respond(const NotificationServer::Response& response) {
 }
 
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
-    if (activation.action) world_.model.requestSection(activation.action == "new-task" ? "today" : *activation.action);
+    // The launcher's "new-task" wants the page where one is typed; the other actions are named like their pages.
+    if (activation.action == "new-task")
+        world_.model.requestSection("today");
+    else if (activation.action && sectionNamed(*activation.action))
+        world_.model.requestSection(activation.action);
     showWindow(activation.token);
 }
 

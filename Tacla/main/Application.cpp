@@ -57,11 +57,16 @@ bool hasScreen() {
     return !needsDisplay || !environment("DISPLAY").empty() || !environment("WAYLAND_DISPLAY").empty();
 }
 
-// Qt ends the process by abort when the display does not answer; its own words about that are not for users.
-void endWithoutScreen(QtMsgType type, const QMessageLogContext&, const QString&) {
-    if (type != QtFatalMsg) return;
-    complain(noScreen);
-    std::_Exit(EXIT_FAILURE);
+// Qt ends the process by abort when the display does not answer, and tells of its platform in its own words: neither is
+// for users.
+void report(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (type == QtFatalMsg) {
+        complain(noScreen);
+        std::_Exit(EXIT_FAILURE);
+    }
+    const std::string_view category = context.category ? context.category : "";
+    if (category.starts_with("qt.qpa.") || message.startsWith(QLatin1String("QStandardPaths:"))) return;
+    std::fputs((qFormatLogMessage(type, context, message).toStdString() + "\n").c_str(), stderr);
 }
 
 struct Paths {
@@ -78,6 +83,7 @@ struct Paths {
 };
 
 void nameApplication() {
+    qInstallMessageHandler(report);
     QCoreApplication::setApplicationName(QStringLiteral("Tacla"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TACLA_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("fr.dravel.Tacla"));
@@ -144,9 +150,7 @@ int runApplication(int& argc, char** argv) try {
     Bus session(Bus::Kind::session);
     std::optional<WithoutSessionBus> without;
     if (!session.answersWithin(busPatience)) without.emplace();
-    qInstallMessageHandler(endWithoutScreen);
     QApplication application(argc, argv);
-    qInstallMessageHandler(nullptr);
     without.reset();
 
     session.open();

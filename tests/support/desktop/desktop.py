@@ -93,9 +93,9 @@ class Desktop:
     def run(self, command, name="program", **extra):
         """Starts a program inside the desktop; it ends with the desktop."""
         environment = self.env | extra
-        log = open(self.folder / "log" / name, "ab")
-        self.processes[name] = subprocess.Popen(command, env=environment, stdout=log, stderr=log, stdin=subprocess.DEVNULL,
-                                                start_new_session=True)
+        with open(self.folder / "log" / name, "ab") as log:
+            self.processes[name] = subprocess.Popen(command, env=environment, stdout=log, stderr=log,
+                                                    stdin=subprocess.DEVNULL, start_new_session=True)
         return self.processes[name]
 
     def stop(self, name):
@@ -150,12 +150,21 @@ class Desktop:
                       GLib.Variant("(sssav)", ("org.freedesktop.login1.Manager", "PrepareForSleep", "b",
                                                [GLib.Variant("b", asleep)])), self.system)
 
+    def windows(self, program="tacla"):
+        """The numbers of the program's windows and menus on the screen."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", f"^{program}$"], env=self.env,
+                               capture_output=True, text=True)
+        return found.stdout.split()
+
     def picture(self, path):
         subprocess.run(["import", "-silent", "-window", "root", str(path)], env=self.env, check=True)
 
     def connect(self, kind):
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
-        return Gio.DBusConnection.new_for_address_sync(self.env[f"DBUS_{kind}_BUS_ADDRESS"], flags, None, None)
+        try:
+            return Gio.DBusConnection.new_for_address_sync(self.env[f"DBUS_{kind}_BUS_ADDRESS"], flags, None, None)
+        except GLib.Error:
+            return None  # it does not listen yet
 
     def _configure(self, home):
         self._write("bus.conf", BUS.format(kind="session", socket=f"{self.folder}/runtime/bus",
@@ -178,10 +187,10 @@ class Desktop:
 
     def _start_servers(self):
         reading, writing = os.pipe()
-        log = open(self.folder / "log" / "x", "ab")
-        self.processes["x"] = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{self.size}x24", "-nolisten", "tcp", "-noreset"],
-            pass_fds=[writing], stdout=log, stderr=log, stdin=subprocess.DEVNULL, start_new_session=True)
+        with open(self.folder / "log" / "x", "ab") as log:
+            self.processes["x"] = subprocess.Popen(
+                ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{self.size}x24", "-nolisten", "tcp", "-noreset"],
+                pass_fds=[writing], stdout=log, stderr=log, stdin=subprocess.DEVNULL, start_new_session=True)
         os.close(writing)
         with os.fdopen(reading) as pipe:
             number = pipe.readline().strip()
@@ -189,8 +198,7 @@ class Desktop:
         self.env["DISPLAY"] = ":" + number
         for name in ("bus", "system"):
             self.run(["dbus-daemon", f"--config-file={self.folder}/{name}.conf", "--nofork", "--nopidfile"], name)
-            until((self.folder / "runtime" / name).exists, f"the {name} socket")
-        self.session, self.system = self.connect("SESSION"), self.connect("SYSTEM")
+        self.session, self.system = (until(lambda: self.connect(kind), f"the {kind} bus") for kind in ("SESSION", "SYSTEM"))
 
     def _ready(self, part):
         if part == "wm":

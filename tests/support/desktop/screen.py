@@ -69,23 +69,23 @@ class Screen:
         self.bus = Gio.DBusConnection.new_for_address_sync(
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
 
+    def _within(self, widget):
+        try:
+            if "showing" not in widget.states:
+                return
+            yield widget
+            for kid in widget.children:
+                yield from self._within(kid)
+        except GLib.Error:
+            return  # it went away meanwhile
+
     def widgets(self):
         """Everything of the program that shows, in the order of the tree."""
-        def walk(widget):
-            try:
-                if "showing" not in widget.states:
-                    return
-                yield widget
-                for kid in widget.children:
-                    yield from walk(kid)
-            except GLib.Error:
-                return  # it went away meanwhile
-
         for program in Widget(self.bus, ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")).children:
             try:
                 if program.name.lower() == self.program:
                     for window in program.children:
-                        yield from walk(window)
+                        yield from self._within(window)
             except GLib.Error:
                 continue
 
@@ -104,8 +104,21 @@ class Screen:
     def wait_gone(self, name, role=""):
         until(lambda: not self.find(name, role), f"{name!r} to leave the screen")
 
+    def inside(self, name, wanted):
+        """The widget of that name within the one of the other name: the menu button of a task's row."""
+        def find():
+            whole = self.find(name)
+            return whole and next((w for w in self._within(whole) if w.name == wanted), None)
+        return until(find, f"{wanted!r} in {name!r}")
+
     def press(self, name, role=""):
         self.wait(name, role).press()
+
+    def check(self, name, on):
+        """Toggles a switch unless it stands as wanted."""
+        switch = self.wait(name, "check box")
+        if ("checked" in switch.states) != on:
+            switch.press()
 
     def key(self, *keys):
         """Real keys, to the window that has the focus."""

@@ -1,0 +1,82 @@
+"""Reminders through the notification daemon, answered there."""
+import datetime
+
+from story import Bubbles, Story, day, main, until
+
+
+class Reminders(Story):
+    tasks = f"- [ ] ❗ R&D <b> · {day()} 00:00 · due {day(-3)}\n- [ ] Pain · {day()} 00:00\n- [ ] Hier · {day(-1)} 10:00\n"
+
+    def setUp(self):
+        super().setUp()
+        self.bubbles = Bubbles(self.desktop)
+
+    def test_is_shown_as_written_and_checked_with_fait(self):
+        self.launch()
+        bubble = self.bubbles.wait("R&D <b>")
+        self.assertEqual(bubble["body"], f"Prévue à 00:00 · prioritaire · due le {day(-3)[8:]}/{day(-3)[5:7]}")
+        self.assertEqual(bubble["actions"][2:], ["DONE", "Fait", "TOMORROW", "Demain"])
+        self.assertEqual(bubble["hints"]["desktop-entry"], "fr.dravel.Tacla")
+        self.bubbles.answer("R&D <b>", "Fait")
+        self.until_file(f"- [x] ❗ R&D <b> · {day()} 00:00 · due {day(-3)} · ✅ {day()}", f"- [ ] Pain · {day()} 00:00",
+                        f"- [ ] Hier · {day(-1)} 10:00")
+        until(lambda: bubble["id"] in self.bubbles.closed, "the bubble to close")
+
+    def test_moves_a_task_with_demain_after_it_was_renamed(self):
+        self.launch()
+        self.bubbles.wait("Pain")
+        self.assertEqual(self.run_tacla("rename", "Pain", "Pain bis").returncode, 0)
+        until(lambda: "00:00  Pain bis" in self.tray.labels(), "the new title")
+        self.bubbles.answer("R&D <b>", "Demain")
+        until(lambda: f"- [ ] ❗ R&D <b> · {day(1)} 00:00 · due {day(-3)}\n" in self.file.read_text(), "the new day")
+
+    def test_rings_at_its_moment_once(self):
+        self.launch()
+        self.bubbles.wait("Pain")
+        soon = datetime.datetime.now() + datetime.timedelta(minutes=1)
+        with open(self.file, "a") as file:
+            file.write(f"- [ ] Bientôt · {soon:%Y-%m-%d %H:%M}\n")
+        bubble = until(lambda: [b for b in self.bubbles.shown if b["summary"] == "Bientôt"], "the reminder", 75)[0]
+        self.assertEqual(bubble["body"], f"Prévue à {soon:%H:%M}")
+        self.desktop.sleep_and_wake()
+        self.desktop.restart("notify")
+        self.run_tacla("done", "Pain")
+        self.until_menu("(En retard)")
+        self.assertEqual(sorted(b["summary"] for b in self.bubbles.shown), ["Bientôt", "Pain", "R&D <b>"])
+
+    def test_opens_the_window_when_clicked(self):
+        self.launch()
+        self.bubbles.answer("Pain", "Ouvrir")
+        self.screen.wait("Nouvelle tâche")
+
+    def test_survives_a_daemon_that_starts_anew(self):
+        self.launch()
+        self.bubbles.wait("Pain")
+        self.desktop.restart("notify")
+        with open(self.file, "a") as file:
+            file.write(f"- [ ] Après · {day()} 00:01\n")
+        self.bubbles.answer("Après", "Fait")
+        until(lambda: f"- [x] Après · {day()} 00:01 · ✅ {day()}\n" in self.file.read_text(), "the checked task")
+
+    def test_can_be_tried_from_a_terminal(self):
+        done = self.run_tacla("--notify-test")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self.assertEqual(self.bubbles.wait("Notification d'essai")["body"], "L'icône du castor doit apparaître à gauche.")
+
+
+class NoDaemon(Story):
+    without = ("notify",)
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+
+    def test_holds_nothing_up_and_rings_when_one_comes(self):
+        done = self.run_tacla("--notify-test")
+        self.assertEqual((done.returncode, done.stderr), (0, "Aucun service de notification ne répond.\n"))
+        self.launch()
+        self.until_menu("(En retard)", "00:00  Pain")
+        bubbles = Bubbles(self.desktop)
+        self.desktop.start("notify")
+        self.assertEqual(bubbles.wait("Pain")["body"], "Prévue à 00:00")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,88 @@
+"""How the application starts: the first time, a second time, without a display, without buses, off screen."""
+import os
+import pathlib
+import socket
+import subprocess
+import tempfile
+import unittest
+
+from story import TACLA, Bubbles, Story, day, main, until
+
+
+class FirstStart(Story):
+    welcomed = False
+
+    def test_welcomes_and_makes_a_list(self):
+        self.launch(PATH=f"{self.desktop.folder}/bin:/usr/bin:/bin")
+        self.screen.press("C'est parti")
+        self.screen.wait("Nouvelle tâche")
+        self.assertIn("## À faire\n", self.file.read_text())
+        self.assertIn('"onboardingDone": true', (self.home / ".config/fr.dravel.Tacla/preferences.json").read_text())
+        self.assertEqual(os.readlink(self.home / ".local/bin/tacla"), os.path.realpath(TACLA))
+
+
+class Twice(Story):
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_the_second_shows_the_first_ones_window_and_ends(self):
+        self.launch()
+        self.tray.wait()
+        second = self.run_tacla()
+        self.assertEqual((second.returncode, second.stderr), (0, ""))
+        self.screen.wait("Nouvelle tâche")
+        self.until_menu("(Aujourd'hui)", "Pain")
+
+
+class NoDisplay(unittest.TestCase):
+    def test_is_said_in_a_sentence(self):
+        for display in ({}, {"DISPLAY": ":4242"}, {"DISPLAY": ""}):
+            with self.subTest(display):
+                done = subprocess.run([TACLA], env={"PATH": os.environ["PATH"], "HOME": "/nowhere"} | display,
+                                      capture_output=True, text=True, timeout=60)
+                self.assertEqual((done.returncode, done.stdout), (1, ""))
+                self.assertEqual(done.stderr, "tacla : pas d'écran : l'application ne s'ouvre que dans une session de "
+                                              "bureau\n")
+
+
+class WithoutBuses(Story):
+    without = ("a11y", "secrets", "notify", "logind", "panel")
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_the_window_opens_at_once(self):
+        nobody = f"unix:path={self.desktop.folder}/nobody"
+        self.launch(DBUS_SESSION_BUS_ADDRESS=nobody, DBUS_SYSTEM_BUS_ADDRESS=nobody)
+        until(self.desktop.windows, "the window")
+
+    def test_a_silent_bus_holds_nothing_up(self):
+        path = f"{self.desktop.folder}/silent"
+        with socket.socket(socket.AF_UNIX) as silent:
+            silent.bind(path)
+            silent.listen(10)
+            self.launch(DBUS_SESSION_BUS_ADDRESS=f"unix:path={path}", DBUS_SYSTEM_BUS_ADDRESS=f"unix:path={path}")
+            until(self.desktop.windows, "the window")
+
+
+class Snapshot(unittest.TestCase):
+    def snapshot(self, folder, *arguments):
+        tasks = pathlib.Path(folder) / "taches.md"
+        tasks.write_text(f"- [ ] Pain · {day()}\n- [ ] مهمة {'très long ' * 1000} 🎉 · {day()}\n")
+        return subprocess.run([TACLA, "--snapshot", *arguments], capture_output=True, text=True, timeout=60,
+                              env={"PATH": os.environ["PATH"], "HOME": folder, "TACLA_FILE": str(tasks)})
+
+    def test_draws_the_window_without_any_session(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for name, arguments, magic in (("clair.png", (), b"\x89PNG"), ("sombre.jpg", ("--dark",), b"\xff\xd8\xff")):
+                picture = pathlib.Path(folder) / name
+                done = self.snapshot(folder, str(picture), *arguments)
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+                self.assertEqual(picture.read_bytes()[:len(magic)], magic)
+
+    def test_says_why_it_cannot_write(self):
+        with tempfile.TemporaryDirectory() as folder:
+            done = self.snapshot(folder, "/nowhere/image.png")
+            self.assertEqual((done.returncode, done.stdout), (1, ""))
+            self.assertRegex(done.stderr, r"^tacla : impossible d'écrire /nowhere/image\.png : .+\n$")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,90 @@
+"""What the end-to-end stories share: the program in a desktop of its own, a task file, and the day's dates."""
+import datetime
+import os
+import pathlib
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+
+from desktop import Bubbles, Desktop, Screen, Tray, until  # noqa: E402
+
+TACLA = os.environ["TACLA"]
+
+
+def day(offset=0):
+    return (datetime.date.today() + datetime.timedelta(offset)).isoformat()
+
+
+def short(offset=0):
+    return day(offset)[8:] + "/" + day(offset)[5:7]
+
+
+class Story(unittest.TestCase):
+    """A desktop, and in it the application with the task file of the story, past its welcome."""
+
+    maxDiff = None
+    without = ()
+    welcomed = True
+    tasks = ""
+
+    @classmethod
+    def setUpClass(cls):
+        os.environ["TZ"] = "Europe/Paris"
+        # A story that saw midnight would speak of two days.
+        until(lambda: datetime.datetime.now().strftime("%H:%M") < "23:57", "the end of the day", 200)
+
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop(self.without))
+        self.home = self.desktop.folder / "home"
+        self.file = self.home / "Documents" / "Tacla" / "taches.md"
+        self.file.parent.mkdir()
+        if self.tasks:
+            self.file.write_text(self.tasks)
+        if self.welcomed:
+            settings = self.home / ".config" / "fr.dravel.Tacla"
+            settings.mkdir()
+            (settings / "preferences.json").write_text('{"onboardingDone": true}')
+        self.tray, self.screen = Tray(self.desktop), Screen(self.desktop) if "a11y" not in self.without else None
+
+    def launch(self, **environment):
+        """Starts the application, which must be running still when the story ends."""
+        stalls = self.desktop.folder / "stalls"
+        program = self.desktop.run([TACLA], "tacla", TACLA_WATCHDOG=str(stalls), **environment)
+        self.addCleanup(self.report, stalls)
+        return program
+
+    def open_window(self):
+        self.tray.click("Ouvrir Tacla…")
+        return self.screen.wait("Nouvelle tâche")
+
+    def report(self, stalls):
+        """What the program said, and how long its main thread ever stood still."""
+        said = self.desktop.log("tacla")
+        self.assertEqual(said, "", "the application has nothing to say to a terminal")
+        stood_still = int(stalls.read_text().split()[0]) if stalls.exists() else 0
+        self.assertLessEqual(stood_still, 50, "the main thread waited for something")
+
+    def run_tacla(self, *arguments, **environment):
+        """Runs a command of the terminal tool to its end."""
+        return subprocess.run([TACLA, *arguments], env=self.desktop.env | environment, capture_output=True, text=True,
+                              timeout=60)
+
+    def until_file(self, *lines):
+        wanted = "\n".join(lines) + "\n"
+        try:
+            until(lambda: self.file.exists() and self.file.read_text() == wanted, "the file")
+        except AssertionError:
+            self.assertEqual(self.file.read_text(), wanted)
+
+    def until_menu(self, *lines):
+        """Waits until the tray menu begins with these lines."""
+        try:
+            until(lambda: self.tray.labels()[:len(lines)] == list(lines), "the menu")
+        except AssertionError:
+            self.assertEqual(self.tray.labels()[:len(lines)], list(lines))
+
+
+def main():
+    unittest.main(verbosity=2)

@@ -1,0 +1,69 @@
+"""The tray: its icon, its menu, and panels that come late or start anew."""
+from story import Story, day, main, short, until
+
+PROGRAM = ["-", "Ouvrir Tacla…", "Ouvrir la liste", "-", "Quitter Tacla"]
+
+
+class Menu(Story):
+    tasks = (f"- [ ] R&D <b>note_1</b> · {day()}\n- [ ] Visio · {day(1)} 09:05\n- [ ] Loyer · {day(-1)} 14:00\n"
+             "- [ ] Un jour\n")
+
+    def test_shows_the_day_and_checks_what_is_clicked(self):
+        self.launch()
+        self.until_menu("(En retard)", f"{short(-1)}  Loyer", "-", "(Aujourd'hui)", "R&D <b>note_1</b>", "-", "À venir",
+                        "> demain 09:05  Visio", *PROGRAM)
+        self.assertEqual(self.tray.tooltip(), "Tacla · 2 à faire")
+        self.assertEqual(self.tray.property("XAyatanaLabel"), " 2")
+
+        self.tray.click("R&D <b>note_1</b>")
+        self.until_file(f"- [x] R&D <b>note_1</b> · {day()} · ✅ {day()}", f"- [ ] Visio · {day(1)} 09:05",
+                        f"- [ ] Loyer · {day(-1)} 14:00", "- [ ] Un jour")
+        self.until_menu("(En retard)", f"{short(-1)}  Loyer", "-", "(Aujourd'hui)", "[x] R&D <b>note_1</b>")
+        self.tray.click("R&D <b>note_1</b>")
+        self.tray.click(f"{short(-1)}  Loyer")
+        self.until_file(f"- [ ] R&D <b>note_1</b> · {day()}", f"- [ ] Visio · {day(1)} 09:05",
+                        f"- [x] Loyer · {day(-1)} 14:00 · ✅ {day()}", "- [ ] Un jour")
+        self.until_menu("(Aujourd'hui)", "R&D <b>note_1</b>")
+
+    def test_follows_an_editor(self):
+        self.launch()
+        self.until_menu("(En retard)")
+        icon = self.tray.property("IconPixmap")
+        self.file.write_text("")
+        self.until_menu("(Aujourd'hui)", "(Rien de prévu)", *PROGRAM)
+        self.assertEqual(self.tray.tooltip(), "Tacla · tout est coché")
+        self.assertEqual(self.tray.property("XAyatanaLabel"), "")
+        self.assertNotEqual(self.tray.property("IconPixmap"), icon)
+
+    def test_opens_the_list_and_quits(self):
+        program = self.launch()
+        self.tray.click("Ouvrir la liste")
+        until(self.desktop.opened, "the editor")
+        self.assertEqual(self.desktop.opened(), [self.file.as_uri()])
+        self.tray.click("Quitter Tacla")
+        self.assertEqual(program.wait(20), 0)
+
+
+class Panel(Story):
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_that_starts_anew_gets_the_icon_back(self):
+        self.launch()
+        self.tray.wait()
+        self.desktop.restart("panel")
+        self.until_menu("(Aujourd'hui)", "Pain")
+
+
+class LatePanel(Story):
+    without = ("panel",)
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_finds_the_window_open_and_gets_the_icon(self):
+        self.launch()
+        self.screen.wait("Nouvelle tâche")
+        self.desktop.start("panel")
+        self.until_menu("(Aujourd'hui)", "Pain")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,138 @@
+"""The window: tasks are added, checked, postponed, edited and deleted in it, and it follows the file."""
+from story import Story, day, main, short, until
+
+
+class Tasks(Story):
+    tasks = f"# Ma liste\n\n- [ ] Pain · {day()}\n- [ ] Loyer · {day(-2)} 14:00\n"
+
+    def rest(self, *lines):
+        return ("# Ma liste", "", *lines)
+
+    def choose(self, task, entry):
+        """Opens the menu of an open task's row and takes an entry, with the keys."""
+        entries = ["Reporter à demain", "Reporter à lundi", "Reporter d'une semaine", "Cocher", "Modifier", "Supprimer"]
+        self.screen.inside(task, "Modifier, reporter ou supprimer").press()
+        until(lambda: len(self.desktop.windows()) == 2, "the menu")
+        self.screen.key(*["Down"] * (entries.index(entry) + 1), "Return")
+
+    def test_adds_what_is_typed(self):
+        self.launch()
+        self.open_window().type("  Appeler « R&D » 🎉 ")
+        self.screen.press("Prioritaire")
+        self.screen.press("Demain")
+        self.screen.press("Ajouter")
+        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00",
+                                   f"- [ ] ❗ Appeler « R&D » 🎉 · {day(1)}"))
+        until(lambda: self.screen.wait("Nouvelle tâche").text == "", "an empty field")
+        self.screen.press("Ajouter")
+        self.screen.press("À venir", "list item")
+        self.screen.wait("Appeler « R&D » 🎉")
+
+    def test_checks_and_unchecks(self):
+        self.launch()
+        self.open_window()
+        self.screen.press("Cocher Pain")
+        self.until_file(*self.rest(f"- [x] Pain · {day()} · ✅ {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+        self.screen.press("Décocher Pain")
+        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+
+    def test_postpones_from_a_row(self):
+        self.launch()
+        self.open_window()
+        self.choose("Loyer", "Reporter à demain")
+        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(1)} 14:00 · due {day(-2)}"))
+        self.screen.inside("Ensuite", "Loyer")
+        self.assertIsNone(self.screen.find("En retard", "label"))
+
+    def test_edits_a_title_and_deletes_a_task(self):
+        self.launch()
+        self.open_window()
+        self.choose("Pain", "Modifier")
+        self.screen.wait("Titre de la tâche").type("Pain complet")
+        self.screen.press("Enregistrer")
+        self.until_file(*self.rest(f"- [ ] Pain complet · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+        self.choose("Loyer", "Supprimer")
+        self.until_file(*self.rest(f"- [ ] Pain complet · {day()}"))
+
+    def test_keeps_an_edit_in_progress_while_the_file_changes(self):
+        self.launch()
+        self.open_window()
+        self.choose("Pain", "Modifier")
+        self.screen.wait("Titre de la tâche").type("Pain de mie")
+        self.file.write_text(self.file.read_text() + f"- [ ] Nouveau · {day()}\n")
+        self.screen.wait("Nouveau")
+        self.assertEqual(self.screen.wait("Titre de la tâche").text, "Pain de mie")
+        self.screen.press("Enregistrer")
+        self.until_file(*self.rest(f"- [ ] Pain de mie · {day()}", f"- [ ] Loyer · {day(-2)} 14:00",
+                                   f"- [ ] Nouveau · {day()}"))
+
+    def test_tells_of_a_list_that_cannot_be_read_and_recovers(self):
+        self.launch()
+        self.open_window()
+        self.file.rename(self.file.with_suffix(".old"))
+        self.screen.wait("Liste illisible")
+        self.screen.wait("Pain")
+        self.file.with_suffix(".old").rename(self.file)
+        self.screen.wait_gone("Liste illisible")
+
+
+class Menus(Story):
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_answer_to_their_keys(self):
+        program = self.launch()
+        field = self.open_window()
+        field.type("Pain")
+        field.focus()
+        self.screen.key("ctrl+a", "ctrl+c", "ctrl+v", "ctrl+v")
+        until(lambda: field.text == "PainPain", "the pasted text")
+        self.screen.key("ctrl+z")
+        until(lambda: field.text == "Pain", "the text before")
+        self.screen.key("ctrl+comma")
+        self.screen.wait("Changer de fichier")
+        self.screen.key("ctrl+w")
+        self.screen.wait_gone("Changer de fichier")
+        self.tray.activate()
+        self.screen.wait("Changer de fichier")
+        self.screen.key("ctrl+q")
+        self.assertEqual(program.wait(20), 0)
+
+
+class Settings(Story):
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def open_settings(self):
+        self.open_window()
+        self.screen.press("Réglages", "list item")
+
+    def test_switches_take_effect(self):
+        self.launch()
+        self.open_settings()
+        entry = self.home / ".config/autostart/fr.dravel.Tacla.desktop"
+        until(entry.exists, "the entry that opens the program at login")
+        self.screen.check("Ouvrir Tacla à l'ouverture de session", False)
+        until(lambda: not entry.exists(), "the entry to go")
+        self.screen.check("Ouvrir Tacla à l'ouverture de session", True)
+        until(entry.exists, "the entry to come back")
+
+        self.assertNotIn("Ouvrir l'agenda", self.tray.labels())
+        self.screen.check("Recopier les tâches dans l'agenda", True)
+        until(lambda: "Ouvrir l'agenda" in self.tray.labels(), "the agenda in the menu")
+        self.tray.click("Ouvrir l'agenda")
+        until(lambda: self.desktop.opened() == ["https://calendar.google.com/calendar/r"], "the browser")
+
+    def test_another_file_is_chosen(self):
+        other = self.home / "Documents" / "autre liste.md"
+        other.write_text(f"- [ ] Ailleurs · {day()}\n")
+        self.launch()
+        self.open_settings()
+        self.screen.press("Choisir un autre fichier")
+        self.screen.wait("Choisir", "push button")
+        self.screen.find("File name:", "text").type(str(other)) if self.screen.find("File name:", "text") else None
+        self.screen.press("Choisir", "push button")
+        self.until_menu("(Aujourd'hui)", "Ailleurs")
+        self.assertEqual(self.run_tacla("list").stdout, f"🟡 Ailleurs · {day()}\n")
+
+
+if __name__ == "__main__":
+    main()
