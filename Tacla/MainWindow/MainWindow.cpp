@@ -7,7 +7,6 @@
 #include "Tacla/Preferences/Preferences.h"
 
 #include <QCloseEvent>
-#include <QMenuBar>
 #include <QScreen>
 #include <QWindow>
 
@@ -37,7 +36,7 @@ MainWindow::MainWindow(AppModel& model, Preferences& preferences, const DesktopA
 // The size that the user left, else the content's first size, centred. The menu bar is there by now.
 void MainWindow::takeFirstSize() {
     if (std::exchange(sized_, true)) return;
-    const int menuHeight = menuBar()->sizeHint().height();
+    const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0;
     if (const auto last = preferences_.windowSize()) return resize(last->width, last->height);
     const auto free = screen()->availableGeometry();
     const QSize whole = QSize(firstContent.width(), firstContent.height() + menuHeight).boundedTo(free.size());

@@ -79,6 +79,7 @@ void settle(int milliseconds) {
 }
 
 void drawStates(const fs::path& folder) {
+    dravel::setAppearance(dravel::Appearance::Light);
     Studio studio(sample);
     MainView view(studio.world.model, actions(), [&] { return studio.world.loop.now(); });
     view.resize(980, 1400);

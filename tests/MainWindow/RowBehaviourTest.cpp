@@ -18,7 +18,18 @@ namespace {
 
 using testing::WindowWorld;
 
-const QList<QAction*> menuOf(WindowWorld& window, std::string_view title) {
+// The stops of the Tab key from the one that has focus to the last one named. A date has three parts but is one stop.
+std::string stopsUntil(WindowWorld& window, const std::string& last) {
+    std::string path;
+    for (int i = 0; i < 30; ++i) {
+        if (!path.ends_with(window.focused() + ", ")) path += window.focused() + ", ";
+        if (window.focused() == last) break;
+        window.press(Qt::Key_Tab);
+    }
+    return path;
+}
+
+QList<QAction*> menuOf(WindowWorld& window, std::string_view title) {
     QTest::mouseClick(window.row(title).findChild<QWidget*>(QStringLiteral("menu")), Qt::LeftButton);
     return window.row(title).findChild<QMenu*>()->actions();
 }
@@ -110,14 +121,9 @@ TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {
 TEST(TaskColumn, IsWalkedThroughByKeyboard) {
     WindowWorld window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n- [ ] Devis · 2026-11-25\n");
     window.control<dravel::TextField>("add.title").setFocus(Qt::TabFocusReason);
-    std::string path;
-    for (int i = 0; i < 20; ++i) {
-        if (!path.ends_with(window.focused() + ", ")) path += window.focused() + ", "; // the date has three parts
-        window.press(Qt::Key_Tab);
-        if (window.focused() == "add.title") break;
-    }
-    EXPECT_EQ(path, "add.title, add.today, add.tomorrow, add.monday, add.date, add.hasTime, add.strong, add.button, "
-                    "Pain check, Pain menu, Vin check, Vin menu, Devis check, Devis menu, section.today, ");
+    EXPECT_EQ(stopsUntil(window, "section.today"),
+              "add.title, add.today, add.tomorrow, add.monday, add.date, add.hasTime, add.strong, add.button, "
+              "Pain check, Pain menu, Vin check, Vin menu, Devis check, Devis menu, section.today, ");
     window.column().focusRow(0, TaskRow::Stop::menu, Qt::TabFocusReason);
     window.press(Qt::Key_Down);
     window.press(Qt::Key_Down);
@@ -132,6 +138,17 @@ TEST(TaskColumn, IsWalkedThroughByKeyboard) {
     window.press(Qt::Key_Tab);
     window.press(Qt::Key_F10, Qt::ShiftModifier);
     EXPECT_NE(window.row("Pain").findChild<QMenu*>(), nullptr);
+}
+
+TEST(TaskEditor, IsWalkedThroughByKeyboard) {
+    WindowWorld window("- [ ] Pain · 2026-11-24 18:00\n- [ ] Vin · 2026-11-24 18:00\n");
+    window.row("Pain").startEditing();
+    EXPECT_EQ(stopsUntil(window, "Vin check"), "editor.title, editor.date, editor.hasTime, editor.time, editor.cancel, "
+                                               "editor.save, Vin check, ");
+    window.press(Qt::Key_Backtab);
+    EXPECT_EQ(window.focused(), "editor.save");
+    window.press(Qt::Key_Escape);
+    EXPECT_FALSE(window.row("Pain").isEditing());
 }
 
 TEST(TaskColumn, BuildsOnlyTheRowsInViewOfALongList) {

@@ -1,3 +1,4 @@
+#include "DravelKit/Foundation/FileError.h"
 #include "Tacla/MainWindow/HeadlessSnapshot.h"
 #include "Tacla/MainWindow/MainWindowController.h"
 #include "tests/MainWindow/WindowWorld.h"
@@ -23,6 +24,8 @@ TEST(MainView, ShowsEachPageWithItsTasks) {
     EXPECT_EQ(window.shown(), "Devis [demain]\nUn jour\n");
     window.page(Section::done);
     EXPECT_EQ(window.shown(), "Colis [aujourd'hui]\n");
+    window.press(Qt::Key_2, Qt::ControlModifier);
+    EXPECT_EQ(window.view->section(), Section::late);
 }
 
 TEST(MainView, GoesToTheRequestedSectionOnce) {
@@ -92,7 +95,13 @@ TEST(HeadlessSnapshot, WritesAPictureOfTheFormatThatThePathNames) {
     EXPECT_EQ(dark.size(), QSize(1960, 1440));
     EXPECT_EQ(dark.pixelColor(1000, 10), QColor(0x13, 0x19, 0x27));
     EXPECT_EQ(png.pixelColor(500, 5), QColor(0xF5, 0xF5, 0xF5));
-    EXPECT_THROW(saveSnapshot(world.model, {}, folder / "nowhere" / "a.png"), dravel::FileError);
+    try {
+        saveSnapshot(world.model, {}, folder / "nowhere" / "a.png");
+        FAIL() << "there is no such folder";
+    } catch (const dravel::FileError& error) {
+        EXPECT_EQ(error.code, ENOENT);
+        EXPECT_EQ(error.path, folder / "nowhere" / "a.png");
+    }
 }
 
 }

@@ -22,8 +22,7 @@ using namespace Qt::StringLiterals;
 QWidget* TaskRow::lastControl() const { return editor_ ? editor_->stops().back() : menuButton_; }
 
 void TaskRow::focus(Stop stop, Qt::FocusReason reason) {
-    if (editor_) return editor_->stops().front()->setFocus(reason);
-    (stop == Stop::check ? static_cast<QWidget*>(check_) : menuButton_)->setFocus(reason);
+    (stop == Stop::check ? static_cast<QWidget*>(check_) : lastControl())->setFocus(reason);
 }
 
 std::optional<TaskRow::Stop> TaskRow::focusedStop() const {
