@@ -20,6 +20,7 @@ int runModule(const Module& module, const std::filesystem::path& folder, std::ve
     if (entry == nullptr) return terminal.fail("impossible de charger " + path.string() + " : " + ::dlerror());
 
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (auto& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
     return reinterpret_cast<int (*)(int, char**)>(entry)(static_cast<int>(arguments.size()), argv.data());
