@@ -26,12 +26,16 @@ class SignIn(Story):
         with urllib.request.urlopen(self.base + path, timeout=20) as answer:
             return json.load(answer)
 
+    def events(self):
+        calendars = self.ask("/control/state?calendars").values()
+        return sorted(event["summary"] for calendar in calendars for event in calendar["events"].values())
+
     def browse(self):
         """What the user reads in the browser at the end of the redirects."""
         self.launch(TACLA_GOOGLE_BASE=self.base)
         self.open_window()
         self.screen.press("Réglages", "list item")
-        self.screen.press("Se connecter…")
+        self.screen.press("Se connecter à Google")
         (address,) = until(self.desktop.opened, "the browser to be opened")
         profile = f"--user-data-dir={self.desktop.folder}/browser"
         return subprocess.run([*BROWSER, profile, address], env=self.desktop.env, capture_output=True, text=True,
@@ -42,17 +46,14 @@ class SignIn(Story):
         page = self.browse()
         self.assertIn("C'est connecté", page)
         self.screen.wait("Connecté à votre compte Google.")
-        events = until(lambda: [event["summary"] for calendar in self.ask("/control/state?calendars").values()
-                                for event in calendar["events"].values()], "the events")
-        until(lambda: len(self.ask("/control/state?calendars")) == 1, "one calendar")
-        self.assertLessEqual(set(events), {"Pain", "Loyer"})
+        until(lambda: self.events() == ["Loyer", "Pain"], "the dated tasks in the calendar")
         self.assertIn("Ouvrir l'agenda", self.tray.labels())
         self.assertEqual(self.run_tacla("sync", TACLA_GOOGLE_BASE=self.base).stdout, "+0 ~0 -0\n")
 
     def test_a_refusal_says_so_in_both_places(self):
         self.stand_in("refuse")
         self.assertIn("Vous avez refusé l'accès à votre agenda.", self.browse())
-        self.screen.wait("Se connecter…")
+        self.screen.wait("Se connecter à Google")
         self.assertEqual(self.ask("/control/state?calendars"), {})
 
 
