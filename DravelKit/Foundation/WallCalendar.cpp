@@ -1,66 +1,44 @@
 #include "DravelKit/Foundation/WallCalendar.h"
 
-#include <unicode/calendar.h>
-#include <unicode/gregocal.h>
-#include <unicode/smpdtfmt.h>
-
 #include <sys/stat.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 #include <mutex>
-#include <stdexcept>
+#include <optional>
 #include <tuple>
 
+// The C library's zones, not those built into ICU: the system's own data follow each change of a country's rules, and
+// every other clock on the screen goes by them. Nor has a program that reads the time to load ICU's.
 namespace dravel::wall {
 
 namespace {
 
-// Counts the changes of the system's zone, so that each thread knows when its calendar is out of date.
-std::atomic<unsigned> zoneGeneration{0};
+using std::chrono::seconds;
 
-void check(UErrorCode status) {
-    if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
+std::tm localTime(seconds sinceEpoch) {
+    const std::time_t time = sinceEpoch.count();
+    std::tm local{};
+    ::localtime_r(&time, &local);
+    return local;
 }
 
-std::unique_ptr<icu::GregorianCalendar> makeCalendar(std::unique_ptr<icu::TimeZone> zone) {
-    UErrorCode status = U_ZERO_ERROR;
-    auto calendar = std::make_unique<icu::GregorianCalendar>(zone.release(), icu::Locale::getRoot(), status);
-    check(status);
-    calendar->setGregorianChange(-8.64e15, status); // proleptic: no Julian days
-    check(status);
-    calendar->setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
-    calendar->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
-    return calendar;
+seconds offsetAt(seconds sinceEpoch) { return seconds(localTime(sinceEpoch).tm_gmtoff); }
+
+std::chrono::sys_days dayOf(std::int64_t year, std::int64_t month, std::int64_t day) {
+    const auto first = std::chrono::year(static_cast<int>(year)) / static_cast<int>(month) / 1;
+    return std::chrono::sys_days(first) + std::chrono::days(day - 1);
 }
 
-// A calendar is costly to make and not thread-safe: one a thread, made anew when the zone changed.
-icu::GregorianCalendar& localCalendar() {
-    thread_local std::unique_ptr<icu::GregorianCalendar> calendar;
-    thread_local unsigned generation = 0;
-    if (!calendar || generation != zoneGeneration) {
-        generation = zoneGeneration;
-        calendar = makeCalendar(std::unique_ptr<icu::TimeZone>(icu::TimeZone::createDefault()));
+// The first second from `low` (before the change) to `high` (after it) at which the offset is another.
+seconds changeOfOffset(seconds low, seconds high) {
+    const auto before = offsetAt(low);
+    while (high - low > seconds(1)) {
+        const auto middle = low + (high - low) / 2;
+        (offsetAt(middle) == before ? low : high) = middle;
     }
-    return *calendar;
-}
-
-UDate millisecondsIn(icu::GregorianCalendar& calendar, const Reading& reading) {
-    UErrorCode status = U_ZERO_ERROR;
-    calendar.clear();
-    calendar.set(static_cast<int>(reading.year), static_cast<int>(reading.month) - 1, static_cast<int>(reading.day),
-                 static_cast<int>(reading.hour), static_cast<int>(reading.minute), 0);
-    const auto milliseconds = calendar.getTime(status);
-    check(status);
-    return milliseconds;
-}
-
-// Dates without a zone: noon in Greenwich.
-UDate noon(std::int64_t year, std::int64_t month, std::int64_t day) {
-    thread_local const auto greenwich = makeCalendar(std::unique_ptr<icu::TimeZone>(icu::TimeZone::getGMT()->clone()));
-    return millisecondsIn(*greenwich, {year, month, day, 12, 0});
+    return high;
 }
 
 // What the system's zone depends on: the variable, and the identity of the file behind the default.
@@ -73,47 +51,35 @@ auto zoneSource() {
 
 }
 
+Reading read(Instant at) {
+    const auto local = localTime(std::chrono::floor<seconds>(at).time_since_epoch());
+    return {local.tm_year + 1900LL, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min};
+}
+
 Instant instant(const Reading& reading) {
-    return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(millisecondsIn(localCalendar(), reading))));
+    const seconds wall = dayOf(reading.year, reading.month, reading.day).time_since_epoch() +
+                         std::chrono::hours(reading.hour) + std::chrono::minutes(reading.minute);
+    // No offset is greater, not even where a zone jumped over the date line: these two embrace the change, if any.
+    constexpr std::chrono::hours farther(26);
+    const auto before = offsetAt(wall - farther), after = offsetAt(wall + farther);
+    const auto earlier = wall - std::max(before, after), later = wall - std::min(before, after);
+    if (before == after || offsetAt(earlier) == std::max(before, after)) return Instant(earlier);
+    if (offsetAt(later) == std::min(before, after)) return Instant(later);
+    return Instant(changeOfOffset(earlier, later)); // a time that the change skips
 }
 
 int weekday(std::int64_t year, std::int64_t month, std::int64_t day) {
-    const auto days =
-        static_cast<std::int64_t>(noon(year, month, day)) / 86'400'000 - (noon(year, month, day) < 0 ? 1 : 0);
-    return static_cast<int>(((days + 4) % 7 + 7) % 7); // 1970-01-01 was a Thursday
-}
-
-std::string frenchLongDay(std::int64_t year, std::int64_t month, std::int64_t day) {
-    UErrorCode status = U_ZERO_ERROR;
-    thread_local const auto format = [&] {
-        auto made = std::make_unique<icu::SimpleDateFormat>("EEEE d MMMM", icu::Locale::getFrance(), status);
-        check(status);
-        made->setTimeZone(*icu::TimeZone::getGMT());
-        return made;
-    }();
-    icu::UnicodeString label;
-    std::string utf8;
-    format->format(noon(year, month, day), label).toUTF8String(utf8);
-    return utf8;
-}
-
-std::string zoneIdentifier() {
-    icu::UnicodeString identifier;
-    std::string utf8;
-    localCalendar().getTimeZone().getID(identifier).toUTF8String(utf8);
-    return utf8;
+    return static_cast<int>(std::chrono::weekday(dayOf(year, month, day)).c_encoding());
 }
 
 bool refreshZone() {
     static std::mutex mutex;
-    static auto known = zoneSource();
+    static std::optional<decltype(zoneSource())> known;
     const std::lock_guard guard(mutex);
     auto current = zoneSource();
     if (current == known) return false;
     known = std::move(current);
     ::tzset();
-    icu::TimeZone::adoptDefault(icu::TimeZone::detectHostTimeZone());
-    ++zoneGeneration;
     return true;
 }
 

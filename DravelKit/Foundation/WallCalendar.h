@@ -27,7 +27,8 @@ std::string frenchLongDay(std::int64_t year, std::int64_t month, std::int64_t da
 // The IANA identifier of the zone in use, such as "Europe/Paris".
 std::string zoneIdentifier();
 
-// Reads the system's zone again when TZ or /etc/localtime changed since the last call; true when the zone is new.
+// Reads the system's zone again when TZ or /etc/localtime changed since the last call; true when the zone may be new,
+// as at the first call.
 bool refreshZone();
 
 }

@@ -29,8 +29,31 @@ TEST(WallCalendar, speaksFrench) {
     EXPECT_EQ(wall::frenchLongDay(2025, 3, 4), "mardi 4 mars");
     EXPECT_EQ(wall::frenchLongDay(2025, 6, 1), "dimanche 1 juin");
     EXPECT_EQ(wall::frenchLongDay(2025, 8, 15), "vendredi 15 août");
+    EXPECT_EQ(wall::frenchLongDay(2025, 2, 30), "dimanche 2 mars");
     EXPECT_EQ(wall::weekday(2025, 3, 9), 0);
     EXPECT_EQ(wall::weekday(1960, 1, 2), 6);
+}
+
+TEST(WallCalendar, knowsTheOddNightsOfTheWorld) {
+    const struct {
+        const char* zone;
+        wall::Reading reading;
+        Instant expected;
+    } cases[] = {
+        {"America/Sao_Paulo", {2018, 11, 4, 0, 0}, utc(2018, 11, 4, 3, 0)},      // no midnight: the day begins at 01:00
+        {"America/Havana", {2025, 11, 2, 0, 30}, utc(2025, 11, 2, 4, 30)},       // two midnights: the first
+        {"Australia/Lord_Howe", {2025, 10, 5, 2, 10}, utc(2025, 10, 4, 15, 30)}, // a change of half an hour
+        {"Pacific/Apia", {2011, 12, 30, 12, 0}, utc(2011, 12, 30, 10, 0)},       // a day that never was
+        {"Africa/Cairo", {2025, 7, 1, 9, 0}, utc(2025, 7, 1, 6, 0)},             // summer time, again since 2023
+        {"America/Mexico_City", {2025, 7, 1, 9, 0}, utc(2025, 7, 1, 15, 0)},     // none any more since 2022
+        {"EST5EDT,M3.2.0,M11.1.0", {2025, 7, 1, 9, 0}, utc(2025, 7, 1, 13, 0)},  // a rule in place of a name
+        {"Europe/Paris", {2025, 7, 1, 9, 0}, utc(2025, 7, 1, 7, 0)},
+    };
+    for (const auto& [zone, reading, expected] : cases) {
+        ::setenv("TZ", zone, 1);
+        wall::refreshZone();
+        EXPECT_EQ(wall::instant(reading), expected) << zone;
+    }
 }
 
 TEST(WallCalendar, followsTheUserToAnotherZone) {
