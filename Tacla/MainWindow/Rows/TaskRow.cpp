@@ -15,6 +15,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tacla {
 
@@ -25,6 +26,15 @@ namespace {
 
 constexpr int padding = 8, textLeft = 40, titleTop = 10, tagTop = 2, tagHeight = 18, tagGap = 12, tagLineGap = 4;
 constexpr int hitArea = 32, menuFace = 28, menuGap = 12, editorBottom = 12;
+
+// A line of whole device pixels at the top of the row: at a scale of 1.25 all lines look alike.
+void paintSeparator(QPainter& painter, int left, int right, const QColor& colour) {
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    const qreal top = painter.deviceTransform().map(QPointF()).y();
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.fillRect(QRectF(left, (std::round(top) - top) / ratio, right - left, std::floor(ratio) / ratio), colour);
+    painter.setRenderHint(QPainter::Antialiasing);
+}
 
 Theme::TextStyle titleStyle(bool done) { return Theme::Typography::taskTitle.struckOut(done); }
 
@@ -139,7 +149,7 @@ void TaskRow::paintEvent(QPaintEvent*) {
         painter.setBrush(Theme::rowHover.on(*this));
         painter.drawRoundedRect(rect(), Theme::Radius::sm, Theme::Radius::sm);
     } else if (separated_) {
-        painter.fillRect(textLeft, 0, width() - textLeft - padding, 1, Theme::tile.on(*this));
+        paintSeparator(painter, textLeft, width() - padding, Theme::tile.on(*this));
     }
     if (editor_) return;
     const auto appearance = dravel::appearanceOf(*this);
