@@ -28,7 +28,7 @@ std::string capitalised(std::string_view text) {
 }
 
 std::string menuLabel(std::string_view label) {
-    if (dravel::characterCount(label) < 65) return std::string(label);
+    if (label.size() < 65 || dravel::characterCount(label) < 65) return std::string(label);
     return std::string(dravel::firstCharacters(label, 63)) + "…";
 }
 
