@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace dravel {
@@ -12,6 +13,9 @@ namespace {
 
 // A task list is text written by hand: beyond this it is something else, or a sparse file that would eat all memory.
 constexpr off_t largestFile = off_t{1} << 30;
+
+// Fits in the processor's cache.
+constexpr std::size_t largestPiece = std::size_t{1} << 18;
 
 int openRetrying(const std::filesystem::path& path, int flags, mode_t mode) {
     int descriptor = -1;
@@ -54,24 +58,49 @@ bool OpenFile::lock() const {
     return true;
 }
 
-std::string OpenFile::readAll() const {
+// Of a file that can be read as a text.
+std::size_t OpenFile::length() const {
     const auto status = this->status();
     if (S_ISDIR(status.st_mode)) throw FileError(FileError::Kind::system, path_, EISDIR);
     if (!S_ISREG(status.st_mode)) throw FileError(FileError::Kind::notRegular, path_);
     if (status.st_size > largestFile) throw FileError(FileError::Kind::system, path_, EFBIG);
+    return static_cast<std::size_t>(status.st_size);
+}
+
+std::size_t OpenFile::readAt(std::size_t offset, char* to, std::size_t size) const {
+    ssize_t count = -1;
+    do count = ::pread(descriptor_, to, size, static_cast<off_t>(offset));
+    while (count < 0 && errno == EINTR);
+    if (count < 0) throwSystemError(path_);
+    return static_cast<std::size_t>(count);
+}
+
+std::string OpenFile::readAll() const {
     // One byte more than expected: the end is then seen without growing the text.
-    std::string text(static_cast<std::size_t>(status.st_size) + 1, '\0');
-    std::size_t length = 0;
-    while (true) {
-        const auto count = ::pread(descriptor_, text.data() + length, text.size() - length, static_cast<off_t>(length));
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) throwSystemError(path_);
-        if (count == 0) break;
-        length += static_cast<std::size_t>(count);
-        if (length == text.size()) text.resize(text.size() * 2); // it grew while we read
+    std::string text(length() + 1, '\0');
+    std::size_t filled = 0;
+    while (const auto count = readAt(filled, text.data() + filled, text.size() - filled)) {
+        filled += count;
+        if (filled == text.size()) text.resize(text.size() * 2); // it grew while we read
     }
-    text.resize(length);
+    text.resize(filled);
     return text;
+}
+
+void OpenFile::readByLines(const std::function<void(std::string_view)>& visit) const {
+    std::string piece(std::min(length() + 1, largestPiece), '\0');
+    std::size_t offset = 0, kept = 0; // the start of a line whose end is still to come
+    while (const auto count = readAt(offset, piece.data() + kept, piece.size() - kept)) {
+        offset += count;
+        const std::string_view filled(piece.data(), kept + count);
+        const auto lastBreak = filled.substr(kept).rfind('\n');
+        const auto end = lastBreak == filled.npos ? 0 : kept + lastBreak + 1;
+        if (end > 0) visit(filled.substr(0, end));
+        kept = filled.size() - end;
+        std::ranges::copy(filled.substr(end), piece.begin());
+        if (kept == piece.size()) piece.resize(piece.size() * 2);
+    }
+    if (kept > 0) visit(std::string_view(piece).substr(0, kept));
 }
 
 void OpenFile::overwrite(std::string_view bytes) const {
@@ -113,7 +142,9 @@ Snapshot snapshotOf(OpenFile file) {
 
 }
 
-Snapshot Snapshot::of(const std::filesystem::path& path) { return snapshotOf(OpenFile(path, readFlags)); }
+OpenFile openToRead(const std::filesystem::path& path) { return OpenFile(path, readFlags); }
+
+Snapshot Snapshot::of(const std::filesystem::path& path) { return snapshotOf(openToRead(path)); }
 
 std::optional<Snapshot> Snapshot::ifThere(const std::filesystem::path& path) {
     auto file = OpenFile::ifThere(path, readFlags);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,11 +32,16 @@ class OpenFile {
     struct stat status() const;
     bool lock() const; // an advisory lock that ends with the descriptor; false when another one holds it
 
-    std::string readAll() const;                  // regular files only
+    std::string readAll() const; // regular files only
+    // The same in pieces that end with a line, but for the last one.
+    void readByLines(const std::function<void(std::string_view lines)>&) const;
     void overwrite(std::string_view bytes) const; // in place: the bytes, the length, and down to the disk
     void sync() const;
 
   private:
+    std::size_t length() const;
+    std::size_t readAt(std::size_t offset, char* to, std::size_t size) const;
+
     struct Opened {
         int descriptor;
     };
@@ -44,6 +50,8 @@ class OpenFile {
     Path path_;
     int descriptor_;
 };
+
+OpenFile openToRead(const std::filesystem::path&);
 
 // What makes a file the same one as a moment ago, besides its bytes.
 struct Identity {

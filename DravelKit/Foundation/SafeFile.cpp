@@ -52,6 +52,13 @@ std::string readText(const Path& path) {
     return text;
 }
 
+void readByLines(const Path& path, const std::function<void(std::string_view)>& visit) {
+    openToRead(path).readByLines([&](std::string_view lines) {
+        requireUtf8(path, lines);
+        visit(lines);
+    });
+}
+
 std::optional<Change> edit(const Path& path, const Edit& edit, const Path& lockFolder) {
     return editLocked(path, edit, lockFolder, Missing::isAnError);
 }

@@ -25,6 +25,10 @@ std::optional<Modified> modified(const Path&); // one stat; none when there is n
 // The whole file. Throws FileError (system, notUtf8).
 std::string readText(const Path&);
 
+// The same, in pieces that end with a line (but for the last one): a long file never stands in memory whole. What a
+// piece says counts only once the last one came, for the file may turn out to be unreadable.
+void readByLines(const Path&, const std::function<void(std::string_view lines)>&);
+
 // From the text as it stands to the text that shall replace it; none when there is nothing to change.
 // May be called more than once, when the file changed meanwhile.
 using Edit = std::function<std::optional<std::string>(std::string_view text)>;

@@ -6,29 +6,29 @@ namespace tacla {
 
 namespace {
 
-void printTask(const TaskLine& task, bool late, Terminal& terminal) {
-    terminal.output.append(late ? "🔴 " : "🟡 ").append(task.title).append(separator);
-    terminal.output.append(written(*task.day, task.time));
-    if (task.due) terminal.output.append(" (due le ").append(task.due->description()).append(")");
-    terminal.output += '\n';
+void show(const TaskLine& task, bool late, std::string& shown) {
+    shown.append(late ? "🔴 " : "🟡 ").append(task.title).append(separator).append(written(*task.day, task.time));
+    if (task.due) shown.append(" (due le ").append(task.due->description()).append(")");
+    shown += '\n';
 }
 
 }
 
 int listTasks(Arguments, Terminal& terminal, const Environment& environment) {
     const auto file = environment.taskFile();
-    std::string text;
+    const auto today = Day::of(environment.now);
+    const auto clock = Clock::of(environment.now);
+    std::string shown;
+    const auto showTask = [&](const TaskLine& task) {
+        if (task.done || !task.day || *task.day > today) return;
+        show(task, *task.day < today || (task.time && *task.time < clock), shown);
+    };
     try {
-        text = dravel::SafeFile::readText(file);
+        dravel::SafeFile::readByLines(file, [&](std::string_view lines) { forEachTask(lines, showTask); });
     } catch (const dravel::FileError&) {
         return terminal.fail(file.string() + " illisible");
     }
-    const auto today = Day::of(environment.now);
-    const auto clock = Clock::of(environment.now);
-    forEachTask(text, [&](const TaskLine& task) {
-        if (task.done || !task.day || *task.day > today) return;
-        printTask(task, *task.day < today || (task.time && *task.time < clock), terminal);
-    });
+    terminal.output += shown;
     return EXIT_SUCCESS;
 }
 

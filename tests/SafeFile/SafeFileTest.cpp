@@ -22,6 +22,22 @@ TEST(SafeFile, changesOnlyWhatTheEditChanges) {
     EXPECT_EQ(SafeFile::modified(world.file), untouched);
 }
 
+TEST(SafeFile, readsByLinesWhatItReadsWhole) {
+    const auto longLine = std::string(700'000, 'a') + "é";
+    for (const auto& text : {""s, "\n"s, "a\nb"s, longLine, longLine + "\nb\n" + longLine + "\n"}) {
+        const SafeFileWorld world(text);
+        std::string read;
+        SafeFile::readByLines(world.file, [&](auto lines) {
+            EXPECT_TRUE(lines.ends_with('\n') || read.size() + lines.size() == text.size());
+            read += lines;
+        });
+        EXPECT_EQ(read, text);
+        EXPECT_EQ(SafeFile::readText(world.file), text);
+    }
+    const SafeFileWorld broken("- [ ] Pain\n" + longLine + "\nCaf\xE9\n");
+    EXPECT_THROW(SafeFile::readByLines(broken.file, [](auto) {}), dravel::FileError);
+}
+
 TEST(SafeFile, keepsLinksAndReplacesWhatTheyLeadTo) {
     const SafeFileWorld world;
     const auto link = world.list / "link", chain = world.list / "chain", dangling = world.list / "dangling";
