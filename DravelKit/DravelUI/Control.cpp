@@ -36,13 +36,20 @@ void Control::paintEvent(QPaintEvent*) {
 
 void Control::focusInEvent(QFocusEvent* event) {
     QAbstractButton::focusInEvent(event);
-    if (isKeyboardFocus(event->reason()) && !ring_) ring_ = FocusRing::around(*this, face(), faceRadius());
+    if (isKeyboardFocus(event->reason())) showRing(true);
 }
 
 void Control::focusOutEvent(QFocusEvent* event) {
     QAbstractButton::focusOutEvent(event);
     // The ring is still there when the window, or a menu that was opened, gives the focus back.
-    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason) delete ring_;
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason) showRing(false);
+}
+
+void Control::showRing(bool on) {
+    if (!on)
+        delete ring_;
+    else if (!ring_)
+        ring_ = FocusRing::around(*this, face(), faceRadius());
 }
 
 void Control::refreshRing() {

@@ -29,6 +29,7 @@ class Control : public QAbstractButton {
     void paintEvent(QPaintEvent*) final;
     void focusInEvent(QFocusEvent*) override;
     void focusOutEvent(QFocusEvent*) override;
+    virtual void showRing(bool);
     void keyPressEvent(QKeyEvent*) override;
 
   private:

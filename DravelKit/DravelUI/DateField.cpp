@@ -2,13 +2,15 @@
 
 #include "DravelKit/DravelUI/DatePopup.h"
 #include "DravelKit/DravelUI/Symbols.h"
-#include "DravelKit/DravelUI/TextPaint.h"
 #include "DravelKit/DravelUI/Theme.h"
+#include "DravelKit/DravelUI/Typography.h"
 
+#include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QtMath>
 
 namespace dravel {
 namespace {
@@ -41,7 +43,9 @@ void paintField(QWidget& field, Symbol symbol, bool focused) {
                 Theme::textTertiary.on(field));
 }
 
-QSize sizeFor(const QString& text) { return {textLeft + textWidth(type, text) + 11, height}; }
+QSize sizeFor(const QString& text) {
+    return {textLeft + qCeil(QFontMetricsF(Theme::font(type)).horizontalAdvance(text)) + 10, height};
+}
 
 }
 

@@ -108,8 +108,10 @@ int KitStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const 
 int KitStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                         QStyleHintReturn* out) const {
     switch (hint) {
-    case SH_ScrollBar_Transient: return 0;
-    case SH_ScrollBar_LeftClickAbsolutePosition: return 1;
+    case SH_ScrollBar_Transient:
+    case SH_EtchDisabledText:
+    case SH_DitherDisabledText: return 0;
+    case SH_ScrollBar_LeftClickAbsolutePosition:
     case SH_Menu_Scrollable: return 1;
     case SH_Menu_Mask:
         if (auto* mask = qstyleoption_cast<QStyleHintReturnMask*>(out); mask && widget && popups::isShaped(*widget)) {
@@ -117,8 +119,6 @@ int KitStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidge
             return 1;
         }
         return 0;
-    case SH_EtchDisabledText:
-    case SH_DitherDisabledText: return 0;
     default: return QProxyStyle::styleHint(hint, option, widget, out);
     }
 }

@@ -2,7 +2,6 @@
 
 #include "DravelKit/DravelUI/TextPaint.h"
 
-#include <QFocusEvent>
 #include <QKeyEvent>
 #include <QPainter>
 
@@ -38,15 +37,10 @@ void SidebarRow::paint(QPainter& painter) {
               ink.on(*this), text());
 }
 
-// The ring is drawn inside the row, so the common one outside is not wanted.
-void SidebarRow::focusInEvent(QFocusEvent* event) {
-    QAbstractButton::focusInEvent(event);
-    ringed_ = ringed_ || isKeyboardFocus(event->reason());
-}
-
-void SidebarRow::focusOutEvent(QFocusEvent* event) {
-    QAbstractButton::focusOutEvent(event);
-    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason) ringed_ = false;
+// Inside the row, not around it.
+void SidebarRow::showRing(bool on) {
+    ringed_ = on;
+    update();
 }
 
 void SidebarRow::keyPressEvent(QKeyEvent* event) {

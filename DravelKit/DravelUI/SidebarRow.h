@@ -15,8 +15,7 @@ class SidebarRow final : public Control {
   protected:
     void paint(QPainter&) override;
     void nextCheckState() override { setChecked(true); }
-    void focusInEvent(QFocusEvent*) override;
-    void focusOutEvent(QFocusEvent*) override;
+    void showRing(bool) override;
     void keyPressEvent(QKeyEvent*) override;
 
   private:

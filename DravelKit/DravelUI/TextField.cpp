@@ -8,11 +8,11 @@ TextField::TextField(Kind kind, const QString& placeholder, QWidget* parent) : Q
     setPlaceholderText(placeholder);
     setAccessibleName(placeholder);
     setFrame(kind == Kind::Boxed);
-    // QLineEdit keeps 2 px of its own before the text.
+    // QLineEdit keeps 2 px of its own before the text, and rounds its middle down.
     if (kind == Kind::Boxed)
-        setTextMargins(8, 0, 8, 0);
+        setTextMargins(8, 0, 8, 1);
     else
-        setTextMargins(-2, 0, -2, 0);
+        setTextMargins(-2, 0, -2, 1);
     const auto fit = [this](const QString& text) {
         setFont(Theme::font(text.isEmpty() ? Theme::Typography::body : Theme::Typography::bodyMedium));
     };
