@@ -31,7 +31,8 @@ class Connection {
 };
 
 // A list of observers. One thread. An observer may connect or disconnect observers, itself included, while it is told.
-template <class... Arguments> class Signal {
+template <class... Arguments>
+class Signal {
   public:
     using Observer = std::function<void(Arguments...)>;
 
