@@ -129,8 +129,7 @@ struct Calendar {
 
     void apply(const SyncPlan& plan) {
         for (const auto& [id, event] : plan.patch) {
-            const auto old = std::find_if(events.begin(), events.end(), [&](const Managed& e) { return e.id == id; });
-            *old = {id, event.key, event.signature()};
+            *std::ranges::find(events, id, &Managed::id) = {id, event.key, event.signature()};
         }
         for (const auto& event : plan.post) {
             events.push_back({"e" + std::to_string(++last), event.key, event.signature()});

@@ -8,7 +8,7 @@ using namespace dravel;
 
 namespace {
 
-Instant utc(int year, unsigned month, unsigned day, int hour, int minute) {
+Instant utc(int year, int month, int day, int hour, int minute) {
     using namespace std::chrono;
     return sys_days(std::chrono::year(year) / month / day) + hours(hour) + minutes(minute);
 }
