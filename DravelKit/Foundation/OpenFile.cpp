@@ -104,6 +104,12 @@ void OpenFile::readByLines(const std::function<void(std::string_view)>& visit) c
 }
 
 void OpenFile::overwrite(std::string_view bytes) const {
+    write(bytes);
+    if (::ftruncate(descriptor_, static_cast<off_t>(bytes.size())) != 0) throwSystemError(path_);
+    sync();
+}
+
+void OpenFile::write(std::string_view bytes) const {
     std::size_t length = 0;
     while (length < bytes.size()) {
         const auto count =
@@ -113,8 +119,6 @@ void OpenFile::overwrite(std::string_view bytes) const {
         if (count <= 0) throwSystemError(path_);
         length += static_cast<std::size_t>(count);
     }
-    if (::ftruncate(descriptor_, static_cast<off_t>(bytes.size())) != 0) throwSystemError(path_);
-    sync();
 }
 
 void OpenFile::sync() const {

@@ -35,6 +35,7 @@ class OpenFile {
     std::string readAll() const; // regular files only
     // The same in pieces that end with a line, but for the last one.
     void readByLines(const std::function<void(std::string_view lines)>&) const;
+    void write(std::string_view bytes) const;     // at the start
     void overwrite(std::string_view bytes) const; // in place: the bytes, the length, and down to the disk
     void sync() const;
 

@@ -1,5 +1,6 @@
 #include "Tacla/main/TaskFileAccess.h"
 
+#include "Tacla/Preferences/TaskFileEdit.h"
 #include "Tacla/TaskList/TaskFile.h"
 
 namespace tacla {
@@ -16,7 +17,7 @@ std::optional<std::vector<TaskItem>> readTasks(const std::filesystem::path& file
 
 Edited editTasks(const std::filesystem::path& file, const SafeFile::Edit& edit, const Environment& environment) {
     try {
-        return SafeFile::edit(file, edit, environment.folders.locks) ? Edited::saved : Edited::refused;
+        return editTaskFile(file, edit, environment.folders, environment.now) ? Edited::saved : Edited::refused;
     } catch (const dravel::FileError&) {
         return readTasks(file) ? Edited::refused : Edited::unreadable;
     }

@@ -1,0 +1,105 @@
+#include "Tacla/Preferences/TaskFileEdit.h"
+#include "DravelKit/Foundation/FileCopies.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+namespace tacla {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using dravel::Instant;
+using namespace testing;
+
+namespace {
+
+constexpr Instant start{std::chrono::sys_days{std::chrono::year{2025} / 3 / 4} + 7h};
+
+struct List {
+    TemporaryFolder folder;
+    fs::path file = folder / "taches.md";
+    dravel::UserFolders folders;
+
+    List() {
+        folders.state = folder / "state";
+        folders.locks = folder / "locks";
+    }
+
+    bool write(const std::string& text, Instant now) const {
+        return editTaskFile(
+                   file, [&](std::string_view) { return text; }, folders, now)
+            .has_value();
+    }
+    std::map<std::string, std::string> copies() const {
+        std::map<std::string, std::string> texts;
+        if (!fs::exists(copiesFolder(folders))) return texts;
+        for (const auto& entry : fs::directory_iterator(copiesFolder(folders)))
+            texts[entry.path().filename()] = readBytes(entry.path());
+        return texts;
+    }
+};
+
+}
+
+TEST(TaskFileEdit, KeepsTheTextThatItReplacesForTheUserAlone) {
+    const List list;
+    writeBytes(list.file, "one");
+    EXPECT_FALSE(list.write("one", start));
+    EXPECT_TRUE(list.write("two", start));
+    EXPECT_TRUE(list.write("three", start + 999ms));
+    EXPECT_TRUE(list.write("four", start + 1s));
+    EXPECT_EQ(list.copies(), (std::map<std::string, std::string>{{"2025-03-04 08h00m00s taches.md", "one"},
+                                                                 {"2025-03-04 08h00m00s-2 taches.md", "two"},
+                                                                 {"2025-03-04 08h00m01s taches.md", "three"}}));
+    const auto permissions = [](const fs::path& path) { return static_cast<int>(fs::status(path).permissions()); };
+    EXPECT_EQ(permissions(copiesFolder(list.folders)), 0700);
+    EXPECT_EQ(permissions(copiesFolder(list.folders) / "2025-03-04 08h00m01s taches.md"), 0600);
+}
+
+TEST(TaskFileEdit, SavesWhetherOrNotACopyCanBeKept) {
+    const List list;
+    writeBytes(list.file, "one");
+    writeBytes(list.folders.state, "in the way");
+    EXPECT_TRUE(list.write("two", start));
+    EXPECT_EQ(readBytes(list.file), "two");
+}
+
+TEST(TaskFileEdit, LeavesNoCopyOfWhatWasNotReplaced) {
+    const List list;
+    writeBytes(list.file, "one");
+    EXPECT_THROW(list.write("two\xFF", start), dravel::FileError);
+    EXPECT_EQ(list.copies().size(), 0U);
+    int calls = 0;
+    const auto edit = [&](std::string_view text) -> std::optional<std::string> {
+        if (++calls == 1) writeBytes(list.file, "by an editor");
+        return std::string(text) + " and us";
+    };
+    editTaskFile(list.file, edit, list.folders, start);
+    EXPECT_EQ(readBytes(list.file), "by an editor and us");
+    EXPECT_EQ(list.copies(), (std::map<std::string, std::string>{{"2025-03-04 08h00m00s taches.md", "by an editor"}}));
+}
+
+TEST(FileCopies, AreAtMostFiftyTwentyMebibytesAndThirtyDays) {
+    using dravel::FileCopies::Copy;
+    const auto left = [](std::vector<Copy> copies, std::optional<std::uintmax_t> joining) {
+        std::set<std::string> names;
+        for (const auto& copy : copies) names.insert(copy.path);
+        for (const auto& copy : dravel::FileCopies::surplus(copies, start, joining)) names.erase(copy.path);
+        return names;
+    };
+    std::vector<Copy> many;
+    for (int age = 0; age < 60; ++age) many.push_back({"copy", 1, start - std::chrono::minutes(age)});
+    EXPECT_EQ(dravel::FileCopies::surplus(many, start).size(), 10U);
+    EXPECT_EQ(dravel::FileCopies::surplus(many, start, 1).size(), 11U);
+    const std::uintmax_t third = 7 << 20;
+    const std::vector<Copy> large{{"a", third, start - 3h}, {"b", third, start - 2h}, {"c", 1, start - 4h}};
+    EXPECT_EQ(left(large, {}), (std::set<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(left(large, third), (std::set<std::string>{"b"}));
+    const std::vector<Copy> old{{"a", 1, start - 720h}, {"b", 1, start - 720h - 1ms}, {"future", 1, start + 9h}};
+    EXPECT_EQ(left(old, {}), (std::set<std::string>{"a", "future"}));
+}
+
+}
