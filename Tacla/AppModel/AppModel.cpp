@@ -28,7 +28,7 @@ std::string writeFailure(const std::filesystem::path& path, const dravel::FileEr
 }
 
 AppModel::Inside::Inside(AppModel& owner, World ports, std::filesystem::path path, bool isPassive)
-    : model(owner), world(std::move(ports)), passive(isPassive), file(path, world.folders.locks) {
+    : model(owner), world(std::move(ports)), passive(isPassive), file(path, world.folders) {
     state.today = today();
     state.now = now();
     state.file = std::move(path);
@@ -55,6 +55,7 @@ void AppModel::start() {
     dravel::wall::refreshZone(); // the zone of today; the poll notices another one
     if (in.file.path() == documentsTaskFile(in.world.folders)) in.createIfMissing();
     reload();
+    in.file.pruneCopies(in.now());
     in.poll.emplace(in.world.loop, pollPeriod, [this] { checkFile(); });
     in.periodic.emplace(in.world.loop, syncPeriod, [this] { inside_->everyPeriod(); });
     in.askAccount();
@@ -93,6 +94,7 @@ void AppModel::checkFile() {
         changed();
         return;
     }
+    if (Day::of(now) != in.state.today) in.file.pruneCopies(now);
     reload();
     // They differ only when the file was saved again meanwhile, or could not be read. An editor's change waits for the
     // periodic sync: it is often one of several.
@@ -134,6 +136,7 @@ void AppModel::use(const std::filesystem::path& path) {
     in.store([&] { in.world.preferences.setTaskFilePath(path.string()); });
     in.file.bind(path);
     in.state.file = path;
+    in.forgetLastChange();
     reload();
     in.scheduleSync(0s);
 }

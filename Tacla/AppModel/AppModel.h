@@ -57,6 +57,9 @@ class AppModel {
     void remove(const TaskItem&);
     void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
+    // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
+    void undo();
+
     void use(const std::filesystem::path&);          // choose another file
     void createAndUse(const std::filesystem::path&); // with the new-file text, unless it exists
 

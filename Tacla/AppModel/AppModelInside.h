@@ -24,6 +24,9 @@ struct AppModel::Inside {
     RenamedKeys renamed;
     std::optional<Reminders> reminders;
 
+    std::optional<dravel::SafeFile::Change> lastChange; // what undo takes back
+    dravel::Timer undoBarEnd;
+
     dravel::Timer pendingSync; // at most one sync is scheduled
     std::optional<dravel::RepeatingTimer> poll, periodic;
     bool askingAccount = false;
@@ -36,7 +39,16 @@ struct AppModel::Inside {
     void refresh(); // reload, without telling the observers
     void everyPeriod();
     bool createIfMissing();
-    void mutate(const dravel::SafeFile::Edit&, const std::function<void(const dravel::SafeFile::Change&)>& then = {});
+    std::optional<TaskItem> find(const std::string& key) const;
+    // What the edit changed; none when there was nothing to change, or it failed, which the status then says.
+    std::optional<dravel::SafeFile::Change> write(const dravel::SafeFile::Edit&);
+    void written();
+    // `what` is said in the bar that offers to undo it; what is plain to see is not said.
+    void mutate(std::optional<std::string> what, const dravel::SafeFile::Edit&,
+                const std::function<void(const dravel::SafeFile::Change&)>& then = {});
+    void follow(const std::map<std::string, std::string>& renamedKeys);
+    void show(std::optional<UndoBar>);
+    void forgetLastChange();
     bool store(const std::function<void()>& preference); // a failure becomes status text
 
     void scheduleSync(std::chrono::milliseconds);

@@ -11,6 +11,13 @@ namespace tacla {
 // State of the Google account.
 enum class Connection { unknown, signedOut, signingIn, signedIn };
 
+// The bar at the foot of the window after a change of the file.
+struct UndoBar {
+    std::string text;
+    bool offersUndo;
+    bool operator==(const UndoBar&) const = default;
+};
+
 // Everything that the menu and the pages show: a value, so that what they decide is a function of it.
 struct ModelState {
     Tasks tasks; // every task of the file, in file order
@@ -29,6 +36,7 @@ struct ModelState {
     bool calendarSync = false;
     bool onboarding = false;
     std::optional<std::string> requestedSection; // a section that the window is asked to show
+    std::optional<UndoBar> undoBar;              // for ten seconds
 
     Tasks late() const { return tacla::late(tasks, now); }
     Tasks todays() const { return tacla::todays(tasks, now); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DravelKit/Foundation/SafeFile.h"
+#include "DravelKit/Foundation/UserFolders.h"
 #include "Tacla/TaskList/TaskViews.h"
 
 #include <filesystem>
@@ -14,7 +15,7 @@ class TaskFileBinding {
   public:
     using Stamp = std::optional<dravel::SafeFile::Modified>; // none: no such file
 
-    TaskFileBinding(std::filesystem::path file, std::filesystem::path lockFolder);
+    TaskFileBinding(std::filesystem::path file, dravel::UserFolders);
 
     const std::filesystem::path& path() const { return path_; }
     void bind(std::filesystem::path file) { path_ = std::move(file); }
@@ -25,11 +26,14 @@ class TaskFileBinding {
 
     // All throw dravel::FileError.
     Tasks read();
-    std::optional<dravel::SafeFile::Change> edit(const dravel::SafeFile::Edit&) const;
+    std::optional<dravel::SafeFile::Change> edit(const dravel::SafeFile::Edit&, Instant now) const;
     void create() const; // with the new-file text, unless it exists
 
+    void pruneCopies(Instant now) const; // of the list as it was before each change
+
   private:
-    std::filesystem::path path_, lockFolder_;
+    std::filesystem::path path_;
+    dravel::UserFolders folders_;
     Stamp known_;
     bool unreadable_ = false; // the last read failed: the file may come back just as it was
 };
