@@ -13,6 +13,8 @@ using Account = CalendarService::Account;
 using dravel::Nothing;
 using dravel::Outcome;
 
+constexpr auto keyringSilent = "Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas";
+
 struct Failure {
     std::string description;
     bool notSignedIn = false;
@@ -38,6 +40,7 @@ void AppModel::Inside::scheduleSync(std::chrono::milliseconds delay) {
 }
 
 void AppModel::Inside::everyPeriod() {
+    if (state.fileError) model.reload(); // it may be over by now, and no sync runs before
     if (state.connection == Connection::unknown) return askAccount();
     scheduleSync(0s);
 }
@@ -55,7 +58,11 @@ void AppModel::Inside::askAccount() {
             askingAccount = false;
             const auto* account = std::get_if<Account>(&outcome);
             if (state.connection != Connection::unknown) return; // a sign-in was faster
-            if (account != nullptr && *account == Account::unreachable) return;
+            if (account != nullptr && *account == Account::unreachable) {
+                if (state.calendarSync) model.report(keyringSilent);
+                return;
+            }
+            if (state.syncError == keyringSilent) state.syncError.reset();
             const bool signedIn = account != nullptr && *account == Account::signedIn;
             state.connection = signedIn ? Connection::signedIn : Connection::signedOut;
             model.changed();
@@ -66,6 +73,7 @@ void AppModel::Inside::askAccount() {
 void AppModel::sync() {
     auto& in = *inside_;
     auto& state = in.state;
+    if (state.calendarSync && state.connection == Connection::unknown) return in.askAccount();
     if (in.world.calendar == nullptr || !state.calendarSync || state.connection != Connection::signedIn ||
         state.syncing || state.fileError) {
         return;

@@ -1,8 +1,8 @@
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/AppModel/AppModelInside.h"
-#include "Tacla/AppModel/TitleRule.h"
 #include "Tacla/AppModel/Undo.h"
 #include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TitleRule.h"
 
 #include <algorithm>
 

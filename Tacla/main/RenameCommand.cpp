@@ -1,7 +1,6 @@
-#include "DravelKit/Foundation/Text.h"
 #include "Tacla/Preferences/NotifiedTasks.h"
 #include "Tacla/TaskList/TaskFile.h"
-#include "Tacla/TaskList/TaskLines.h"
+#include "Tacla/TaskList/TitleRule.h"
 #include "Tacla/main/Commands.h"
 #include "Tacla/main/TaskFileAccess.h"
 #include "Tacla/main/TaskSearch.h"
@@ -13,16 +12,6 @@ namespace tacla {
 namespace {
 
 using Keys = std::map<std::string, std::string>;
-
-// None for what cannot stand in a line of the file. A separator would end the title; replacing one can bring two others
-// together.
-std::optional<std::string> writableTitle(std::string typed) {
-    if (!dravel::isValidUtf8(typed)) return {};
-    while (typed.find(separator) != typed.npos) typed = dravel::replacedAll(typed, separator, " - ");
-    auto title = TaskFile::dropStrongMark(typed);
-    if (title.empty() || dravel::holdsLineBreak(title)) return {};
-    return title;
-}
 
 // Reminders already shown stay silent under the new keys.
 void rekeyReminders(const Keys& keys, const Environment& environment) {
