@@ -91,8 +91,9 @@ struct Disturbed : ::testing::Test {
 
     void reset(const Json& fault) {
         world.preferences.setCalendar(id, true);
-        world.google.control(
-            {{"clear_log", true}, {"calendars", calendars}, {"faults", fault.is_null() ? Json::array() : Json{fault}}});
+        world.google.control({{"clear_log", true},
+                              {"calendars", calendars},
+                              {"faults", fault.is_null() ? Json::array() : Json::array({fault})}});
     }
 
     void expectStrangersUntouched() {
@@ -165,7 +166,7 @@ TEST_F(Disturbed, CreatesACalendarAtTheNextPassWhenTheFirstFailed) {
         SCOPED_TRACE(name);
         Json fault = order;
         fault["at"] = 1;
-        world.google.control({{"calendars", Json::object()}, {"faults", {fault}}});
+        world.google.control({{"calendars", Json::object()}, {"faults", Json::array({fault})}});
         std::filesystem::remove(world.home / "preferences.json");
         const std::string expected = name == "401 once" ? "+4 ~0 -0"
                                      : end.empty()      ? refusal(200) + "agenda créé sans identifiant"
