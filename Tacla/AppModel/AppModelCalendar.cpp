@@ -81,11 +81,12 @@ void AppModel::sync() {
     state.syncing = true;
     changed();
     const auto renamed = in.renamed.sinceSync();
-    in.world.background.run<CalendarService::Result>(
+    in.world.background.run<Nothing>(
         [calendar = in.world.calendar, tasks = state.tasks, renamed](std::stop_token stop) {
-            return calendar->run(tasks, renamed, std::move(stop));
+            calendar->run(tasks, renamed, std::move(stop));
+            return Nothing{};
         },
-        in.life.guard([this, renamed](const Outcome<CalendarService::Result>& outcome) {
+        in.life.guard([this, renamed](const Outcome<Nothing>& outcome) {
             auto& after = inside_->state;
             const auto failure = failureOf(outcome);
             if (failure) {

@@ -16,11 +16,7 @@ class CalendarService {
   public:
     virtual ~CalendarService() = default;
 
-    enum class Account {
-        signedOut,
-        signedIn,
-        unreachable
-    }; // unreachable: the keyring does not answer; ask again later
+    enum class Account { signedOut, signedIn, unreachable /* the keyring does not answer: ask again later */ };
     virtual Account account(std::stop_token) = 0;
 
     virtual void signIn(std::stop_token) = 0;
@@ -31,10 +27,7 @@ class CalendarService {
         using std::runtime_error::runtime_error;
     };
 
-    struct Result {
-        int created = 0, updated = 0, deleted = 0;
-    };
-    virtual Result run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) = 0;
+    virtual void run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) = 0;
 };
 
 }

@@ -27,12 +27,10 @@ void GoogleCalendarService::signIn(std::stop_token stop) { auth_.signIn(std::mov
 
 void GoogleCalendarService::signOut(std::stop_token stop) { auth_.signOut(std::move(stop)); }
 
-CalendarService::Result GoogleCalendarService::run(const Tasks& tasks,
-                                                   const std::map<std::string, std::string>& renamed,
-                                                   std::stop_token stop) {
+void GoogleCalendarService::run(const Tasks& tasks, const std::map<std::string, std::string>& renamed,
+                                std::stop_token stop) {
     try {
-        const auto [created, updated, deleted] = sync_.run(tasks, renamed, std::move(stop));
-        return {created, updated, deleted};
+        sync_.run(tasks, renamed, std::move(stop));
     } catch (const dravel::AuthError& error) {
         if (error.kind == dravel::AuthError::Kind::notSignedIn) throw NotSignedIn(error.what());
         throw;

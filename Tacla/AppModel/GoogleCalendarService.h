@@ -24,7 +24,7 @@ class GoogleCalendarService final : public CalendarService {
     Account account(std::stop_token) override;
     void signIn(std::stop_token) override;
     void signOut(std::stop_token) override;
-    Result run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override;
+    void run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override;
 
   private:
     dravel::GoogleAuth auth_;

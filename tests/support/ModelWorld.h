@@ -27,11 +27,10 @@ class RecordedCalendar final : public CalendarService {
     Account account(std::stop_token) override { return present; }
     void signIn(std::stop_token) override { failIfTold(); }
     void signOut(std::stop_token) override { failIfTold(); }
-    Result run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override {
+    void run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override {
         runs.push_back(renamed);
         if (signedOutMeanwhile) throw NotSignedIn("Non connecté");
         failIfTold();
-        return {};
     }
 
   private:
