@@ -28,8 +28,7 @@ std::string_view lineOf(std::string_view text, Span span) { return text.substr(s
 // The whole line of a piece of the text.
 Span lineAround(std::string_view text, std::string_view piece) {
     const auto at = static_cast<std::size_t>(piece.data() - text.data());
-    const auto before = at == 0 ? text.npos : text.rfind('\n', at - 1);
-    return {before == text.npos ? 0 : before + 1, std::min(text.find('\n', at), text.size())};
+    return {text.rfind('\n', at) + 1, std::min(text.find('\n', at), text.size())}; // npos + 1 is 0
 }
 
 // The first task with that key; the end when there is none.
