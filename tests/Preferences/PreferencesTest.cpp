@@ -41,12 +41,14 @@ TEST(Preferences, changesOneKeyAndKeepsTheOthers) {
 }
 
 TEST(Preferences, countsAValueOfAnotherTypeAsAbsent) {
+    for (const auto* size : {"[800, -1]", "[800]", "[32768, 600]", "[800, 600.5]", "\"800x600\""})
+        EXPECT_FALSE(Store("{\"windowSize\": " + std::string(size) + "}").preferences.windowSize()) << size;
     const Store store(R"({"taskFilePath": 3, "calendarID": false, "calendarSync": 1, "notifiedTasks": ["a", 2],
-                          "wantsLaunchAtLogin": "false", "onboardingDone": null, "windowSize": [800, -1]})");
+                          "wantsLaunchAtLogin": "false", "onboardingDone": null})");
     const auto& preferences = store.preferences;
     EXPECT_FALSE(preferences.taskFilePath() || preferences.calendarID() || preferences.calendarSync() ||
                  !preferences.notifiedTasks().empty() || preferences.wantsLaunchAtLogin() ||
-                 preferences.onboardingDone() || preferences.windowSize());
+                 preferences.onboardingDone());
 }
 
 TEST(Preferences, mirrorsByDefaultOnceThereIsACalendar) {

@@ -41,6 +41,8 @@ TEST(Rename, replacesTheTitleAloneAndKeepsTheMark) {
     EXPECT_EQ(renamed("a\n \t- [ ]   Vieux  \nb", "Nouveau"), "a\n \t- [ ] Nouveau\nb");
     EXPECT_EQ(renamed("- [ ] ❗ Pain", "Pain"), nothing);
     EXPECT_EQ(renamed("- [ ] Pain", "pain"), "- [ ] pain");
+    EXPECT_EQ(renamed("- [ ] Pain", "Pain\nLait"), nothing);
+    EXPECT_EQ(TaskFile::rename("- [ ] A", "0123456789abcdef", "B"), std::nullopt);
 }
 
 TEST(Rename, tellsWhichKeysMoved) {
@@ -50,8 +52,11 @@ TEST(Rename, tellsWhichKeysMoved) {
     using Map = std::map<std::string, std::string>;
     EXPECT_EQ(result->keys, (Map{{TaskFile::hash("pain"), TaskFile::hash("baguette")},
                                  {TaskFile::hash("pain#2"), TaskFile::hash("pain")}}));
-    EXPECT_EQ(TaskFile::renamedKeys(text, text), Map{});
-    EXPECT_EQ(TaskFile::renamedKeys("- [ ] A\n- [ ] B", "x\n- [ ] B"), Map{});
+    EXPECT_EQ(TaskFile::rename(text, key(text), "")->keys, (Map{{TaskFile::hash("pain#2"), TaskFile::hash("pain")}}));
+    const auto a = "- [ ] A", ab = "- [ ] A\n- [ ] B", b = "\n- [ ] B", twice = "- [ ] A\n- [ ] a";
+    const std::pair<const char*, const char*> without[] = {
+        {ab, ab}, {ab, b}, {b, ab}, {a, ab}, {twice, "- [ ] A\n- [ ] a#2"}};
+    for (const auto& [from, to] : without) EXPECT_EQ(TaskFile::renamedKeys(from, to), Map{}) << from << " -> " << to;
 }
 
 TEST(Reschedule, replacesTheDateAndRemembersWhenALateTaskWasFirstDue) {

@@ -32,11 +32,11 @@ TEST(TaskFile, readsTheTasksOfADocumentAndNothingElse) {
                    "- [ ] Appeler le garage · 2025-03-04 14:30 · ✅ 2025-03-04\n"
                    "  - [x] Payer · 2025-03-01 · ✅ 2025-03-02\n"
                    "\t- [X] ❗ TVA · due 2025-03-01 · 2025-03-03 9:05\n"
-                   "-[ ] Non\n- [ ]Non\n* [ ] Non\n- [] Non\n- [ ] \n- [ ]  · 2025-01-01\n"
+                   "-[ ] Non\n- [ ]Non\n* [ ] Non\n- [] Non\n- [y] Non\n- [ ] \n- [ ]  · 2025-01-01\n"
                    "- [ ] Dernière"),
               (Lines{"3 [ ] Appeler le garage | 2025-03-04 14:30 | done 2025-03-04",
                      "4 [x] Payer | 2025-03-01 | done 2025-03-02", "5 [x] ❗ TVA | 2025-03-03 09:05 | due 2025-03-01",
-                     "12 [ ] Dernière"}));
+                     "13 [ ] Dernière"}));
     EXPECT_TRUE(TaskFile::parse("").empty());
     EXPECT_TRUE(TaskFile::parse(TaskFile::newFileText).empty());
     EXPECT_EQ(TaskFile::newFileText.size(), 173U);
@@ -50,6 +50,7 @@ TEST(TaskFile, readsAttributesByTheirShape) {
         {"A · 2025-03-04 09:5", "A"},
         {"A · 2025-03-04 24:00", "A"},
         {"A · 2025-03-04 09:05 demain", "A"},
+        {"A · 2025-03-04T09:05", "A"},
         {"A ·   2025-03-04   09:05 ", "A | 2025-03-04 09:05"},
         {"A · 2025-03-04 10:00 · 2025-03-09", "A | 2025-03-09"}, // the last one wins, and clears the time
         {"A · demain", "A"},
