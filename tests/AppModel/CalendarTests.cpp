@@ -68,10 +68,28 @@ TEST(AppModel, AsksForTheAccountAgainWhenTheKeyringDidNotAnswer) {
     world.model.setCalendarSync(true);
     world.loop.advance(15min);
     EXPECT_EQ(world.state().connection, Connection::unknown);
-    world.calendar.present = Account::signedIn;
+    EXPECT_EQ(world.state().syncError, "Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas");
+    world.calendar.present = Account::signedOut;
     world.loop.advance(5min);
-    EXPECT_EQ(world.state().connection, Connection::signedIn);
+    EXPECT_EQ(world.state().connection, Connection::signedOut);
+    EXPECT_EQ(world.state().syncError, std::nullopt);
+}
+
+TEST(AppModel, SyncsAgainOnceTheFileCanBeWrittenAgain) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
+    world.start();
+    world.model.setCalendarSync(true);
+    world.loop.advance(1s);
+    std::filesystem::remove_all(world.folder / "locks");
+    writeBytes(world.folder / "locks", "not a folder");
+    world.model.toggle(world.task("A"));
+    world.loop.advance(9min);
+    EXPECT_NE(world.state().fileError, std::nullopt);
     EXPECT_EQ(world.calendar.runs.size(), 1U);
+    std::filesystem::remove(world.folder / "locks");
+    world.loop.advance(1min);
+    EXPECT_EQ(world.state().fileError, std::nullopt);
+    EXPECT_EQ(world.calendar.runs.size(), 2U);
 }
 
 TEST(AppModel, FollowsTheAccount) {
