@@ -45,6 +45,7 @@ Reminders::Reminders(dravel::MainLoop& loop, NotificationServer& server, Prefere
                    }}) {}
 
 void Reminders::reconcile(const Tasks& tasks, Instant now) {
+    catchUpStoring();
     const auto plan = planReminders(tasks, centre_.record(), preferences_.notifiedTasks(), now);
     for (const auto& identifier : plan.stale) centre_.remove(identifier);
     for (const auto& reminder : plan.schedule) centre_.add(request(reminder));
@@ -56,6 +57,7 @@ void Reminders::reconcile(const Tasks& tasks, Instant now) {
 
 void Reminders::minutePassed(const Tasks& tasks, Instant now) {
     if (full_) return reconcile(tasks, now);
+    catchUpStoring();
     centre_.deliver();
 }
 
@@ -71,11 +73,22 @@ void Reminders::rekey(const std::map<std::string, std::string>& keys) {
 }
 
 void Reminders::store(const std::function<Notified(Notified)>& change) {
+    const auto& shown = record().shown;
     try {
-        preferences_.updateNotifiedTasks(change);
+        preferences_.updateNotifiedTasks([&](Notified list) {
+            if (behind_) list = with(std::move(list), {shown.begin(), shown.end()});
+            return change(std::move(list));
+        });
+        behind_ = false;
     } catch (const dravel::FileError& error) {
+        behind_ = true;
         report_(error);
     }
+}
+
+// Else the next start would show it all again.
+void Reminders::catchUpStoring() {
+    if (behind_) store([](Notified list) { return list; });
 }
 
 }

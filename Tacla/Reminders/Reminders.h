@@ -27,11 +27,13 @@ class Reminders {
 
   private:
     void store(const std::function<Preferences::Notified(Preferences::Notified)>&);
+    void catchUpStoring();
 
     Preferences& preferences_;
     Report report_;
     NotificationCentre centre_;
     bool full_ = false;
+    bool behind_ = false; // what was shown could not be stored yet
 };
 
 }
