@@ -37,6 +37,7 @@ using namespace std::chrono_literals;
 using std::filesystem::path;
 
 constexpr auto noScreen = "pas d'écran : l'application ne s'ouvre que dans une session de bureau";
+constexpr auto screenLost = "l'écran a disparu : l'application se termine";
 
 // A bus that works answers within a millisecond; a dead one must not hold up the first picture.
 constexpr auto busPatience = 50ms;
@@ -62,6 +63,12 @@ bool hasScreen() {
 void report(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     if (type == QtFatalMsg) {
         complain(noScreen);
+        std::_Exit(EXIT_FAILURE);
+    }
+    // Qt would run on into exit(), under the feet of background jobs.
+    if (message.startsWith(QLatin1String("The X11 connection broke")) ||
+        message.startsWith(QLatin1String("The Wayland connection"))) {
+        complain(screenLost);
         std::_Exit(EXIT_FAILURE);
     }
     const std::string_view category = context.category ? context.category : "";
