@@ -37,6 +37,10 @@ void Bus::connectNow() {
     const auto connection = QDBusConnection::connectToBus(QString::fromStdString(address_), name);
     if (!connection.isConnected()) return;
     connection_ = connection;
+    // What the library says to itself.
+    connection_->connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
+                         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                         SLOT(disconnected()));
     opened_(connection);
 }
 

@@ -16,6 +16,8 @@ namespace tacla {
 
 // A message bus that is there at the start, comes later, or never: nobody waits for it.
 class Bus : public QObject {
+    Q_OBJECT
+
   public:
     enum class Kind { session, system };
     explicit Bus(Kind);
@@ -30,6 +32,10 @@ class Bus : public QObject {
     std::optional<QDBusConnection> connection() const { return connection_; }
     // Calls the observer now, when the bus is there, or later.
     void whenOpen(std::function<void(const QDBusConnection&)>);
+    dravel::Signal<> lost; // for good: a bus that starts anew is another session's
+
+  private Q_SLOTS:
+    void disconnected() { lost(); }
 
   private:
     void connectNow();

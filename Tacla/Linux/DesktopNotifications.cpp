@@ -1,9 +1,11 @@
 #include "Tacla/Linux/DesktopNotifications.h"
 
+#include <QDBusError>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QTimer>
 
+#include <limits>
 #include <utility>
 
 namespace tacla {
@@ -12,7 +14,23 @@ namespace {
 
 constexpr QLatin1String name("org.freedesktop.Notifications");
 constexpr QLatin1String path("/org/freedesktop/Notifications");
-constexpr int patience = 5000; // ms
+
+// A reminder that a frozen server answers late is shown late: asked for again meanwhile, it would be shown twice. The
+// bus answers for a server that ends.
+constexpr int endlessPatience = std::numeric_limits<int>::max();
+
+constexpr auto noServer = "Aucun service de notification ne répond.";
+
+// The error's own words are English, and for developers.
+std::string refusal(const QDBusMessage& error) {
+    switch (QDBusError(error).type()) {
+    case QDBusError::ServiceUnknown:
+    case QDBusError::NoReply:
+    case QDBusError::TimedOut:
+    case QDBusError::Disconnected: return noServer;
+    default: return "Le service de notification refuse : " + error.errorName().toStdString();
+    }
+}
 
 QString plain(const std::string& text) {
     return QString::fromStdString(text).replace(QChar(u'\0'), QChar(u' ')); // the bus carries no NUL
@@ -59,7 +77,9 @@ void DesktopNotifications::use(const QDBusConnection& connection) {
 
 void DesktopNotifications::doWithout() {
     without_ = true;
+    connection_.reset();
     if (!waiting_.empty()) learned({{.session = false}});
+    forget();
 }
 
 void DesktopNotifications::forget() {
@@ -103,7 +123,7 @@ void DesktopNotifications::show(const NotificationRequest& request, std::functio
 
 void DesktopNotifications::notify(const NotificationRequest& request, const Server& server,
                                   std::function<void(Error)> shown) {
-    if (!server.capabilities.reachable) return shown("Aucun service de notification ne répond.");
+    if (!server.capabilities.reachable) return shown(noServer);
     const auto& content = request.content;
     const auto body = plain(content.body);
     const QList<QVariant> arguments{QStringLiteral("Tacla"),
@@ -114,18 +134,19 @@ void DesktopNotifications::notify(const NotificationRequest& request, const Serv
                                     server.capabilities.actions ? actions(content) : QStringList(),
                                     hints(),
                                     -1};
-    call(QStringLiteral("Notify"), arguments, [this, key = content.key, shown](const QDBusMessage& reply) {
-        if (reply.type() != QDBusMessage::ReplyMessage) return shown(reply.errorMessage().toStdString());
+    const auto answered = [this, key = content.key, shown](const QDBusMessage& reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage) return shown(refusal(reply));
         if (!key.empty()) shown_[reply.arguments().value(0).toUInt()] = {key, {}};
         shown({});
-    });
+    };
+    call(QStringLiteral("Notify"), arguments, answered, content.key.empty() ? patience : endlessPatience);
 }
 
 void DesktopNotifications::call(const QString& method, const QList<QVariant>& arguments,
-                                std::function<void(const QDBusMessage&)> answer) {
+                                std::function<void(const QDBusMessage&)> answer, int milliseconds) {
     auto message = QDBusMessage::createMethodCall(name, path, name, method);
     message.setArguments(arguments);
-    auto* watcher = new QDBusPendingCallWatcher(connection_->asyncCall(message, patience), this);
+    auto* watcher = new QDBusPendingCallWatcher(connection_->asyncCall(message, milliseconds), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answer = std::move(answer)] {
         watcher->deleteLater();
         answer(watcher->reply());

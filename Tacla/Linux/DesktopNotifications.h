@@ -22,7 +22,7 @@ class DesktopNotifications final : public QObject, public NotificationServer {
     explicit DesktopNotifications(QString icon);
 
     void use(const QDBusConnection&);
-    void doWithout(); // there is no bus
+    void doWithout(); // there is no bus, or none any more
 
     void show(const NotificationRequest&, std::function<void(Error)> shown) override;
     void ask(std::function<void(Capabilities)>) override;
@@ -47,7 +47,10 @@ class DesktopNotifications final : public QObject, public NotificationServer {
     void learned(const Server&);
     void forget(); // another server
     void notify(const NotificationRequest&, const Server&, std::function<void(Error)> shown);
-    void call(const QString& method, const QList<QVariant>& arguments, std::function<void(const QDBusMessage&)> answer);
+    void call(const QString& method, const QList<QVariant>& arguments, std::function<void(const QDBusMessage&)> answer,
+              int milliseconds = patience);
+
+    static constexpr int patience = 5000; // ms
 
     QString icon_;
     std::optional<QDBusConnection> connection_;

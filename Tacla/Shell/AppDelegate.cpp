@@ -46,9 +46,9 @@ void AppDelegate::launch() {
         world_.system.whenOpen([this](const QDBusConnection& connection) { joinSystem(connection); });
         world_.system.open();
     });
+    connections_.push_back(world_.session.lost.connect([this] { doWithoutSession(); }));
     if (world_.session.isAbsent()) {
-        world_.notifications.doWithout();
-        showWindow(); // there will be no icon
+        doWithoutSession();
     } else {
         trayPatience_ = world_.loop.after(trayPatience, [this] { showWindowWithoutTray(); });
     }
@@ -59,6 +59,11 @@ void AppDelegate::joinSession(const QDBusConnection& connection) {
     world_.notifications.use(connection);
     scheme_.watch(connection);
     secrets_.watch(connection);
+}
+
+void AppDelegate::doWithoutSession() {
+    world_.notifications.doWithout();
+    showWindow(); // there will be no icon
 }
 
 void AppDelegate::joinSystem(const QDBusConnection& connection) { wake_.watch(connection); }
@@ -87,7 +92,10 @@ void AppDelegate::installMenu() {
         showWindow();
     };
     dravel::StandardMenu::install(window_.window(), aboutTacla(world_.actions.version),
-                                  {.settings = settings, .quit = world_.quit});
+                                  {.settings = settings,
+                                   .quit = world_.quit,
+                                   .undo = [this] { world_.model.undo(); },
+                                   .canUndo = [this] { return world_.model.canUndo(); }});
 }
 
 // Many changes of the model in one turn of the loop need one look at it.

@@ -40,6 +40,7 @@ class AppDelegate {
 
   private:
     void joinSession(const QDBusConnection&);
+    void doWithoutSession();
     void joinSystem(const QDBusConnection&);
     void showWindow(const std::string& activationToken = {});
     void showWindowWithoutTray();
