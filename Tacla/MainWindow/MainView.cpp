@@ -1,10 +1,10 @@
 #include "Tacla/MainWindow/MainView.h"
 
+#include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/DravelShell.h"
 #include "DravelKit/DravelUI/SidebarBadge.h"
 #include "DravelKit/DravelUI/SidebarList.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/AppIcon.h"
 #include "Tacla/MainWindow/Pages/ListPages.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
 #include "Tacla/MainWindow/Pages/TodayPage.h"
@@ -58,7 +58,7 @@ void MainView::showWelcomeOrPages() {
 
 dravel::DravelShell& MainView::shell() {
     if (shell_) return *shell_;
-    shell_ = new dravel::DravelShell(u"Tacla"_s, applicationIcon(), u"Pages"_s, this);
+    shell_ = new dravel::DravelShell(u"Tacla"_s, dravel::tickIcon(), u"Pages"_s, this);
     auto& list = shell_->list();
     for (const auto section : sections)
         list.addRow(symbol(section), toQt(title(section)), toQt("section." + std::string(rawValue(section))));

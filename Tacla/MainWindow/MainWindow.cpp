@@ -2,7 +2,6 @@
 
 #include "DravelKit/Foundation/FileError.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/AppIcon.h"
 #include "Tacla/MainWindow/MainView.h"
 #include "Tacla/Preferences/Preferences.h"
 
@@ -25,7 +24,6 @@ MainWindow::MainWindow(AppModel& model, Preferences& preferences, const DesktopA
     : model_(model), preferences_(preferences), view_(new MainView(model, actions, now)) {
     setObjectName(u"TaclaMain"_s);
     setWindowTitle(u"Tacla"_s);
-    setWindowIcon(applicationIcon());
     view_->setMinimumSize(leastContent);
     setCentralWidget(view_);
     sizeSettled_.setSingleShot(true);

@@ -1,8 +1,8 @@
 #include "Tacla/MainWindow/WelcomeView.h"
 
+#include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/WelcomePage.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/AppIcon.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 
 #include <QVBoxLayout>
@@ -15,7 +15,7 @@ using dravel::WelcomeStep;
 
 WelcomeView::WelcomeView(AppModel& model, const DesktopActions& actions, QWidget* parent)
     : QWidget(parent), model_(model), actions_(actions) {
-    auto* page = new dravel::WelcomePage(applicationIcon(), u"Tacla"_s,
+    auto* page = new dravel::WelcomePage(dravel::tickIcon(), u"Tacla"_s,
                                          u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
                                          u"notification, rappelées à l'heure dite et, "
                                          u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
