@@ -32,6 +32,17 @@ constexpr std::array shadow{ShadowLayer{3, 3, .006}, ShadowLayer{2, 2, .010}, Sh
 
 }
 
+void paintShadow(QPainter& painter, const QRectF& face, int radius) {
+    painter.setPen(Qt::NoPen);
+    QColor colour = Theme::Palette::blackText.color();
+    for (const auto& [grown, down, alpha] : shadow) {
+        colour.setAlphaF(static_cast<float>(alpha));
+        painter.setBrush(colour);
+        painter.drawRoundedRect(face.adjusted(-grown, down - grown, grown, down + grown), radius + grown,
+                                radius + grown);
+    }
+}
+
 Card::Card(QWidget* parent, Kind kind) : QWidget(parent), kind_(kind) {}
 
 int Card::radius() const { return kind_ == Kind::Hero ? Theme::Radius::lg : Theme::Radius::md; }
@@ -41,15 +52,7 @@ void Card::setHighlighted(bool on) {
 }
 
 void Card::paintShadow(QPainter& painter, const QRect& exposed) const {
-    painter.setPen(Qt::NoPen);
-    QColor colour = Theme::Palette::blackText.color();
-    for (const auto& layer : shadow) {
-        const QRectF face = QRectF(geometry()).adjusted(-layer.grown, -layer.grown, layer.grown, layer.grown);
-        colour.setAlphaF(static_cast<float>(layer.alpha));
-        painter.setBrush(colour);
-        painter.drawRoundedRect(nearby(face.translated(0, layer.down), exposed), radius() + layer.grown,
-                                radius() + layer.grown);
-    }
+    dravel::paintShadow(painter, nearby(geometry(), exposed), radius());
 }
 
 void Card::updateShadow(const QRect& at) const {

@@ -10,6 +10,9 @@ namespace dravel {
 class CountCapsule;
 class TextLabel;
 
+// The soft shadow of a face with rounded corners, for the light look. It reaches 3 beside the face and 6 below it.
+void paintShadow(QPainter&, const QRectF& face, int radius);
+
 // A surface with rounded corners. Its shadow (light only) falls on the parent, which must be a CardStage: the column of
 // a page and the body of a welcome are. Inside, the left grid: a column of 20 at x 16, text from x 48.
 class Card : public QWidget {

@@ -75,10 +75,15 @@ QRect DravelPage::visiblePart(const QWidget& descendant) const {
 
 void DravelPage::reveal(const QWidget& descendant, int slack) {
     const int top = descendant.mapTo(viewport(), QPoint()).y(), bottom = top + descendant.height();
+    const int view = viewport()->height() - coveredFoot_;
     int shift = 0;
-    if (bottom + slack > viewport()->height()) shift = bottom + slack - viewport()->height();
+    if (bottom + slack > view) shift = bottom + slack - view;
     if (top - shift < slack) shift = top - slack; // what is higher than the view shows its head
     verticalScrollBar()->setValue(verticalScrollBar()->value() + shift);
+}
+
+void DravelPage::setCoveredFoot(int height) {
+    if (std::exchange(coveredFoot_, height) != height) fitColumn();
 }
 
 // The thumb stands inside the right margin: the column is centred in the whole page, whether there is a thumb or not.
@@ -87,7 +92,7 @@ void DravelPage::fitColumn() {
     const int left = std::max((width() - column) / 2, margin);
     const int right = viewport()->width() - left - column;
     const int top = head_ ? margin + titleTop - accentRoom : margin;
-    column_->setContentsMargins(left, top, std::max(right, 0), Theme::Space::xl);
+    column_->setContentsMargins(left, top, std::max(right, 0), Theme::Space::xl + coveredFoot_);
 }
 
 void DravelPage::resizeEvent(QResizeEvent* event) {

@@ -26,6 +26,7 @@ class DravelPage : public QScrollArea {
     QRect
     visiblePart(const QWidget&) const; // the part of a descendant that shows, in its own coordinates; may be empty
     void reveal(const QWidget&, int slack = Theme::Space::md); // scrolls a descendant into view
+    void setCoveredFoot(int height); // something lies over the foot of the view: the column can be scrolled past it
 
   Q_SIGNALS:
     void viewChanged(); // scrolled or resized: what shows may be other rows
@@ -40,6 +41,7 @@ class DravelPage : public QScrollArea {
     QVBoxLayout* column_;
     TextLabel* subtitle_ = nullptr;
     QWidget* head_ = nullptr;
+    int coveredFoot_ = 0;
 };
 
 }

@@ -1,7 +1,9 @@
 #include "DravelKit/DravelUI/DravelShell.h"
 
+#include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/DravelUI/SidebarList.h"
 #include "DravelKit/DravelUI/TextLabel.h"
+#include "DravelKit/DravelUI/Toast.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -41,11 +43,14 @@ class Handle final : public QWidget {
 
 DravelShell::DravelShell(const QString& brand, const QIcon& icon, const QString& listName, QWidget* parent)
     : QWidget(parent), icon_(icon), brand_(new TextLabel(Theme::Typography::cardTitle, Theme::text, brand, this)),
-      list_(new SidebarList(listName, this)), pages_(new QStackedWidget(this)), handle_(new Handle(*this)) {
+      list_(new SidebarList(listName, this)), toast_(new Toast(this)), pages_(new QStackedWidget(this)),
+      handle_(new Handle(*this)) {
     brand_->setObjectName(QStringLiteral("brand"));
     list_->setObjectName(QStringLiteral("sidebarList"));
     pages_->setObjectName(QStringLiteral("pages"));
     handle_->raise();
+    toast_->setObjectName(QStringLiteral("toast"));
+    connect(toast_, &Toast::changed, this, &DravelShell::arrangeToast);
 }
 
 void DravelShell::setFoot(QWidget* foot) {
@@ -59,6 +64,7 @@ void DravelShell::setFoot(QWidget* foot) {
 void DravelShell::showPage(QWidget* page) {
     if (pages_->indexOf(page) < 0) pages_->addWidget(page);
     pages_->setCurrentWidget(page);
+    arrangeToast();
 }
 
 QWidget* DravelShell::page() const { return pages_->currentWidget(); }
@@ -83,6 +89,12 @@ void DravelShell::arrange() {
     pages_->setGeometry(sidebarWidth_, 0, width() - sidebarWidth_, height());
     handle_->setGeometry(sidebarWidth_ - 1 - handleWidth / 2, 0, handleWidth, height());
     update(0, 0, sidebarWidth_, height());
+    arrangeToast();
+}
+
+void DravelShell::arrangeToast() {
+    const int covered = toast_->placeAtFootOf(pages_->geometry());
+    if (auto* page = qobject_cast<DravelPage*>(pages_->currentWidget())) page->setCoveredFoot(covered);
 }
 
 void DravelShell::paintEvent(QPaintEvent*) {

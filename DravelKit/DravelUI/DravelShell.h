@@ -8,6 +8,7 @@ class QStackedWidget;
 namespace dravel {
 
 class SidebarList;
+class Toast;
 
 // The frame of a window: a sidebar with brand, list and foot, and the area of the page beside it.
 class DravelShell final : public QWidget {
@@ -20,9 +21,10 @@ class DravelShell final : public QWidget {
     DravelShell(const QString& brand, const QIcon& icon, const QString& listName, QWidget* parent = nullptr);
 
     SidebarList& list() const { return *list_; }
-    void setFoot(QWidget*);  // takes it
-    void showPage(QWidget*); // takes it on the first call; pages can be made when they are first wanted
-    QWidget* page() const;   // the one that is shown
+    Toast& toast() const { return *toast_; } // over the foot of the page, which scrolls past it
+    void setFoot(QWidget*);                  // takes it
+    void showPage(QWidget*);                 // takes it on the first call; pages can be made when they are first wanted
+    QWidget* page() const;                   // the one that is shown
     int sidebarWidth() const { return sidebarWidth_; }
     void setSidebarWidth(int); // kept between the minimum and what leaves the page its own
 
@@ -32,10 +34,12 @@ class DravelShell final : public QWidget {
 
   private:
     void arrange();
+    void arrangeToast();
 
     QIcon icon_;
     QWidget* brand_;
     SidebarList* list_;
+    Toast* toast_;
     QWidget* foot_ = nullptr;
     QStackedWidget* pages_;
     QWidget* handle_;

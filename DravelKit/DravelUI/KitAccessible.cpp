@@ -9,6 +9,7 @@
 #include "DravelKit/DravelUI/SidebarBadge.h"
 #include "DravelKit/DravelUI/SidebarList.h"
 #include "DravelKit/DravelUI/SidebarRow.h"
+#include "DravelKit/DravelUI/Toast.h"
 
 #include <QAccessibleWidget>
 
@@ -86,6 +87,7 @@ QAccessibleInterface* kitAccessible(const QString&, QObject* object) {
     if (auto* chip = qobject_cast<Chip*>(object)) return new ChipButton(*chip);
     if (auto* ring = qobject_cast<ProgressRing*>(object)) return new Ring(*ring);
     if (auto* list = qobject_cast<SidebarList*>(object)) return new QAccessibleWidget(list, QAccessible::List);
+    if (auto* toast = qobject_cast<Toast*>(object)) return new QAccessibleWidget(toast, QAccessible::Notification);
     for (auto* group :
          {static_cast<QWidget*>(qobject_cast<SettingRow*>(object)), static_cast<QWidget*>(qobject_cast<Card*>(object)),
           static_cast<QWidget*>(qobject_cast<SidebarBadge*>(object)),

@@ -72,7 +72,7 @@ void TextLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const QColor colour = tone_.on(*this);
     if (!wraps_ && !selectable_) {
-        paintLine(painter, contentsRect(), style_, colour, text(), alignment());
+        paintLine(painter, contentsRect(), style_, colour, text(), alignment(), elide_);
         return;
     }
     QList<QTextLayout::FormatRange> selections;

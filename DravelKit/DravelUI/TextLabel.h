@@ -9,9 +9,9 @@
 
 namespace dravel {
 
-// Plain text in one style and tone. A single line that elides, or wrapped text (setWraps). Its text is its name on the
-// accessibility bus; change it with setText().
-// A top margin gives a line room for the accents of capitals, which may reach above the line box.
+// Plain text in one style and tone. A single line that elides, at the right by default, or wrapped text (setWraps). Its
+// text is its name on the accessibility bus; change it with setText(). A top margin gives a line room for the accents
+// of capitals, which may reach above the line box.
 class TextLabel final : public QLabel {
     Q_OBJECT
 
@@ -21,6 +21,7 @@ class TextLabel final : public QLabel {
     void setTextStyle(const Theme::TextStyle&);
     void setTone(const Theme::Tone&);
     void setWraps(bool);
+    void setElide(Qt::TextElideMode mode) { elide_ = mode; }
     void setSelectable(bool); // with the mouse; Ctrl+C copies
     QString selectedPart() const;
 
@@ -44,6 +45,7 @@ class TextLabel final : public QLabel {
 
     Theme::TextStyle style_;
     Theme::Tone tone_;
+    Qt::TextElideMode elide_ = Qt::ElideRight;
     bool wraps_ = false, selectable_ = false;
     int anchor_ = 0, cursor_ = 0; // of the selection
     mutable std::optional<Paragraph> paragraph_;

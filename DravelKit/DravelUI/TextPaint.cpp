@@ -24,13 +24,13 @@ int textWidth(const Theme::TextStyle& style, const QString& text) {
 }
 
 void paintLine(QPainter& painter, const QRectF& rect, const Theme::TextStyle& style, const QColor& colour,
-               const QString& text, Qt::Alignment horizontal) {
+               const QString& text, Qt::Alignment horizontal, Qt::TextElideMode elide) {
     const QFont& font = Theme::font(style);
     const QFontMetricsF metrics(font);
     qreal width = metrics.horizontalAdvance(text);
     QString shown = text;
     if (width > rect.width() + 0.99) {
-        shown = metrics.elidedText(text, Qt::ElideRight, rect.width());
+        shown = metrics.elidedText(text, elide, rect.width());
         width = metrics.horizontalAdvance(shown);
     }
     const qreal room = rect.width() - width;

@@ -18,9 +18,9 @@ namespace dravel {
 int textWidth(const Theme::TextStyle&,
               const QString&); // to the nearest pixel; paintLine() does not elide what fits by it
 
-// One line, vertically centred in the rectangle, elided at the right when it is too long.
+// One line, vertically centred in the rectangle, elided when it is too long.
 void paintLine(QPainter&, const QRectF&, const Theme::TextStyle&, const QColor&, const QString&,
-               Qt::Alignment horizontal = Qt::AlignLeft);
+               Qt::Alignment horizontal = Qt::AlignLeft, Qt::TextElideMode = Qt::ElideRight);
 
 // Text wrapped to a width, laid out once and painted often.
 class Paragraph {

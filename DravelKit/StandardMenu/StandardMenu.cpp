@@ -1,12 +1,16 @@
 #include "DravelKit/StandardMenu/StandardMenu.h"
 
+#include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPointer>
 
+#include <memory>
 #include <utility>
 
 namespace dravel::StandardMenu {
@@ -29,15 +33,47 @@ QAction* add(QMenu& menu, const QString& text, const QKeySequence& keys, std::fu
 }
 
 // An edit belongs to the field that has the focus, and every kind of field knows the key.
-void addEdit(QMenu& menu, const QString& text, const QKeySequence& keys) {
-    add(menu, text, keys, [keys] {
-        auto* field = QApplication::focusWidget();
-        if (!field) return;
-        const auto combination = keys[0];
-        for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-            QKeyEvent event(type, combination.key(), combination.keyboardModifiers());
-            QApplication::sendEvent(field, &event);
-        }
+void send(QWidget* field, const QKeySequence& keys) {
+    if (!field) return;
+    const auto combination = keys[0];
+    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent event(type, combination.key(), combination.keyboardModifiers());
+        QApplication::sendEvent(field, &event);
+    }
+}
+
+QAction* addEdit(QMenu& menu, const QString& text, const QKeySequence& keys) {
+    return add(menu, text, keys, [keys] { send(QApplication::focusWidget(), keys); });
+}
+
+// The text field that this widget is, or that stands in it.
+QLineEdit* textField(QWidget* widget) {
+    if (qobject_cast<QAbstractSpinBox*>(widget)) return widget->findChild<QLineEdit*>();
+    return qobject_cast<QLineEdit*>(widget);
+}
+
+// "Annuler" and "Rétablir" belong to the text field that has the focus; else there is the program's own undo. Only an
+// open menu greys them: their keys work whenever they are pressed.
+void addUndo(QMenu& menu, const Actions& actions) {
+    const QKeySequence undoKeys = Qt::CTRL | Qt::Key_Z;
+    auto* undo = add(menu, QStringLiteral("Annuler"), undoKeys, [actions, undoKeys] {
+        if (auto* field = textField(QApplication::focusWidget())) return send(field, undoKeys);
+        if (actions.undo) actions.undo();
+    });
+    auto* redo = addEdit(menu, QStringLiteral("Rétablir"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
+    // Opened by its key, the menu bar itself has the focus; it gives it back before it acts.
+    const auto left = std::make_shared<QPointer<QWidget>>();
+    QObject::connect(qApp, &QApplication::focusChanged, &menu, [left](QWidget* from, QWidget* to) {
+        if (qobject_cast<QMenuBar*>(to)) *left = from;
+    });
+    QObject::connect(&menu, &QMenu::aboutToShow, &menu, [actions, left, undo, redo] {
+        auto* focused = QApplication::focusWidget();
+        const auto* field = textField(qobject_cast<QMenuBar*>(focused) ? left->data() : focused);
+        undo->setEnabled(field ? field->isUndoAvailable() : actions.canUndo && actions.canUndo());
+        redo->setEnabled(field && field->isRedoAvailable());
+    });
+    QObject::connect(&menu, &QMenu::aboutToHide, &menu, [undo, redo] {
+        for (auto* action : {undo, redo}) action->setEnabled(true);
     });
 }
 
@@ -58,9 +94,8 @@ void fillApplicationMenu(QMenu& menu, QMainWindow& window, const About& about, c
     add(menu, QStringLiteral("Quitter ") + name, Qt::CTRL | Qt::Key_Q, actions.quit);
 }
 
-void fillEditMenu(QMenu& menu) {
-    addEdit(menu, QStringLiteral("Annuler"), Qt::CTRL | Qt::Key_Z);
-    addEdit(menu, QStringLiteral("Rétablir"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
+void fillEditMenu(QMenu& menu, const Actions& actions) {
+    addUndo(menu, actions);
     menu.addSeparator();
     addEdit(menu, QStringLiteral("Couper"), Qt::CTRL | Qt::Key_X);
     addEdit(menu, QStringLiteral("Copier"), Qt::CTRL | Qt::Key_C);
@@ -79,7 +114,7 @@ void install(QMainWindow& window, const About& about, const Actions& actions, co
     auto& bar = *window.menuBar();
     bar.clear();
     fillApplicationMenu(*bar.addMenu(plain(about.appName)), window, about, actions);
-    fillEditMenu(*bar.addMenu(QStringLiteral("Édition")));
+    fillEditMenu(*bar.addMenu(QStringLiteral("Édition")), actions);
     fillWindowMenu(*bar.addMenu(QStringLiteral("Fenêtre")), window);
     for (auto* menu : extra) bar.addMenu(menu);
 }

@@ -13,6 +13,9 @@ namespace dravel::StandardMenu {
 struct Actions {
     std::function<void()> settings; // empty: no such entry
     std::function<void()> quit;
+    // What "Annuler" takes back while no text field has the focus; empty: nothing.
+    std::function<void()> undo;
+    std::function<bool()> canUndo;
 };
 
 // Fills the window's menu bar with the menus that every program of the kit has, then the further ones.

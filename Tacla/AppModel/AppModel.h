@@ -59,6 +59,7 @@ class AppModel {
 
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();
+    bool canUndo() const; // there is such an edit; whether the file still holds it is known when it is undone
 
     void use(const std::filesystem::path&);          // choose another file
     void createAndUse(const std::filesystem::path&); // with the new-file text, unless it exists

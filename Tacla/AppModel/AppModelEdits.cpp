@@ -118,6 +118,8 @@ void AppModel::undo() {
     in.written();
 }
 
+bool AppModel::canUndo() const { return inside_->lastChange.has_value(); }
+
 void AppModel::toggle(const TaskItem& task) {
     inside_->mutate(said(task.done ? "Tâche décochée" : "Tâche cochée", task.title), [&](std::string_view text) {
         return TaskFile::setDone(text, task.key, !task.done, inside_->today());

@@ -4,6 +4,7 @@
 #include "DravelKit/DravelUI/DravelShell.h"
 #include "DravelKit/DravelUI/SidebarBadge.h"
 #include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/Toast.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/ListPages.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
@@ -35,6 +36,7 @@ MainView::MainView(AppModel& model, DesktopActions actions, dravel::Now now, QWi
 
 void MainView::modelChanged() {
     if (model_.state().onboarding != (views_->currentWidget() == welcome_)) showWelcomeOrPages();
+    if (shell_ && model_.state().undoBar != undoBar_) showUndoBar();
     const auto wanted = model_.state().requestedSection;
     if (wanted == requested_) return;
     requested_ = wanted;
@@ -68,8 +70,10 @@ dravel::DravelShell& MainView::shell() {
         showPage();
     });
     shell_->setFoot(makeSyncBadge(model_, shell_));
+    connect(&shell_->toast(), &dravel::Toast::acted, this, [this] { model_.undo(); });
     views_->addWidget(shell_);
     showPage();
+    showUndoBar();
     return *shell_;
 }
 
@@ -82,6 +86,14 @@ void MainView::showPage() {
     auto*& page = pages_[static_cast<std::size_t>(section_)];
     if (!page) page = makePage(section_);
     shell_->showPage(page);
+}
+
+void MainView::showUndoBar() {
+    undoBar_ = model_.state().undoBar;
+    if (undoBar_)
+        shell_->toast().tell(toQt(undoBar_->text), undoBar_->offersUndo ? u"Annuler"_s : QString());
+    else
+        shell_->toast().dismiss();
 }
 
 QWidget* MainView::makePage(Section section) {

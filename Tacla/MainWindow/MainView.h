@@ -2,6 +2,7 @@
 
 #include "DravelKit/Foundation/Instant.h"
 #include "DravelKit/Foundation/Signal.h"
+#include "Tacla/AppModel/ModelState.h"
 #include "Tacla/MainWindow/DesktopActions.h"
 #include "Tacla/MainWindow/Section.h"
 
@@ -38,6 +39,7 @@ class MainView final : public QWidget {
     void showWelcomeOrPages();
     dravel::DravelShell& shell();
     void showPage();
+    void showUndoBar();
     QWidget* makePage(Section);
     void addShortcuts();
 
@@ -46,6 +48,7 @@ class MainView final : public QWidget {
     const dravel::Now now_;
     Section section_ = Section::today;
     std::optional<std::string> requested_; // the model's last request that was seen
+    std::optional<UndoBar> undoBar_;       // the one that shows
     QStackedLayout* views_;
     WelcomeView* welcome_ = nullptr;
     dravel::DravelShell* shell_ = nullptr;

@@ -28,11 +28,17 @@ class Tasks(Story):
         self.screen.press("À venir", "list item")
         self.screen.wait("Appeler « R&D » 🎉")
 
-    def test_checks_and_unchecks(self):
+    def test_checks_and_takes_it_back(self):
         self.launch()
         self.open_window()
+        for take_back in (lambda: self.screen.press("Annuler : Tâche cochée : Pain"),
+                          lambda: self.screen.key("ctrl+2", "ctrl+z")):
+            self.screen.press("Cocher Pain")
+            self.until_file(*self.rest(f"- [x] Pain · {day()} · ✅ {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+            take_back()
+            self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+        self.screen.press("Aujourd'hui", "list item")
         self.screen.press("Cocher Pain")
-        self.until_file(*self.rest(f"- [x] Pain · {day()} · ✅ {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
         self.screen.press("Décocher Pain")
         self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
 

@@ -1,9 +1,12 @@
+#include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/Toast.h"
 #include "DravelKit/Foundation/FileError.h"
 #include "Tacla/MainWindow/HeadlessSnapshot.h"
 #include "Tacla/MainWindow/MainWindowController.h"
 #include "tests/MainWindow/WindowWorld.h"
 
 #include <QImage>
+#include <QLayout>
 #include <QMainWindow>
 #include <QTest>
 
@@ -56,6 +59,31 @@ TEST(MainView, ShowsTheWelcomeUntilItIsClosed) {
     EXPECT_FALSE(window.world.state().onboarding);
     EXPECT_TRUE(window.world.preferences.onboardingDone());
     EXPECT_EQ(window.shown(), "Pain\n");
+}
+
+TEST(UndoBar, OffersToTakeTheLastChangeBackForTenSeconds) {
+    const std::string pain = "- [ ] Pain · 2026-11-24\n";
+    WindowWorld window(pain);
+    auto& bar = window.control<dravel::Toast>("toast");
+    auto& undo = window.control<dravel::Button>("toastAction");
+    EXPECT_FALSE(bar.isVisible());
+    window.row("Pain").focus(TaskRow::Stop::check, Qt::TabFocusReason);
+    window.press(Qt::Key_Space);
+    EXPECT_EQ(window.focused(), "Pain check") << "the bar leaves the focus alone";
+    EXPECT_EQ(undo.accessibleName().toStdString(), "Annuler : Tâche cochée : Pain");
+    EXPECT_GE(window.page(Section::settings).widget()->layout()->contentsMargins().bottom(), bar.height())
+        << "the page scrolls past it";
+    undo.click();
+    EXPECT_EQ(window.world.text(), pain);
+    EXPECT_FALSE(bar.isVisible());
+
+    window.world.model.toggle(window.world.state().tasks.at(0));
+    window.fileBecomes(pain);
+    undo.click();
+    EXPECT_EQ(bar.accessibleName().toStdString(), "Le fichier a changé depuis : rien n'a été annulé.");
+    EXPECT_FALSE(undo.isVisible());
+    window.world.loop.advance(std::chrono::seconds(10));
+    EXPECT_FALSE(bar.isVisible());
 }
 
 TEST(MainWindow, HidesWhenClosedAndComesBackAsItWas) {
