@@ -50,6 +50,7 @@ TEST(ThreadedBackground, StopsItsJobsAtQuitLeavesTheDeafBehindAndDropsWhatTheyCo
         ThreadedBackground background(loop, 10ms);
         background.run<int>(obedient, dropped);
         background.run<int>(deaf, dropped);
+        background.run<int>([](const std::stop_token&) { return 3; }, dropped); // its result waits in the loop
     }
     stopped.get_future().wait();
     release.set_value();
