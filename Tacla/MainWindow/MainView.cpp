@@ -82,6 +82,12 @@ void MainView::select(Section section) {
     if (shell_) shell_->list().setCurrent(static_cast<int>(section));
 }
 
+void MainView::beginTask() {
+    if (views_->currentWidget() != shell_) return;
+    select(Section::today);
+    static_cast<TodayPage*>(shell_->page())->beginTask();
+}
+
 void MainView::showPage() {
     auto*& page = pages_[static_cast<std::size_t>(section_)];
     if (!page) page = makePage(section_);

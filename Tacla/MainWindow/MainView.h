@@ -33,6 +33,7 @@ class MainView final : public QWidget {
 
     Section section() const { return section_; }
     void select(Section);
+    void beginTask(); // on the today page, unless the welcome shows
 
   private:
     void modelChanged();

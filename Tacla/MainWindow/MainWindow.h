@@ -20,6 +20,7 @@ class MainWindow final : public QMainWindow {
     MainWindow(AppModel&, Preferences&, const DesktopActions&, const dravel::Now&);
 
     void present(const std::string& activationToken);
+    MainView& view() { return *view_; }
 
   protected:
     void closeEvent(QCloseEvent*) override;

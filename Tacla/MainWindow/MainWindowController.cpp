@@ -1,5 +1,6 @@
 #include "Tacla/MainWindow/MainWindowController.h"
 
+#include "Tacla/MainWindow/MainView.h"
 #include "Tacla/MainWindow/MainWindow.h"
 
 namespace tacla {
@@ -18,6 +19,8 @@ MainWindow& MainWindowController::made() {
 QMainWindow& MainWindowController::window() { return made(); }
 
 void MainWindowController::show(const std::string& activationToken) { made().present(activationToken); }
+
+void MainWindowController::beginTask() { made().view().beginTask(); }
 
 void MainWindowController::close() {
     if (window_) window_->close();

@@ -23,6 +23,7 @@ class MainWindowController {
 
     // Brings the window forward, with the activation token that the desktop gave, if any.
     void show(const std::string& activationToken = {});
+    void beginTask(); // the window gets ready to type a new task
     void close();
     bool isShown() const;
 

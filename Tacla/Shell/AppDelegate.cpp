@@ -2,7 +2,6 @@
 
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/StandardMenu/StandardMenu.h"
-#include "Tacla/MainWindow/Section.h"
 #include "Tacla/Shell/Licences.h"
 
 #include <QGuiApplication>
@@ -145,12 +144,8 @@ void AppDelegate::respond(const NotificationServer::Response& response) {
 }
 
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
-    // The launcher's "new-task" wants the page where one is typed; the other actions are named like their pages.
-    if (activation.action == "new-task")
-        world_.model.requestSection("today");
-    else if (activation.action && sectionNamed(*activation.action))
-        world_.model.requestSection(activation.action);
     showWindow(activation.token);
+    if (activation.action == "new-task") window_.beginTask();
 }
 
 }

@@ -6,6 +6,8 @@ import subprocess
 import tempfile
 import unittest
 
+from gi.repository import GLib
+
 from story import TACLA, Bubbles, Story, day, main, until
 
 
@@ -31,6 +33,22 @@ class Twice(Story):
         self.assertEqual((second.returncode, second.stderr), (0, ""))
         self.screen.wait("Nouvelle tâche")
         self.until_menu("(Aujourd'hui)", "Pain")
+
+
+class FromTheLauncher(Story):
+    def test_a_new_task_can_be_typed_at_once(self):
+        service = self.desktop.folder / "services/fr.dravel.Tacla.service"
+        service.write_text(f"[D-BUS Service]\nName=fr.dravel.Tacla\nExec={TACLA}\n")
+        for member, arguments in (("UpdateActivationEnvironment", GLib.Variant("(a{ss})", (self.desktop.env,))),
+                                  ("ReloadConfig", None)):
+            self.desktop.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member, arguments)
+        for title in ("Pain", "Vin"):  # not running yet; then on another page
+            subprocess.run(["gapplication", "action", "fr.dravel.Tacla", "new-task"], env=self.desktop.env, check=True)
+            until(lambda: "focused" in self.screen.wait("Nouvelle tâche").states, "the field to get the focus")
+            self.screen.key(*title, "Return")
+            until(lambda: f"- [ ] {title} · {day()}\n" in self.file.read_text(), "the task")
+            self.screen.key("ctrl+3")
+        self.tray.click("Quitter Tacla")
 
 
 class NoDisplay(unittest.TestCase):

@@ -119,6 +119,8 @@ void AddTaskCard::setToday(Day today) {
     showDraft();
 }
 
+void AddTaskCard::focusTitle() { title_->setFocus(Qt::OtherFocusReason); }
+
 void AddTaskCard::pick(Day day) {
     today_ = currentDay();
     draft_.pick(day, today_);
@@ -132,7 +134,7 @@ void AddTaskCard::add() {
     }
     draft_.title.clear();
     showDraft();
-    title_->setFocus(Qt::OtherFocusReason);
+    focusTitle();
 }
 
 void AddTaskCard::showDraft() {

@@ -28,6 +28,7 @@ class AddTaskCard final : public dravel::Card {
   public:
     AddTaskCard(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
     void setToday(Day);
+    void focusTitle(); // ready to type
 
   private:
     void nameFields();

@@ -21,6 +21,11 @@ TodayPage::TodayPage(AppModel& model, const dravel::Now& now, QWidget* parent)
     refresh();
 }
 
+void TodayPage::beginTask() {
+    reveal(*add_);
+    add_->focusTitle();
+}
+
 void TodayPage::refresh() {
     const auto& state = model_.state();
     auto contents = todayContents(state);

@@ -16,6 +16,7 @@ class TodayPage final : public dravel::DravelPage {
 
   public:
     TodayPage(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
+    void beginTask(); // the add card comes into view, ready to type
 
   private:
     void refresh();
