@@ -18,7 +18,7 @@ namespace SafeFile = dravel::SafeFile;
 constexpr auto syncDelayAfterEdit = 500ms;
 constexpr auto undoBarTime = 10s;
 
-std::string said(std::string what, const std::string& title) {
+std::string said(const std::string& what, const std::string& title) {
     const auto plain = TaskFile::dropStrongMark(title);
     return plain.empty() ? what : what + " : " + plain;
 }

@@ -15,7 +15,7 @@ GoogleCalendarService::GoogleCalendarService(World world)
       sync_(auth_, world.preferences, world.endpoints.calendar) {}
 
 CalendarService::Account GoogleCalendarService::account(std::stop_token stop) {
-    switch (auth_.isSignedIn(std::move(stop))) {
+    switch (auth_.isSignedIn(stop)) {
     case dravel::GoogleAuth::Account::signedIn: return Account::signedIn;
     case dravel::GoogleAuth::Account::signedOut: return Account::signedOut;
     case dravel::GoogleAuth::Account::unreachable: return Account::unreachable;
@@ -23,9 +23,9 @@ CalendarService::Account GoogleCalendarService::account(std::stop_token stop) {
     return Account::unreachable;
 }
 
-void GoogleCalendarService::signIn(std::stop_token stop) { auth_.signIn(std::move(stop)); }
+void GoogleCalendarService::signIn(std::stop_token stop) { auth_.signIn(stop); }
 
-void GoogleCalendarService::signOut(std::stop_token stop) { auth_.signOut(std::move(stop)); }
+void GoogleCalendarService::signOut(std::stop_token stop) { auth_.signOut(stop); }
 
 void GoogleCalendarService::run(const Tasks& tasks, const std::map<std::string, std::string>& renamed,
                                 std::stop_token stop) {
