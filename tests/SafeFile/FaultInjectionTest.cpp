@@ -1,6 +1,8 @@
 #include "tests/SafeFile/FaultySystem.h"
 #include "tests/SafeFile/SafeFileWorld.h"
 
+#include <sys/xattr.h>
+
 #include <cerrno>
 
 using namespace tacla::testing;
@@ -23,6 +25,7 @@ class Saving : public ::testing::TestWithParam<std::tuple<Way, Fault::Kind>> {
         std::filesystem::create_directories(world.list);
         std::filesystem::create_directories(world.locks);
         if (way != Way::ofANewFile) writeBytes(world.file, old);
+        ::setxattr(world.file.c_str(), "user.note", "à garder", 9, 0); // where the file system knows attributes
         if (way == Way::inPlace) std::filesystem::create_hard_link(world.file, world.list / "other.md");
     }
     bool save() const {
@@ -101,12 +104,16 @@ TEST(SafeFile, countsAFailedSyncAsAFailedSave) {
     EXPECT_EQ(world.text(), "- [ ] Pain\n");
 }
 
-TEST(SafeFile, replacesWhereTheFileSystemCannotExchange) {
-    for (const int error : {EINVAL, EBUSY}) { // no such feature; the file is a mount
+TEST(SafeFile, savesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
+    const std::pair<const char*, int> hindrances[] = {
+        {"renameat2", EINVAL}, {"renameat2", EBUSY}, // cannot exchange; the file is a mount
+        {"fsync", EINVAL},     {"flistxattr", ENOTSUP}, {"open", EINTR}, {"pread", EINTR},
+        {"pwrite", EINTR},     {"fsync", EINTR},        {"flock", EINTR}};
+    for (const auto& [call, error] : hindrances) {
         const SafeFileWorld world;
-        const Fault fault("renameat2", nullptr, error);
-        EXPECT_EQ(world.failure(), "");
-        EXPECT_EQ(world.text(), mark + "- [ ] Pain\n");
+        const Fault fault(call, nullptr, error);
+        EXPECT_EQ(world.failure(), "") << call;
+        EXPECT_EQ(world.text(), mark + "- [ ] Pain\n") << call;
     }
     const SafeFileWorld world;
     const Fault fault("renameat2", nullptr, EINVAL);

@@ -33,7 +33,7 @@ int Fault::strike(const std::string& name) {
         current = nullptr; // the action's own calls are not counted
         if (const auto action = std::exchange(action_, nullptr)) action();
         current = this;
-        return error_;
+        return error_ == EINTR ? std::exchange(error_, 0) : error_; // a signal comes once
     }
     if (kind_ == Kind::kill && index == call_) ::raise(SIGKILL);
     const bool fails = (kind_ == Kind::once && index == call_) || (kind_ == Kind::forGood && index >= call_);

@@ -116,6 +116,24 @@ TEST(SafeFile, removesItsOwnLeftoversAndNothingElse) {
     EXPECT_EQ(world.entries(), 5);
 }
 
+TEST(SafeFile, undoesAWriteInPlaceThatAPowerCutLeftHalfDone) {
+    const auto old = "- [ ] Pain\n"s, fresh = mark + old, stranger = "- [ ] Beurre\n"s;
+    const std::pair<std::string, std::string> cases[] = {{fresh.substr(0, 15), old},
+                                                         {"- [ ] Lain\n", old},
+                                                         {old, old},
+                                                         {fresh, fresh},
+                                                         {stranger, stranger},
+                                                         {"x", "x"}};
+    for (const auto& [found, kept] : cases) {
+        const SafeFileWorld world(found);
+        writeBytes(world.list / ".taches.md.tacla-old-text", old);
+        writeBytes(world.list / ".taches.md.tacla-new-text", fresh);
+        EXPECT_EQ(world.failure(), "");
+        EXPECT_EQ(world.text(), mark + kept);
+        EXPECT_EQ(world.entries(), 1);
+    }
+}
+
 TEST(SafeFile, takesTheLongestName) {
     const SafeFileWorld world;
     const auto longest = world.list / std::string(255, 'n');
