@@ -1,41 +1,45 @@
 #include "DravelKit/Foundation/FileError.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace dravel {
 
 namespace {
 
+constexpr std::pair<int, const char*> reasons[] = {
+    {EACCES, "Permission non accordée"},
+    {EPERM, "Opération non permise"},
+    {ENOENT, "Aucun fichier ou dossier de ce nom"},
+    {ENOTDIR, "Un élément du chemin n'est pas un dossier"},
+    {EISDIR, "C'est un dossier"},
+    {EEXIST, "Le fichier existe déjà"},
+    {ENOSPC, "Il n'y a plus de place sur le disque"},
+    {EDQUOT, "Le quota de disque est dépassé"},
+    {EROFS, "Le système de fichiers est en lecture seule"},
+    {EFBIG, "Le fichier est trop volumineux"},
+    {EIO, "Erreur d'entrée-sortie"},
+    {ENAMETOOLONG, "Le nom du fichier est trop long"},
+    {ELOOP, "Trop de liens symboliques"},
+    {EMFILE, "Trop de fichiers ouverts"},
+    {ENFILE, "Trop de fichiers ouverts"},
+    {ENOMEM, "Mémoire insuffisante"},
+    {EBUSY, "Le fichier est occupé"},
+    {ETXTBSY, "Le fichier est occupé"},
+    {EBADF, "Le flux est fermé"},
+    {EPIPE, "Plus personne ne lit la sortie"},
+    {ENXIO, "Le périphérique n'existe pas"},
+    {ENODEV, "Le périphérique n'existe pas"},
+    {ESTALE, "Le serveur de fichiers a perdu ce fichier"},
+    {ETIMEDOUT, "Le serveur de fichiers ne répond pas"},
+};
+
 std::string systemDescription(int code) {
-    switch (code) {
-    case EACCES: return "Permission non accordée";
-    case EPERM: return "Opération non permise";
-    case ENOENT: return "Aucun fichier ou dossier de ce nom";
-    case ENOTDIR: return "Un élément du chemin n'est pas un dossier";
-    case EISDIR: return "C'est un dossier";
-    case EEXIST: return "Le fichier existe déjà";
-    case ENOSPC: return "Il n'y a plus de place sur le disque";
-    case EDQUOT: return "Le quota de disque est dépassé";
-    case EROFS: return "Le système de fichiers est en lecture seule";
-    case EFBIG: return "Le fichier est trop volumineux";
-    case EIO: return "Erreur d'entrée-sortie";
-    case ENAMETOOLONG: return "Le nom du fichier est trop long";
-    case ELOOP: return "Trop de liens symboliques";
-    case EMFILE:
-    case ENFILE: return "Trop de fichiers ouverts";
-    case ENOMEM: return "Mémoire insuffisante";
-    case EBUSY:
-    case ETXTBSY: return "Le fichier est occupé";
-    case EBADF: return "Le flux est fermé";
-    case EPIPE: return "Plus personne ne lit la sortie";
-    case ENXIO:
-    case ENODEV: return "Le périphérique n'existe pas";
-    case ESTALE: return "Le serveur de fichiers a perdu ce fichier";
-    case ETIMEDOUT: return "Le serveur de fichiers ne répond pas";
-    default: return std::strerror(code);
-    }
+    const auto* known = std::ranges::find(reasons, code, &std::pair<int, const char*>::first);
+    return known == std::end(reasons) ? std::strerror(code) : known->second;
 }
 
 std::string describe(FileError::Kind kind, int code) {
