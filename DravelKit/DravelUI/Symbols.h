@@ -27,6 +27,7 @@ enum class Symbol {
     Inbox,
     FileEarmarkText,
     FileEarmark,
+    Files,
     ArrowLeftRight,
     BellFill,
     Bell,

@@ -1,6 +1,9 @@
 #include "Tacla/Linux/FreedesktopActions.h"
 
+#include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/FilePaths.h"
 #include "DravelKit/Foundation/Text.h"
+#include "Tacla/Preferences/TaskFileEdit.h"
 
 #include <QApplication>
 #include <QDBusMessage>
@@ -35,6 +38,14 @@ void reveal(Bus& session, const path& file) {
         call->deleteLater();
         if (call->isError()) openFolder();
     });
+}
+
+// Empty, where nothing was put into it yet.
+void showFolder(const path& folder) try {
+    dravel::makeFolders(folder);
+    QDesktopServices::openUrl(url(folder));
+} catch (const dravel::FileError&) {
+    return; // nobody can look into a folder that cannot be made
 }
 
 void openNotificationSettings() {
@@ -107,10 +118,11 @@ std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
     return "";
 }
 
-DesktopActions freedesktopActions(Bus& session, path home, std::string version) {
+DesktopActions freedesktopActions(Bus& session, const dravel::UserFolders& folders, std::string version) {
     DesktopActions actions;
     actions.openFile = [](const path& file) { QDesktopServices::openUrl(url(file)); };
     actions.reveal = [&session](const path& file) { reveal(session, file); };
+    actions.showCopies = [folder = copiesFolder(folders)] { showFolder(folder); };
     actions.openAgenda = [] {
         QDesktopServices::openUrl(QUrl(QStringLiteral("https://calendar.google.com/calendar/r")));
     };
@@ -118,7 +130,7 @@ DesktopActions freedesktopActions(Bus& session, path home, std::string version) 
     actions.chooseFile = chooseFile;
     actions.createFile = createFile;
     actions.version = std::move(version);
-    actions.home = std::move(home);
+    actions.home = folders.home;
     return actions;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/Foundation/UserFolders.h"
 #include "Tacla/Linux/Bus.h"
 #include "Tacla/MainWindow/DesktopActions.h"
 
@@ -9,7 +10,7 @@
 namespace tacla {
 
 // Opening files, addresses and panels as freedesktop.org's desktops do. The bus outlives the actions.
-DesktopActions freedesktopActions(Bus& session, std::filesystem::path home, std::string version);
+DesktopActions freedesktopActions(Bus& session, const dravel::UserFolders&, std::string version);
 
 // The command that opens the notification settings of the desktops that XDG_CURRENT_DESKTOP names ("ubuntu:GNOME"),
 // its words split by blanks; empty when none is known.

@@ -14,6 +14,7 @@ struct DesktopActions {
 
     std::function<void(const Path&)> openFile; // in the user's editor
     std::function<void(const Path&)> reveal;   // in the file manager
+    std::function<void()> showCopies;          // the folder of the list's copies, in the file manager
     std::function<void()> openAgenda;          // Google Calendar, in the browser
     std::function<void()> openNotificationSettings;
 

@@ -141,7 +141,7 @@ int runFirst(const Paths& paths, Bus& session, SingleInstance& instance, const s
                           .notifications = notifications,
                           .preferences = preferences,
                           .model = model,
-                          .actions = freedesktopActions(session, paths.folders.home, TACLA_VERSION),
+                          .actions = freedesktopActions(session, paths.folders, TACLA_VERSION),
                           .activationToken = activationToken,
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();

@@ -125,7 +125,11 @@ class Settings(Story):
         self.screen.check("Recopier les tâches dans l'agenda", True)
         until(lambda: "Ouvrir l'agenda" in self.tray.labels(), "the agenda in the menu")
         self.tray.click("Ouvrir l'agenda")
-        until(lambda: self.desktop.opened() == ["https://calendar.google.com/calendar/r"], "the browser")
+        self.screen.press("Afficher les copies")
+        copies = self.home / ".local/state/Tacla/copies"
+        until(lambda: self.desktop.opened() == ["https://calendar.google.com/calendar/r", copies.as_uri()],
+              "the browser and the file manager")
+        self.assertEqual(copies.stat().st_mode & 0o777, 0o700)
 
     def test_another_file_is_chosen(self):
         other = self.home / "Documents" / "autre liste.md"

@@ -92,8 +92,9 @@ TEST(SettingsPage, ShowsAndChangesTheSettings) {
     EXPECT_NE(texts(page).find(window.world.file.string()), std::string::npos) << texts(page);
     EXPECT_NE(texts(page).find("/home/camille/.local/bin/tacla\ntacla list · tacla done <texte> · tacla sync"),
               std::string::npos);
-    for (const char* button : {"file.open", "file.reveal", "web.open"}) window.control<Button>(button).click();
-    EXPECT_EQ(window.asked, (std::vector<std::string>{"open taches.md", "reveal taches.md", "agenda"}));
+    for (const char* button : {"file.open", "file.reveal", "copies.show", "web.open"})
+        window.control<Button>(button).click();
+    EXPECT_EQ(window.asked, (std::vector<std::string>{"open taches.md", "reveal taches.md", "copies", "agenda"}));
 
     window.control<dravel::Switch>("login.switch").click();
     EXPECT_TRUE(window.world.loginItem.enabled);

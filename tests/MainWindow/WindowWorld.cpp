@@ -29,6 +29,7 @@ DesktopActions WindowWorld::actions() {
     };
     return {.openFile = noted("open "),
             .reveal = noted("reveal "),
+            .showCopies = [this] { asked.emplace_back("copies"); },
             .openAgenda = [this] { asked.emplace_back("agenda"); },
             .openNotificationSettings = [this] { asked.emplace_back("notification settings"); },
             .chooseFile = panel("choose"),

@@ -87,6 +87,11 @@ void SettingsPage::addListCard() {
         actions_.createFile(window(), model_.state().file.parent_path(),
                             [&model = model_](const auto& path) { model.createAndUse(path); });
     });
+
+    auto* copies = addRow(*card, Symbol::Files, u"copies"_s, u"Copies de la liste"_s,
+                          u"Une copie est gardée avant chaque changement, pendant 30 jours au plus."_s);
+    addButton(neutral(u"Afficher les copies"_s), *copies, "copies.show", u"Afficher les copies"_s,
+              [this] { actions_.showCopies(); });
     add(card);
 }
 
