@@ -37,10 +37,17 @@ std::string zoneOfPath(const std::string& path) {
     return at == path.npos ? std::string() : path.substr(at + zoneFolder.size());
 }
 
+// The same of a link to such a path.
+std::string zoneOfFile(const std::string& path) {
+    std::error_code error;
+    auto zone = zoneOfPath(path);
+    return zone.empty() ? zoneOfPath(std::filesystem::read_symlink(path, error).string()) : zone;
+}
+
 std::string zoneOfVariable(std::string value) {
     if (value.starts_with(':')) value.erase(0, 1);
     if (value.empty()) return "UTC";
-    if (value.starts_with('/')) return zoneOfPath(value);
+    if (value.starts_with('/')) return zoneOfFile(value);
     std::error_code error;
     return std::filesystem::is_regular_file("/usr/share/zoneinfo/" + value, error) ? value : std::string();
 }
@@ -59,10 +66,8 @@ std::string frenchLongDay(std::int64_t year, std::int64_t month, std::int64_t da
 }
 
 std::string zoneIdentifier() {
-    std::error_code error;
     const char* variable = std::getenv("TZ");
-    auto identifier = variable ? zoneOfVariable(variable)
-                               : zoneOfPath(std::filesystem::read_symlink("/etc/localtime", error).string());
+    auto identifier = variable ? zoneOfVariable(variable) : zoneOfFile("/etc/localtime");
     if (!identifier.empty()) return identifier;
     // A rule without a name, or a copy in place of the link: ICU finds out which zone has such rules.
     const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());

@@ -1,4 +1,5 @@
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +58,18 @@ TEST(WallCalendar, knowsTheOddNightsOfTheWorld) {
 }
 
 TEST(WallCalendar, followsTheUserToAnotherZone) {
-    EXPECT_EQ(wall::zoneIdentifier(), "Europe/Paris");
+    const tacla::testing::TemporaryFolder folder;
+    const auto link = ":" + (folder / "localtime").string();
+    std::filesystem::create_symlink("/usr/share/zoneinfo/Asia/Tokyo", folder / "localtime");
+    const std::pair<std::string, const char*> names[] = {{"", "UTC"},
+                                                         {":America/Lima", "America/Lima"},
+                                                         {"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo"},
+                                                         {link, "Asia/Tokyo"},
+                                                         {"Europe/Paris", "Europe/Paris"}};
+    for (const auto& [variable, name] : names) {
+        ::setenv("TZ", variable.c_str(), 1);
+        EXPECT_EQ(wall::zoneIdentifier(), name) << variable;
+    }
     wall::refreshZone();
     EXPECT_FALSE(wall::refreshZone());
     ::setenv("TZ", "Asia/Tokyo", 1);
