@@ -14,11 +14,8 @@ class Connection {
     Connection() = default;
     explicit Connection(std::function<void()> disconnect) : disconnect_(std::move(disconnect)) {}
     Connection(Connection&& other) noexcept : disconnect_(std::exchange(other.disconnect_, nullptr)) {}
-    Connection& operator=(Connection&& other) noexcept {
-        if (this != &other) {
-            reset();
-            disconnect_ = std::exchange(other.disconnect_, nullptr);
-        }
+    Connection& operator=(Connection other) noexcept {
+        disconnect_.swap(other.disconnect_); // the old one ends with `other`
         return *this;
     }
     ~Connection() { reset(); }
