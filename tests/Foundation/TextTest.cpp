@@ -7,11 +7,12 @@ using namespace std::string_literals;
 
 TEST(Text, tellsWellFormedUtf8FromEverythingElse) {
     for (const auto& text : {""s, "abc\0def"s, "Tâche · ❗ 🎉"s, "\xEF\xBB\xBF# Tâches"s, "\xF4\x8F\xBF\xBF"s,
-                             "\xED\x9F\xBF"s, std::string(40, 'a') + "é" + std::string(40, 'b')})
+                             "\xED\x9F\xBF"s, "\u0800"s, std::string(40, 'a') + "é" + std::string(40, 'b')})
         EXPECT_TRUE(isValidUtf8(text)) << text;
-    for (const auto& text : {"\x80"s, "\xC0\x80"s, "\xC3"s, "\xE0\x9F\xBF"s, "\xED\xA0\x80"s, "\xF0\x8F\xBF\xBF"s,
-                             "\xF4\x90\x80\x80"s, "\xF5\x80\x80\x80"s, "\xE2\x82"s, std::string(31, 'a') + "\xFF",
-                             std::string(16, 'a') + "\xC3" + std::string(16, 'a')})
+    for (const auto& text :
+         {"\x80"s, "\xC0\x80"s, "\xC3"s, "\xE0\x9F\xBF"s, "\xED\xA0\x80"s, "\xF0\x8F\xBF\xBF"s, "\xF4\x90\x80\x80"s,
+          "\xF5\x80\x80\x80"s, "\xE2\x82"s, "\xE2\x82."s, "\xF0\x9F\x8E"s, "\xF0..."s, "\xF0\x9F.."s, "\xF0\x9F\x8E."s,
+          std::string(31, 'a') + "\xFF", std::string(16, 'a') + "\xC3" + std::string(16, 'a')})
         EXPECT_FALSE(isValidUtf8(text)) << text;
 }
 
@@ -33,7 +34,7 @@ TEST(Text, trimsUnicodeBlanksAndBreaksButNoLookAlikes) {
 }
 
 TEST(Text, countsAndCutsWhatAReaderCallsCharacters) {
-    EXPECT_EQ(characterCount("abc"), 3U);
+    EXPECT_EQ(characterCount("ab\r\n"), 3U);
     EXPECT_EQ(characterCount("e\u0301👨‍👩‍👧🇫🇷"), 3U);
     EXPECT_EQ(firstCharacters("e\u0301👨‍👩‍👧🇫🇷", 2), "e\u0301👨‍👩‍👧");
     EXPECT_EQ(firstCharacters("abc", 5), "abc");

@@ -45,9 +45,13 @@ TEST(UserFolders, followTheBaseDirectoryRules) {
               home / "Mes papiers");
     EXPECT_EQ(documentsFor(" XDG_DOCUMENTS_DIR=\"/srv/\\\"d\\\"\"\nXDG_MUSIC_DIR=\"/m\""), "/srv/\"d\"");
     EXPECT_EQ(documentsFor("XDG_DOCUMENTS_DIR=\"relative\"\n"), home / "Documents");
+    EXPECT_EQ(documentsFor("XDG_DOCUMENTS_DIR=\"/cut\\"), "/cut\\");
 
     const auto folders = dravel::UserFolders::fromEnvironment();
     EXPECT_EQ(folders.config, config);
     EXPECT_EQ(folders.data, home / ".local/share");
     EXPECT_EQ(folders.locks, runtime / "Tacla");
+    for (const auto* variable : {"HOME", "XDG_RUNTIME_DIR"}) ::unsetenv(variable); // as cron leaves them
+    const auto bare = dravel::UserFolders::fromEnvironment();
+    EXPECT_TRUE(bare.home.is_absolute() && bare.locks.is_absolute() && bare.locks.filename() == "Tacla");
 }

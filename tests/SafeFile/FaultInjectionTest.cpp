@@ -23,7 +23,7 @@ class Saving : public ::testing::TestWithParam<std::tuple<Way, Fault::Kind>> {
     void prepare() const {
         std::filesystem::remove_all(world.list);
         std::filesystem::create_directories(world.list);
-        std::filesystem::create_directories(world.locks);
+        std::filesystem::remove_all(world.locks);
         if (way != Way::ofANewFile) writeBytes(world.file, old);
         ::setxattr(world.file.c_str(), "user.note", "à garder", 9, 0); // where the file system knows attributes
         if (way == Way::inPlace) std::filesystem::create_hard_link(world.file, world.list / "other.md");
@@ -106,9 +106,9 @@ TEST(SafeFile, countsAFailedSyncAsAFailedSave) {
 
 TEST(SafeFile, savesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
     const std::pair<const char*, int> hindrances[] = {
-        {"renameat2", EINVAL}, {"renameat2", EBUSY}, // cannot exchange; the file is a mount
-        {"fsync", EINVAL},     {"flistxattr", ENOTSUP}, {"open", EINTR}, {"pread", EINTR},
-        {"pwrite", EINTR},     {"fsync", EINTR},        {"flock", EINTR}};
+        {"renameat2", EINVAL}, {"renameat2", ENOSYS},   {"renameat2", EBUSY},   {"renameat2", EXDEV},
+        {"fsync", EINVAL},     {"flistxattr", ENOTSUP}, {"flistxattr", ENOSYS}, {"open", EINTR},
+        {"pread", EINTR},      {"pwrite", EINTR},       {"fsync", EINTR},       {"flock", EINTR}};
     for (const auto& [call, error] : hindrances) {
         const SafeFileWorld world;
         const Fault fault(call, nullptr, error);
@@ -123,13 +123,33 @@ TEST(SafeFile, savesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
 }
 
 TEST(SafeFile, keepsWhatAnEditorSavesAtTheLastMoment) {
-    for (const auto* moment : {"pwrite", "fsync", "renameat2"}) {
-        const SafeFileWorld world;
-        const Fault editor(moment, [&] {
-            writeBytes(world.folder / "editor", "- [ ] Beurre\n");
-            std::filesystem::rename(world.folder / "editor", world.file);
-        });
-        EXPECT_EQ(world.failure(), "");
-        EXPECT_EQ(world.text(), mark + "- [ ] Beurre\n") << moment;
-    }
+    for (const auto* moment : {"pread", "pwrite", "fsync", "renameat2"})
+        for (const bool byRename : {false, true})
+            for (const bool hardLinked : {false, true}) {
+                const SafeFileWorld world;
+                const auto copy = world.folder / "copy";
+                if (hardLinked) std::filesystem::create_hard_link(world.file, copy);
+                bool saved = false;
+                const Fault editor(moment, [&] {
+                    writeBytes(byRename ? world.folder / "editor" : world.file, "- [ ] Beurre\n");
+                    if (byRename) std::filesystem::rename(world.folder / "editor", world.file);
+                    saved = true;
+                });
+                EXPECT_EQ(world.failure(), "");
+                EXPECT_EQ(saved, !hardLinked || moment != std::string("renameat2"));
+                EXPECT_EQ(world.text(), mark + (saved ? "- [ ] Beurre\n" : "- [ ] Pain\n")) << moment;
+            }
+}
+
+TEST(SafeFile, makesNoListThatSomebodyRemovesAtTheLastMoment) {
+    const SafeFileWorld world;
+    const Fault remover("renameat2", [&] { std::filesystem::remove(world.file); });
+    EXPECT_EQ(world.failure(), "Aucun fichier ou dossier de ce nom");
+    EXPECT_EQ(world.entries(), 0);
+}
+
+TEST(SafeFile, locksAgainWhenTheLockIsSweptAway) {
+    const SafeFileWorld world;
+    const Fault sweeper("flock", [&] { std::filesystem::remove(*std::filesystem::directory_iterator(world.locks)); });
+    EXPECT_EQ(world.failure(), "");
 }

@@ -73,6 +73,7 @@ TEST(SafeFile, saysWhatIsWrongWithAFile) {
         {"latin1/below", "Un élément du chemin n'est pas un dossier"},
     };
     for (const auto& [name, description] : expected) EXPECT_EQ(world.failureAt(world.list / name), description) << name;
+    EXPECT_EQ(world.failureAt(""), "Aucun fichier ou dossier de ce nom");
     EXPECT_EQ(readBytes(world.list / "latin1"), "- [ ] Caf\xE9\n");
 }
 
