@@ -6,7 +6,9 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QLibraryInfo>
 #include <QToolTip>
+#include <QTranslator>
 
 namespace dravel {
 
@@ -36,6 +38,12 @@ void installLook(QApplication& application, Appearance appearance) {
     application.setStyle(new KitStyle);
     QApplication::setFont(Theme::font(Theme::Typography::body));
     setAppearance(appearance);
+}
+
+void translateQt(QApplication& application) {
+    auto* french = new QTranslator(&application);
+    if (french->load(QStringLiteral("qtbase_fr"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(french);
 }
 
 void setAppearance(Appearance appearance) {

@@ -13,6 +13,9 @@ namespace dravel {
 // Once, before the first widget: style, fonts, palette and the accessibility of the painted controls.
 void installLook(QApplication&, Appearance);
 
+// Makes Qt's own texts French, those of a field's menu and of file panels, whatever the locale. Before they are shown.
+void translateQt(QApplication&);
+
 // Live switching: gives every widget the palette of that appearance; they repaint by themselves at the next
 // turn of the event loop.
 void setAppearance(Appearance);

@@ -5,14 +5,11 @@
 #include "DravelKit/Foundation/Text.h"
 #include "Tacla/Preferences/TaskFileEdit.h"
 
-#include <QApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QFileDialog>
-#include <QLibraryInfo>
 #include <QProcess>
-#include <QTranslator>
 #include <QUrl>
 
 #include <array>
@@ -56,19 +53,8 @@ void openNotificationSettings() {
     if (!program.isEmpty()) QProcess::startDetached(program, words);
 }
 
-// Qt's own panel speaks French as soon as Qt's translations are installed.
-void translateQt() {
-    static const bool installed = [] {
-        auto* translator = new QTranslator(qApp);
-        return translator->load(QStringLiteral("qtbase_fr"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)) &&
-               QCoreApplication::installTranslator(translator);
-    }();
-    Q_UNUSED(installed)
-}
-
 void openPanel(QWidget* parent, const path& folder, const DesktopActions::Chosen& chosen, const QString& title,
                const std::function<void(QFileDialog&)>& prepare) {
-    translateQt();
     auto* panel = new QFileDialog(parent, title, QString::fromStdString(folder.string()));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     prepare(*panel);

@@ -4,7 +4,7 @@
 #include "DravelKit/StandardMenu/StandardMenu.h"
 #include "Tacla/Shell/Licences.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QPalette>
 
 #include <algorithm>
@@ -72,6 +72,7 @@ void AppDelegate::showWindow(const std::string& activationToken) {
         world_.session.open();
         // With its first window Qt asks the session bus for readers of the screen, and would wait for a silent bus.
         if (!world_.session.connection()) keepQtFromSessionBus();
+        dravel::translateQt(*qApp);
         installMenu();
     }
     window_.show(activationToken);

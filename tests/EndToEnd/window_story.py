@@ -137,8 +137,7 @@ class Settings(Story):
         self.launch()
         self.open_settings()
         self.screen.press("Choisir un autre fichier")
-        self.screen.wait("Choisir", "push button")
-        self.screen.find("File name:", "text").type(str(other)) if self.screen.find("File name:", "text") else None
+        self.screen.wait("Nom de fichier :", "text").type(str(other))
         self.screen.press("Choisir", "push button")
         self.until_menu("(Aujourd'hui)", "Ailleurs")
         self.assertEqual(self.run_tacla("list").stdout, f"🟡 Ailleurs · {day()}\n")
