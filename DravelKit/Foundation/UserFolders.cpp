@@ -4,12 +4,14 @@
 #include "DravelKit/Foundation/SafeFile.h"
 
 #include <pwd.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace dravel {
 
@@ -76,6 +78,14 @@ UserFolders UserFolders::fromEnvironment() {
     folders.documents = documentsFolder(folders.config, folders.home);
     folders.locks = lockFolder(folders.state);
     return folders;
+}
+
+std::filesystem::path programFile() {
+    std::error_code noProc;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", noProc);
+    if (!noProc) return program;
+    // A bare chroot: the path that was given to exec.
+    return std::filesystem::canonical(reinterpret_cast<const char*>(::getauxval(AT_EXECFN)));
 }
 
 }

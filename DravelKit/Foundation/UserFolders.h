@@ -13,4 +13,7 @@ struct UserFolders {
     static UserFolders fromEnvironment();
 };
 
+// The running executable, links resolved.
+std::filesystem::path programFile();
+
 }

@@ -78,7 +78,7 @@ void report(QtMsgType type, const QMessageLogContext& context, const QString& me
 
 struct Paths {
     dravel::UserFolders folders = dravel::UserFolders::fromEnvironment();
-    path program = std::filesystem::read_symlink("/proc/self/exe");
+    path program = dravel::programFile();
     path share = program.parent_path().parent_path() / "share";
 
     // The icon by its name, or by its file where it is not installed for the whole desktop.

@@ -1,14 +1,13 @@
 #include "Tacla/main/Modules.h"
 
+#include "DravelKit/Foundation/UserFolders.h"
+
 #include <dlfcn.h>
 #include <unistd.h>
 
 namespace tacla {
 
-std::filesystem::path moduleFolder() {
-    const auto program = std::filesystem::read_symlink("/proc/self/exe");
-    return program.parent_path().parent_path() / "lib" / "tacla";
-}
+std::filesystem::path moduleFolder() { return dravel::programFile().parent_path().parent_path() / "lib" / "tacla"; }
 
 int runModule(const Module& module, const std::filesystem::path& folder, std::vector<std::string> arguments,
               Terminal& terminal) {
