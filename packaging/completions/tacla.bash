@@ -1,13 +1,26 @@
-# Completion of tacla's commands and of the titles of open tasks. Only ever runs "tacla list".
+# Completion of tacla's commands and of the titles that "tacla list" shows, which is all that it ever runs.
+_tacla_quoted() { # as it is typed behind the quote that was begun, if one was
+    local text=$1
+    case $2 in
+        \"*)
+            text=${text//\\/\\\\} text=${text//\"/\\\"} text=${text//\$/\\\$}
+            printf '%s' "${text//\`/\\\`}" ;;
+        \'*) printf '%s' "${text//\'/\'\\\'\'}" ;;
+        *) printf '%q' "$text" ;;
+    esac
+}
 _tacla() {
-    local word=${COMP_WORDS[COMP_CWORD]} title
+    local word=${COMP_WORDS[COMP_CWORD]} title typed
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
         mapfile -t COMPREPLY < <(compgen -W "list done rename sync" -- "$word")
     elif [ "$COMP_CWORD" -eq 2 ] && [[ ${COMP_WORDS[1]} == done || ${COMP_WORDS[1]} == rename ]]; then
+        typed=${word#[\"\']}
+        typed=${typed//\\/}
         while IFS= read -r title; do
-            [[ ${title,,} == "${word,,}"* ]] && COMPREPLY+=("$(printf '%q' "$title")")
-        done < <(tacla list 2> /dev/null | sed 's/^[^ ]* //; s/ · .*//; s/^❗ *//')
+            [[ ${title,,} == "${typed,,}"* ]] && COMPREPLY+=("$(_tacla_quoted "$title" "$word")")
+        done < <(tacla list 2> /dev/null | sed -E 's/^[^ ]+ (❗ *)?//
+            s/ · [0-9]{4}-[0-9]{2}-[0-9]{2}( [0-9]{2}:[0-9]{2})?( \(due le [-0-9]+\))?$//')
     fi
 }
-complete -F _tacla tacla
+complete -o nosort -F _tacla tacla
