@@ -6,7 +6,7 @@
 #include "DravelKit/DravelUI/SidebarList.h"
 #include "DravelKit/DravelUI/Toast.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/Pages/ListPages.h"
+#include "Tacla/MainWindow/Pages/ListPage.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
 #include "Tacla/MainWindow/Pages/TodayPage.h"
 #include "Tacla/MainWindow/QtText.h"
@@ -105,9 +105,9 @@ void MainView::showUndoBar() {
 QWidget* MainView::makePage(Section section) {
     switch (section) {
     case Section::today: return new TodayPage(model_, now_, shell_);
-    case Section::late: return new LatePage(model_, now_, shell_);
-    case Section::upcoming: return new UpcomingPage(model_, now_, shell_);
-    case Section::done: return new DonePage(model_, now_, shell_);
+    case Section::late:
+    case Section::upcoming:
+    case Section::done: return new ListPage(section, model_, now_, shell_);
     case Section::settings: break;
     }
     return new SettingsPage(model_, actions_, shell_);

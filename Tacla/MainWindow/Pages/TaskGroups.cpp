@@ -143,9 +143,30 @@ std::vector<Problem> problems(const ModelState& state) {
     return found;
 }
 
-std::string donePageSubtitle(const ModelState& state) {
-    return state.calendarSync ? "Elles restent dans la liste et dans l'agenda, avec un ✅."
-                              : "Elles restent dans la liste, avec la date du jour où elles ont été faites.";
+ListContents listContents(Section section, const ModelState& state) {
+    switch (section) {
+    case Section::late:
+        return {.subtitle = "Cochez-les, ou reportez-les avec « … » : demain, lundi ou dans une semaine.",
+                .groups = lateGroups(state),
+                .emptySymbol = Symbol::HandThumbsUpFill,
+                .empty = "Aucun retard. 👌",
+                .problems = problems(state)};
+    case Section::upcoming:
+        return {.subtitle = "Jour par jour, dans l'ordre où elles sonneront.",
+                .groups = upcomingGroups(state),
+                .emptySymbol = Symbol::Calendar3,
+                .empty = "Rien de prévu pour la suite."};
+    case Section::done:
+        return {.subtitle = state.calendarSync
+                                ? "Elles restent dans la liste et dans l'agenda, avec un ✅."
+                                : "Elles restent dans la liste, avec la date du jour où elles ont été faites.",
+                .groups = doneGroups(state),
+                .emptySymbol = Symbol::CheckCircle,
+                .empty = "Rien de coché pour l'instant."};
+    case Section::today:
+    case Section::settings: break;
+    }
+    return {};
 }
 
 }

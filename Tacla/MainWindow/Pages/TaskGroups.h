@@ -2,6 +2,7 @@
 
 #include "Tacla/AppModel/ModelState.h"
 #include "Tacla/MainWindow/Mood.h"
+#include "Tacla/MainWindow/Section.h"
 
 #include <optional>
 #include <string>
@@ -49,6 +50,16 @@ struct Problem {
 };
 
 std::vector<Problem> problems(const ModelState&);
-std::string donePageSubtitle(const ModelState&);
+
+// A page that is one list: late, upcoming or done.
+struct ListContents {
+    std::string subtitle;
+    TaskGroups groups;
+    dravel::Symbol emptySymbol{};
+    std::string empty; // said when there are no groups
+    std::vector<Problem> problems{};
+};
+
+ListContents listContents(Section, const ModelState&);
 
 }
