@@ -16,50 +16,33 @@
 namespace dravel {
 namespace {
 
-class Row final : public QAccessibleWidget {
+// A row of the sidebar or a chip: pressing it is its only action. The action of a check box would be wrong, for a click
+// on a chip selects nothing by itself.
+class Choice final : public QAccessibleWidget {
   public:
-    explicit Row(SidebarRow& row) : QAccessibleWidget(&row, QAccessible::ListItem, row.text()), row_(row) {}
+    Choice(QAbstractButton& button, QAccessible::Role role)
+        : QAccessibleWidget(&button, role, button.text()), button_(button) {}
 
     QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();
-        state.selectable = true;
-        state.focusable = true;
-        state.selected = row_.isChecked();
+        const bool row = role() == QAccessible::ListItem;
+        state.focusable = state.focusable || row;
+        state.selectable = row;
+        state.selected = row && button_.isChecked();
+        state.checkable = !row;
+        state.checked = !row && button_.isChecked();
         return state;
     }
     QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
     void doAction(const QString& name) override {
         if (name == pressAction())
-            row_.click();
+            button_.click();
         else
             QAccessibleWidget::doAction(name);
     }
 
   private:
-    SidebarRow& row_;
-};
-
-// A click on a chip selects nothing by itself, so the action of a check box would be wrong.
-class ChipButton final : public QAccessibleWidget {
-  public:
-    explicit ChipButton(Chip& chip) : QAccessibleWidget(&chip, QAccessible::RadioButton, chip.text()), chip_(chip) {}
-
-    QAccessible::State state() const override {
-        QAccessible::State state = QAccessibleWidget::state();
-        state.checkable = true;
-        state.checked = chip_.isChecked();
-        return state;
-    }
-    QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
-    void doAction(const QString& name) override {
-        if (name == pressAction())
-            chip_.click();
-        else
-            QAccessibleWidget::doAction(name);
-    }
-
-  private:
-    Chip& chip_;
+    QAbstractButton& button_;
 };
 
 class Ring final : public QAccessibleWidget, public QAccessibleValueInterface {
@@ -83,8 +66,8 @@ class Ring final : public QAccessibleWidget, public QAccessibleValueInterface {
 }
 
 QAccessibleInterface* kitAccessible(const QString&, QObject* object) {
-    if (auto* row = qobject_cast<SidebarRow*>(object)) return new Row(*row);
-    if (auto* chip = qobject_cast<Chip*>(object)) return new ChipButton(*chip);
+    if (auto* row = qobject_cast<SidebarRow*>(object)) return new Choice(*row, QAccessible::ListItem);
+    if (auto* chip = qobject_cast<Chip*>(object)) return new Choice(*chip, QAccessible::RadioButton);
     if (auto* ring = qobject_cast<ProgressRing*>(object)) return new Ring(*ring);
     if (auto* list = qobject_cast<SidebarList*>(object)) return new QAccessibleWidget(list, QAccessible::List);
     if (auto* toast = qobject_cast<Toast*>(object)) return new QAccessibleWidget(toast, QAccessible::Notification);

@@ -1,5 +1,7 @@
 #include "Tacla/Linux/TrayGlyph.h"
 
+#include "DravelKit/DravelLogo/TickIcon.h"
+
 #include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
@@ -12,16 +14,6 @@ namespace {
 
 // Everything is drawn on a grid of 18 by 18 units.
 constexpr double grid = 18;
-
-void drawTick(QPainter& painter, const QColor& colour) {
-    painter.setPen(QPen(colour, 1.5));
-    painter.drawRoundedRect(QRectF(2.5, 4.5, 11, 11), 2.6, 2.6);
-    painter.setCompositionMode(QPainter::CompositionMode_Clear);
-    painter.fillRect(QRectF(9, 2, 7, 8), Qt::black); // the tick leaves the box through this corner
-    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    painter.setPen(QPen(colour, 1.9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.drawPolyline(QPolygonF{QPointF(5.6, 9.6), QPointF(7.9, 11.9), QPointF(15.6, 3.0)});
-}
 
 void drawNumber(QPainter& painter, const QColor& colour, std::size_t open) {
     painter.setPen(QPen(colour, 1.5));
@@ -46,7 +38,10 @@ QImage trayGlyph(int pixels, std::size_t open, const QColor& colour) {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(pixels / grid, pixels / grid);
-    open > 0 ? drawNumber(painter, colour, open) : drawTick(painter, colour);
+    if (open > 0)
+        drawNumber(painter, colour, open);
+    else
+        dravel::paintTickGlyph(painter, QRectF(0, 0, grid, grid), colour);
     return image;
 }
 
