@@ -132,7 +132,7 @@ std::size_t placeOfNewTask(const std::vector<std::string_view>& lines) {
         lines, [](std::string_view line) { return dravel::trimmedOfWhiteSpace(line) == "## À faire"; });
     if (heading != lines.end()) {
         auto end = std::find_if(heading + 1, lines.end(), [](std::string_view line) { return line.starts_with('#'); });
-        while (end - 1 != heading && isBlank(*(end - 1))) --end;
+        while (isBlank(*(end - 1))) --end; // the heading itself is not
         return static_cast<std::size_t>(end - lines.begin());
     }
     auto end = lines.size();
