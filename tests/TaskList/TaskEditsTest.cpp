@@ -79,6 +79,7 @@ TEST(Add, findsItsPlaceInTheDocument) {
               "## À faire\n- [ ] A\nprose\n" + line + "\n \n\n# Fin\n- [ ] Z");
     EXPECT_EQ(added(" ## À faire\t\n\n\n"), " ## À faire\t\n" + line + "\n\n\n");
     EXPECT_EQ(added("## À faire"), "## À faire\n" + line);
+    EXPECT_EQ(added("## À faire\n# Fin"), "## À faire\n" + line + "\n# Fin");
     EXPECT_EQ(added("- [ ] A\n\n"), "- [ ] A\n" + line + "\n\n");
     EXPECT_EQ(added("- [ ] A\n  "), "- [ ] A\n  \n" + line);
     EXPECT_EQ(added(""), line + "\n");
