@@ -62,7 +62,7 @@ class Planner {
     // Spares the others, most of a long list, the reckoning of their moment.
     bool matters(const TaskItem& task) const {
         if (task.day == today_) return true;
-        if (wanted_<pendingLimit&& * task.day> longPast_) return true;
+        if (*task.day > longPast_ && wanted_ < pendingLimit) return true;
         return pendingKeys_.contains(task.key);
     }
 
