@@ -122,7 +122,7 @@ void DesktopNotifications::show(const NotificationRequest& request, std::functio
 }
 
 void DesktopNotifications::notify(const NotificationRequest& request, const Server& server,
-                                  std::function<void(Error)> shown) {
+                                  const std::function<void(Error)>& shown) {
     if (!server.capabilities.reachable) return shown(noServer);
     const auto& content = request.content;
     const auto body = plain(content.body);

@@ -46,7 +46,7 @@ class DesktopNotifications final : public QObject, public NotificationServer {
     void askServer();
     void learned(const Server&);
     void forget(); // another server
-    void notify(const NotificationRequest&, const Server&, std::function<void(Error)> shown);
+    void notify(const NotificationRequest&, const Server&, const std::function<void(Error)>& shown);
     void call(const QString& method, const QList<QVariant>& arguments, std::function<void(const QDBusMessage&)> answer,
               int milliseconds = patience);
 
