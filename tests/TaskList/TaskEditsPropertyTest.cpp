@@ -20,7 +20,8 @@ class RandomTexts {
   public:
     std::string text() {
         std::string result = chance(8) ? "\xEF\xBB\xBF" : "";
-        for (std::size_t lines = pick(chance(10) ? 60 : 12); lines > 0; --lines) result += line() + (chance(30) ? "\r\n" : "\n");
+        for (std::size_t lines = pick(chance(10) ? 60 : 12); lines > 0; --lines)
+            result += line() + (chance(30) ? "\r\n" : "\n");
         return chance(2) ? result : result + line();
     }
 
