@@ -86,19 +86,6 @@ TEST(Keyboard, leavesTheFocusInAFieldWhenAButtonIsClicked) {
     EXPECT_TRUE(field->hasFocus());
 }
 
-TEST(Keyboard, changesTheSectionOfADateWithUpAndDown) {
-    auto* field = new DateField(u"Jour"_s);
-    field->setDate({2026, 11, 30});
-    Window window({field});
-    field->setFocus();
-    field->setSelectedSection(QDateTimeEdit::DaySection);
-    window.press(Qt::Key_Down);
-    EXPECT_EQ(field->text(), u"29/11/2026"_s);
-    field->setSelectedSection(QDateTimeEdit::MonthSection);
-    window.press(Qt::Key_Up);
-    EXPECT_EQ(field->text(), u"29/12/2026"_s);
-}
-
 TEST(Keyboard, picksADayFromThePopup) {
     auto* field = new DateField(u"Jour"_s);
     field->setDate({2026, 11, 26});

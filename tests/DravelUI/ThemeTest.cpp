@@ -1,13 +1,9 @@
 #include "DravelKit/DravelUI/Theme.h"
-#include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/DravelUI/Typography.h"
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QFontInfo>
-#include <QPalette>
-#include <QWidget>
 
 #include <algorithm>
 #include <cmath>
@@ -49,28 +45,6 @@ TEST(Theme, endsTheProcessOnAMixThatIsNoColour) {
     EXPECT_DEATH(static_cast<void>(RGB{0xFF0000}.mixed(RGB{0xFF0001}, 6e9)), "");
 }
 
-TEST(Theme, derivesTheseColours) {
-    struct Row {
-        const char* what;
-        Tone tone;
-        const char *light, *dark;
-    };
-    for (const Row& row : {Row{"success soft", Theme::successSoft, "#E8F6EC", "#22363B"},
-                           {"warning soft", Theme::warningSoft, "#FFF5E0", "#393430"},
-                           {"danger soft", Theme::dangerSoft, "#FDE9E8", "#372837"},
-                           {"row hover", Theme::rowHover, "#F7F8FA", "#222839"},
-                           {"neutral hover", Theme::neutralHover, "#DDE0E5", "#323847"},
-                           {"neutral pressed", Theme::neutralPressed, "#D0D3D9", "#3D4351"},
-                           {"soft hover", Theme::softHover, "#D5DDFF", "#2D3262"},
-                           {"accent pressed", Theme::accentPressed, "#403CD9", "#B9B7FA"},
-                           {"accent hover", Theme::accentHover, "#4946E5", "#A4A2F8"},
-                           {"on accent", Theme::onAccent, "#FFFFFF", "#131927"},
-                           {"outline", Theme::outline, "#8D93A1", "#8D93A1"}}) {
-        EXPECT_EQ(name(row.tone.light), row.light) << row.what;
-        EXPECT_EQ(name(row.tone.dark), row.dark) << row.what;
-    }
-}
-
 TEST(Theme, keepsTextReadable) {
     const auto check = [](std::initializer_list<Tone> inks, std::initializer_list<Tone> grounds, double least) {
         for (const auto appearance : {Appearance::Light, Appearance::Dark})
@@ -90,17 +64,6 @@ TEST(Theme, keepsTextReadable) {
     check({Theme::outline}, {Theme::surface}, 3);
     check({Theme::textTertiary}, {Theme::rowHover}, 3); // the outline of a hovered row
     check({Theme::white}, {Theme::danger}, 3);
-}
-
-TEST(Theme, followsThePaletteOfTheWidgetThatDraws) {
-    QWidget widget;
-    EXPECT_EQ(Theme::surface.on(widget).name().toStdString(), "#ffffff");
-    setAppearance(Appearance::Dark);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(Theme::surface.on(widget).name().toStdString(), "#1e2436");
-    setAppearance(Appearance::Light);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(Theme::surface.on(widget).name().toStdString(), "#ffffff");
 }
 
 TEST(Typography, hasItsSizesWithOrWithoutTheBrandFonts) {

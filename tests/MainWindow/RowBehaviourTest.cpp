@@ -78,15 +78,6 @@ TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
     EXPECT_FALSE(window.row("❗ Pain complet").isEditing());
 }
 
-TEST(TaskEditor, LeavesATaskWithoutADayUndated) {
-    WindowWorld window("- [ ] Un jour\n");
-    window.page(Section::upcoming);
-    window.row("Un jour").startEditing();
-    window.control<dravel::TextField>("editor.title").setText(QStringLiteral("Un beau jour"));
-    window.control<dravel::Button>("editor.save").click();
-    EXPECT_EQ(window.world.text(), "- [ ] Un beau jour\n");
-}
-
 TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
     WindowWorld window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n");
     auto& row = window.row("Vin");

@@ -103,34 +103,5 @@ TEST(TaskEditor, KeepsATaskWithoutADayUndatedUnlessADayOrTimeIsChosen) {
     }
 }
 
-TEST(AddCard, FollowsTodayUntilAnotherDayIsPicked) {
-    const Day tomorrow{2026, 11, 25};
-    NewTaskDraft draft;
-    EXPECT_EQ(draft.day(today), today);
-    EXPECT_EQ(draft.day(tomorrow), tomorrow);
-    draft.pick({2026, 11, 30}, today);
-    EXPECT_EQ(draft.day(tomorrow), (Day{2026, 11, 30}));
-    draft.pick(today, today);
-    EXPECT_EQ(draft.day(tomorrow), tomorrow) << "back to following";
-}
-
-TEST(AddCard, AddsATrimmedTitleAndKeepsOnlyTheDay) {
-    NewTaskDraft draft{.title = " \t\n ", .picked = {}};
-    EXPECT_EQ(newTask(draft, today), std::nullopt);
-
-    draft = {.title = "  Appeler  \n", .picked = Day{2026, 11, 30}, .hasTime = true, .time = {9, 5}, .strong = true};
-    EXPECT_EQ(newTask(draft, today), (NewTask{"Appeler", {2026, 11, 30}, Clock{9, 5}, true}));
-    EXPECT_EQ(afterAdding(draft), (NewTaskDraft{.title = "", .picked = Day{2026, 11, 30}}));
-    draft.hasTime = false;
-    EXPECT_EQ(newTask(draft, today)->time, std::nullopt);
-}
-
-TEST(AddCard, OffersTodayTomorrowAndNextMonday) {
-    const auto days = quickDays({2026, 11, 30}); // itself a Monday
-    EXPECT_EQ(days[0].day, (Day{2026, 11, 30}));
-    EXPECT_EQ(days[1].day, (Day{2026, 12, 1}));
-    EXPECT_EQ(days[2].day, (Day{2026, 12, 7}));
-}
-
 }
 }

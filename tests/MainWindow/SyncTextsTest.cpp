@@ -1,7 +1,6 @@
 #include "Tacla/MainWindow/Pages/SettingsTexts.h"
 
 #include "DravelKit/DravelUI/Symbols.h"
-#include "Tacla/MainWindow/Section.h"
 #include "tests/MainWindow/ModelStates.h"
 
 #include <gtest/gtest.h>
@@ -87,12 +86,6 @@ TEST(SettingsPage, TellsTheLastSync) {
     EXPECT_EQ(syncText(state, timeText), "En cours");
     state.syncError = "l'agenda ne répond pas";
     EXPECT_EQ(syncText(state, timeText), "l'agenda ne répond pas");
-}
-
-TEST(Section, IsFoundByItsRawValueOnly) {
-    for (const auto section : sections) EXPECT_EQ(sectionNamed(rawValue(section)), section);
-    EXPECT_EQ(sectionNamed("Réglages"), std::nullopt);
-    EXPECT_EQ(sectionNamed(""), std::nullopt);
 }
 
 }
