@@ -39,7 +39,7 @@ nanoseconds excused(const std::string& schedstat) {
 struct Watchdog::Beat {
     explicit Beat(std::string path)
         : file(std::move(path)), schedstat("/proc/self/task/" + std::to_string(gettid()) + "/schedstat"),
-          thread([this](std::stop_token stop) { run(stop); }) {}
+          thread([this](const std::stop_token& stop) { run(stop); }) {}
 
     void run(const std::stop_token& stop) {
         while (!stop.stop_requested()) {
