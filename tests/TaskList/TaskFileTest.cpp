@@ -54,8 +54,10 @@ TEST(TaskFile, readsAttributesByTheirShape) {
         {"A ·   2025-03-04   09:05 ", "A | 2025-03-04 09:05"},
         {"A · 2025-03-04 10:00 · 2025-03-09", "A | 2025-03-09"}, // the last one wins, and clears the time
         {"A · demain", "A"},
+        {"A ·  · 2025-03-04", "A | 2025-03-04"},
         {"A · ✅ 2025-03-04 · ✅ jamais", "A"}, // also when it does not read
         {"A · ✅2025-03-04", "A | done 2025-03-04"},
+        {"A · \t✅ \u00A02025-03-04 ·  due 2025-03-01 ", "A | due 2025-03-01 | done 2025-03-04"},
         {"A · due 2025-03-01 · due demain", "A | due 2025-03-01"},
         {"A · Due 2025-03-01 · due  2025-03-01", "A"},
         {"A\t· 2025-03-04", "A\t· 2025-03-04"},
