@@ -24,6 +24,13 @@ bool takeName(const QDBusConnection& connection) {
     return reply.type() != QDBusMessage::ReplyMessage || answer == primaryOwner || answer == alreadyOwner;
 }
 
+// False when nobody answered: the first one may be about to end.
+bool activateFirst(const QDBusConnection& connection, const QString& token) {
+    auto message = QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("Activate"));
+    message << QVariantMap{{QStringLiteral("activation-token"), token}, {QStringLiteral("desktop-startup-id"), token}};
+    return connection.call(message, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
+}
+
 }
 
 std::string activationTokenFromEnvironment() {
@@ -35,12 +42,10 @@ SingleInstance::Role SingleInstance::claim(QDBusConnection connection, const std
     // The object before the name: who finds the name taken calls the object at once.
     new ApplicationAdaptor(this);
     connection.registerObject(path, this);
-    if (takeName(connection)) return Role::first;
-    connection.unregisterObject(path);
-    auto message = QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("Activate"));
     const auto token = QString::fromStdString(activationToken);
-    message << QVariantMap{{QStringLiteral("activation-token"), token}, {QStringLiteral("desktop-startup-id"), token}};
-    connection.call(message, QDBus::Block, patience);
+    if (takeName(connection)) return Role::first;
+    if (!activateFirst(connection, token) && takeName(connection)) return Role::first;
+    connection.unregisterObject(path);
     return Role::second;
 }
 
