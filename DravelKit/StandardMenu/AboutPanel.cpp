@@ -12,7 +12,7 @@ namespace dravel {
 
 namespace {
 
-constexpr int iconSize = 64;
+constexpr int iconSize = 64, columnWidth = 300;
 
 QLabel* centred(QLabel* label) {
     label->setAlignment(Qt::AlignHCenter);
@@ -41,6 +41,7 @@ AboutPanel::AboutPanel(const About& about, QWidget* parent) : QDialog(parent) {
     auto* copyright = new TextLabel(Theme::Typography::callout, Theme::textSecondary, about.copyright);
     auto* components = new TextLabel(Theme::Typography::caption, Theme::textTertiary, lines(about.components));
     components->setWraps(true);
+    components->setMinimumWidth(columnWidth);
     auto* close = new Button(Button::Kind::NeutralOnBackground, QStringLiteral("Fermer"));
     connect(close, &QAbstractButton::clicked, this, &QDialog::accept);
 
