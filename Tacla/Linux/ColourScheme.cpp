@@ -24,6 +24,7 @@ QVariant unwrapped(QVariant value) { // Read answers with a variant in a variant
 }
 
 void ColourScheme::watch(QDBusConnection session) {
+    qRegisterMetaType<QDBusVariant>(); // a slot with a type that Qt has not met yet is not connected, without a word
     session.connect({}, path, settings, QStringLiteral("SettingChanged"), this,
                     SLOT(settingChanged(QString, QString, QDBusVariant)));
     auto message = QDBusMessage::createMethodCall(portal, path, settings, QStringLiteral("Read"));

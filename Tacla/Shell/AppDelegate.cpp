@@ -5,7 +5,6 @@
 #include "Tacla/Shell/Licences.h"
 
 #include <QApplication>
-#include <QPalette>
 
 #include <algorithm>
 #include <chrono>
@@ -111,7 +110,7 @@ void AppDelegate::followColours() {
     switch (scheme_.preference()) {
     case ColourScheme::Preference::dark: return dravel::setAppearance(dravel::Appearance::Dark);
     case ColourScheme::Preference::light: return dravel::setAppearance(dravel::Appearance::Light);
-    case ColourScheme::Preference::unknown: return;
+    case ColourScheme::Preference::unknown: return dravel::setAppearance(world_.platformAppearance);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/DravelUI/Theme.h"
 #include "DravelKit/Foundation/Signal.h"
 #include "DravelKit/Run/MainLoop.h"
 #include "DravelKit/StandardMenu/Updater.h"
@@ -31,6 +32,7 @@ class AppDelegate {
         Preferences& preferences;
         AppModel& model;
         DesktopActions actions;
+        dravel::Appearance platformAppearance; // where the desktop prefers neither light nor dark
         std::string activationToken;
         std::function<void()> quit;
     };

@@ -96,13 +96,13 @@ void nameApplication() {
     QGuiApplication::setDesktopFileName(QStringLiteral("fr.dravel.Tacla"));
 }
 
-void setUp(QApplication& application) {
+void setUp(QApplication& application, dravel::Appearance appearance) {
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(dravel::tickIcon());
     // The autostart entry opens the program at login: the session must not do so too.
     QObject::connect(&application, &QGuiApplication::saveStateRequest, &application,
                      [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
-    dravel::installLook(application, dravel::appearanceOf(QGuiApplication::palette()));
+    dravel::installLook(application, appearance);
 }
 
 GoogleCalendarService::World googleWorld(const Paths& paths, Preferences& preferences, dravel::MainLoop& loop) {
@@ -116,7 +116,9 @@ GoogleCalendarService::World googleWorld(const Paths& paths, Preferences& prefer
 }
 
 // The first of its name: runs until it is told to quit.
-int runFirst(const Paths& paths, Bus& session, SingleInstance& instance, const std::string& activationToken) {
+int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearance,
+             const std::string& activationToken) {
+    const Paths paths;
     QtMainLoop loop;
     std::optional<Watchdog> watchdog;
     if (const auto file = environment("TACLA_WATCHDOG"); !file.empty()) watchdog.emplace(file);
@@ -142,6 +144,7 @@ int runFirst(const Paths& paths, Bus& session, SingleInstance& instance, const s
                           .preferences = preferences,
                           .model = model,
                           .actions = freedesktopActions(session, paths.folders, TACLA_VERSION),
+                          .platformAppearance = appearance,
                           .activationToken = activationToken,
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
@@ -164,8 +167,9 @@ int runApplication(int& argc, char** argv) try {
     SingleInstance instance;
     if (const auto connection = session.connection())
         if (instance.claim(*connection, activationToken) == SingleInstance::Role::second) return EXIT_SUCCESS;
-    setUp(application);
-    return runFirst(Paths(), session, instance, activationToken);
+    const auto appearance = dravel::appearanceOf(QGuiApplication::palette());
+    setUp(application, appearance);
+    return runFirst(session, instance, appearance, activationToken);
 } catch (const dravel::AuthError& error) { // addresses of another machine in TACLA_GOOGLE_BASE
     return fail(error.what());
 }
