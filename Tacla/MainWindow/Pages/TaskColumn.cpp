@@ -170,7 +170,7 @@ void TaskColumn::resizeEvent(QResizeEvent* event) {
 
 void TaskColumn::heightChanged() {
     for (const auto& [index, row] : rows_)
-        if (row->isEditing()) setTabOrder(row->lastControl(), end_);
+        if (row->isEditing()) keepEndBehind(*row); // an editor brings controls of its own
     fill();
 }
 

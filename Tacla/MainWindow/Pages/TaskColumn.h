@@ -62,11 +62,16 @@ class TaskColumn final : public QWidget, private TaskRow::Neighbourhood {
     std::vector<Anchor> anchorsInView() const;
     void keepInView(const Anchor&);
     Rows carryOver(const TaskGroups& before, const std::vector<Anchor>&);
+
+    // In the order in which they follow each other: heights of all rows, widgets for those in view, what these really
+    // measure, and where they stand.
     void estimate();
     void fill();
     bool measure();
     void place();
     void separate();
+
+    void keepEndBehind(const TaskRow&);
     void leave(bool forward);
     std::size_t indexOf(const TaskRow&) const;
     TaskRow& builtRow(std::size_t);

@@ -27,10 +27,12 @@ TaskRow& TaskColumn::builtRow(std::size_t index) {
     rows_[index] = row;
     showTask(index);
     row->show();
-    // The stop that leads in from below stays behind the last row that was made.
-    setTabOrder(row->lastControl(), end_);
+    keepEndBehind(*row);
     return *row;
 }
+
+// New controls join the window's Tab order at its end; the stop that leads in from below must come after them.
+void TaskColumn::keepEndBehind(const TaskRow& row) { setTabOrder(row.lastControl(), end_); }
 
 // Gives the row its task, in the card where that now stands.
 void TaskColumn::showTask(std::size_t index) {
