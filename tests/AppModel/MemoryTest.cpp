@@ -1,0 +1,56 @@
+#include "tests/support/ModelWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <malloc.h>
+
+using namespace std::chrono_literals;
+
+namespace tacla::testing {
+
+namespace {
+
+// A day of a user: what rings, is edited here and in an editor, comes over the terminal, and a night.
+void liveADay(ModelWorld& world) {
+    const auto today = Day::of(world.loop.now());
+    std::string text = "# Liste\n";
+    for (int hour = 8; hour < 20; ++hour)
+        text += "- [ ] Tâche " + std::to_string(hour) + " · " + today.description() + " " +
+                Clock{hour, 30}.description() + "\n";
+    world.save(text);
+    for (int hour = 8; hour < 20; ++hour) {
+        world.loop.advance(1h);
+        const auto title = "Tâche " + std::to_string(hour);
+        world.model.edit(world.task(title), title + " bis", {}, {});
+        world.model.undo();
+        world.model.edit(world.task(title), title + " ter", {}, {});
+        world.loop.advance(1s);
+        world.model.toggle(world.task(title + " ter"));
+        world.save(world.text() + "- [ ] Note " + std::to_string(hour) + "\n");
+    }
+    world.loop.suspend(8h);
+    world.model.wokeUp();
+    world.loop.advance(4h);
+    world.notifications.shown.clear();
+    world.calendar.runs.clear();
+}
+
+}
+
+TEST(AppModel, TakesNoMoreMemoryAfterEightDays) {
+    if (std::filesystem::is_directory("/dev/shm")) ::setenv("TMPDIR", "/dev/shm", 1); // hundreds of saves
+    ModelWorld world("2025-03-04 08:00", "");
+    world.start();
+    world.model.setCalendarSync(true);
+    const auto inUseAfter = [&world](int days) {
+        for (int day = 0; day < days; ++day) liveADay(world);
+        return static_cast<std::int64_t>(mallinfo2().uordblks);
+    };
+    const auto first = inUseAfter(1), eighth = inUseAfter(7);
+    // Two hundred thousand looks at the file and hundreds of edits: what each left behind would show. A little is kept
+    // indeed: what rang, and what the allocator caches.
+    EXPECT_LT(eighth - first, 128 * 1024);
+}
+
+}
