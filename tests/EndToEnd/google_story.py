@@ -1,34 +1,14 @@
 """Signing in: from the settings page through a real browser to the mirrored calendar, and out of sight of everybody."""
-import json
-import pathlib
 import subprocess
-import urllib.request
 
-from story import Story, day, main, until
+from story import GoogleStory, day, main, until
 
-STAND_IN = pathlib.Path(__file__).parents[1] / "support/google_stand_in.py"
 BROWSER = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
            "--disable-background-networking", "--disable-component-update", "--virtual-time-budget=5000", "--dump-dom"]
 
 
-class SignIn(Story):
+class SignIn(GoogleStory):
     tasks = f"- [ ] Pain · {day()}\n- [ ] Loyer · {day(2)} 14:00\n- [ ] Sans date\n"
-
-    def stand_in(self, answer):
-        process = self.enterContext(subprocess.Popen(["/usr/bin/python3", STAND_IN, "--until-eof", "--automatic", answer],
-                                                     text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE))
-        self.base = process.stdout.readline().strip()
-        data = self.home / ".local/share/Tacla"
-        data.mkdir(parents=True)
-        (data / "client.json").write_text(json.dumps(self.ask("/control/client")))
-
-    def ask(self, path):
-        with urllib.request.urlopen(self.base + path, timeout=20) as answer:
-            return json.load(answer)
-
-    def events(self):
-        calendars = self.ask("/control/state?calendars").values()
-        return sorted(event["summary"] for calendar in calendars for event in calendar["events"].values())
 
     def browse(self):
         """What the user reads in the browser at the end of the redirects."""

@@ -1,6 +1,7 @@
 """How the application starts: the first time, a second time, without a display, without buses, off screen."""
 import os
 import pathlib
+import signal
 import socket
 import subprocess
 import tempfile
@@ -32,6 +33,17 @@ class Twice(Story):
         second = self.run_tacla()
         self.assertEqual((second.returncode, second.stderr), (0, ""))
         self.screen.wait("Nouvelle tâche")
+        self.until_menu("(Aujourd'hui)", "Pain")
+
+    def test_the_second_takes_the_place_of_one_that_dies(self):
+        first = self.launch()
+        self.tray.wait()
+        first.send_signal(signal.SIGSTOP)
+        before = self.desktop.connections()
+        self.launch()
+        until(lambda: self.desktop.connections() > before, "the second on the bus")
+        first.kill()
+        first.wait()
         self.until_menu("(Aujourd'hui)", "Pain")
 
 

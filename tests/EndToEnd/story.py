@@ -1,16 +1,21 @@
 """What the end-to-end stories share: the program in a desktop of its own, a task file, and the day's dates."""
 import datetime
+import json
 import os
 import pathlib
 import subprocess
 import sys
+import time
 import unittest
+import urllib.request
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 
-from desktop import Bubbles, Desktop, Screen, Tray, until  # noqa: E402
+from desktop import Bubbles, Clock, Desktop, Screen, Tray, until  # noqa: E402
 
 TACLA = os.environ["TACLA"]
+os.environ["TZ"] = "Europe/Paris"  # as the desktop's
+time.tzset()
 
 
 def day(offset=0):
@@ -28,10 +33,11 @@ class Story(unittest.TestCase):
     without = ()
     welcomed = True
     tasks = ""
+    command = (TACLA,)
+    says = ""
 
     @classmethod
     def setUpClass(cls):
-        os.environ["TZ"] = "Europe/Paris"
         # A story that saw midnight would speak of two days.
         until(lambda: datetime.datetime.now().strftime("%H:%M") < "23:57", "the end of the day", 200)
 
@@ -51,7 +57,7 @@ class Story(unittest.TestCase):
     def launch(self, **environment):
         """Starts the application, which must be running still when the story ends."""
         stalls = self.desktop.folder / "stalls"
-        program = self.desktop.run([TACLA], "tacla", TACLA_WATCHDOG=str(stalls), **environment)
+        program = self.desktop.run(self.command, "tacla", TACLA_WATCHDOG=str(stalls), **environment)
         self.addCleanup(self.report, stalls)
         return program
 
@@ -62,7 +68,7 @@ class Story(unittest.TestCase):
     def report(self, stalls):
         """What the program said, and how long its main thread ever stood still."""
         said = self.desktop.log("tacla")
-        self.assertEqual(said, "", "the application has nothing to say to a terminal")
+        self.assertEqual(said, self.says, "what the application says to a terminal")
         stood_still = int(stalls.read_text().split()[0]) if stalls.exists() else 0
         print(f"the main thread stood still for {stood_still} ms at most", file=sys.stderr)
         # The aim is 50 ms; a save waits for the disk, and the disk of a busy machine for others.
@@ -70,7 +76,7 @@ class Story(unittest.TestCase):
 
     def run_tacla(self, *arguments, **environment):
         """Runs a command of the terminal tool to its end."""
-        return subprocess.run([TACLA, *arguments], env=self.desktop.env | environment, capture_output=True, text=True,
+        return subprocess.run([*self.command, *arguments], env=self.desktop.env | environment, capture_output=True, text=True,
                               timeout=60)
 
     def until_file(self, *lines):
@@ -86,6 +92,28 @@ class Story(unittest.TestCase):
             until(lambda: self.tray.labels()[:len(lines)] == list(lines), "the menu")
         except AssertionError:
             self.assertEqual(self.tray.labels()[:len(lines)], list(lines))
+
+
+class GoogleStory(Story):
+    """With a stand-in for Google, and its client file in place."""
+
+    def stand_in(self, answer):
+        command = ["/usr/bin/python3", pathlib.Path(__file__).parents[1] / "support/google_stand_in.py"]
+        process = self.enterContext(subprocess.Popen([*command, "--until-eof", "--automatic", answer], text=True,
+                                                     stdin=subprocess.PIPE, stdout=subprocess.PIPE))
+        self.base = process.stdout.readline().strip()
+        self.data = self.home / ".local/share/Tacla"
+        self.data.mkdir(parents=True)
+        (self.data / "client.json").write_text(json.dumps(self.ask("/control/client")))
+
+    def ask(self, path, order=None):
+        data = None if order is None else json.dumps(order).encode()
+        with urllib.request.urlopen(self.base + path, data, timeout=20) as answer:
+            return json.load(answer)
+
+    def events(self):
+        calendars = self.ask("/control/state?calendars").values()
+        return sorted(event["summary"] for calendar in calendars for event in calendar["events"].values())
 
 
 def main():

@@ -1,7 +1,8 @@
 """A real desktop without a screen, made of real parts on private buses, for one test program."""
 from .bubbles import Bubbles
+from .clock import Clock
 from .desktop import Desktop, until
 from .screen import Screen
 from .tray import Tray
 
-__all__ = ["Bubbles", "Desktop", "Screen", "Tray", "until"]
+__all__ = ["Bubbles", "Clock", "Desktop", "Screen", "Tray", "until"]

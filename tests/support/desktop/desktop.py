@@ -91,8 +91,8 @@ class Desktop:
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def run(self, command, name="program", **extra):
-        """Starts a program inside the desktop; it ends with the desktop."""
-        environment = self.env | extra
+        """Starts a program inside the desktop, without the variables that are None; it ends with the desktop."""
+        environment = {name: value for name, value in (self.env | extra).items() if value is not None}
         with open(self.folder / "log" / name, "ab") as log:
             self.processes[name] = subprocess.Popen(command, env=environment, stdout=log, stderr=log,
                                                     stdin=subprocess.DEVNULL, start_new_session=True)
@@ -139,9 +139,14 @@ class Desktop:
         return (bus or self.session).call_sync(name, path, interface, member, arguments, None,
                                                Gio.DBusCallFlags.NO_AUTO_START, 5000, None).unpack()
 
+    def ask_bus(self, member, arguments=None, bus=None):
+        return self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member, arguments, bus)[0]
+
     def owned(self, name, bus=None):
-        return self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
-                         GLib.Variant("(s)", (name,)), bus)[0]
+        return self.ask_bus("NameHasOwner", GLib.Variant("(s)", (name,)), bus)
+
+    def connections(self):
+        return sum(name.startswith(":") for name in self.ask_bus("ListNames"))
 
     def sleep_and_wake(self):
         """What logind says around a suspend."""
@@ -149,6 +154,10 @@ class Desktop:
             self.call("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.DBus.Mock", "EmitSignal",
                       GLib.Variant("(sssav)", ("org.freedesktop.login1.Manager", "PrepareForSleep", "b",
                                                [GLib.Variant("b", asleep)])), self.system)
+
+    def lock_keyring(self):
+        self.call(self.NAMES["secrets"], "/org/freedesktop/secrets", "org.freedesktop.Secret.Service", "Lock",
+                  GLib.Variant("(ao)", (["/org/freedesktop/secrets/collection/login"],)))
 
     def windows(self, program="tacla"):
         """The numbers of the program's windows and menus on the screen."""

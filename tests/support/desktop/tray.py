@@ -18,7 +18,8 @@ class Tray:
             return None
         for entry in entries:
             name, slash, path = entry.partition("/")
-            return name, slash + path if slash else "/StatusNotifierItem"
+            if self.desktop.owned(name):  # not what a killed program left there
+                return name, slash + path if slash else "/StatusNotifierItem"
         return None
 
     def wait(self):

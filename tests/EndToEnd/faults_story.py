@@ -1,0 +1,312 @@
+"""What breaks around the application: each fault is said in French, harms no byte of the list, and passes without a restart.
+
+Runs in name spaces of its own, where disks, the time zone and the network are the story's to break.
+"""
+import contextlib
+import json
+import os
+import signal
+import subprocess
+import sys
+import unittest
+
+from story import TACLA, Bubbles, Clock, GoogleStory, Story, day, main, until
+
+NOT_PERMITTED = 77
+SPACES = ["unshare", "--mount", "--net", *([] if os.geteuid() == 0 else ["--map-root-user"])]
+
+# Without the privileges of root, to whom no file is closed.
+UNPRIVILEGED = ("setpriv", "--bounding-set=-all", "--inh-caps=-all", TACLA)
+
+
+def run(*command):
+    subprocess.run([str(word) for word in command], check=True)
+
+
+@contextlib.contextmanager
+def mounted(at, *options):
+    run("mount", *options, at)
+    try:
+        yield
+    finally:
+        run("umount", "--lazy", at)
+
+
+@contextlib.contextmanager
+def read_only(folder):
+    with mounted(folder, "--rbind", folder):
+        run("mount", "-o", "remount,bind,ro", folder)
+        yield
+
+
+@contextlib.contextmanager
+def full(folder):
+    ball = folder / "ballast"
+    with open(ball, "wb", buffering=0) as file, contextlib.suppress(OSError):
+        while True:
+            file.write(bytes(4096))
+    yield
+    ball.unlink()
+
+
+@contextlib.contextmanager
+def with_mode(path, mode):
+    before = path.stat().st_mode
+    path.chmod(mode)
+    yield
+    path.chmod(before)
+
+
+@contextlib.contextmanager
+def gone(path):
+    away = path.with_name("ailleurs")
+    path.rename(away)
+    yield
+    away.rename(path)
+
+
+@contextlib.contextmanager
+def stopped(process):
+    os.killpg(process.pid, signal.SIGSTOP)
+    try:
+        yield
+    finally:
+        os.killpg(process.pid, signal.SIGCONT)
+
+
+class Disk(Story):
+    command = UNPRIVILEGED
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+
+    def test_a_list_that_cannot_be_written_stays_as_it_is(self):
+        folder = self.file.parent
+        self.enterContext(mounted(folder, "-t", "tmpfs", "-o", "size=64k", "none"))
+        self.file.write_text(self.tasks)
+        self.launch()
+        self.open_window()
+        for fault, reason in ((full(folder), "Il n'y a plus de place sur le disque"),
+                              (read_only(folder), "Le système de fichiers est en lecture seule"),
+                              (with_mode(self.file, 0o444), "Permission non accordée"),
+                              (with_mode(self.file, 0), "Permission non accordée"),
+                              (with_mode(folder, 0o500), "Permission non accordée"),
+                              (gone(folder / "taches.md"), "Aucun fichier ou dossier de ce nom")):
+            with self.subTest(reason):
+                with fault:
+                    names = os.listdir(folder)
+                    self.screen.press("Cocher Pain")
+                    self.screen.wait(f"Impossible d'écrire {self.file} : {reason}")
+                    self.assertIn("00:00  Pain", self.tray.labels())
+                    done = self.run_tacla("done", "pain")
+                    self.assertEqual((done.returncode, done.stdout), (1, ""))
+                    self.assertRegex(done.stderr, f"^tacla : (impossible d'écrire {self.file}|{self.file} illisible)\n$")
+                    self.assertEqual(os.listdir(folder), names)
+                self.assertEqual(self.file.read_text(), self.tasks)
+                self.screen.press("Cocher Pain")
+                self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}")
+                self.screen.press("Décocher Pain")
+                self.until_file(self.tasks.strip())
+                self.screen.wait("taches.md")
+
+    def test_a_list_on_another_disk_is_kept_and_rings_once_in_a_home_that_cannot_be_written(self):
+        bubbles = Bubbles(self.desktop)
+        settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
+        before = settings.read_text()
+        self.enterContext(mounted(self.file.parent, "-t", "tmpfs", "none"))
+        self.file.write_text(self.tasks)
+        with read_only(self.home):
+            program = self.launch()
+            bubbles.wait("Pain")
+            self.open_window()
+            self.screen.press("Cocher Pain")
+            self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}")
+            self.assertEqual(self.run_tacla("rename", "pain", "Baguette").stderr, "")
+            self.until_file(f"- [x] Baguette · {day()} 00:00 · ✅ {day()}")
+            self.screen.press("Réglages", "list item")
+            self.screen.wait(f"Impossible d'écrire {settings} : Le système de fichiers est en lecture seule")
+            self.assertEqual(settings.read_text(), before)
+        self.file.write_text(self.tasks + f"- [ ] Lait · {day()} 00:01\n")
+        bubbles.wait("Lait")
+        until(lambda: len(json.loads(settings.read_text()).get("notifiedTasks", [])) == 2, "both reminders in the settings")
+        program.kill()
+        program.wait()
+        self.launch()
+        self.file.write_text(self.tasks + f"- [ ] Vin · {day()} 00:02\n")
+        bubbles.wait("Vin")
+        self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Vin"])
+
+
+class Surroundings(Story):
+    tasks = f"- [ ] Pain é · {day()} 00:00\n"
+
+    def test_do_without_locale_fonts_and_time_zone(self):
+        fonts = self.desktop.folder / "fonts.conf"
+        fonts.write_text(f"<fontconfig><cachedir>{self.desktop.folder}/fonts</cachedir></fontconfig>")
+        for number, fault in enumerate(({"LC_ALL": None}, {"LC_ALL": "POSIX"}, {"LC_ALL": "xx_YY.UTF-9"},
+                                        {"TZ": "Nulle/Part"}, {"TZ": None, "TZDIR": "/nowhere"},
+                                        {"FONTCONFIG_FILE": str(fonts)})):
+            with self.subTest(fault):
+                program = self.launch(**fault)
+                self.assertIn("00:00  Pain é", self.tray.labels())
+                self.open_window().type(f"Thé n° {number} à 5 €")
+                self.screen.press("Demain")
+                self.screen.press("Ajouter")
+                until(lambda: f"- [ ] Thé n° {number} à 5 € · " in self.file.read_text(), "the new task")
+                self.tray.click("Quitter Tacla")
+                self.assertEqual(program.wait(20), 0)
+        self.assertEqual(len(self.file.read_text().splitlines()), 1 + 6)
+
+    def test_tell_the_time_of_another_zone_at_once(self):
+        bubbles = Bubbles(self.desktop)
+        clock = Clock(self.desktop, "2026-03-10 12:00:00")  # of Paris, which is 11:00 in London
+        self.file.write_text("- [ ] Pain · 2026-03-10 11:30\n")
+        nothing = self.desktop.folder / "nothing"
+        nothing.touch()
+        zones = "/usr/share/zoneinfo/Europe/"
+        with mounted("/etc/localtime", "--bind", zones + "London"):
+            self.launch(**clock.environment, TZ=None)
+            self.until_menu("(Aujourd'hui)", "11:30  Pain")
+            with mounted("/etc/localtime", "--bind", zones + "Paris"):
+                self.until_menu("(En retard)", "11:30  Pain")
+                bubbles.wait("Pain")
+            with mounted("/etc/localtime", "--bind", nothing):
+                self.until_menu("(Aujourd'hui)", "11:30  Pain")
+        self.assertEqual(len(bubbles.shown), 1)
+
+
+class Time(Story):
+    tasks = "- [ ] Pain · 2026-03-10 10:00\n- [ ] Lait · 2026-03-10 12:00\n- [ ] Vin · 2026-03-11\n- [ ] Thé · 2026-03-12\n"
+
+    def test_that_jumps_loses_no_reminder_and_repeats_none(self):
+        bubbles = Bubbles(self.desktop)
+        clock = Clock(self.desktop, "2026-03-10 09:59:59")
+        self.launch(**clock.environment)
+        bubbles.wait("Pain")
+        clock.set("2026-03-11 11:00:00")
+        bubbles.wait("Vin")
+        clock.set("2026-03-10 08:00:00")
+        self.until_menu("(Aujourd'hui)", "10:00  Pain", "12:00  Lait")
+        clock.set("2026-03-12 10:00:00")
+        bubbles.wait("Thé")
+        self.until_menu("(En retard)", "10/03  Pain")
+        self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Vin", "Thé"])
+        self.assertEqual(self.file.read_text(), self.tasks)
+
+    def test_in_which_the_notification_server_is_frozen_repeats_no_reminder(self):
+        bubbles = Bubbles(self.desktop)
+        clock = Clock(self.desktop, "2026-03-10 10:01:00")
+        self.launch(**clock.environment)
+        bubbles.wait("Pain")
+        self.open_window()
+        self.screen.press("Réglages", "list item")
+        with stopped(self.desktop.processes["notify"]):
+            clock.set("2026-03-10 12:01:00")
+            self.until_menu("(En retard)", "10:00  Pain", "12:00  Lait")
+            self.screen.press("Envoyer une notification d'essai")
+            self.screen.wait("Échec : Aucun service de notification ne répond.")
+        clock.set("2026-03-11 10:00:00")
+        bubbles.wait("Vin")
+        self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Notification d'essai", "Vin"])
+
+
+class Network(GoogleStory):
+    tasks = f"- [ ] Pain · {day()}\n- [ ] Loyer · {day(2)}\n- [ ] Impôts · {day(3)}\n"
+
+    def setUp(self):
+        super().setUp()
+        run("ip", "link", "set", "lo", "up")
+        self.stand_in("allow")
+        settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
+        settings.write_text('{"onboardingDone": true, "calendarSync": true}')
+        grant = self.ask("/control", {"grant": "https://www.googleapis.com/auth/calendar.app.created"})
+        (self.data / "token.json").write_text(json.dumps(grant))
+
+    def launch(self, **environment):
+        program = super().launch(TACLA_GOOGLE_BASE=self.base, **environment)
+        self.open_window()
+        return program
+
+    def synchronise(self):
+        self.screen.press("Réglages", "list item")
+        self.screen.press("Synchroniser maintenant")
+        self.screen.press("Aujourd'hui", "list item")
+
+    def until_mirrored(self):
+        until(lambda: self.events() == ["Impôts", "Loyer", "Pain"], "the tasks in the calendar")
+        until(lambda: any(w.name.startswith("Agenda à jour · ") for w in self.screen.widgets()), "the good news")
+        self.assertEqual(self.file.read_text(), self.tasks)
+
+    def test_that_is_not_there_or_breaks_off_is_named_and_made_up_for(self):
+        run("ip", "address", "delete", "127.0.0.1/8", "dev", "lo")
+        self.launch()
+        self.screen.wait("Agenda : Connexion impossible à 127.0.0.1")
+        run("ip", "address", "add", "127.0.0.1/8", "dev", "lo")
+        self.ask("/control", {"faults": [{"at": 3, "kind": "reset", "after": True}]})
+        self.synchronise()
+        self.screen.wait("Agenda : Connexion perdue avec 127.0.0.1")
+        self.synchronise()
+        self.until_mirrored()
+
+    def test_that_never_answers_holds_up_neither_the_window_nor_the_end(self):
+        self.ask("/control", {"faults": [{"at": 2, "kind": "hang"}]})
+        program = self.launch()
+        self.screen.wait("Synchro de l'agenda…")
+        self.screen.press("Cocher Pain")
+        self.until_file(*self.tasks.replace("[ ] Pain · " + day(), f"[x] Pain · {day()} · ✅ {day()}").splitlines())
+        self.tray.click("Quitter Tacla")
+        self.assertEqual(program.wait(20), 0)
+
+    def test_with_a_keyring_that_is_absent_frozen_or_locked_waits_for_it(self):
+        trouble = "Agenda : Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas"
+        self.desktop.stop("secrets")
+        program = self.launch()
+        self.screen.wait(trouble)
+        self.desktop.start("secrets")
+        self.until_mirrored()
+        self.assertFalse((self.data / "token.json").exists(), "moved into the keyring")
+        with stopped(self.desktop.processes["secrets"]):
+            self.tray.click("Quitter Tacla")
+            self.assertEqual(program.wait(20), 0)
+            program = self.launch()
+            self.screen.wait(trouble)
+        self.synchronise()
+        self.until_mirrored()
+        self.tray.click("Quitter Tacla")
+        program.wait(20)
+        self.desktop.lock_keyring()
+        self.launch()
+        self.screen.wait(trouble)
+        self.desktop.restart("secrets")  # unlocks it, as the user's session does
+        self.until_mirrored()
+
+
+class Lost(Story):
+    without = ("a11y", "secrets", "notify", "logind", "panel")
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_the_session_bus_leaves_the_window(self):
+        program = self.launch()
+        until(lambda: self.desktop.owned("fr.dravel.Tacla"), "the application")
+        self.desktop.stop("bus")
+        (window,) = until(self.desktop.windows, "the window")
+        subprocess.run(["xdotool", "windowactivate", "--sync", window, "key", "ctrl+q"], env=self.desktop.env, check=True)
+        self.assertEqual(program.wait(20), 0)
+
+
+class LostDisplay(Lost):
+    says = "tacla : l'écran a disparu : l'application se termine\n"
+
+    def test_the_session_bus_leaves_the_window(self):
+        program = self.launch()
+        until(lambda: self.desktop.owned("fr.dravel.Tacla"), "the application")
+        self.desktop.stop("x")
+        self.assertEqual(program.wait(20), 1)
+        self.assertEqual(self.file.read_text(), self.tasks)
+
+
+if __name__ == "__main__":
+    if "TACLA_OWN_SPACES" not in os.environ:
+        if subprocess.run([*SPACES, "true"], stderr=subprocess.DEVNULL).returncode != 0:
+            sys.exit(NOT_PERMITTED)
+        os.environ["TACLA_OWN_SPACES"] = "yes"
+        os.execvp(SPACES[0], [*SPACES, sys.executable, *sys.argv])
+    main()
