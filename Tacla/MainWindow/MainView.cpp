@@ -35,7 +35,10 @@ MainView::MainView(AppModel& model, DesktopActions actions, dravel::Now now, QWi
 }
 
 void MainView::modelChanged() {
-    if (model_.state().onboarding != (views_->currentWidget() == welcome_)) showWelcomeOrPages();
+    if (model_.state().onboarding != (views_->currentWidget() == welcome_)) {
+        showWelcomeOrPages();
+        beginTask(); // what a new user came for
+    }
     if (shell_ && model_.state().undoBar != undoBar_) showUndoBar();
     const auto wanted = model_.state().requestedSection;
     if (wanted == requested_) return;

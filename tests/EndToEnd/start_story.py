@@ -18,7 +18,7 @@ class FirstStart(Story):
     def test_welcomes_and_makes_a_list(self):
         self.launch(PATH=f"{self.desktop.folder}/bin:/usr/bin:/bin")
         self.screen.press("C'est parti")
-        self.screen.wait("Nouvelle tâche")
+        until(lambda: "focused" in self.screen.wait("Nouvelle tâche").states, "the field of the first task")
         self.assertIn("## À faire\n", self.file.read_text())
         self.assertIn('"onboardingDone": true', (self.home / ".config/fr.dravel.Tacla/preferences.json").read_text())
         self.assertEqual(os.readlink(self.home / ".local/bin/tacla"), os.path.realpath(TACLA))
