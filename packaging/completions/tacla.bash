@@ -1,12 +1,9 @@
 # Completion of tacla's commands and of the titles that "tacla list" shows, which is all that it ever runs.
-_tacla_quoted() { # as it is typed behind the quote that was begun, if one was
-    local text=$1
-    case $2 in
-        \"*)
-            text=${text//\\/\\\\} text=${text//\"/\\\"} text=${text//\$/\\\$}
-            printf '%s' "${text//\`/\\\`}" ;;
-        \'*) printf '%s' "${text//\'/\'\\\'\'}" ;;
-        *) printf '%q' "$text" ;;
+_tacla_quote() { # the title as it is typed behind the quote that was begun, if one was
+    case $word in
+        \"*) title=${title//\\/\\\\} title=${title//\"/\\\"} title=${title//\$/\\\$} title=${title//\`/\\\`} ;;
+        \'*) title=${title//\'/\'\\\'\'} ;;
+        *) printf -v title %q "$title" ;;
     esac
 }
 _tacla() {
@@ -18,7 +15,7 @@ _tacla() {
         typed=${word#[\"\']}
         typed=${typed//\\/}
         while IFS= read -r title; do
-            [[ ${title,,} == "${typed,,}"* ]] && COMPREPLY+=("$(_tacla_quoted "$title" "$word")")
+            [[ ${title,,} == "${typed,,}"* ]] && _tacla_quote && COMPREPLY+=("$title")
         done < <(tacla list 2> /dev/null | sed -E 's/^[^ ]+ (❗ *)?//
             s/ · [0-9]{4}-[0-9]{2}-[0-9]{2}( [0-9]{2}:[0-9]{2})?( \(due le [-0-9]+\))?$//')
     fi
