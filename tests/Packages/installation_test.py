@@ -27,6 +27,7 @@ def output(*command, **options):
 
 def make_base():
     """A bare Debian from where this machine has its own packages, with this machine's way to reach it."""
+    output("apt-get", "update")
     sources = output("apt-get", "indextargets", "--format", "deb $(REPO_URI) $(RELEASE) $(COMPONENT)", "Origin: Debian",
                      "Created-By: Packages")
     reach = [line for line in output("apt-config", "dump").splitlines()
