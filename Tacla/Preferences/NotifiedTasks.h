@@ -7,7 +7,13 @@
 // The notified list: identifiers ("key@2025-03-04 14:30") of the reminders that were shown or must never be.
 namespace tacla::NotifiedTasks {
 
+using Notified = std::vector<std::string>;
+using NewKeys = std::map<std::string, std::string>; // of renamed tasks, by their old ones
+
 // Entries of a renamed task get its new key.
-std::vector<std::string> rekeyed(std::vector<std::string> notified, const std::map<std::string, std::string>& newKeys);
+Notified rekeyed(const Notified&, const NewKeys&);
+
+// Or keep the old one as well: while the file is renamed, another process may look at it before or after.
+Notified underBothKeys(const Notified&, const NewKeys&);
 
 }

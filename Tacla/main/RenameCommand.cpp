@@ -14,10 +14,17 @@ namespace {
 using Keys = std::map<std::string, std::string>;
 
 // Reminders already shown stay silent under the new keys.
-void rekeyReminders(const Keys& keys, const Environment& environment) {
+void rekeyReminders(decltype(NotifiedTasks::rekeyed) rekeyed, const Keys& keys, const Environment& environment) {
     if (environment.preferences.notifiedTasks().empty()) return;
-    environment.preferences.updateNotifiedTasks(
-        [&](auto notified) { return NotifiedTasks::rekeyed(std::move(notified), keys); });
+    environment.preferences.updateNotifiedTasks([&](const auto& notified) { return rekeyed(notified, keys); });
+}
+
+// The application may read the renamed file before this process comes to its next line.
+void prepareReminders(const Keys& keys, const Environment& environment) {
+    try {
+        rekeyReminders(NotifiedTasks::underBothKeys, keys, environment);
+    } catch (const dravel::FileError&) { // said once the file is renamed
+    }
 }
 
 int syncRenamed(const Keys& keys, const Environment& environment) {
@@ -30,7 +37,7 @@ int syncRenamed(const Keys& keys, const Environment& environment) {
 int follow(const Keys& keys, Terminal& terminal, const Environment& environment) {
     int status = EXIT_SUCCESS;
     try {
-        rekeyReminders(keys, environment);
+        rekeyReminders(NotifiedTasks::rekeyed, keys, environment);
     } catch (const dravel::FileError& error) {
         status = terminal.fail("impossible d'écrire " + error.path.string() + " : " + error.description());
     }
@@ -58,6 +65,7 @@ int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& en
         auto renamed = TaskFile::rename(text, task->key, *title);
         if (!renamed) return {};
         keys = std::move(renamed->keys);
+        prepareReminders(keys, environment);
         return std::move(renamed->text);
     };
     switch (editTasks(file, edit, environment)) {
