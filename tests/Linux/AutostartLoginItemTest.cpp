@@ -12,9 +12,10 @@ using namespace tacla;
 namespace fs = std::filesystem;
 
 TEST(Autostart, quotesTheProgramForTheExecKey) {
-    EXPECT_EQ(autostartEntry("/opt/Mes outils/100% $tacla"),
+    EXPECT_EQ(autostartEntry("/opt/Mes outils/100% $`\"\\tacla"),
               "[Desktop Entry]\nType=Application\nName=Tacla\nIcon=fr.dravel.Tacla\n"
-              "TryExec=/opt/Mes outils/100% $tacla\nExec=\"/opt/Mes outils/100%% \\\\$tacla\"\nTerminal=false\n"
+              "TryExec=/opt/Mes outils/100% $`\"\\\\tacla\nExec=\"/opt/Mes outils/100%% "
+              "\\\\$\\\\`\\\\\"\\\\\\\\tacla\"\nTerminal=false\n"
               "X-GNOME-Autostart-enabled=true\n");
 }
 

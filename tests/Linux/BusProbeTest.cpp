@@ -57,7 +57,8 @@ TEST(BusProbe, findsOutWhetherABusAnswers) {
 TEST(BusProbe, knowsAddressesWhereNobodyListens) {
     const tacla::testing::TemporaryFolder folder;
     const auto nobody = "unix:path=" + (folder / "nobody").string();
-    for (const auto& address : {std::string(), std::string("disabled:"), nobody, "unix:path=" + std::string(200, 'x')})
+    for (const auto& address : {std::string(), std::string("disabled:"), nobody, "unix:path=" + std::string(200, 'x'),
+                                std::string("unix:abstract=tacla/nobody%2"), std::string("unix:guid,runtime=yes")})
         EXPECT_NE(BusProbe(address).state(), BusProbe::State::silent) << address;
     EXPECT_EQ(BusProbe(nobody).state(), BusProbe::State::absent);
 }

@@ -1,0 +1,73 @@
+#include "Tacla/Linux/ColourScheme.h"
+#include "Tacla/Linux/MenuServer.h"
+#include "Tacla/Linux/Wake.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+using namespace tacla;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Program {
+    int count = 1;
+    char name[5] = "test";
+    char* arguments[2] = {name, nullptr};
+    QCoreApplication application{count, arguments};
+};
+
+QDBusVariant number(uint value) { return QDBusVariant(QVariant::fromValue(QDBusVariant(value))); }
+
+}
+
+TEST(MenuServer, answersHostsOfEveryHabit) {
+    Program program;
+    Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, "pain"}},
+              {.kind = MenuEntry::Kind::submenu, .label = "À venir", .children = {{.label = "Vin"}}}};
+    std::string chosen;
+    MenuServer server([&] { return menu; }, [&](const MenuCommand& command) { chosen += command.key + " "; });
+    EXPECT_TRUE(server.AboutToShow(0));
+    EXPECT_FALSE(server.AboutToShow(1));
+
+    MenuNode layout;
+    server.GetLayout(0, 0, {}, layout);
+    EXPECT_TRUE(layout.children.isEmpty());
+    EXPECT_EQ(server.GetLayout(0, -1, {u"label"_s}, layout), 1U);
+    const int bread = layout.children[0].id, wine = layout.children[1].children[0].id;
+    EXPECT_EQ(layout.children[1].children[0].properties, (QVariantMap{{u"label"_s, u"Vin"_s}}));
+    EXPECT_EQ(server.GetGroupProperties({}, {}).size(), 4);
+    EXPECT_EQ(server.GetGroupProperties({wine, 77}, {}).size(), 1);
+    EXPECT_EQ(server.GetProperty(bread, u"label"_s).variant(), u"Pain"_s);
+    EXPECT_EQ(server.GetProperty(bread, u"icon"_s).variant(), QString());
+
+    menu.pop_back();
+    QList<int> unknown;
+    EXPECT_EQ(server.AboutToShowGroup({0, wine}, unknown), QList<int>{0});
+    EXPECT_EQ(unknown, QList<int>{wine});
+    server.GetLayout(0, -1, {}, layout);
+    const int now = layout.children[0].id;
+    server.Event(now, u"hovered"_s, {}, 0);
+    server.Event(bread, u"clicked"_s, {}, 0); // of the older layout
+    EXPECT_EQ(server.EventGroup({{now, u"clicked"_s, {}, 0}, {now, u"hovered"_s, {}, 0}, {wine, u"clicked"_s, {}, 0}}),
+              QList<int>{wine});
+    EXPECT_EQ(chosen, "") << "the host has its answer first";
+    QCoreApplication::processEvents();
+    EXPECT_EQ(chosen, "pain ");
+}
+
+TEST(ColourScheme, followsTheSettingOfTheDesktop) {
+    using Preference = ColourScheme::Preference;
+    ColourScheme scheme;
+    const auto after = [&](const char* group, const char* key, uint value) {
+        QMetaObject::invokeMethod(&scheme, "settingChanged", Q_ARG(QString, QString::fromUtf8(group)),
+                                  Q_ARG(QString, QString::fromUtf8(key)), Q_ARG(QDBusVariant, number(value)));
+        return scheme.preference();
+    };
+    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 1), Preference::dark);
+    EXPECT_EQ(after("org.freedesktop.appearance", "contrast", 2), Preference::dark);
+    EXPECT_EQ(after("org.gnome.desktop", "color-scheme", 2), Preference::dark);
+    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 2), Preference::light);
+    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 0), Preference::unknown);
+}
