@@ -1,43 +1,30 @@
 """The terminal and the calendar: the real program with a real keyring, and the stand-in for Google."""
-import json
 import os
 import pathlib
 import pty
 import subprocess
 import sys
 import unittest
-import urllib.request
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[2]))
-from tests.support.desktop.desktop import Desktop, until  # noqa: E402
+from tests.support.desktop import Desktop, Google, until  # noqa: E402
 
 TACLA = os.environ["TACLA_PROGRAM"]
-STAND_IN = pathlib.Path(__file__).parents[1] / "support/google_stand_in.py"
 LIST = "- [ ] Pain · 2025-03-04\n- [ ] ❗ TVA · 2025-03-05 14:30\n- [ ] Sans date\n"
 
 
 class TerminalSync(unittest.TestCase):
     def setUp(self):
         self.desktop = self.enterContext(Desktop(without=("wm", "a11y", "notify", "logind", "panel")))
-        self.google = self.enterContext(subprocess.Popen(["/usr/bin/python3", STAND_IN, "--until-eof"], text=True,
-                                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE))
-        self.base = self.google.stdout.readline().strip()
+        self.google = self.enterContext(Google())
         self.home = pathlib.Path(self.desktop.env["HOME"])
         self.list = self.home / "taches.md"
         self.data, self.preferences = self.home / ".local/share/Tacla", self.home / ".config/fr.dravel.Tacla/preferences.json"
-        for folder in (self.data, self.preferences.parent):
-            folder.mkdir(parents=True)
+        self.preferences.parent.mkdir(parents=True)
         self.list.write_text(LIST)
         self.preferences.write_text('{"calendarSync": true}')
-        (self.data / "client.json").write_text(json.dumps(self.ask("/control/client")))
-        grant = self.ask("/control", {"grant": "https://www.googleapis.com/auth/calendar.app.created"})
-        (self.data / "token.json").write_text(json.dumps(grant))
-        self.env = self.desktop.env | {"TACLA_GOOGLE_BASE": self.base, "TACLA_FILE": str(self.list)}
-
-    def ask(self, path, order=None):
-        data = None if order is None else json.dumps(order).encode()
-        with urllib.request.urlopen(self.base + path, data, timeout=20) as answer:
-            return json.load(answer)
+        self.google.give_account(self.data)
+        self.env = self.desktop.env | {"TACLA_GOOGLE_BASE": self.google.base, "TACLA_FILE": str(self.list)}
 
     def tacla(self, *arguments, **extra):
         """(exit status, standard output, standard error)"""
@@ -47,26 +34,22 @@ class TerminalSync(unittest.TestCase):
     def fails(self, message, *arguments, **extra):
         self.assertEqual(self.tacla(*arguments, **extra), (1, "", f"tacla : {message}\n"))
 
-    def events(self):
-        (calendar,) = self.ask("/control/state?calendars").values()
-        return {event["summary"]: event["id"] for event in calendar["events"].values() if event["status"] != "cancelled"}
-
     def test_mirrors_counts_and_keeps_events_over_a_rename(self):
         self.assertEqual(self.tacla("sync"), (0, "+2 ~0 -0\n", ""))
         self.assertFalse((self.data / "token.json").exists(), "moved into the keyring")
         self.assertEqual(self.tacla("sync"), (0, "+0 ~0 -0\n", ""))
-        before = self.events()
+        before = self.google.events()
         self.assertEqual(self.tacla("rename", "pain", "Baguette"), (0, "✏️ Pain → Baguette\n", ""))
-        self.assertEqual(self.events(), {"Baguette": before["Pain"], "❗ TVA": before["❗ TVA"]})
+        self.assertEqual(self.google.events(), {"Baguette": before["Pain"], "❗ TVA": before["❗ TVA"]})
 
         self.list.write_text("# Tâches\n")
         self.fails("Le fichier ne contient aucune tâche : l'agenda n'est pas vidé", "sync")
         self.list.unlink()
         self.fails(f"{self.list} illisible", "sync")
         self.list.write_text(LIST)
-        self.ask("/control", {"faults": [{"at": 1, "kind": "text", "status": 403, "body": "é" * 300}]})
+        self.google.fault(at=1, kind="text", status=403, body="é" * 300)
         self.fails("Google Agenda a répondu 403 " + "é" * 120, "sync")
-        self.ask("/control", {"faults": [], "revoke": True})
+        self.google.ask("/control", {"faults": [], "revoke": True})
         self.assertEqual(self.tacla("rename", "baguette", "Pain")[0], 1, "no such task any more")
         self.fails("Pas connecté à Google", "sync")
         self.preferences.write_text('{"calendarSync": false}')
@@ -75,7 +58,7 @@ class TerminalSync(unittest.TestCase):
     def test_says_where_it_may_not_go(self):
         for base in ("http://192.0.2.1:80", "http://localhost:80", "https://127.0.0.1.example.org", ""):
             self.assertRegex(self.tacla("sync", TACLA_GOOGLE_BASE=base)[2], "^tacla : .*TACLA_GOOGLE_BASE.*\n$")
-        self.assertEqual(self.ask("/control/state?log"), [])
+        self.assertEqual(self.google.ask("/control/state?log"), [])
 
     def test_shows_its_progress_on_a_terminal_and_clears_it(self):
         reading, writing = pty.openpty()
@@ -88,16 +71,16 @@ class TerminalSync(unittest.TestCase):
                                                   "Envoi à Google Agenda : 1 sur 2", ""])
 
     def test_tells_no_secret_to_anybody(self):
-        self.ask("/control", {"faults": [{"at": 2, "kind": "delay", "seconds": 1}]})
+        self.google.fault(at=2, kind="delay", seconds=1)
         with subprocess.Popen([TACLA, "sync"], env=self.env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as tacla:
-            until(lambda: len(self.ask("/control/state?log")) >= 3, "the delayed request")
+            until(lambda: len(self.google.ask("/control/state?log")) >= 3, "the delayed request")
             told = [pathlib.Path(f"/proc/{tacla.pid}/{part}").read_bytes() for part in ("cmdline", "environ")]
             told.append(tacla.communicate(timeout=60)[0])
         kept = (self.data / "client.json", self.home / ".local/share/keyrings")  # where secrets belong
         for path in self.desktop.folder.rglob("*"):
             if path.is_file() and not any(place == path or place in path.parents for place in kept):
                 told.append(path.read_bytes())
-        secrets = self.ask("/control/state?secrets")
+        secrets = self.google.ask("/control/state?secrets")
         self.assertEqual(len(secrets), 3, "client secret, refresh token, access token")
         self.assertEqual([secret for secret in secrets if any(secret.encode() in text for text in told)], [])
 

@@ -10,7 +10,7 @@ import subprocess
 import sys
 import unittest
 
-from story import TACLA, Bubbles, Clock, GoogleStory, Story, day, main, until
+from story import TACLA, Bubbles, Clock, Google, Story, day, main, until
 
 NOT_PERMITTED = 77
 SPACES = ["unshare", "--mount", "--net", *([] if os.geteuid() == 0 else ["--map-root-user"])]
@@ -208,20 +208,20 @@ class Time(Story):
         self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Notification d'essai", "Vin"])
 
 
-class Network(GoogleStory):
+class Network(Story):
     tasks = f"- [ ] Pain · {day()}\n- [ ] Loyer · {day(2)}\n- [ ] Impôts · {day(3)}\n"
 
     def setUp(self):
         super().setUp()
         run("ip", "link", "set", "lo", "up")
-        self.stand_in("allow")
+        self.google = self.enterContext(Google())
+        self.data = self.home / ".local/share/Tacla"
+        self.google.give_account(self.data)
         settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
         settings.write_text('{"onboardingDone": true, "calendarSync": true}')
-        grant = self.ask("/control", {"grant": "https://www.googleapis.com/auth/calendar.app.created"})
-        (self.data / "token.json").write_text(json.dumps(grant))
 
     def launch(self, **environment):
-        program = super().launch(TACLA_GOOGLE_BASE=self.base, **environment)
+        program = super().launch(TACLA_GOOGLE_BASE=self.google.base, **environment)
         self.open_window()
         return program
 
@@ -231,7 +231,7 @@ class Network(GoogleStory):
         self.screen.press("Aujourd'hui", "list item")
 
     def until_mirrored(self):
-        until(lambda: self.events() == ["Impôts", "Loyer", "Pain"], "the tasks in the calendar")
+        until(lambda: sorted(self.google.events()) == ["Impôts", "Loyer", "Pain"], "the tasks in the calendar")
         until(lambda: any(w.name.startswith("Agenda à jour · ") for w in self.screen.widgets()), "the good news")
         self.assertEqual(self.file.read_text(), self.tasks)
 
@@ -240,14 +240,14 @@ class Network(GoogleStory):
         self.launch()
         self.screen.wait("Agenda : Connexion impossible à 127.0.0.1")
         run("ip", "address", "add", "127.0.0.1/8", "dev", "lo")
-        self.ask("/control", {"faults": [{"at": 3, "kind": "reset", "after": True}]})
+        self.google.fault(at=3, kind="reset", after=True)
         self.synchronise()
         self.screen.wait("Agenda : Connexion perdue avec 127.0.0.1")
         self.synchronise()
         self.until_mirrored()
 
     def test_that_never_answers_holds_up_neither_the_window_nor_the_end(self):
-        self.ask("/control", {"faults": [{"at": 2, "kind": "hang"}]})
+        self.google.fault(at=2, kind="hang")
         program = self.launch()
         self.screen.wait("Synchro de l'agenda…")
         self.screen.press("Cocher Pain")

@@ -1,17 +1,15 @@
 """What the end-to-end stories share: the program in a desktop of its own, a task file, and the day's dates."""
 import datetime
-import json
 import os
 import pathlib
 import subprocess
 import sys
 import time
 import unittest
-import urllib.request
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 
-from desktop import Bubbles, Clock, Desktop, Screen, Tray, until  # noqa: E402
+from desktop import Bubbles, Clock, Desktop, Google, Screen, Tray, until  # noqa: E402
 
 TACLA = os.environ["TACLA"]
 os.environ["TZ"] = "Europe/Paris"  # as the desktop's
@@ -92,28 +90,6 @@ class Story(unittest.TestCase):
             until(lambda: self.tray.labels()[:len(lines)] == list(lines), "the menu")
         except AssertionError:
             self.assertEqual(self.tray.labels()[:len(lines)], list(lines))
-
-
-class GoogleStory(Story):
-    """With a stand-in for Google, and its client file in place."""
-
-    def stand_in(self, answer):
-        command = ["/usr/bin/python3", pathlib.Path(__file__).parents[1] / "support/google_stand_in.py"]
-        process = self.enterContext(subprocess.Popen([*command, "--until-eof", "--automatic", answer], text=True,
-                                                     stdin=subprocess.PIPE, stdout=subprocess.PIPE))
-        self.base = process.stdout.readline().strip()
-        self.data = self.home / ".local/share/Tacla"
-        self.data.mkdir(parents=True)
-        (self.data / "client.json").write_text(json.dumps(self.ask("/control/client")))
-
-    def ask(self, path, order=None):
-        data = None if order is None else json.dumps(order).encode()
-        with urllib.request.urlopen(self.base + path, data, timeout=20) as answer:
-            return json.load(answer)
-
-    def events(self):
-        calendars = self.ask("/control/state?calendars").values()
-        return sorted(event["summary"] for calendar in calendars for event in calendar["events"].values())
 
 
 def main():

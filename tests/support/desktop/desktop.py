@@ -165,9 +165,6 @@ class Desktop:
                                capture_output=True, text=True)
         return found.stdout.split()
 
-    def picture(self, path):
-        subprocess.run(["import", "-silent", "-window", "root", str(path)], env=self.env, check=True)
-
     def connect(self, kind):
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
         try:
