@@ -104,12 +104,14 @@ void SecretServiceVisit::check(GError* raw, const char* otherwise) const {
 
 void SecretServiceVisit::open() {
     GError* error = nullptr;
+    const Glib<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, deadline_.cancellable(), &error));
+    check(error, noKeyring);
+    // The death of the bus ends a visit, not the program. It may come while the service is being opened.
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     service_.reset(secret_service_open_sync(dravel_secret_service_get_type(), nullptr, SECRET_SERVICE_OPEN_SESSION,
                                             deadline_.cancellable(), &error));
     check(error, noKeyring);
     g_object_set_data(G_OBJECT(service_.get()), deadlineKey, &deadline_);
-    // The death of the bus ends a visit, not the program.
-    g_dbus_connection_set_exit_on_close(g_dbus_proxy_get_connection(G_DBUS_PROXY(service_.get())), FALSE);
 }
 
 SecretServiceVisit::Items SecretServiceVisit::search() {
