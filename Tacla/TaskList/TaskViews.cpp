@@ -7,7 +7,7 @@ namespace tacla {
 
 namespace {
 
-// Sorted by (moment, line): the moment is asked for once a task, for it costs a calendar.
+// Dated tasks by (moment, line): the moment is asked for once a task, for it costs a calendar.
 Tasks sorted(Tasks tasks) {
     struct Placed {
         Instant moment;
@@ -17,7 +17,7 @@ Tasks sorted(Tasks tasks) {
     std::vector<Placed> order;
     order.reserve(tasks.size());
     for (std::size_t i = 0; i < tasks.size(); ++i)
-        order.push_back({tasks[i].at().value_or(Instant::max()), tasks[i].line, i});
+        order.push_back({*tasks[i].at(), tasks[i].line, i});
     std::ranges::stable_sort(order, {}, [](const Placed& task) { return std::pair(task.moment, task.line); });
     Tasks result;
     result.reserve(tasks.size());
