@@ -67,6 +67,8 @@ const Case cases[] = {
      "+a@2025-03-04 14:00", std::chrono::hours(6)},
     {"a new zone that puts the moment in the past rings at once", "2025-03-05 00:30", "- [ ] a · 2025-03-04 23:00",
      "a@2025-03-04 23:00", "", "!a@2025-03-04 23:00", std::chrono::hours(6)},
+    {"what rings this very minute by its old zone is left to ring", "2025-03-04 20:00", "- [ ] a · 2025-03-04 14:00",
+     "a@2025-03-04 14:00", "", "", std::chrono::hours(6)},
     {"a day beyond its month falls due in the next", "2025-03-01 10:00", "- [ ] a · 2025-02-30", "", "",
      "+a@2025-02-30"},
     {"two tasks of one key and moment ring once", "2025-03-04 08:00",
@@ -88,8 +90,10 @@ TEST(ReminderPlan, IsWhatMustChange) {
 TEST(ReminderPlan, HoldsTheFirstSixtyOfTheFile) {
     std::string text;
     for (int number = 1; number <= 70; ++number) text += "- [ ] t" + std::to_string(number) + " · 2025-04-01\n";
+    text += "- [ ] now · 2025-03-04 07:59\n- [ ] later · 2025-03-04 08:01\n";
     const auto plan = planReminders(TaskFile::parse(text), {}, {}, moment("2025-03-04 08:00"));
     ASSERT_EQ(plan.schedule.size(), 60U);
+    EXPECT_EQ(plan.catchUp.size(), 1U);
     EXPECT_EQ(plan.schedule.front().task.title, "t1");
     EXPECT_EQ(plan.schedule.back().task.title, "t60");
     EXPECT_TRUE(plan.full);

@@ -80,4 +80,9 @@ TEST(TaskFile, givesEachTaskTheKeyOfItsTitle) {
     EXPECT_EQ(TaskFile::hash("abc"), "ba7816bf8f01cfea"); // FIPS 180-4
     EXPECT_TRUE(tasks[4].strong());
     EXPECT_EQ(TaskFile::dropStrongMark("❗ ❗ Banque "), "❗ Banque");
+
+    std::string text;
+    for (int number = 0; number < 400; ++number) text += "- [ ] " + std::to_string(number % 200) + "\n";
+    const auto twice = TaskFile::parse(text);
+    for (std::size_t n = 0; n < 200; ++n) EXPECT_EQ(twice[200 + n].key, TaskFile::hash(twice[n].title + "#2"));
 }
