@@ -1,5 +1,6 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Card.h"
+#include "DravelKit/DravelUI/DayCell.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/DravelUI/Popup.h"
 #include "DravelKit/DravelUI/ProgressRing.h"
@@ -15,6 +16,7 @@
 #include <QRegion>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 using namespace dravel;
@@ -74,6 +76,27 @@ TEST(Rendering, drawsTheFacesInTheirColoursAtEveryScale) {
             EXPECT_EQ(Picture(ring, scale).at(3, 39), hex(Theme::accentSoftPressed)); // the open half
             EXPECT_NE(Picture(ring, scale).at(74, 39), hex(Theme::accentSoftPressed));
         }
+}
+
+TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
+    const auto faceOf = [](QWidget& widget) { return Picture(widget, 1).at(6, 14); };
+    const auto hovered = [&](QWidget& widget) {
+        widget.resize(widget.sizeHint().expandedTo({40, 28}));
+        widget.setAttribute(Qt::WA_UnderMouse);
+        return faceOf(widget);
+    };
+    const auto hex = [](const Theme::Tone& tone) { return tone.light.color().name().toStdString(); };
+    Button onBackground(Button::Kind::NeutralOnBackground, u"Fermer"_s), prominent(Button::Kind::Prominent, u"Non"_s);
+    EXPECT_EQ(hovered(onBackground), hex(Theme::neutralHover));
+    EXPECT_EQ(hovered(prominent), hex(Theme::accentHover));
+    const std::pair<DayCell::Day, Theme::Tone> days[] = {{{{}, true, true, false}, Theme::accent},
+                                                         {{{}, true, false, false}, Theme::accentSoft},
+                                                         {{{}, false, false, true}, Theme::tile}};
+    for (const auto& [day, face] : days) {
+        DayCell cell(nullptr);
+        cell.setDay(day);
+        EXPECT_EQ(hovered(cell), hex(face));
+    }
 }
 
 TEST(Rendering, fadesADisabledControlAsAWhole) {
@@ -136,6 +159,22 @@ TEST(Rendering, drawsMenusInTheLookOfTheKit) {
     EXPECT_EQ(picture.at(8, 8), "#ffffff");
     EXPECT_EQ(picture.at(40, 5 + 28 + 4), "#d4d7dd");
     EXPECT_EQ(picture.at(8, 5 + 28 + 9 + 14), "#fde9e8");
+
+    QMenu rich;
+    auto* entry = rich.addAction(u"Lu && &vu"_s);
+    const auto widthWith = [&](const std::function<void()>& change) {
+        const int before = rich.sizeHint().width();
+        change();
+        return rich.sizeHint().width() - before;
+    };
+    EXPECT_EQ(widthWith([&] { entry->setCheckable(true); }), 22);
+    EXPECT_GT(widthWith([&] { entry->setShortcut(Qt::CTRL | Qt::Key_L); }), 24);
+    const QImage unchecked = rich.grab().toImage();
+    entry->setChecked(true);
+    EXPECT_NE(rich.grab().toImage(), unchecked);
+    const QImage enabled = rich.grab().toImage();
+    entry->setEnabled(false);
+    EXPECT_NE(rich.grab().toImage(), enabled);
 }
 
 TEST(Rendering, shapesAPopupLikeItsRoundedFace) {
