@@ -16,8 +16,7 @@ Tasks sorted(Tasks tasks) {
     };
     std::vector<Placed> order;
     order.reserve(tasks.size());
-    for (std::size_t i = 0; i < tasks.size(); ++i)
-        order.push_back({*tasks[i].at(), tasks[i].line, i});
+    for (std::size_t i = 0; i < tasks.size(); ++i) order.push_back({*tasks[i].at(), tasks[i].line, i});
     std::ranges::stable_sort(order, {}, [](const Placed& task) { return std::pair(task.moment, task.line); });
     Tasks result;
     result.reserve(tasks.size());
