@@ -81,16 +81,6 @@ TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
     EXPECT_EQ(accessToken(), "acces-1");
 }
 
-TEST_F(Account, IsForgottenAtSignOut) {
-    keyring->items[key] = "jeton-1";
-    google({fresh("acces-1")});
-    EXPECT_EQ(accessToken(), "acces-1");
-    auth->signOut();
-    EXPECT_TRUE(keyring->items.empty());
-    EXPECT_EQ(accessToken(), "Pas connecté à Google");
-    EXPECT_EQ(server->requests().size(), 1u);
-}
-
 TEST_F(Account, DoesNotComeBackWhenItIsSignedOutDuringARefresh) {
     keyring->items[key] = "jeton-1";
     auto late = fresh("acces-1");

@@ -40,6 +40,4 @@ inline void giveToNobody(const std::filesystem::path& path) {
     if (::geteuid() == 0 && ::chown(path.c_str(), nobody, nobody) != 0) std::abort();
 }
 
-inline bool longTests() { return std::getenv("TACLA_LONG_TESTS") != nullptr; }
-
 }
