@@ -95,6 +95,7 @@ TEST(SyncPlan, ComparesTheCalendarWithTheTasks) {
     EXPECT_EQ(planned({current}, "- [ ] Pain\n"), Words{"delete e1"}) << "no longer dated";
     EXPECT_EQ(planned({{"e1", pain, ""}}, line), Words{"patch e1 Pain"}) << "unsigned";
     EXPECT_EQ(planned({{"e1", pain, sig}, {"e2", pain, sig}}, line), Words{"delete e1"}) << "the last one stays";
+    EXPECT_EQ(planned({current, current}, line), Words{}) << "listed on two pages";
     EXPECT_EQ(planned({{"e1", "old", sig}}, line, {{"old", pain}}), Words{"patch e1 Pain"})
         << "renamed, same signature";
     EXPECT_EQ(planned({{"e1", "a", ""}, {"e2", "b", ""}}, line + "- [ ] Lait · 2025-03-04\n",
