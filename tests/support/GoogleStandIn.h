@@ -8,7 +8,7 @@
 
 namespace tacla::testing {
 
-// google_stand_in.py in a process of its own, for as long as this object lives.
+// scripts/google_stand_in.py in a process of its own, for as long as this object lives.
 class GoogleStandIn {
   public:
     explicit GoogleStandIn(std::vector<std::string> options = {});

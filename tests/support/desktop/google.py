@@ -4,7 +4,7 @@ import pathlib
 import subprocess
 import urllib.request
 
-STAND_IN = pathlib.Path(__file__).parents[1] / "google_stand_in.py"
+STAND_IN = pathlib.Path(__file__).parents[3] / "scripts/google_stand_in.py"
 
 
 class Google:
