@@ -192,16 +192,17 @@ class Desktop:
         path.chmod(mode)
 
     def _start_servers(self):
+        # A number of its own: in another network name space the server would take one that is in use.
+        self.env["DISPLAY"] = f":{10_000 + os.getpid()}"
         reading, writing = os.pipe()
+        command = ["Xvfb", self.env["DISPLAY"], "-screen", "0", f"{self.size}x24", "-nolisten", "tcp", "-noreset"]
         with open(self.folder / "log" / "x", "ab") as log:
             self.processes["x"] = subprocess.Popen(
-                ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{self.size}x24", "-nolisten", "tcp", "-noreset"],
+                [*command, "-displayfd", str(writing)],
                 pass_fds=[writing], stdout=log, stderr=log, stdin=subprocess.DEVNULL, start_new_session=True)
         os.close(writing)
         with os.fdopen(reading) as pipe:
-            number = pipe.readline().strip()
-        assert number, "the X server did not start: " + self.log("x")
-        self.env["DISPLAY"] = ":" + number
+            assert pipe.readline(), "the X server did not start: " + self.log("x")
         for name in ("bus", "system"):
             self.run(["dbus-daemon", f"--config-file={self.folder}/{name}.conf", "--nofork", "--nopidfile"], name)
         self.session, self.system = (until(lambda: self.connect(kind), f"the {kind} bus") for kind in ("SESSION", "SYSTEM"))
