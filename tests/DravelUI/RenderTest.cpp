@@ -3,8 +3,6 @@
 #include "DravelKit/DravelUI/DayCell.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/DravelUI/Popup.h"
-#include "DravelKit/DravelUI/ProgressRing.h"
-#include "DravelKit/DravelUI/Switch.h"
 #include "DravelKit/DravelUI/Symbols.h"
 
 #include <gtest/gtest.h>
@@ -50,34 +48,6 @@ struct Light {
 
 }
 
-TEST(Rendering, drawsTheFacesInTheirColoursAtEveryScale) {
-    const Light afterwards;
-    for (const qreal scale : {1.0, 1.25, 2.0})
-        for (const auto appearance : {Appearance::Light, Appearance::Dark}) {
-            setAppearance(appearance);
-            const auto hex = [&](const Theme::Tone& tone) { return tone.in(appearance).color().name().toStdString(); };
-            Button button(Button::Kind::Prominent, u"Ajouter"_s);
-            button.resize(button.sizeHint());
-            EXPECT_EQ(Picture(button, scale).at(6, 14), hex(Theme::accent));
-            button.setDown(true);
-            EXPECT_EQ(Picture(button, scale).at(6, 14), hex(Theme::accentPressed));
-
-            Switch one;
-            one.resize(34, 28);
-            EXPECT_EQ(Picture(one, scale).at(10, 14), hex(Theme::outline)); // the knob at the left
-            EXPECT_EQ(Picture(one, scale).at(24, 14), hex(Theme::surface));
-            one.setChecked(true);
-            EXPECT_EQ(Picture(one, scale).at(8, 14), hex(Theme::accent));
-            EXPECT_EQ(Picture(one, scale).at(24, 14), hex(Theme::onAccent));
-
-            ProgressRing ring;
-            ring.resize(78, 78);
-            ring.setProgress(1, 2, {});
-            EXPECT_EQ(Picture(ring, scale).at(3, 39), hex(Theme::accentSoftPressed)); // the open half
-            EXPECT_NE(Picture(ring, scale).at(74, 39), hex(Theme::accentSoftPressed));
-        }
-}
-
 TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
     const auto faceOf = [](QWidget& widget) { return Picture(widget, 1).at(6, 14); };
     const auto hovered = [&](QWidget& widget) {
@@ -97,17 +67,6 @@ TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
         cell.setDay(day);
         EXPECT_EQ(hovered(cell), hex(face));
     }
-}
-
-TEST(Rendering, fadesADisabledControlAsAWhole) {
-    Card card;
-    card.resize(100, 60);
-    auto* one = new Switch({}, Switch::Kind::Plain, &card);
-    one->setGeometry(20, 16, 34, 28);
-    one->setChecked(true);
-    one->setEnabled(false);
-    EXPECT_EQ(Picture(card, 1).at(44, 30), "#ffffff"); // the knob does not show the track through
-    EXPECT_EQ(Picture(card, 1).at(28, 30), "#bab9f9");
 }
 
 TEST(Rendering, throwsTheShadowOfACardInLightOnly) {

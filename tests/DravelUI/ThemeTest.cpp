@@ -40,11 +40,6 @@ TEST(Theme, mixesEachChannelAloneAndRoundsHalvesUp) {
     for (const double t : {-2.0, 0.0, 0.3, 1.0, 7.0}) EXPECT_EQ(RGB{0x524FF1}.mixed(RGB{0x524FF1}, t), RGB{0x524FF1});
 }
 
-TEST(Theme, endsTheProcessOnAMixThatIsNoColour) {
-    EXPECT_DEATH(static_cast<void>(RGB{0x000000}.mixed(RGB{0xFFFFFF}, -1)), "");
-    EXPECT_DEATH(static_cast<void>(RGB{0xFF0000}.mixed(RGB{0xFF0001}, 6e9)), "");
-}
-
 TEST(Theme, keepsTextReadable) {
     const auto check = [](std::initializer_list<Tone> inks, std::initializer_list<Tone> grounds, double least) {
         for (const auto appearance : {Appearance::Light, Appearance::Dark})
