@@ -101,8 +101,9 @@ TEST(SyncPlan, ComparesTheCalendarWithTheTasks) {
     EXPECT_EQ(planned({{"e1", "a", ""}, {"e2", "b", ""}}, line + "- [ ] Lait · 2025-03-04\n",
                       {{"a", keyOf("lait")}, {"b", pain}}),
               (Words{"patch e2 Pain", "patch e1 Lait"}));
-    EXPECT_EQ(planned({current}, line + "- [ ] PAIN · 2025-03-05\n- [ ] pain#2 · 2025-03-06\n"),
-              (Words{"post PAIN", "post pain#2"}))
+    EXPECT_EQ(
+        planned({current, {"e2", keyOf("pain#2"), ""}}, line + "- [ ] PAIN · 2025-03-05\n- [ ] pain#2 · 2025-03-06\n"),
+        (Words{"patch e2 PAIN", "post pain#2"}))
         << "of two tasks with one key, the second is posted";
 }
 
