@@ -72,15 +72,6 @@ class Tasks(Story):
         self.until_file(*self.rest(f"- [ ] Pain de mie · {day()}", f"- [ ] Loyer · {day(-2)} 14:00",
                                    f"- [ ] Nouveau · {day()}"))
 
-    def test_tells_of_a_list_that_cannot_be_read_and_recovers(self):
-        self.launch()
-        self.open_window()
-        self.file.rename(self.file.with_suffix(".old"))
-        self.screen.wait("Liste illisible")
-        self.screen.wait("Pain")
-        self.file.with_suffix(".old").rename(self.file)
-        self.screen.wait_gone("Liste illisible")
-
 
 class Menus(Story):
     tasks = f"- [ ] Pain · {day()}\n"
