@@ -6,7 +6,8 @@ using namespace tacla;
 
 TEST(Day, readsTheNotationOfTheFile) {
     EXPECT_EQ(Day::parse("2025-03-04"), (Day{2025, 3, 4}));
-    EXPECT_EQ(Day::parse("2025-3-4"), (Day{2025, 3, 4}));
+    EXPECT_EQ(Day::parse("2025-1-1"), (Day{2025, 1, 1}));
+    EXPECT_EQ(Day::parse("2025-012-31"), (Day{2025, 12, 31}));
     EXPECT_EQ(Day::parse("2025--03-04-"), (Day{2025, 3, 4})); // empty pieces are dropped
     EXPECT_EQ(Day::parse("2025-02-31"), (Day{2025, 2, 31}));
     EXPECT_EQ(Day::parse("2025-0003-0004"), (Day{2025, 3, 4}));
@@ -20,6 +21,7 @@ TEST(Clock, readsTheNotationOfTheFile) {
     EXPECT_EQ(Clock::parse("09:05"), (Clock{9, 5}));
     EXPECT_EQ(Clock::parse("9:05"), (Clock{9, 5}));
     EXPECT_EQ(Clock::parse(":9::05:"), (Clock{9, 5}));
+    EXPECT_EQ(Clock::parse(":23:59"), (Clock{23, 59}));
     for (const auto* text :
          {"", ":", "9", "9:5", "009:05", "24:00", "23:60", " 9:05", "09:05:", "1:02:03", "-1:00", "9:+5"})
         EXPECT_EQ(Clock::parse(text).has_value(), std::string(text) == "09:05:") << text;
