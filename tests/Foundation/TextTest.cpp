@@ -21,7 +21,9 @@ TEST(Text, lowersCaseAsUnicodeDoesWhateverTheLocale) {
                                                          {"ÉTÉ À L'ÎLE × 2 · ß", "été à l'île × 2 · ß"},
                                                          {"ŒUVRE ΣΊΣΥΦΟΣ", "œuvre σίσυφος"},
                                                          {"İ", "i̇"},
-                                                         {"🎉 Ça", "🎉 ça"}};
+                                                         {"🎉 Ça", "🎉 ça"},
+                                                         {"A\xC2", "a\xC2"},
+                                                         {"A\xC3", "a\xC3"}};
     for (const auto& [text, lower] : cases) EXPECT_EQ(lowerCased(text), lower);
 }
 
@@ -46,6 +48,6 @@ TEST(Text, splitsReplacesAndReadsDigits) {
     EXPECT_EQ(split("--a--b-", "-", false).size(), 2U);
     EXPECT_EQ(replacedAll("a · b · c", " · ", " - "), "a - b - c");
     EXPECT_EQ(parsedDigits("0042"), 42);
-    for (const auto* text : {"", "+1", "-1", " 1", "1 ", "٣", "1.0", "99999999999999999999"})
+    for (const auto* text : {"", "+1", "-1", " 1", "1 ", "٣", "1.0", "9223372036854775808", "99999999999999999999"})
         EXPECT_FALSE(parsedDigits(text)) << text;
 }

@@ -70,6 +70,12 @@ TEST(WallCalendar, followsTheUserToAnotherZone) {
         ::setenv("TZ", variable.c_str(), 1);
         EXPECT_EQ(wall::zoneIdentifier(), name) << variable;
     }
+    ::setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1); // which zone that is, the system may know
+    EXPECT_FALSE(wall::zoneIdentifier().empty());
+    ::unsetenv("TZ");
+    EXPECT_FALSE(wall::zoneIdentifier().empty());
+    EXPECT_TRUE(wall::refreshZone());
+    ::setenv("TZ", "Europe/Paris", 1);
     wall::refreshZone();
     EXPECT_FALSE(wall::refreshZone());
     ::setenv("TZ", "Asia/Tokyo", 1);

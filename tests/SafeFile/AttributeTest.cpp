@@ -39,6 +39,7 @@ TEST(SafeFile, keepsModeOwnerAccessListAndAttributes) {
     if (!setAttribute(world.file, "user.note", "à garder") || !setAttribute(world.file, accessList, readableBy1234))
         GTEST_SKIP() << "this file system keeps no attributes";
     const auto old = ownership(world.file);
+    ASSERT_TRUE(setAttribute(world.list, ofNewFiles, readableBy1234)); // a new file has it from the start
     EXPECT_EQ(world.failure(), "");
     EXPECT_EQ(ownership(world.file), old);
     EXPECT_EQ(attribute(world.file, "user.note"), "à garder");

@@ -119,12 +119,9 @@ TEST(SafeFile, removesItsOwnLeftoversAndNothingElse) {
 
 TEST(SafeFile, undoesAWriteInPlaceThatAPowerCutLeftHalfDone) {
     const auto old = "- [ ] Pain\n"s, fresh = mark + old, stranger = "- [ ] Beurre\n"s;
-    const std::pair<std::string, std::string> cases[] = {{fresh.substr(0, 15), old},
-                                                         {"- [ ] Lain\n", old},
-                                                         {old, old},
-                                                         {fresh, fresh},
-                                                         {stranger, stranger},
-                                                         {"x", "x"}};
+    const std::pair<std::string, std::string> cases[] = {
+        {fresh.substr(0, 15), old}, {"- [ ] Lain\n", old}, {old, old}, {fresh, fresh}, {stranger, stranger}, {"x", "x"},
+        {fresh + "x", fresh + "x"}};
     for (const auto& [found, kept] : cases) {
         const SafeFileWorld world(found);
         writeBytes(world.list / ".taches.md.tacla-old-text", old);
