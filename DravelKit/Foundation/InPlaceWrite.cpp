@@ -32,7 +32,7 @@ void save(const Path& target, const Path& copy, std::string_view text) {
 
 // Each byte from one of the two versions: what a write or a power cut in the middle leaves, and no editor does.
 bool isMixture(std::string_view text, std::string_view before, std::string_view after) {
-    const auto [shortest, longest] = std::minmax(before.size(), after.size());
+    const auto [shortest, longest] = std::minmax({before.size(), after.size()});
     if (text.size() < shortest || text.size() > longest) return false;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const bool old = at < before.size() && text[at] == before[at];
