@@ -22,6 +22,8 @@ TEST(TaskFileLocation, takesTheFirstThatIsSet) {
     std::filesystem::create_directory(home / "quillo");
     writeBytes(home / "quillo/taches.md", "");
     EXPECT_EQ(resolved(""), home / "quillo/taches.md");
+    writeBytes(home / "preferences.json", "{");
+    EXPECT_EQ(resolved(""), home / "quillo/taches.md");
     preferences.setTaskFilePath("");
     EXPECT_EQ(resolved(""), home / "quillo/taches.md");
     preferences.setTaskFilePath("/chosen.md");

@@ -50,7 +50,9 @@ TEST(TaskFileEdit, KeepsTheTextThatItReplacesForTheUserAlone) {
     EXPECT_FALSE(list.write("one", start));
     EXPECT_TRUE(list.write("two", start));
     EXPECT_TRUE(list.write("three", start + 999ms));
+    fs::create_directory(copiesFolder(list.folders) / "a folder of the user's");
     EXPECT_TRUE(list.write("four", start + 1s));
+    fs::remove(copiesFolder(list.folders) / "a folder of the user's");
     EXPECT_EQ(list.copies(), (std::map<std::string, std::string>{{"2025-03-04 08h00m00s taches.md", "one"},
                                                                  {"2025-03-04 08h00m00s-2 taches.md", "two"},
                                                                  {"2025-03-04 08h00m01s taches.md", "three"}}));
@@ -62,6 +64,8 @@ TEST(TaskFileEdit, KeepsTheTextThatItReplacesForTheUserAlone) {
 TEST(TaskFileEdit, SavesWhetherOrNotACopyCanBeKept) {
     const List list;
     writeBytes(list.file, "one");
+    const auto tooLong = std::string((20 << 20) + 1, 'x');
+    EXPECT_FALSE(dravel::FileCopies::keep(list.folder / "copies", list.file, tooLong, start));
     writeBytes(list.folders.state, "in the way");
     EXPECT_TRUE(list.write("two", start));
     EXPECT_EQ(readBytes(list.file), "two");

@@ -1,9 +1,11 @@
+#include "DravelKit/Run/Lifetime.h"
 #include "DravelKit/Run/ThreadedBackground.h"
 #include "tests/support/VirtualLoop.h"
 
 #include <gtest/gtest.h>
 
 #include <future>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -30,6 +32,16 @@ TEST(ThreadedBackground, BringsEachResultToTheMainThread) {
     EXPECT_EQ(sum, 210 - 7);
 }
 
+TEST(Lifetime, EndsWhatItGuards) {
+    int calls = 0;
+    std::optional<dravel::Lifetime> owner(std::in_place);
+    const auto guarded = owner->guard([&] { ++calls; });
+    guarded();
+    owner.reset();
+    guarded();
+    EXPECT_EQ(calls, 1);
+}
+
 TEST(ThreadedBackground, StopsItsJobsAtQuitLeavesTheDeafBehindAndDropsWhatTheyComeTo) {
     VirtualLoop loop{dravel::Instant()};
     std::promise<void> stopped, release, deafEnded;
@@ -50,7 +62,6 @@ TEST(ThreadedBackground, StopsItsJobsAtQuitLeavesTheDeafBehindAndDropsWhatTheyCo
         ThreadedBackground background(loop, 10ms);
         background.run<int>(obedient, dropped);
         background.run<int>(deaf, dropped);
-        background.run<int>([](const std::stop_token&) { return 3; }, dropped); // its result waits in the loop
     }
     stopped.get_future().wait();
     release.set_value();

@@ -102,6 +102,8 @@ TEST(SafeFile, countsAFailedSyncAsAFailedSave) {
     const Fault fault("fsync", nullptr, EIO);
     EXPECT_EQ(world.failure(), "Erreur d'entrée-sortie");
     EXPECT_EQ(world.text(), "- [ ] Pain\n");
+    const Fault odd("fsync", nullptr, ENOTTY);
+    EXPECT_EQ(world.failure(), "Inappropriate ioctl for device");
 }
 
 TEST(SafeFile, savesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
