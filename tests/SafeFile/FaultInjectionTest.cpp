@@ -152,8 +152,13 @@ TEST(SafeFile, makesNoListThatSomebodyRemovesAtTheLastMoment) {
     EXPECT_EQ(world.entries(), 0);
 }
 
-TEST(SafeFile, locksAgainWhenTheLockIsSweptAway) {
+TEST(SafeFile, locksWhoeverMakesTheFolderAndAgainWhenTheLockIsSweptAway) {
     const SafeFileWorld world;
+    {
+        const Fault other(
+            "mkdir", [&] { std::filesystem::create_directories(world.locks); }, EEXIST);
+        EXPECT_EQ(world.failure(), "");
+    }
     const Fault sweeper("flock", [&] { std::filesystem::remove(*std::filesystem::directory_iterator(world.locks)); });
     EXPECT_EQ(world.failure(), "");
 }

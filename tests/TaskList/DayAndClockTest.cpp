@@ -35,6 +35,7 @@ TEST(Day, movesThroughTheCalendar) {
     EXPECT_EQ((Day{2025, 2, 30}).plusDays(0), (Day{2025, 3, 2}));
     EXPECT_EQ(Day::of((Day{2025, 2, 31}).date()), (Day{2025, 3, 3}));
     EXPECT_LT((Day{2025, 3, 4}), (Day{2025, 10, 1}));
+    EXPECT_EQ((Day{-5, 1, 1}).description(), "-005-01-01");
 }
 
 TEST(TaskItem, fallsDueAtItsTimeOrAtNine) {
