@@ -24,7 +24,7 @@ int checkTask(Arguments words, Terminal& terminal, const Environment& environmen
     const TaskSearch search(joined(words));
     const auto file = environment.taskFile();
     const auto tasks = readTasks(file);
-    if (!tasks) return terminal.fail(file.string() + " illisible");
+    if (!tasks) return terminal.fail(unreadable(file));
     const auto task =
         std::ranges::find_if(*tasks, [&](const TaskItem& one) { return !one.done && search.matches(one); });
     if (task == tasks->end()) return terminal.fail("aucune tâche ouverte ne contient « " + search.text() + " »");
@@ -32,11 +32,8 @@ int checkTask(Arguments words, Terminal& terminal, const Environment& environmen
     const auto edit = [&, today = Day::of(environment.now)](std::string_view text) {
         return TaskFile::setDone(text, task->key, true, today);
     };
-    switch (editTasks(file, edit, environment)) {
-    case Edited::unreadable: return terminal.fail(file.string() + " illisible");
-    case Edited::refused: return terminal.fail("impossible d'écrire " + file.string());
-    case Edited::saved: break;
-    }
+    const auto refused = "impossible d'écrire " + file.string();
+    if (const auto failure = failureOfEdit(file, edit, environment, refused)) return terminal.fail(*failure);
     terminal.print("✅ " + task->title);
     return EXIT_SUCCESS;
 }

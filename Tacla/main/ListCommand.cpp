@@ -1,6 +1,7 @@
 #include "DravelKit/Foundation/SafeFile.h"
 #include "Tacla/TaskList/TaskLines.h"
 #include "Tacla/main/Commands.h"
+#include "Tacla/main/TaskFileAccess.h"
 
 namespace tacla {
 
@@ -26,7 +27,7 @@ int listTasks(Arguments, Terminal& terminal, const Environment& environment) {
     try {
         dravel::SafeFile::readByLines(file, [&](std::string_view lines) { forEachTask(lines, showTask); });
     } catch (const dravel::FileError&) {
-        return terminal.fail(file.string() + " illisible");
+        return terminal.fail(unreadable(file));
     }
     terminal.output += shown;
     return EXIT_SUCCESS;

@@ -38,7 +38,7 @@ int sync(const Keys& renamed, bool silent, Terminal& terminal) {
     const char* const chosen = std::getenv("TACLA_FILE");
     const auto file = resolvedFile(chosen == nullptr ? "" : chosen, preferences, folders);
     const auto tasks = readTasks(file);
-    if (!tasks) return terminal.fail(file.string() + " illisible");
+    if (!tasks) return terminal.fail(unreadable(file));
     const auto [created, updated, deleted] = mirror(*tasks, renamed, folders, preferences);
     if (!silent) {
         terminal.print("+" + std::to_string(created) + " ~" + std::to_string(updated) + " -" + std::to_string(deleted));

@@ -51,15 +51,16 @@ int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& en
     const TaskSearch search(textAndTitle[0]);
     const auto file = environment.taskFile();
     const auto tasks = readTasks(file);
-    if (!tasks) return terminal.fail(file.string() + " illisible");
+    if (!tasks) return terminal.fail(unreadable(file));
     const auto matches = [&](const TaskItem& one) { return search.matches(one); };
     const auto task = std::ranges::find_if(*tasks, matches);
     if (task == tasks->end()) return terminal.fail("aucune tâche ne contient « " + search.text() + " »");
     if (std::any_of(task + 1, tasks->end(), matches))
         return terminal.fail("plusieurs tâches contiennent « " + search.text() + " »");
 
+    const auto refused = "impossible de renommer dans " + file.string();
     const auto title = writableTitle(textAndTitle[1]);
-    if (!title) return terminal.fail("impossible de renommer dans " + file.string());
+    if (!title) return terminal.fail(refused);
     Keys keys;
     const auto edit = [&](std::string_view text) -> std::optional<std::string> {
         auto renamed = TaskFile::rename(text, task->key, *title);
@@ -68,11 +69,7 @@ int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& en
         prepareReminders(keys, environment);
         return std::move(renamed->text);
     };
-    switch (editTasks(file, edit, environment)) {
-    case Edited::unreadable: return terminal.fail(file.string() + " illisible");
-    case Edited::refused: return terminal.fail("impossible de renommer dans " + file.string());
-    case Edited::saved: break;
-    }
+    if (const auto failure = failureOfEdit(file, edit, environment, refused)) return terminal.fail(*failure);
     terminal.print("✏️ " + task->title + " → " + *title);
     return follow(keys, terminal, environment);
 }

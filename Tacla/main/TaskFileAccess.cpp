@@ -15,11 +15,15 @@ std::optional<std::vector<TaskItem>> readTasks(const std::filesystem::path& file
     }
 }
 
-Edited editTasks(const std::filesystem::path& file, const SafeFile::Edit& edit, const Environment& environment) {
+std::string unreadable(const std::filesystem::path& file) { return file.string() + " illisible"; }
+
+std::optional<std::string> failureOfEdit(const std::filesystem::path& file, const SafeFile::Edit& edit,
+                                         const Environment& environment, std::string refused) {
     try {
-        return editTaskFile(file, edit, environment.folders, environment.now) ? Edited::saved : Edited::refused;
+        if (editTaskFile(file, edit, environment.folders, environment.now)) return {};
+        return refused;
     } catch (const dravel::FileError&) {
-        return readTasks(file) ? Edited::refused : Edited::unreadable;
+        return readTasks(file) ? refused : unreadable(file);
     }
 }
 

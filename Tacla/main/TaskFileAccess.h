@@ -11,8 +11,10 @@
 namespace tacla {
 
 std::optional<std::vector<TaskItem>> readTasks(const std::filesystem::path& file);
+std::string unreadable(const std::filesystem::path& file); // the message of that
 
-enum class Edited { saved, refused, unreadable };
-Edited editTasks(const std::filesystem::path& file, const dravel::SafeFile::Edit&, const Environment&);
+// None when the edit was saved, else the message: `refused`, unless the file cannot even be read any more.
+std::optional<std::string> failureOfEdit(const std::filesystem::path& file, const dravel::SafeFile::Edit&,
+                                         const Environment&, std::string refused);
 
 }
