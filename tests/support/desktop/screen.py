@@ -60,6 +60,7 @@ class Widget:
 
     def focus(self):
         self.call("Component", "GrabFocus")
+        until(lambda: "focused" in self.states, f"the focus in {self.name!r}")  # the window's, too
 
 
 class Screen:
