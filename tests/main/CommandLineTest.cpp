@@ -32,6 +32,7 @@ struct User {
         std::vector<std::string> arguments;
         for (const auto argument : dravel::split(line, "|", !line.empty())) arguments.emplace_back(argument);
         dravel::UserFolders folders;
+        folders.state = home / "state";
         folders.locks = home / "locks";
         const auto noon = dravel::wall::instant({2025, 3, 6, 12, 0});
         const int status = runCommandLine(arguments, terminal, {file.string(), folders, preferences, noon, run});
