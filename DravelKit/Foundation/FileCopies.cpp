@@ -63,7 +63,7 @@ void fill(const OpenFile& copy, const Path& path, std::string_view text, Instant
 Path freshCopy(const Path& folder, const Path& file, std::string_view text, Instant now) {
     for (int nth = 1;; ++nth) {
         const auto number = nth == 1 ? "" : "-" + std::to_string(nth);
-        const auto path = folder / (stamp(now) + number + " " + file.filename().string());
+        auto path = folder / (stamp(now) + number + " " + file.filename().string());
         try {
             const OpenFile copy(path, O_WRONLY | O_CREAT | O_EXCL, 0600);
             fill(copy, path, text, now);

@@ -7,6 +7,7 @@
 #include <sys/auxv.h>
 #include <unistd.h>
 
+#include <bit>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -82,10 +83,11 @@ UserFolders UserFolders::fromEnvironment() {
 
 std::filesystem::path programFile() {
     std::error_code noProc;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", noProc);
+    auto program = std::filesystem::read_symlink("/proc/self/exe", noProc);
     if (!noProc) return program;
-    // A bare chroot: the path that was given to exec.
-    return std::filesystem::canonical(reinterpret_cast<const char*>(::getauxval(AT_EXECFN)));
+    // A bare chroot: the path that was given to exec, whose address the system tells as a number.
+    const auto given = ::getauxval(AT_EXECFN);
+    return std::filesystem::canonical(std::bit_cast<const char*>(given));
 }
 
 }

@@ -69,7 +69,7 @@ void Reminders::skipIfPast(const TaskItem& task, Instant now) {
 
 void Reminders::rekey(const std::map<std::string, std::string>& keys) {
     centre_.rekey(keys);
-    store([&](Notified list) { return NotifiedTasks::rekeyed(std::move(list), keys); });
+    store([&](const Notified& list) { return NotifiedTasks::rekeyed(list, keys); });
 }
 
 void Reminders::store(const std::function<Notified(Notified)>& change) {
