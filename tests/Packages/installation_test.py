@@ -67,7 +67,7 @@ class CleanRoot(unittest.TestCase):
     def inside(self, command, user="0:0", **environment):
         """What a command says that a user runs in the bare Debian."""
         always = {"PATH": "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", "DEBIAN_FRONTEND": "noninteractive",
-                  "HOME": "/home/marie"}
+                  "HOME": "/home/marie", **{name: value for name, value in os.environ.items() if name.lower().endswith("_proxy")}}
         return output("chroot", f"--userspec={user}", str(self.root), "sh", "-c", command, env=always | environment)
 
     def installed(self):
