@@ -112,4 +112,6 @@ TEST(NotifiedTasks, followRenamedTasks) {
     EXPECT_EQ(
         NotifiedTasks::rekeyed({"a@2025-03-04 14:30", "b@2025-03-04", "ab@2025-03-04", "a"}, {{"a", "b"}, {"b", "c"}}),
         (std::vector<std::string>{"b@2025-03-04 14:30", "c@2025-03-04", "ab@2025-03-04", "a"}));
+    EXPECT_EQ(NotifiedTasks::underBothKeys({"a@2025-03-04", "d@2025-03-04"}, {{"a", "b"}}),
+              (std::vector<std::string>{"a@2025-03-04", "d@2025-03-04", "b@2025-03-04"}));
 }
