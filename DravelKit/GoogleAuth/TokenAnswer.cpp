@@ -32,7 +32,7 @@ std::optional<TokenResponse> TokenResponse::parse(std::string_view text) {
     if (!access || access->empty() || expires == json.end() || !expires->is_number_integer()) return std::nullopt;
     if (!isOptionalString(json, "refresh_token")) return std::nullopt;
     // A lifetime beyond a year would overflow the clock sooner than help anybody.
-    constexpr std::int64_t year = 31'622'400;
+    constexpr std::int64_t year = std::int64_t{366} * 86400; // in seconds
     const bool huge = expires->is_number_unsigned() && expires->get<std::uint64_t>() > std::uint64_t{year};
     const auto seconds = huge ? year : std::clamp<std::int64_t>(expires->get<std::int64_t>(), 0, year);
     TokenResponse answer{
