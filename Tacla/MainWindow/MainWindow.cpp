@@ -5,6 +5,7 @@
 #include "Tacla/MainWindow/MainView.h"
 #include "Tacla/Preferences/Preferences.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QScreen>
 #include <QWindow>
@@ -49,6 +50,12 @@ void MainWindow::present(const std::string& activationToken) {
     raise();
     activateWindow(); // on Wayland it takes the token
     qunsetenv("XDG_ACTIVATION_TOKEN");
+    // Qt on X11 learns a tenth of a second late that a window which went has lost the focus. One that comes back before
+    // gets no keys, since for Qt nothing changed: no other call tells it.
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    if (QGuiApplication::focusWindow() == windowHandle()) QApplication::setActiveWindow(this);
+    QT_WARNING_POP
 }
 
 // Closing only hides: the program lives on in the tray.
