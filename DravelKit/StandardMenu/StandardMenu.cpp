@@ -3,7 +3,6 @@
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
@@ -32,35 +31,29 @@ QAction* add(QMenu& menu, const QString& text, const QKeySequence& keys, std::fu
     return action;
 }
 
-// An edit belongs to the field that has the focus, and every kind of field knows the key.
-void send(QWidget* field, const QKeySequence& keys) {
-    if (!field) return;
-    const auto combination = keys[0];
-    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-        QKeyEvent event(type, combination.key(), combination.keyboardModifiers());
-        QApplication::sendEvent(field, &event);
-    }
-}
-
-QAction* addEdit(QMenu& menu, const QString& text, const QKeySequence& keys) {
-    return add(menu, text, keys, [keys] { send(QApplication::focusWidget(), keys); });
-}
-
 // The text field that this widget is, or that stands in it.
 QLineEdit* textField(QWidget* widget) {
     if (qobject_cast<QAbstractSpinBox*>(widget)) return widget->findChild<QLineEdit*>();
     return qobject_cast<QLineEdit*>(widget);
 }
 
+// An edit belongs to the text field that has the focus. It is called by name: as a key, a widget that refuses it would
+// hand it back to this menu, without end.
+template <class Edit> // a member function of QLineEdit
+QAction* addEdit(QMenu& menu, const QString& text, const QKeySequence& keys, Edit edit) {
+    return add(menu, text, keys, [edit] {
+        if (auto* field = textField(QApplication::focusWidget())) (field->*edit)();
+    });
+}
+
 // "Annuler" and "Rétablir" belong to the text field that has the focus; else there is the program's own undo. Only an
 // open menu greys them: their keys work whenever they are pressed.
 void addUndo(QMenu& menu, const Actions& actions) {
-    const QKeySequence undoKeys = Qt::CTRL | Qt::Key_Z;
-    auto* undo = add(menu, QStringLiteral("Annuler"), undoKeys, [actions, undoKeys] {
-        if (auto* field = textField(QApplication::focusWidget())) return send(field, undoKeys);
+    auto* undo = add(menu, QStringLiteral("Annuler"), Qt::CTRL | Qt::Key_Z, [actions] {
+        if (auto* field = textField(QApplication::focusWidget())) return field->undo();
         if (actions.undo) actions.undo();
     });
-    auto* redo = addEdit(menu, QStringLiteral("Rétablir"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
+    auto* redo = addEdit(menu, QStringLiteral("Rétablir"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &QLineEdit::redo);
     // Opened by its key, the menu bar itself has the focus; it gives it back before it acts.
     const auto left = std::make_shared<QPointer<QWidget>>();
     QObject::connect(qApp, &QApplication::focusChanged, &menu, [left](QWidget* from, QWidget* to) {
@@ -97,10 +90,10 @@ void fillApplicationMenu(QMenu& menu, QMainWindow& window, const About& about, c
 void fillEditMenu(QMenu& menu, const Actions& actions) {
     addUndo(menu, actions);
     menu.addSeparator();
-    addEdit(menu, QStringLiteral("Couper"), Qt::CTRL | Qt::Key_X);
-    addEdit(menu, QStringLiteral("Copier"), Qt::CTRL | Qt::Key_C);
-    addEdit(menu, QStringLiteral("Coller"), Qt::CTRL | Qt::Key_V);
-    addEdit(menu, QStringLiteral("Tout sélectionner"), Qt::CTRL | Qt::Key_A);
+    addEdit(menu, QStringLiteral("Couper"), Qt::CTRL | Qt::Key_X, &QLineEdit::cut);
+    addEdit(menu, QStringLiteral("Copier"), Qt::CTRL | Qt::Key_C, &QLineEdit::copy);
+    addEdit(menu, QStringLiteral("Coller"), Qt::CTRL | Qt::Key_V, &QLineEdit::paste);
+    addEdit(menu, QStringLiteral("Tout sélectionner"), Qt::CTRL | Qt::Key_A, &QLineEdit::selectAll);
 }
 
 void fillWindowMenu(QMenu& menu, QMainWindow& window) {

@@ -95,6 +95,27 @@ class Menus(Story):
         self.assertEqual(program.wait(20), 0)
 
 
+    def test_harm_nothing_wherever_the_focus_is(self):
+        """Every shortcut of every menu, with the focus on each kind of control of each page."""
+        program = self.launch()
+        self.open_window()
+        for number, page in enumerate(("Aujourd'hui", "En retard", "À venir", "Faites", "Réglages"), 1):
+            self.screen.press(page, "list item")
+            self.screen.wait(page, "filler")
+            for role, control in self.screen.kinds().items():
+                control.focus()
+                self.screen.key("ctrl+z", "ctrl+shift+z", "ctrl+x", "ctrl+c", "ctrl+v", "ctrl+a", "ctrl+alt+h")
+                self.screen.key("ctrl+comma", f"ctrl+{number}")
+                for key in ("ctrl+h", "ctrl+w", "ctrl+m"):
+                    self.screen.key(key)
+                    until(lambda: not self.desktop.windows(), f"the window to go by {key}")
+                    self.tray.activate()
+                    until(self.desktop.windows, "the window to come back")
+                self.assertIsNone(program.poll(), f"ended by a key on a {role} of {page}")
+                self.screen.wait(page, "filler")
+        self.assertEqual(self.file.read_text(), self.tasks)
+
+
 class Settings(Story):
     tasks = f"- [ ] Pain · {day()}\n"
 

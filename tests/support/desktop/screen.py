@@ -99,6 +99,11 @@ class Screen:
                 continue
         return None
 
+    def kinds(self):
+        """A control of each role that takes the focus."""
+        return {widget.role: widget for widget in self.widgets()
+                if widget.name and {"focusable", "sensitive"} <= widget.states}
+
     def wait(self, name, role=""):
         return until(lambda: self.find(name, role), f"{role or 'widget'} {name!r} on the screen")
 
