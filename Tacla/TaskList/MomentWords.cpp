@@ -20,10 +20,10 @@ struct Title {
     std::size_t size() const { return words.size(); }
     std::span<const std::string> from(std::size_t word) const { return std::span(words).subspan(word); }
     bool glued(std::size_t word) const { return word > 0 && ranges[word - 1].end == ranges[word].begin; }
-    // "d'été", "l'école"
-    bool elided(std::size_t word) const {
+    // "d'été"
+    bool elidedOf(std::size_t word) const {
         const auto apostrophe = text.substr(std::min(ranges[word].begin + 1, text.size()));
-        return apostrophe.starts_with('\'') || apostrophe.starts_with("’");
+        return words[word][0] == 'd' && (apostrophe.starts_with('\'') || apostrophe.starts_with("’"));
     }
     bool capital(std::size_t word) const { return std::isupper(static_cast<unsigned char>(text[ranges[word].begin])); }
 };
@@ -33,6 +33,8 @@ bool isOneOf(std::string_view word, std::span<const std::string_view> words) {
 }
 
 bool startsWithDigit(std::string_view word) { return std::isdigit(static_cast<unsigned char>(word[0])) != 0; }
+
+bool isDayNumber(std::string_view word) { return word == "1er" || dravel::parsedDigits(word); }
 
 void addWord(Title& title, const dravel::FoldedText& folded, TextRange at) {
     title.words.push_back(folded.text.substr(at.begin, at.end - at.begin));
@@ -81,8 +83,8 @@ constexpr std::string_view binding[] = {
     "pour", "quun",   "sans",    "sauf",   "ses",    "si",     "sinon",  "sous",    "sur",     "tous",     "toutes",
     "tres", "trop",   "un",      "une",    "vers",   "veille", "votre",  "vs",      "y",       "lendemain"};
 // Before a number they count something: « Note 12/12 ».
-constexpr std::string_view numbering[] = {"chapitre", "episode", "film",  "format", "lot",  "note",    "page",
-                                          "partie",   "photo",   "ratio", "score",  "tome", "version", "vision"};
+constexpr std::string_view numbering[] = {"chapitre", "code",  "episode", "film",  "format", "lot",     "note",  "page",
+                                          "partie",   "photo", "ratio",   "score", "tome",   "version", "vision"};
 // After a moment they make it part of a name: « Lundi de Pâques », « Mardi gras », « Demain ne meurt jamais ».
 constexpr std::string_view continuing[] = {
     "a",        "ai",     "au",       "aux",       "blanc", "c",     "ce",    "ces",    "de",        "dernier",
@@ -151,11 +153,11 @@ bool mayBegin(const Title& title, const MomentPhrase& phrase, bool separated, st
     const auto following = phraseAt(title.from(rest), today);
     if (tellsMoment(phrase) && following && tellsMoment(*following)) return false;
     if (separated) return true;
-    if (isOneOf(next, continuing) || title.elided(rest) || !std::isalnum(static_cast<unsigned char>(next[0])))
+    if (isOneOf(next, continuing) || title.elidedOf(rest) || !std::isalnum(static_cast<unsigned char>(next[0])))
         return false;
     if (isWeekday(title.words[phrase.length - 1]))
-        return !startsWithDigit(next) && (phrase.length > 1 || !title.capital(rest));        // « Mercredi Addams »
-    return phrase.length != 2 || title.words[0] != "le" || !startsWithDigit(title.words[1]); // « Le 12 rue Oberkampf »
+        return !startsWithDigit(next) && (phrase.length > 1 || !title.capital(rest));    // « Mercredi Addams »
+    return phrase.length != 2 || title.words[0] != "le" || !isDayNumber(title.words[1]); // « Le 12 rue Oberkampf »
 }
 
 std::optional<Told> toldAtBeginning(const Title& title, Day today) {
