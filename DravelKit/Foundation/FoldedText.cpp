@@ -39,25 +39,28 @@ std::string foldedCharacter(UChar32 c) {
 
 constexpr UChar32 latinEnd = 0x180; // all that French is written with, and most of Europe
 
-const std::string& foldedLatin(UChar32 c) {
+using LatinTable = std::array<std::string, latinEnd>;
+
+const LatinTable& latinTable() {
     static const auto table = [] {
-        std::array<std::string, latinEnd> made;
-        for (UChar32 each = 0; each < latinEnd; ++each) made[static_cast<std::size_t>(each)] = foldedCharacter(each);
+        LatinTable made;
+        for (UChar32 c = 0; c < latinEnd; ++c) made[static_cast<std::size_t>(c)] = foldedCharacter(c);
         return made;
     }();
-    return table[static_cast<std::size_t>(c)];
+    return table;
 }
 
 template <class Visitor>
 void forEachFolded(std::string_view text, Visitor visit) {
+    const auto& latin = latinTable();
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end) {
         UChar32 c;
         U8_NEXT(bytes, end, text.size(), c);
         if (c >= 0 && c < latinEnd)
-            visit(c, foldedLatin(c), TextRange{begin, end});
+            visit(c, std::string_view(latin[static_cast<std::size_t>(c)]), TextRange{begin, end});
         else
-            visit(c, foldedCharacter(c), TextRange{begin, end});
+            visit(c, std::string_view(foldedCharacter(c)), TextRange{begin, end});
     }
 }
 
@@ -66,7 +69,7 @@ void forEachFolded(std::string_view text, Visitor visit) {
 std::string folded(std::string_view text) {
     std::string result;
     result.reserve(text.size());
-    forEachFolded(text, [&](UChar32, const std::string& piece, TextRange) { result += piece; });
+    forEachFolded(text, [&](UChar32, std::string_view piece, TextRange) { result += piece; });
     return result;
 }
 
@@ -74,9 +77,9 @@ FoldedText foldedWithSources(std::string_view text) {
     FoldedText result;
     result.text.reserve(text.size());
     result.sources.reserve(text.size());
-    forEachFolded(text, [&](UChar32 c, const std::string& piece, TextRange source) {
+    forEachFolded(text, [&](UChar32 c, std::string_view piece, TextRange source) {
         result.text += piece;
-        result.sources.resize(result.text.size(), source);
+        for (std::size_t i = 0; i < piece.size(); ++i) result.sources.push_back(source);
         if (piece.empty() && !isApostrophe(c) && !result.sources.empty()) result.sources.back().end = source.end;
     });
     return result;

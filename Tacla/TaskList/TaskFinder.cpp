@@ -9,16 +9,16 @@ namespace tacla {
 namespace {
 
 // Ranges that overlap or touch become one.
-std::vector<TextRange> joined(std::vector<TextRange> ranges) {
+void join(std::vector<TextRange>& ranges) {
     std::ranges::sort(ranges, {}, &TextRange::begin);
-    std::vector<TextRange> result;
+    std::size_t kept = 0;
     for (const auto& range : ranges) {
-        if (!result.empty() && range.begin <= result.back().end)
-            result.back().end = std::max(result.back().end, range.end);
+        if (kept > 0 && range.begin <= ranges[kept - 1].end)
+            ranges[kept - 1].end = std::max(ranges[kept - 1].end, range.end);
         else
-            result.push_back(range);
+            ranges[kept++] = range;
     }
-    return result;
+    ranges.resize(kept);
 }
 
 }
@@ -40,7 +40,8 @@ std::vector<TextRange> SoughtWords::rangesIn(std::string_view title) const {
     for (const auto& word : words_)
         for (auto at = text.text.find(word); at != text.text.npos; at = text.text.find(word, at + 1))
             ranges.push_back(text.source({at, at + word.size()}));
-    return joined(std::move(ranges));
+    join(ranges);
+    return ranges;
 }
 
 TaskFinder::TaskFinder(const Tasks& tasks) {
