@@ -154,10 +154,10 @@ std::size_t readDate(Words words, Said& said) {
     return year ? 1 : 0;
 }
 
-// Without "le" before it: "1/2" is a half, "24/7" is always.
+// Without "le" before it a month has two digits: "1/2" is a half, "24/7" is always.
 std::size_t readPlainDate(Words words, Said& said) {
-    const auto& word = words[0];
-    return word.find('/') != word.npos && word.size() < 5 ? 0 : readDate(words, said);
+    const auto slash = words[0].find('/');
+    return slash != std::string::npos && slash + 3 > words[0].size() ? 0 : readDate(words, said);
 }
 
 struct Place {

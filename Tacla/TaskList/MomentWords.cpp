@@ -83,8 +83,9 @@ constexpr std::string_view binding[] = {
     "pour", "quun",   "sans",    "sauf",   "ses",    "si",     "sinon",  "sous",    "sur",     "tous",     "toutes",
     "tres", "trop",   "un",      "une",    "vers",   "veille", "votre",  "vs",      "y",       "lendemain"};
 // Before a number they count something: « Note 12/12 ».
-constexpr std::string_view numbering[] = {"chapitre", "code",  "episode", "film",  "format", "lot",     "note",  "page",
-                                          "partie",   "photo", "ratio",   "score", "tome",   "version", "vision"};
+constexpr std::string_view numbering[] = {"chapitre", "code",  "episode", "etape",   "jour",   "film",
+                                          "format",   "lot",   "note",    "page",    "partie", "photo",
+                                          "ratio",    "score", "tome",    "version", "vision"};
 // After a moment they make it part of a name: « Lundi de Pâques », « Mardi gras », « Demain ne meurt jamais ».
 constexpr std::string_view continuing[] = {
     "a",        "ai",     "au",       "aux",       "blanc", "c",     "ce",    "ces",    "de",        "dernier",
