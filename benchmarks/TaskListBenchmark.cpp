@@ -1,5 +1,7 @@
 #include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/MomentWords.h"
 #include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskFinder.h"
 #include "Tacla/TaskList/TaskLines.h"
 #include "Tacla/TaskList/TaskViews.h"
 
@@ -102,6 +104,24 @@ void openCountView(benchmark::State& state) {
     view(state, [](auto& tasks, auto now) { return openCount(tasks, now); });
 }
 
+void index(benchmark::State& state) {
+    const auto tasks = TaskFile::parse(list(state.range(0)));
+    for (auto _ : state) benchmark::DoNotOptimize(TaskFinder(tasks));
+    perTask(state);
+}
+// Three ways: letters of every title, a word of few, and one that is nowhere.
+void find(benchmark::State& state, std::string_view typed) {
+    const TaskFinder finder(TaskFile::parse(list(state.range(0))));
+    for (auto _ : state) benchmark::DoNotOptimize(finder.find(typed));
+    perTask(state);
+}
+
+void readMoment(benchmark::State& state) {
+    for (auto _ : state)
+        benchmark::DoNotOptimize(
+            momentWords("Réserver l'hôtel n° 12 à Angoulême le 12 janvier à 14 h 30", today, {10, 0}));
+}
+
 }
 
 BENCHMARK(parse)->RangeMultiplier(10)->Range(1'000, 1'000'000)->Unit(benchmark::kMicrosecond);
@@ -118,3 +138,8 @@ BENCHMARK(todaysView)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(upcomingView)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(doneView)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(openCountView)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(index)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(find, all, "e")->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(find, few, "hote 999")->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(find, none, "ango zut")->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(readMoment)->Unit(benchmark::kMicrosecond);

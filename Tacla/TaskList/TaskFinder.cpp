@@ -1,0 +1,62 @@
+#include "Tacla/TaskList/TaskFinder.h"
+
+#include "DravelKit/Foundation/Text.h"
+
+#include <algorithm>
+
+namespace tacla {
+
+namespace {
+
+// Ranges that overlap or touch become one.
+void join(std::vector<TextRange>& ranges) {
+    std::ranges::sort(ranges, {}, &TextRange::begin);
+    std::size_t kept = 0;
+    for (const auto& range : ranges) {
+        if (kept > 0 && range.begin <= ranges[kept - 1].end)
+            ranges[kept - 1].end = std::max(ranges[kept - 1].end, range.end);
+        else
+            ranges[kept++] = range;
+    }
+    ranges.resize(kept);
+}
+
+}
+
+SoughtWords::SoughtWords(std::string_view typed) {
+    if (!dravel::isValidUtf8(typed)) return;
+    const auto text = dravel::folded(typed);
+    for (const auto word : dravel::split(text, " ", false)) words_.emplace_back(word);
+}
+
+bool SoughtWords::standIn(std::string_view foldedTitle) const {
+    const auto stands = [&](const std::string& word) { return foldedTitle.find(word) != foldedTitle.npos; };
+    return !words_.empty() && std::ranges::all_of(words_, stands);
+}
+
+std::vector<TextRange> SoughtWords::rangesIn(std::string_view title) const {
+    const auto text = dravel::foldedWithSources(title);
+    std::vector<TextRange> ranges;
+    for (const auto& word : words_)
+        for (auto at = text.text.find(word); at != text.text.npos; at = text.text.find(word, at + 1))
+            ranges.push_back(text.source({at, at + word.size()}));
+    join(ranges);
+    return ranges;
+}
+
+TaskFinder::TaskFinder(const Tasks& tasks) {
+    entries_.reserve(tasks.size());
+    for (const bool done : {false, true})
+        for (std::size_t i = 0; i < tasks.size(); ++i)
+            if (tasks[i].done == done) entries_.push_back({i, tasks[i].title, dravel::folded(tasks[i].title)});
+}
+
+std::vector<FoundTask> TaskFinder::find(std::string_view typed) const {
+    const SoughtWords words(typed);
+    std::vector<FoundTask> found;
+    for (const auto& entry : entries_)
+        if (words.standIn(entry.folded)) found.push_back({entry.task, words.rangesIn(entry.title)});
+    return found;
+}
+
+}

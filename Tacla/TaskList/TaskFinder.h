@@ -1,0 +1,49 @@
+#pragma once
+
+#include "DravelKit/Foundation/FoldedText.h"
+#include "Tacla/TaskList/TaskViews.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tacla {
+
+using dravel::TextRange;
+
+// The words to look for: all of them, in any order, each anywhere in a title. Case, accents and apostrophes do not
+// count.
+class SoughtWords {
+  public:
+    explicit SoughtWords(std::string_view typed);
+
+    bool standIn(std::string_view foldedTitle) const;              // false for no words
+    std::vector<TextRange> rangesIn(std::string_view title) const; // every letter found, in order, no two touching
+
+  private:
+    std::vector<std::string> words_;
+};
+
+struct FoundTask {
+    std::size_t task; // its place in the list
+    std::vector<TextRange> ranges;
+
+    bool operator==(const FoundTask&) const = default;
+};
+
+// The titles of a list, made ready once for many searches.
+class TaskFinder {
+  public:
+    explicit TaskFinder(const Tasks&);
+
+    std::vector<FoundTask> find(std::string_view typed) const; // open tasks first, then done ones, each in file order
+
+  private:
+    struct Entry {
+        std::size_t task;
+        std::string title, folded;
+    };
+    std::vector<Entry> entries_;
+};
+
+}
