@@ -1,6 +1,6 @@
 #include "DravelKit/Foundation/SafeFile.h"
 
-#include "DravelKit/Foundation/AtomicReplace.h"
+#include "DravelKit/Foundation/Replacement.h"
 #include "DravelKit/Foundation/FileLock.h"
 #include "DravelKit/Foundation/FilePaths.h"
 #include "DravelKit/Foundation/InPlaceWrite.h"

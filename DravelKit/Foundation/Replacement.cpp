@@ -1,4 +1,4 @@
-#include "DravelKit/Foundation/AtomicReplace.h"
+#include "DravelKit/Foundation/Replacement.h"
 
 #include "DravelKit/Foundation/FileAttributes.h"
 #include "DravelKit/Foundation/InPlaceWrite.h"
