@@ -1,4 +1,5 @@
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "DravelKit/Foundation/WallNames.h"
 #include "Tacla/TaskList/Day.h"
 #include "Tacla/TaskList/TaskItem.h"
 

@@ -1,4 +1,5 @@
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "DravelKit/Foundation/WallNames.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 #include "DravelKit/Foundation/SafeFile.h"
-#include "DravelKit/Foundation/FileLock.h"
-#include "DravelKit/Foundation/FilePaths.h"
-#include "DravelKit/Foundation/TemporaryFile.h"
 #include "tests/SafeFile/SafeFileWorld.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tacla::testing;
 using namespace std::string_literals;
@@ -107,13 +107,15 @@ TEST(SafeFile, appliesTheEditAgainWhenAnEditorSavedInBetween) {
 
 TEST(SafeFile, removesItsOwnLeftoversAndNothingElse) {
     const SafeFileWorld world;
-    const dravel::TemporaryFile live(world.file, 0600); // of another process that is still writing
-    for (const auto* name :
-         {".taches.md.tacla-abc123", ".taches.md.tacla-abc12", ".taches.md.tacla-Abc123", ".other.md.tacla-abc123"})
+    for (const auto* name : {".taches.md.tacla-abc123", ".taches.md.tacla-abc12", ".taches.md.tacla-live00",
+                             ".taches.md.tacla-Abc123", ".other.md.tacla-abc123"})
         writeBytes(world.list / name, "x");
+    const int live = ::open((world.list / ".taches.md.tacla-live00").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(live, LOCK_EX), 0); // as one has that another process is still writing
     EXPECT_EQ(world.failure(), "");
+    ::close(live);
     EXPECT_FALSE(std::filesystem::exists(world.list / ".taches.md.tacla-abc123"));
-    EXPECT_TRUE(std::filesystem::exists(live.path()));
+    EXPECT_TRUE(std::filesystem::exists(world.list / ".taches.md.tacla-live00"));
     EXPECT_EQ(world.entries(), 5);
 }
 
@@ -155,7 +157,10 @@ TEST(SafeFile, makesFilesForTheUserAndForItself) {
 
 TEST(SafeFile, waitsForALockNoLongerThanTwoSeconds) {
     const SafeFileWorld world;
-    const dravel::FileLock held(dravel::followedLinks(world.file), world.locks);
-    EXPECT_EQ(world.failure(), "Tacla est déjà en train d'écrire ce fichier");
+    const auto whileLocked = [&](std::string_view) {
+        EXPECT_EQ(world.failure(), "Tacla est déjà en train d'écrire ce fichier");
+        return std::nullopt;
+    };
+    SafeFile::edit(world.file, whileLocked, world.locks);
     EXPECT_EQ(world.text(), "- [ ] Pain\n");
 }
