@@ -1,61 +1,27 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
-#include <map>
-#include <string>
-#include <string_view>
-#include <unordered_map>
+#include <span>
 #include <vector>
 
-// A task's key, before it is written out: what its title hashes to, and which of the tasks of that title it is.
 namespace tacla {
 
-// Bytes of the text for each task, of a usual file: for what is reserved, and grows when it is not enough.
-inline constexpr std::size_t usualTaskLength = 48;
-
-struct TaskKey {
-    std::uint64_t digest; // the first 8 bytes of the SHA-256 digest of the title in lower case, without its "❗"
-    int nth;              // from 1, in file order
-
-    bool operator==(const TaskKey&) const = default;
-};
-
-std::string_view withoutStrongMark(std::string_view title);
-std::uint64_t titleDigest(std::string_view title);
-
-// The 16 hexadecimal digits. The title is asked for the second and later tasks of one title only.
-std::string written(TaskKey, std::string_view title);
-
-// A task of a text by its line, and its key.
-struct KeyedTitle {
-    std::int64_t line;
-    std::string_view title;
-    TaskKey key;
-};
-std::vector<KeyedTitle> keyedTitles(std::string_view text);
-
-// Old key to new key of every line whose task has another key afterwards. Both in line order.
-std::map<std::string, std::string> changedKeys(const std::vector<KeyedTitle>& before,
-                                               const std::vector<KeyedTitle>& after);
-
-// Numbers the tasks of each title as they come. A flat table of digests, as small as can be: on a long list, reaching
-// into memory for each title costs more than hashing it.
-class TaskCounter {
-  public:
-    explicit TaskCounter(std::size_t expectedTasks);
-    TaskKey next(std::uint64_t digest);
-
-    // Brings the place of a digest near, which is to be counted a few tasks later.
-    void expect(std::uint64_t digest) const { __builtin_prefetch(&slots_[digest & (slots_.size() - 1)], 1); }
-    static constexpr std::size_t lead = 12; // that many tasks
-
-  private:
-    std::vector<std::uint64_t> slots_; // a power of two, never full; 0 is free
-    std::size_t used_ = 0;
-    std::unordered_map<std::uint64_t, int> repeated_; // of titles that came again, and of the digest 0
-
-    bool insert(std::uint64_t digest); // true when it is new
-    void grow();
-};
+// Of each digest, which of its kind it is: 1 for the first, 2 for the next that equals it. A flat table of where each
+// was seen last, in place of a map.
+inline std::vector<std::uint32_t> numbered(std::span<const std::uint64_t> digests) {
+    const auto mask = std::bit_ceil(2 * digests.size() + 1) - 1; // at least half of the places stay free
+    std::vector<std::uint32_t> lastSeen(mask + 1);               // the position from 1, 0 for a free place
+    std::vector<std::uint32_t> numbers;
+    numbers.reserve(digests.size());
+    for (const auto digest : digests) {
+        auto place = digest & mask;
+        while (lastSeen[place] != 0 && digests[lastSeen[place] - 1] != digest) place = (place + 1) & mask;
+        const auto before = lastSeen[place];
+        numbers.push_back(before == 0 ? 1 : numbers[before - 1] + 1);
+        lastSeen[place] = static_cast<std::uint32_t>(numbers.size());
+    }
+    return numbers;
+}
 
 }
