@@ -6,9 +6,10 @@
 #                LIBRARIES ICU::uc)              # libraries of the system
 #
 # Refused at configure time: a module that uses one of a higher layer, one of DravelKit that uses one of Tacla,
-# and a core module that links anything but ICU, nettle and the header-only JSON library.
+# and a core module that links anything but ICU, nettle, libacl, libattr and the header-only JSON library.
 set(TACLA_LAYERS core net engine desktop)
-set(TACLA_CORE_LIBRARIES ICU::uc ICU::i18n ICU::data PkgConfig::NETTLE nlohmann_json::nlohmann_json Threads::Threads)
+set(TACLA_CORE_LIBRARIES ICU::uc ICU::i18n ICU::data PkgConfig::NETTLE PkgConfig::ACL PkgConfig::ATTR
+    nlohmann_json::nlohmann_json Threads::Threads)
 
 function(tacla_layer_rank layer result)
     list(FIND TACLA_LAYERS "${layer}" rank)

@@ -1,6 +1,5 @@
 #include "DravelKit/Foundation/FileCopies.h"
 
-#include "DravelKit/Foundation/FilePaths.h"
 #include "DravelKit/Foundation/OpenFile.h"
 #include "DravelKit/Foundation/WallCalendar.h"
 

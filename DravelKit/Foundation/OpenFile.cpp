@@ -6,10 +6,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 
 namespace dravel {
 
 namespace {
+
+using Path = std::filesystem::path;
 
 // A task list is text written by hand: beyond this it is something else, or a sparse file that would eat all memory.
 constexpr off_t largestFile = off_t{1} << 30;
@@ -17,7 +20,7 @@ constexpr off_t largestFile = off_t{1} << 30;
 // Fits in the processor's cache.
 constexpr std::size_t largestPiece = std::size_t{1} << 18;
 
-int openRetrying(const std::filesystem::path& path, int flags, mode_t mode) {
+int openRetrying(const Path& path, int flags, mode_t mode) {
     int descriptor = -1;
     do descriptor = ::open(path.c_str(), flags | O_CLOEXEC, mode);
     while (descriptor < 0 && errno == EINTR);
@@ -135,6 +138,17 @@ Identity Identity::of(const struct stat& status) {
 
 namespace {
 
+constexpr int mostLinks = 40; // the system's own limit
+
+std::optional<Path> linkTarget(const Path& path) {
+    std::string target(PATH_MAX, '\0');
+    const auto length = ::readlink(path.c_str(), target.data(), target.size());
+    if (length < 0 && (errno == EINVAL || errno == ENOENT)) return {};
+    if (length < 0) throwSystemError(path);
+    target.resize(static_cast<std::size_t>(length));
+    return Path(target);
+}
+
 // O_NONBLOCK: a pipe without a writer must be refused, not waited for.
 constexpr int readFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
@@ -144,6 +158,25 @@ Snapshot snapshotOf(OpenFile file) {
     return {std::move(file), identity, std::move(text)};
 }
 
+}
+
+std::filesystem::path followedLinks(const std::filesystem::path& path) {
+    if (path.empty()) throw FileError(FileError::Kind::system, path, ENOENT);
+    Path current = std::filesystem::absolute(path);
+    for (int links = 0; const auto target = linkTarget(current); ++links) {
+        if (links == mostLinks) throw FileError(FileError::Kind::system, path, ELOOP);
+        current = current.parent_path() / *target; // an absolute target replaces all of it
+    }
+    std::error_code error;
+    const auto folder = std::filesystem::weakly_canonical(current.parent_path(), error);
+    if (error) throw FileError(FileError::Kind::system, path, error.value());
+    return folder / current.filename();
+}
+
+void makeFolders(const std::filesystem::path& folder) {
+    if (folder.empty() || ::access(folder.c_str(), F_OK) == 0) return;
+    makeFolders(folder.parent_path());
+    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) throwSystemError(folder);
 }
 
 OpenFile openToRead(const std::filesystem::path& path) { return OpenFile(path, readFlags); }

@@ -69,6 +69,13 @@ struct Identity {
     bool operator==(const Identity&) const = default;
 };
 
+// The absolute path that the links lead to, also when nothing is there yet. Throws FileError (a loop, an unreadable
+// folder).
+std::filesystem::path followedLinks(const std::filesystem::path&);
+
+// The folder and those above it, 0700 where missing.
+void makeFolders(const std::filesystem::path&);
+
 // A file as it was read. Keeps it open, for the attributes that a new version must take over.
 struct Snapshot {
     OpenFile file;

@@ -1,19 +1,51 @@
 #include "DravelKit/Foundation/SafeFile.h"
 
-#include "DravelKit/Foundation/AtomicReplace.h"
-#include "DravelKit/Foundation/FileLock.h"
-#include "DravelKit/Foundation/FilePaths.h"
-#include "DravelKit/Foundation/InPlaceWrite.h"
-#include "DravelKit/Foundation/TemporaryFile.h"
+#include "DravelKit/Foundation/Hash.h"
+#include "DravelKit/Foundation/OpenFile.h"
+#include "DravelKit/Foundation/Replacement.h"
 #include "DravelKit/Foundation/Text.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <thread>
 
 namespace dravel::SafeFile {
 
 namespace {
 
+constexpr auto patience = std::chrono::seconds(2);
+constexpr auto pause = std::chrono::milliseconds(4);
 constexpr int mostAttempts = 1 + 3; // an editor may save in between three times
+
+// Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
+bool stillThere(const OpenFile& file, const Path& path) {
+    struct stat now {};
+    return ::stat(path.c_str(), &now) == 0 && Identity::of(now).sameFile(Identity::of(file.status()));
+}
+
+// The one lock under which all processes of this program change a file: advisory, and gone with its holder however that
+// one ends. Its file stands in the lock folder and stays there. Waits for a while, then throws FileError (busy).
+OpenFile acquired(const Path& path, const Path& target) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (true) {
+        OpenFile file(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
+        while (!file.lock()) {
+            if (std::chrono::steady_clock::now() >= deadline) throw FileError(FileError::Kind::busy, target);
+            std::this_thread::sleep_for(pause);
+        }
+        if (stillThere(file, path)) return file;
+    }
+}
+
+OpenFile locked(const Path& target, const Path& lockFolder) {
+    makeFolders(lockFolder);
+    const auto digest = sha256(target.native());
+    return acquired(lockFolder / (base64Url(std::span(digest).first(18)) + ".lock"), target);
+}
 
 void requireUtf8(const Path& path, std::string_view text) {
     if (!isValidUtf8(text)) throw FileError(FileError::Kind::notUtf8, path);
@@ -23,7 +55,7 @@ enum class Missing { isAnError, isEmpty };
 
 std::optional<Change> editLocked(const Path& path, const Edit& edit, const Path& lockFolder, Missing missing) {
     const Path target = followedLinks(path);
-    const FileLock lock(target, lockFolder);
+    const auto lock = locked(target, lockFolder);
     finishInterruptedWrite(target);
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         const auto before = missing == Missing::isEmpty ? Snapshot::ifThere(target) : Snapshot::of(target);
@@ -72,6 +104,14 @@ bool create(const Path& path, std::string_view text) {
     const Path target = followedLinks(path);
     makeFolders(target.parent_path());
     return makeFile(target, text, 0666); // the user's own umask decides
+}
+
+bool moveAside(const Path& path, const Path& aside, const std::function<bool()>& mustGo, const Path& lockFolder) {
+    const Path target = followedLinks(path);
+    const auto lock = locked(target, lockFolder);
+    if (!mustGo()) return false;
+    if (::rename(target.c_str(), aside.c_str()) != 0) throwSystemError(path);
+    return true;
 }
 
 }

@@ -47,4 +47,7 @@ bool create(const Path&, std::string_view text);
 // Like edit for a file of our own that may not exist yet (then the edit gets ""); made with mode 0600.
 std::optional<Change> editOwn(const Path&, const Edit&, const Path& lockFolder);
 
+// Gives the file another name, when `mustGo` still says so under the lock; true when it did.
+bool moveAside(const Path&, const Path& aside, const std::function<bool()>& mustGo, const Path& lockFolder);
+
 }

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <tuple>
 
 // The C library's zones, not those built into ICU: the system's own data follow each change of a country's rules, and

@@ -3,7 +3,6 @@
 #include "DravelKit/Foundation/Instant.h"
 
 #include <cstdint>
-#include <string>
 
 // The Gregorian wall calendar in the user's current time zone.
 namespace dravel::wall {
@@ -20,12 +19,6 @@ Instant instant(const Reading&);
 
 // 0 is Sunday, 6 is Saturday.
 int weekday(std::int64_t year, std::int64_t month, std::int64_t day);
-
-// "mardi 4 mars"
-std::string frenchLongDay(std::int64_t year, std::int64_t month, std::int64_t day);
-
-// The IANA identifier of the zone in use, such as "Europe/Paris".
-std::string zoneIdentifier();
 
 // Reads the system's zone again when TZ or /etc/localtime changed since the last call; true when the zone may be new,
 // as at the first call.

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "DravelKit/Run/MainLoop.h"
+
+#include <chrono>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <stop_token>
 #include <utility>
 #include <variant>
@@ -36,6 +40,22 @@ class Background {
     // Runs the work on a thread of its own, then what it returned on the main thread, unless the program quits first.
     using Work = std::function<std::function<void()>(std::stop_token)>;
     virtual void start(Work) = 0;
+};
+
+// A thread per job. At destruction every job is asked to stop and joined; one that has not ended within a second is
+// left behind, and what it comes to is dropped.
+class ThreadedBackground final : public Background {
+  public:
+    explicit ThreadedBackground(MainLoop&, std::chrono::milliseconds patience = std::chrono::seconds(1));
+    ~ThreadedBackground() override;
+
+  protected:
+    void start(Work) override;
+
+  private:
+    struct Jobs;
+    std::shared_ptr<Jobs> jobs_;
+    std::chrono::milliseconds patience_;
 };
 
 }

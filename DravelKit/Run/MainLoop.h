@@ -5,6 +5,8 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
+#include <utility>
 
 namespace dravel {
 
@@ -29,6 +31,46 @@ class MainLoop {
     [[nodiscard]] virtual Timer at(Instant, Task) = 0;
 
     virtual Instant now() const = 0;
+};
+
+// Runs the task every so often, for as long as it lives. A late turn is not made up for.
+class RepeatingTimer {
+  public:
+    RepeatingTimer(MainLoop& loop, std::chrono::milliseconds period, MainLoop::Task task)
+        : loop_(loop), period_(period), task_(std::move(task)) {
+        arm();
+    }
+    RepeatingTimer(const RepeatingTimer&) = delete;
+    RepeatingTimer& operator=(const RepeatingTimer&) = delete;
+
+  private:
+    void arm() {
+        next_ = loop_.after(period_, [this] {
+            arm(); // first: the task may end this timer
+            const auto task = task_;
+            task();
+        });
+    }
+
+    MainLoop& loop_;
+    std::chrono::milliseconds period_;
+    MainLoop::Task task_;
+    Timer next_;
+};
+
+// A member that ends with its owner: what it guards does nothing from then on. For callbacks that may come too late.
+class Lifetime {
+  public:
+    template <class Function>
+    auto guard(Function function) const {
+        return [token = std::weak_ptr(token_), function = std::move(function)](auto&&... arguments) {
+            if (!token.expired()) function(std::forward<decltype(arguments)>(arguments)...);
+        };
+    }
+
+  private:
+    struct Token {};
+    std::shared_ptr<Token> token_ = std::make_shared<Token>();
 };
 
 }

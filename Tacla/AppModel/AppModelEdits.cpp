@@ -2,7 +2,6 @@
 #include "Tacla/AppModel/AppModelInside.h"
 #include "Tacla/AppModel/Undo.h"
 #include "Tacla/TaskList/TaskFile.h"
-#include "Tacla/TaskList/TitleRule.h"
 
 #include <algorithm>
 

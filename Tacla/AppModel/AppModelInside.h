@@ -1,7 +1,6 @@
 #pragma once
 
-#include "DravelKit/Run/Lifetime.h"
-#include "DravelKit/Run/RepeatingTimer.h"
+#include "DravelKit/Run/MainLoop.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/AppModel/RenamedKeys.h"
 #include "Tacla/AppModel/TaskFileBinding.h"

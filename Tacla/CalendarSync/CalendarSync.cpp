@@ -1,7 +1,7 @@
 #include "Tacla/CalendarSync/CalendarSync.h"
 
 #include "DravelKit/Foundation/Text.h"
-#include "DravelKit/Foundation/WallCalendar.h"
+#include "DravelKit/Foundation/WallNames.h"
 #include "DravelKit/Net/Url.h"
 #include "Tacla/CalendarSync/Listing.h"
 #include "Tacla/CalendarSync/SyncPlan.h"

@@ -1,7 +1,7 @@
 #include "Tacla/Linux/FreedesktopActions.h"
 
 #include "DravelKit/Foundation/FileError.h"
-#include "DravelKit/Foundation/FilePaths.h"
+#include "DravelKit/Foundation/OpenFile.h"
 #include "DravelKit/Foundation/Text.h"
 #include "Tacla/Preferences/TaskFileEdit.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <map>
+#include "Tacla/TaskList/TaskFile.h"
+
 #include <string>
 #include <vector>
 
@@ -8,7 +9,6 @@
 namespace tacla::NotifiedTasks {
 
 using Notified = std::vector<std::string>;
-using NewKeys = std::map<std::string, std::string>; // of renamed tasks, by their old ones
 
 // Entries of a renamed task get its new key.
 Notified rekeyed(const Notified&, const NewKeys&);

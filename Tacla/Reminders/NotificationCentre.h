@@ -1,6 +1,5 @@
 #pragma once
 
-#include "DravelKit/Run/Lifetime.h"
 #include "DravelKit/Run/MainLoop.h"
 #include "Tacla/Reminders/NotificationServer.h"
 #include "Tacla/Reminders/ReminderPlan.h"

@@ -36,12 +36,19 @@ Day Day::of(Instant at) {
     return {reading.year, reading.month, reading.day};
 }
 
+Instant Day::date() const { return wall::instant({year, month, day, 0, 0}); }
+
 std::string Day::description() const {
     std::string text;
     dravel::appendPadded(text, year, 4);
     dravel::appendPadded(text += '-', month, 2);
     dravel::appendPadded(text += '-', day, 2);
     return text;
+}
+
+Day Day::nextMonday() const {
+    const int step = (8 - wall::weekday(year, month, day)) % 7;
+    return plusDays(step == 0 ? 7 : step);
 }
 
 Day Day::plusDays(std::int64_t days) const {

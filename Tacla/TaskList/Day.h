@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DravelKit/Foundation/Instant.h"
+#include "DravelKit/Foundation/WallNames.h"
 
 #include <compare>
 #include <cstdint>
@@ -27,5 +28,8 @@ struct Day {
 
     auto operator<=>(const Day&) const = default;
 };
+
+// Here, so that a program that asks for no label does not load what ICU knows of the calendar.
+inline std::string Day::longLabel() const { return dravel::wall::frenchLongDay(year, month, day); }
 
 }

@@ -1,35 +1,304 @@
 #include "Tacla/TaskList/TaskFile.h"
 
-#include "Tacla/TaskList/TaskKeys.h"
+#include "DravelKit/Foundation/Hash.h"
+#include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/Numbering.h"
 #include "Tacla/TaskList/TaskLines.h"
 
-namespace tacla::TaskFile {
+#include <algorithm>
+#include <span>
+#include <utility>
+
+namespace tacla {
+
+namespace {
+
+std::string_view withoutStrongMark(std::string_view title) {
+    while (title.starts_with(strongMark)) title.remove_prefix(strongMark.size());
+    return dravel::trimmedOfWhiteSpaceAndLineBreaks(title);
+}
+
+std::uint64_t shortDigest(std::string_view text) {
+    const auto digest = dravel::sha256(text);
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < 8; ++i) value = value << 8 | digest[i];
+    return value;
+}
+
+std::string hexadecimal(std::uint64_t value) {
+    std::string text(16, '0');
+    for (auto digit = text.rbegin(); digit != text.rend(); ++digit, value >>= 4)
+        *digit = "0123456789abcdef"[value & 15];
+    return text;
+}
+
+// A task's key before it is spelt out: what its title hashes to, in lower case and without its "❗", and which of the
+// tasks of that title it is, from 1 and in file order.
+struct TaskKey {
+    std::uint64_t digest;
+    std::uint32_t number;
+
+    bool operator==(const TaskKey&) const = default;
+};
+
+std::string foldedTitle(std::string_view title) { return dravel::lowerCased(withoutStrongMark(title)); }
+
+std::uint64_t titleDigest(std::string_view title) { return shortDigest(foldedTitle(title)); }
+
+// The 16 hexadecimal digits. The title is asked for the second and later tasks of one title only.
+std::string keyText(TaskKey key, std::string_view title) {
+    if (key.number == 1) return hexadecimal(key.digest);
+    return TaskFile::hash(foldedTitle(title) + "#" + std::to_string(key.number));
+}
+
+// A task of a text by its line, and its key.
+struct KeyedTitle {
+    std::int64_t line;
+    std::string_view title;
+    TaskKey key;
+};
+
+void numberKeys(std::vector<KeyedTitle>& titles) {
+    std::vector<std::uint64_t> digests;
+    digests.reserve(titles.size());
+    for (const auto& title : titles) digests.push_back(title.key.digest);
+    const auto numbers = numbered(digests);
+    for (std::size_t i = 0; i < titles.size(); ++i) titles[i].key.number = numbers[i];
+}
+
+std::vector<KeyedTitle> keyedTitles(std::string_view text) {
+    std::vector<KeyedTitle> titles;
+    forEachTask(text, [&](const TaskLine& task) {
+        titles.push_back({task.line, task.title, {titleDigest(task.title), 1}});
+    });
+    numberKeys(titles);
+    return titles;
+}
+
+// The keys of the lines whose task has another key afterwards. Both in line order.
+NewKeys changedKeys(const std::vector<KeyedTitle>& before, const std::vector<KeyedTitle>& after) {
+    NewKeys changed;
+    auto old = before.begin();
+    for (const auto& task : after) {
+        while (old != before.end() && old->line < task.line) ++old;
+        if (old == before.end() || old->line != task.line || old->key == task.key) continue;
+        auto oldKey = keyText(old->key, old->title), newKey = keyText(task.key, task.title);
+        if (oldKey != newKey) changed[std::move(oldKey)] = std::move(newKey);
+    }
+    return changed;
+}
+
+}
+
+std::optional<std::string> writableTitle(std::string typed) {
+    if (!dravel::isValidUtf8(typed)) return {};
+    // Replacing one can bring two others together.
+    while (typed.find(separator) != typed.npos) typed = dravel::replacedAll(typed, separator, " - ");
+    const auto title = withoutStrongMark(dravel::trimmedOfWhiteSpaceAndLineBreaks(typed));
+    if (title.empty() || dravel::holdsLineBreak(title)) return {};
+    return std::string(title);
+}
+
+namespace TaskFile {
 
 std::vector<TaskItem> parse(std::string_view text) {
-    const auto expected = text.size() / usualTaskLength;
     std::vector<TaskItem> tasks;
     std::vector<std::uint64_t> digests;
-    tasks.reserve(expected);
-    digests.reserve(expected);
-    TaskCounter counter(expected);
-    std::size_t keyed = 0;
-    const auto keyUpTo = [&](std::size_t end) {
-        for (; keyed < end; ++keyed) tasks[keyed].key = written(counter.next(digests[keyed]), tasks[keyed].title);
-    };
     forEachTask(text, [&](const TaskLine& task) {
         tasks.push_back(
             {task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn, {}});
-        counter.expect(digests.emplace_back(titleDigest(task.title)));
-        if (tasks.size() > TaskCounter::lead) keyUpTo(tasks.size() - TaskCounter::lead);
+        digests.push_back(titleDigest(task.title));
     });
-    keyUpTo(tasks.size());
+    const auto numbers = numbered(digests);
+    for (std::size_t i = 0; i < tasks.size(); ++i) tasks[i].key = keyText({digests[i], numbers[i]}, tasks[i].title);
     return tasks;
 }
 
+std::string hash(std::string_view text) { return hexadecimal(shortDigest(text)); }
+
 std::string dropStrongMark(std::string_view title) { return std::string(withoutStrongMark(title)); }
 
-std::map<std::string, std::string> renamedKeys(std::string_view from, std::string_view to) {
+NewKeys renamedKeys(std::string_view from, std::string_view to) {
     return changedKeys(keyedTitles(from), keyedTitles(to));
+}
+
+// The five edits. Each changes, inserts or removes exactly one line; the text around it is copied as it stands.
+
+namespace {
+
+struct Span {
+    std::size_t begin, end; // without the line feed
+};
+
+std::string spliced(std::string_view text, Span span, std::string_view replacement) {
+    std::string result;
+    result.reserve(text.size() + replacement.size());
+    result.append(text, 0, span.begin).append(replacement).append(text.substr(span.end));
+    return result;
+}
+
+std::string_view lineOf(std::string_view text, Span span) { return text.substr(span.begin, span.end - span.begin); }
+
+// The whole line of a piece of the text.
+Span lineAround(std::string_view text, std::string_view piece) {
+    const auto at = static_cast<std::size_t>(piece.data() - text.data());
+    return {text.rfind('\n', at) + 1, std::min(text.find('\n', at), text.size())}; // npos + 1 is 0
+}
+
+// The first task with that key; the end when there is none.
+auto find(const std::vector<KeyedTitle>& titles, std::string_view key) {
+    return std::ranges::find_if(titles,
+                                [&](const KeyedTitle& title) { return keyText(title.key, title.title) == key; });
+}
+
+std::optional<Span> findLine(std::string_view text, std::string_view key) {
+    const auto titles = keyedTitles(text);
+    const auto found = find(titles, key);
+    if (found == titles.end()) return std::nullopt;
+    return lineAround(text, found->title);
+}
+
+// Replaces the line of the task with that key by what `change` makes of it, unless it makes none.
+template <class Change>
+std::optional<std::string> edit(std::string_view text, std::string_view key, Change change) {
+    const auto span = findLine(text, key);
+    if (!span) return std::nullopt;
+    const auto line = lineOf(text, *span);
+    const std::optional<std::string> changed = change(readTaskLine(line, 0), line);
+    if (!changed) return std::nullopt;
+    return spliced(text, *span, *changed);
+}
+
+std::string joined(const std::vector<std::string>& parts) {
+    std::string line;
+    for (const auto& part : parts) {
+        if (&part != &parts.front()) line += separator;
+        line += part;
+    }
+    return line;
+}
+
+void replaceFirst(std::string& line, std::string_view from, std::string_view to) {
+    if (const auto at = line.find(from); at != line.npos) line.replace(at, from.size(), to);
+}
+
+std::string checked(std::string_view line, Day today) {
+    std::string result(line);
+    replaceFirst(result, "- [ ] ", "- [x] ");
+    return result.append(separator).append(doneMark).append(" ").append(today.description());
+}
+
+std::string unchecked(std::string_view line) {
+    std::string open(line);
+    replaceFirst(open, "- [x] ", "- [ ] ");
+    replaceFirst(open, "- [X] ", "- [ ] ");
+    std::vector<std::string> kept;
+    for (const auto part : dravel::split(open, separator))
+        if (!dravel::trimmedOfWhiteSpace(part).starts_with(doneMark)) kept.emplace_back(part);
+    return joined(kept);
+}
+
+std::string rescheduled(const TaskLine& task, std::string_view line, Day to, std::optional<Clock> time, Day today) {
+    const auto parts = dravel::split(line, separator);
+    std::vector<std::string> kept{std::string(parts.front())};
+    bool placed = false;
+    for (const auto part : std::span(parts).subspan(1)) {
+        if (!parsedWhen(dravel::trimmedOfWhiteSpace(part)))
+            kept.emplace_back(part);
+        else if (!std::exchange(placed, true))
+            kept.push_back(whenText(to, time));
+    }
+    if (!placed) kept.push_back(whenText(to, time));
+    const bool wasLate = task.day && *task.day < today && *task.day != to;
+    if (!task.due && wasLate) kept.push_back(std::string(duePrefix) + task.day->description());
+    return joined(kept);
+}
+
+// The line with another title.
+std::string retitled(std::string_view line, bool strong, std::string_view title) {
+    const auto begin = checkbox(line)->begin + checkboxLength;
+    const auto end = std::min(line.find(separator, begin), line.size());
+    const auto mark = strong ? std::string(strongMark) + " " : std::string();
+    return spliced(line, {begin, end}, mark + std::string(title));
+}
+
+// The same titles with the one of that line read anew, and all of them numbered again.
+std::vector<KeyedTitle> withLine(std::vector<KeyedTitle> titles, std::int64_t number, std::string_view line) {
+    const auto changed = std::ranges::find(titles, number, &KeyedTitle::line);
+    const auto task = readTaskLine(line, number);
+    if (task.isTask())
+        *changed = {number, task.title, {titleDigest(task.title), 1}};
+    else
+        titles.erase(changed);
+    numberKeys(titles);
+    return titles;
+}
+
+// Where a new task goes: the index of the line before which it is inserted.
+std::size_t placeOfNewTask(const std::vector<std::string_view>& lines) {
+    const auto isBlank = [](std::string_view line) { return dravel::trimmedOfWhiteSpace(line).empty(); };
+    const auto heading = std::ranges::find_if(
+        lines, [](std::string_view line) { return dravel::trimmedOfWhiteSpace(line) == "## À faire"; });
+    if (heading != lines.end()) {
+        auto end = std::find_if(heading + 1, lines.end(), [](std::string_view line) { return line.starts_with('#'); });
+        while (isBlank(*(end - 1))) --end; // the heading itself is not
+        return static_cast<std::size_t>(end - lines.begin());
+    }
+    auto end = lines.size();
+    while (end > 0 && lines[end - 1].empty()) --end;
+    return end;
+}
+
+}
+
+std::string add(std::string_view text, std::string_view title, Day day, std::optional<Clock> time, bool strong) {
+    std::string line = "- [ ] ";
+    if (strong) line.append(strongMark).append(" ");
+    line += dropStrongMark(dravel::replacedAll(title, separator, " - "));
+    line.append(separator).append(whenText(day, time));
+
+    const auto lines = dravel::split(text, "\n");
+    const auto place = placeOfNewTask(lines);
+    if (place == lines.size()) return std::string(text) + "\n" + line;
+    const auto at = static_cast<std::size_t>(lines[place].data() - text.data());
+    return spliced(text, {at, at}, line + "\n");
+}
+
+std::optional<std::string> setDone(std::string_view text, std::string_view key, bool done, Day today) {
+    return edit(text, key, [&](const TaskLine& task, std::string_view line) -> std::optional<std::string> {
+        if (task.done == done) return std::nullopt;
+        return done ? checked(line, today) : unchecked(line);
+    });
+}
+
+std::optional<Renamed> rename(std::string_view text, std::string_view key, std::string_view to) {
+    if (to.find('\n') != to.npos) return std::nullopt; // a title is one line
+    const auto before = keyedTitles(text);
+    const auto task = find(before, key);
+    if (task == before.end() || withoutStrongMark(task->title) == to) return std::nullopt;
+    const auto span = lineAround(text, task->title);
+    const auto line = retitled(lineOf(text, span), task->title.starts_with(strongMark), to);
+    return Renamed{spliced(text, span, line), changedKeys(before, withLine(before, task->line, line))};
+}
+
+std::optional<std::string> reschedule(std::string_view text, std::string_view key, Day to, std::optional<Clock> time,
+                                      Day today) {
+    return edit(text, key, [&](const TaskLine& task, std::string_view line) -> std::optional<std::string> {
+        return rescheduled(task, line, to, time, today);
+    });
+}
+
+std::optional<std::string> remove(std::string_view text, std::string_view key) {
+    const auto line = findLine(text, key);
+    if (!line) return std::nullopt;
+    auto span = *line;
+    if (span.end < text.size())
+        ++span.end; // with its line feed
+    else if (span.begin > 0)
+        --span.begin; // the last line goes with the line feed before it
+    return spliced(text, span, "");
+}
+
 }
 
 }

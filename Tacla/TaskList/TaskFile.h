@@ -8,6 +8,16 @@
 #include <string_view>
 #include <vector>
 
+namespace tacla {
+
+using NewKeys = std::map<std::string, std::string>; // of renamed tasks, by their old ones
+
+// A typed title as it may be written: without its "❗" marks, trimmed, and with " - " for each " · ", which would cut
+// it into parts. None when nothing is left, or for what cannot stand in a line: a line break, bytes that are no UTF-8.
+std::optional<std::string> writableTitle(std::string typed);
+
+}
+
 // The task file's text: reading it, and the five edits. Pure; every byte that an edit does not mean to change stays.
 namespace tacla::TaskFile {
 
@@ -24,7 +34,7 @@ inline constexpr std::string_view newFileText =
 
 struct Renamed {
     std::string text;
-    std::map<std::string, std::string> keys; // old key to new key
+    NewKeys keys;
 };
 
 // An edit yields none when the key is unknown or nothing would change.
@@ -36,6 +46,6 @@ std::optional<std::string> reschedule(std::string_view text, std::string_view ke
 std::optional<std::string> remove(std::string_view text, std::string_view key);
 
 // The keys of the lines whose task has another key in the new text.
-std::map<std::string, std::string> renamedKeys(std::string_view from, std::string_view to);
+NewKeys renamedKeys(std::string_view from, std::string_view to);
 
 }

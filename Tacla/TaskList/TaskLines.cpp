@@ -52,7 +52,7 @@ void readAttribute(TaskLine& task, std::string_view part) {
 
 }
 
-std::string written(Day day, std::optional<Clock> time) {
+std::string whenText(Day day, std::optional<Clock> time) {
     auto text = day.description();
     if (time) text.append(" ").append(time->description());
     return text;

@@ -37,7 +37,7 @@ struct When {
     std::optional<Clock> time;
 };
 std::optional<When> parsedWhen(std::string_view part);
-std::string written(Day, std::optional<Clock>); // the reverse
+std::string whenText(Day, std::optional<Clock>); // the reverse
 
 // Where the checkbox stands in a task line: behind the indentation.
 struct Checkbox {

@@ -5,7 +5,7 @@
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/GoogleAuth/AuthError.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
-#include "DravelKit/Run/ThreadedBackground.h"
+#include "DravelKit/Run/Background.h"
 #include "Tacla/AppModel/GoogleCalendarService.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
 #include "Tacla/Linux/AutostartLoginItem.h"

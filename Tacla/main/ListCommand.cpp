@@ -8,7 +8,7 @@ namespace tacla {
 namespace {
 
 void show(const TaskLine& task, bool late, std::string& shown) {
-    shown.append(late ? "🔴 " : "🟡 ").append(task.title).append(separator).append(written(*task.day, task.time));
+    shown.append(late ? "🔴 " : "🟡 ").append(task.title).append(separator).append(whenText(*task.day, task.time));
     if (task.due) shown.append(" (due le ").append(task.due->description()).append(")");
     shown += '\n';
 }

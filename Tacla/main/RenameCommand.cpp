@@ -1,6 +1,5 @@
 #include "Tacla/Preferences/NotifiedTasks.h"
 #include "Tacla/TaskList/TaskFile.h"
-#include "Tacla/TaskList/TitleRule.h"
 #include "Tacla/main/Commands.h"
 #include "Tacla/main/TaskFileAccess.h"
 #include "Tacla/main/TaskSearch.h"

@@ -1,11 +1,12 @@
 #include "DravelKit/Foundation/Text.h"
+#include "DravelKit/Foundation/Hash.h"
 
 #include <gtest/gtest.h>
 
 using namespace dravel;
 using namespace std::string_literals;
 
-TEST(Text, tellsWellFormedUtf8FromEverythingElse) {
+TEST(Text, TellsWellFormedUtf8FromEverythingElse) {
     for (const auto& text : {""s, "abc\0def"s, "Tâche · ❗ 🎉"s, "\xEF\xBB\xBF# Tâches"s, "\xF4\x8F\xBF\xBF"s,
                              "\xED\x9F\xBF"s, "\u0800"s, std::string(40, 'a') + "é" + std::string(40, 'b')})
         EXPECT_TRUE(isValidUtf8(text)) << text;
@@ -16,7 +17,7 @@ TEST(Text, tellsWellFormedUtf8FromEverythingElse) {
         EXPECT_FALSE(isValidUtf8(text)) << text;
 }
 
-TEST(Text, lowersCaseAsUnicodeDoesWhateverTheLocale) {
+TEST(Text, LowersCaseAsUnicodeDoesWhateverTheLocale) {
     const std::pair<std::string, std::string> cases[] = {{"Pain de MIE", "pain de mie"},
                                                          {"ÉTÉ À L'ÎLE × 2 · ß", "été à l'île × 2 · ß"},
                                                          {"ŒUVRE ΣΊΣΥΦΟΣ", "œuvre σίσυφος"},
@@ -27,7 +28,7 @@ TEST(Text, lowersCaseAsUnicodeDoesWhateverTheLocale) {
     for (const auto& [text, lower] : cases) EXPECT_EQ(lowerCased(text), lower);
 }
 
-TEST(Text, trimsUnicodeBlanksAndBreaksButNoLookAlikes) {
+TEST(Text, TrimsUnicodeBlanksAndBreaksButNoLookAlikes) {
     EXPECT_EQ(trimmedOfWhiteSpace(" \t\u00A0\u2003\u3000été \u202F"), "été");
     EXPECT_EQ(trimmedOfWhiteSpace("a\r"), "a\r");
     EXPECT_EQ(trimmedOfWhiteSpaceAndLineBreaks("\r\n\u2028 à \u0085\v\f"), "à");
@@ -35,7 +36,7 @@ TEST(Text, trimsUnicodeBlanksAndBreaksButNoLookAlikes) {
     EXPECT_EQ(trimmedOfWhiteSpaceAndLineBreaks(" \u2029\t"), "");
 }
 
-TEST(Text, countsAndCutsWhatAReaderCallsCharacters) {
+TEST(Text, CountsAndCutsWhatAReaderCallsCharacters) {
     EXPECT_EQ(characterCount("ab\r\n"), 3U);
     EXPECT_EQ(characterCount("e\u0301👨‍👩‍👧🇫🇷"), 3U);
     EXPECT_EQ(firstCharacters("e\u0301👨‍👩‍👧🇫🇷", 2), "e\u0301👨‍👩‍👧");
@@ -43,11 +44,22 @@ TEST(Text, countsAndCutsWhatAReaderCallsCharacters) {
     EXPECT_EQ(firstCharacters("été", 0), "");
 }
 
-TEST(Text, splitsReplacesAndReadsDigits) {
+TEST(Text, SplitsReplacesAndReadsDigits) {
     EXPECT_EQ(split("a · b · ", " · ").size(), 3U);
     EXPECT_EQ(split("--a--b-", "-", false).size(), 2U);
     EXPECT_EQ(replacedAll("a · b · c", " · ", " - "), "a - b - c");
     EXPECT_EQ(parsedDigits("0042"), 42);
     for (const auto* text : {"", "+1", "-1", " 1", "1 ", "٣", "1.0", "9223372036854775808", "99999999999999999999"})
         EXPECT_FALSE(parsedDigits(text)) << text;
+}
+
+TEST(Hash, KnowsThePublishedVectorAndMakesRandomTextForAUrl) {
+    // The verifier and the challenge of RFC 7636, appendix B.
+    EXPECT_EQ(base64Url(sha256("dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk")),
+              "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM");
+    EXPECT_EQ(randomUrlSafe(1000).size(), 1334U);
+    EXPECT_EQ(randomUrlSafe(1000).find_first_of("+/="), std::string::npos);
+    EXPECT_NE(randomUrlSafe(16), randomUrlSafe(16));
+    EXPECT_TRUE(constantTimeEqual("abc", "abc"));
+    EXPECT_FALSE(constantTimeEqual("abc", "abd") || constantTimeEqual("abc", "ab"));
 }

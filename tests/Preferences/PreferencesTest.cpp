@@ -25,7 +25,7 @@ struct Store {
 
 }
 
-TEST(Preferences, changesOneKeyAndKeepsTheOthers) {
+TEST(Preferences, ChangesOneKeyAndKeepsTheOthers) {
     Store store(R"({"taskFilePath": "/a.md", "ofALaterVersion": null})");
     store.preferences.setCalendar("identifier", true);
     store.preferences.setTaskFilePath("/été.md");
@@ -40,7 +40,7 @@ TEST(Preferences, changesOneKeyAndKeepsTheOthers) {
     EXPECT_EQ(store.preferences.taskFilePath(), "/été.md");
 }
 
-TEST(Preferences, countsAValueOfAnotherTypeAsAbsent) {
+TEST(Preferences, CountsAValueOfAnotherTypeAsAbsent) {
     for (const auto* size : {"[800, -1]", "[800]", "[32768, 600]", "[800, 600.5]", "\"800x600\""})
         EXPECT_FALSE(Store("{\"windowSize\": " + std::string(size) + "}").preferences.windowSize()) << size;
     const Store store(R"({"taskFilePath": 3, "calendarID": false, "calendarSync": 1, "notifiedTasks": ["a", 2],
@@ -51,7 +51,7 @@ TEST(Preferences, countsAValueOfAnotherTypeAsAbsent) {
                  preferences.onboardingDone());
 }
 
-TEST(Preferences, mirrorsByDefaultOnceThereIsACalendar) {
+TEST(Preferences, MirrorsByDefaultOnceThereIsACalendar) {
     const std::pair<const char*, bool> expected[] = {
         {R"({})", false},
         {R"({"calendarID": "c"})", true},
@@ -62,7 +62,7 @@ TEST(Preferences, mirrorsByDefaultOnceThereIsACalendar) {
     for (const auto& [settings, on] : expected) EXPECT_EQ(Store(settings).preferences.calendarSync(), on) << settings;
 }
 
-TEST(Preferences, keepsADamagedFileAside) {
+TEST(Preferences, KeepsADamagedFileAside) {
     for (const auto* damaged : {"{\"calendarSync\": tru", "[]", "{\"taskFilePath\": \"caf\xE9\"}"}) {
         Store store(damaged);
         EXPECT_EQ(store.preferences.taskFilePath(), std::nullopt);
@@ -81,7 +81,7 @@ TEST(Preferences, keepsADamagedFileAside) {
     EXPECT_TRUE(empty.reports.empty());
 }
 
-TEST(Preferences, overwritesNothingThatItCannotRead) {
+TEST(Preferences, OverwritesNothingThatItCannotRead) {
     Store store;
     std::filesystem::remove(store.file);
     std::filesystem::create_directory(store.file);
@@ -91,7 +91,7 @@ TEST(Preferences, overwritesNothingThatItCannotRead) {
     EXPECT_THROW(store.preferences.setCalendarSync(true), dravel::FileError);
 }
 
-TEST(Preferences, losesNoKeyOfAnotherProcess) {
+TEST(Preferences, LosesNoKeyOfAnotherProcess) {
     Store store;
     std::vector<pid_t> children;
     for (int entry = 0; entry < 6; ++entry)
@@ -108,7 +108,7 @@ TEST(Preferences, losesNoKeyOfAnotherProcess) {
     EXPECT_TRUE(store.preferences.calendarSync());
 }
 
-TEST(NotifiedTasks, followRenamedTasks) {
+TEST(NotifiedTasks, FollowRenamedTasks) {
     EXPECT_EQ(
         NotifiedTasks::rekeyed({"a@2025-03-04 14:30", "b@2025-03-04", "ab@2025-03-04", "a"}, {{"a", "b"}, {"b", "c"}}),
         (std::vector<std::string>{"b@2025-03-04 14:30", "c@2025-03-04", "ab@2025-03-04", "a"}));

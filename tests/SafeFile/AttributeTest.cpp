@@ -32,7 +32,7 @@ auto ownership(const Path& file) {
 
 }
 
-TEST(SafeFile, keepsModeOwnerAccessListAndAttributes) {
+TEST(SafeFile, KeepsModeOwnerAccessListAndAttributes) {
     const SafeFileWorld world;
     ::chmod(world.file.c_str(), 0640);
     giveToNobody(world.file);
@@ -53,7 +53,7 @@ TEST(SafeFile, keepsModeOwnerAccessListAndAttributes) {
     EXPECT_EQ(ownership(without.file), own);
 }
 
-TEST(SafeFile, writesInPlaceWhereARenameWouldLoseALinkOrTheOwner) {
+TEST(SafeFile, WritesInPlaceWhereARenameWouldLoseALinkOrTheOwner) {
     const SafeFileWorld linked, shared;
     std::filesystem::create_hard_link(linked.file, linked.list / "other.md");
     EXPECT_EQ(linked.failure(), "");

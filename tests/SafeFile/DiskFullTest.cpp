@@ -33,7 +33,7 @@ int growUntilRefused(const SafeFileWorld& world, const std::string& reason) {
 
 }
 
-TEST(SafeFile, keepsTheOldFileWhenTheDiskFillsUp) {
+TEST(SafeFile, KeepsTheOldFileWhenTheDiskFillsUp) {
     for (const bool hardLinked : {false, true}) {
         const SafeFileWorld world;
         const int status = inChild([&] {
@@ -48,7 +48,7 @@ TEST(SafeFile, keepsTheOldFileWhenTheDiskFillsUp) {
     }
 }
 
-TEST(SafeFile, keepsTheOldFileAtTheFileSizeLimit) {
+TEST(SafeFile, KeepsTheOldFileAtTheFileSizeLimit) {
     const SafeFileWorld world;
     EXPECT_EQ(inChild([&] {
                   ::signal(SIGXFSZ, SIG_IGN);

@@ -78,7 +78,7 @@ std::string nameOf(const ::testing::TestParamInfo<Saving::ParamType>& parameter)
 
 }
 
-TEST_P(Saving, survivesAFaultAtEachSystemCall) {
+TEST_P(Saving, SurvivesAFaultAtEachSystemCall) {
     const auto kind = std::get<Fault::Kind>(GetParam());
     prepare();
     const int count = calls();
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(EachWay, Saving,
                                                               Fault::Kind::kill)),
                          nameOf);
 
-TEST(SafeFile, countsAFailedSyncAsAFailedSave) {
+TEST(SafeFile, CountsAFailedSyncAsAFailedSave) {
     const SafeFileWorld world;
     const Fault fault("fsync", nullptr, EIO);
     EXPECT_EQ(world.failure(), "Erreur d'entrée-sortie");
@@ -106,7 +106,7 @@ TEST(SafeFile, countsAFailedSyncAsAFailedSave) {
     EXPECT_EQ(world.failure(), "Inappropriate ioctl for device");
 }
 
-TEST(SafeFile, savesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
+TEST(SafeFile, SavesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
     const std::pair<const char*, int> hindrances[] = {
         {"renameat2", EINVAL}, {"renameat2", ENOSYS},   {"renameat2", EBUSY},   {"renameat2", EXDEV},
         {"fsync", EINVAL},     {"flistxattr", ENOTSUP}, {"flistxattr", ENOSYS}, {"open", EINTR},
@@ -126,7 +126,7 @@ TEST(SafeFile, savesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
     }
 }
 
-TEST(SafeFile, keepsWhatAnEditorSavesAtTheLastMoment) {
+TEST(SafeFile, KeepsWhatAnEditorSavesAtTheLastMoment) {
     for (const auto* moment : {"pread", "pwrite", "fsync", "renameat2"})
         for (const bool byRename : {false, true})
             for (const bool hardLinked : {false, true}) {
@@ -145,14 +145,14 @@ TEST(SafeFile, keepsWhatAnEditorSavesAtTheLastMoment) {
             }
 }
 
-TEST(SafeFile, makesNoListThatSomebodyRemovesAtTheLastMoment) {
+TEST(SafeFile, MakesNoListThatSomebodyRemovesAtTheLastMoment) {
     const SafeFileWorld world;
     const Fault remover("renameat2", [&] { std::filesystem::remove(world.file); });
     EXPECT_EQ(world.failure(), "Aucun fichier ou dossier de ce nom");
     EXPECT_EQ(world.entries(), 0);
 }
 
-TEST(SafeFile, locksWhoeverMakesTheFolderAndAgainWhenTheLockIsSweptAway) {
+TEST(SafeFile, LocksWhoeverMakesTheFolderAndAgainWhenTheLockIsSweptAway) {
     const SafeFileWorld world;
     {
         const Fault other(

@@ -1,15 +1,17 @@
 #include "DravelKit/Foundation/SafeFile.h"
-#include "DravelKit/Foundation/FileLock.h"
-#include "DravelKit/Foundation/FilePaths.h"
-#include "DravelKit/Foundation/TemporaryFile.h"
 #include "tests/SafeFile/SafeFileWorld.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <vector>
 
 using namespace tacla::testing;
 using namespace std::string_literals;
 
-TEST(SafeFile, changesOnlyWhatTheEditChanges) {
+TEST(SafeFile, ChangesOnlyWhatTheEditChanges) {
     const auto strange = "\xEF\xBB\xBF- [ ] Pain\r\n\0\u2028e\u0301\n"s;
     const SafeFileWorld world(strange);
     EXPECT_EQ(world.failure(), "");
@@ -22,7 +24,7 @@ TEST(SafeFile, changesOnlyWhatTheEditChanges) {
     EXPECT_EQ(SafeFile::modified(world.file), untouched);
 }
 
-TEST(SafeFile, readsByLinesWhatItReadsWhole) {
+TEST(SafeFile, ReadsByLinesWhatItReadsWhole) {
     const auto longLine = std::string(700'000, 'a') + "é";
     for (const auto& text : {""s, "\n"s, "a\nb"s, longLine, longLine + "\nb\n" + longLine + "\n"}) {
         const SafeFileWorld world(text);
@@ -38,7 +40,7 @@ TEST(SafeFile, readsByLinesWhatItReadsWhole) {
     EXPECT_THROW(SafeFile::readByLines(broken.file, [](auto) {}), dravel::FileError);
 }
 
-TEST(SafeFile, keepsLinksAndReplacesWhatTheyLeadTo) {
+TEST(SafeFile, KeepsLinksAndReplacesWhatTheyLeadTo) {
     const SafeFileWorld world;
     const auto link = world.list / "link", chain = world.list / "chain", dangling = world.list / "dangling";
     std::filesystem::create_symlink("taches.md", link);
@@ -56,7 +58,7 @@ TEST(SafeFile, keepsLinksAndReplacesWhatTheyLeadTo) {
     EXPECT_EQ(readBytes(world.list / "far/away.md"), "- [ ] Neuf\n");
 }
 
-TEST(SafeFile, saysWhatIsWrongWithAFile) {
+TEST(SafeFile, SaysWhatIsWrongWithAFile) {
     const SafeFileWorld world("");
     std::filesystem::create_directory(world.list / "folder");
     std::filesystem::create_symlink("loop", world.list / "loop");
@@ -77,7 +79,7 @@ TEST(SafeFile, saysWhatIsWrongWithAFile) {
     EXPECT_EQ(readBytes(world.list / "latin1"), "- [ ] Caf\xE9\n");
 }
 
-TEST(SafeFile, refusesWhatTheUserMayNotWrite) {
+TEST(SafeFile, RefusesWhatTheUserMayNotWrite) {
     for (const auto& [fileMode, folderMode] : {std::pair{0400U, 0700U}, {0600U, 0500U}}) {
         const SafeFileWorld world;
         ::chmod(world.file.c_str(), fileMode);
@@ -93,7 +95,7 @@ TEST(SafeFile, refusesWhatTheUserMayNotWrite) {
     }
 }
 
-TEST(SafeFile, appliesTheEditAgainWhenAnEditorSavedInBetween) {
+TEST(SafeFile, AppliesTheEditAgainWhenAnEditorSavedInBetween) {
     for (const int times : {3, 4}) {
         const SafeFileWorld world("0");
         const auto edit = [&, calls = 0](std::string_view text) mutable {
@@ -105,19 +107,21 @@ TEST(SafeFile, appliesTheEditAgainWhenAnEditorSavedInBetween) {
     }
 }
 
-TEST(SafeFile, removesItsOwnLeftoversAndNothingElse) {
+TEST(SafeFile, RemovesItsOwnLeftoversAndNothingElse) {
     const SafeFileWorld world;
-    const dravel::TemporaryFile live(world.file, 0600); // of another process that is still writing
-    for (const auto* name :
-         {".taches.md.tacla-abc123", ".taches.md.tacla-abc12", ".taches.md.tacla-Abc123", ".other.md.tacla-abc123"})
+    for (const auto* name : {".taches.md.tacla-abc123", ".taches.md.tacla-abc12", ".taches.md.tacla-live00",
+                             ".taches.md.tacla-Abc123", ".other.md.tacla-abc123"})
         writeBytes(world.list / name, "x");
+    const int live = ::open((world.list / ".taches.md.tacla-live00").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(live, LOCK_EX), 0); // as one has that another process is still writing
     EXPECT_EQ(world.failure(), "");
+    ::close(live);
     EXPECT_FALSE(std::filesystem::exists(world.list / ".taches.md.tacla-abc123"));
-    EXPECT_TRUE(std::filesystem::exists(live.path()));
+    EXPECT_TRUE(std::filesystem::exists(world.list / ".taches.md.tacla-live00"));
     EXPECT_EQ(world.entries(), 5);
 }
 
-TEST(SafeFile, undoesAWriteInPlaceThatAPowerCutLeftHalfDone) {
+TEST(SafeFile, UndoesAWriteInPlaceThatAPowerCutLeftHalfDone) {
     const auto old = "- [ ] Pain\n"s, fresh = mark + old, stranger = "- [ ] Beurre\n"s;
     const std::pair<std::string, std::string> cases[] = {
         {fresh.substr(0, 15), old}, {"- [ ] Lain\n", old}, {old, old}, {fresh, fresh}, {stranger, stranger}, {"x", "x"},
@@ -132,7 +136,7 @@ TEST(SafeFile, undoesAWriteInPlaceThatAPowerCutLeftHalfDone) {
     }
 }
 
-TEST(SafeFile, takesTheLongestName) {
+TEST(SafeFile, TakesTheLongestName) {
     const SafeFileWorld world;
     const auto longest = world.list / std::string(255, 'n');
     writeBytes(longest, "");
@@ -142,7 +146,7 @@ TEST(SafeFile, takesTheLongestName) {
     EXPECT_EQ(readBytes(world.list / "other"), mark + mark);
 }
 
-TEST(SafeFile, makesFilesForTheUserAndForItself) {
+TEST(SafeFile, MakesFilesForTheUserAndForItself) {
     const SafeFileWorld world;
     const auto umask = ::umask(0027);
     EXPECT_TRUE(SafeFile::create(world.folder / "Documents/taches.md", mark));
@@ -153,9 +157,24 @@ TEST(SafeFile, makesFilesForTheUserAndForItself) {
         EXPECT_EQ(std::filesystem::status(world.folder / path).permissions(), std::filesystem::perms(mode)) << path;
 }
 
-TEST(SafeFile, waitsForALockNoLongerThanTwoSeconds) {
+TEST(SafeFile, WaitsForALockNoLongerThanTwoSeconds) {
     const SafeFileWorld world;
-    const dravel::FileLock held(dravel::followedLinks(world.file), world.locks);
-    EXPECT_EQ(world.failure(), "Tacla est déjà en train d'écrire ce fichier");
+    const auto whileLocked = [&](std::string_view) {
+        EXPECT_EQ(world.failure(), "Tacla est déjà en train d'écrire ce fichier");
+        return std::nullopt;
+    };
+    SafeFile::edit(world.file, whileLocked, world.locks);
     EXPECT_EQ(world.text(), "- [ ] Pain\n");
+}
+
+TEST(SafeFile, LosesNoEditOfTwentyProcessesAtOnce) {
+    const SafeFileWorld world("");
+    std::vector<pid_t> children;
+    for (int process = 0; process < 20; ++process)
+        children.push_back(start([&] {
+            for (int edit = 0; edit < 5; ++edit) SafeFile::edit(world.file, marked, world.locks);
+            return 0;
+        }));
+    for (const auto child : children) EXPECT_EQ(finished(child), 0);
+    EXPECT_EQ(world.text().size(), 100 * mark.size());
 }

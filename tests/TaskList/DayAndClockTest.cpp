@@ -4,7 +4,7 @@
 
 using namespace tacla;
 
-TEST(Day, readsTheNotationOfTheFile) {
+TEST(Day, ReadsTheNotationOfTheFile) {
     EXPECT_EQ(Day::parse("2025-03-04"), (Day{2025, 3, 4}));
     EXPECT_EQ(Day::parse("2025-1-1"), (Day{2025, 1, 1}));
     EXPECT_EQ(Day::parse("2025-012-31"), (Day{2025, 12, 31}));
@@ -17,7 +17,7 @@ TEST(Day, readsTheNotationOfTheFile) {
         EXPECT_FALSE(Day::parse(text)) << text;
 }
 
-TEST(Clock, readsTheNotationOfTheFile) {
+TEST(Clock, ReadsTheNotationOfTheFile) {
     EXPECT_EQ(Clock::parse("09:05"), (Clock{9, 5}));
     EXPECT_EQ(Clock::parse("9:05"), (Clock{9, 5}));
     EXPECT_EQ(Clock::parse(":9::05:"), (Clock{9, 5}));
@@ -27,7 +27,7 @@ TEST(Clock, readsTheNotationOfTheFile) {
         EXPECT_EQ(Clock::parse(text).has_value(), std::string(text) == "09:05:") << text;
 }
 
-TEST(Day, movesThroughTheCalendar) {
+TEST(Day, MovesThroughTheCalendar) {
     EXPECT_EQ((Day{2025, 3, 3}).nextMonday(), (Day{2025, 3, 10}));
     EXPECT_EQ((Day{2025, 3, 9}).nextMonday(), (Day{2025, 3, 10}));
     EXPECT_EQ((Day{2025, 3, 8}).nextMonday(), (Day{2025, 3, 10}));
@@ -38,7 +38,7 @@ TEST(Day, movesThroughTheCalendar) {
     EXPECT_EQ((Day{-5, 1, 1}).description(), "-005-01-01");
 }
 
-TEST(TaskItem, fallsDueAtItsTimeOrAtNine) {
+TEST(TaskItem, FallsDueAtItsTimeOrAtNine) {
     const auto due = [](std::optional<Day> day, std::optional<Clock> time) {
         return TaskItem{0, false, "A", day, time, {}, {}, ""}.at();
     };

@@ -25,7 +25,7 @@ std::string moved(std::string_view text, Day to, std::optional<Clock> time = {})
 
 }
 
-TEST(Check, marksTheLineAndKeepsEverythingElse) {
+TEST(Check, MarksTheLineAndKeepsEverythingElse) {
     EXPECT_EQ(checked("- [ ] Payer le loyer · 2025-03-01"), "- [x] Payer le loyer · 2025-03-01 · ✅ 2025-03-05");
     EXPECT_EQ(checked("# T\n\n  - [ ] ❗ Banque\r\nfin"), "# T\n\n  - [x] ❗ Banque\r · ✅ 2025-03-05\nfin");
     EXPECT_EQ(checked("- [x] A"), nothing);
@@ -35,7 +35,7 @@ TEST(Check, marksTheLineAndKeepsEverythingElse) {
     EXPECT_EQ(TaskFile::setDone("- [ ] A", "0123456789abcdef", true, today), std::nullopt);
 }
 
-TEST(Rename, replacesTheTitleAloneAndKeepsTheMark) {
+TEST(Rename, ReplacesTheTitleAloneAndKeepsTheMark) {
     EXPECT_EQ(renamed("- [x] ❗ Vieux titre · 2025-03-04 · ✅ 2025-03-04", "Nouveau"),
               "- [x] ❗ Nouveau · 2025-03-04 · ✅ 2025-03-04");
     EXPECT_EQ(renamed("a\n \t- [ ]   Vieux  \nb", "Nouveau"), "a\n \t- [ ] Nouveau\nb");
@@ -45,7 +45,7 @@ TEST(Rename, replacesTheTitleAloneAndKeepsTheMark) {
     EXPECT_EQ(TaskFile::rename("- [ ] A", "0123456789abcdef", "B"), std::nullopt);
 }
 
-TEST(Rename, tellsWhichKeysMoved) {
+TEST(Rename, TellsWhichKeysMoved) {
     const std::string text = "- [ ] Pain\n- [ ] Lait\n- [ ] pain\n";
     const auto result = TaskFile::rename(text, key(text), "Baguette");
     ASSERT_TRUE(result);
@@ -59,7 +59,7 @@ TEST(Rename, tellsWhichKeysMoved) {
     for (const auto& [from, to] : without) EXPECT_EQ(TaskFile::renamedKeys(from, to), Map{}) << from << " -> " << to;
 }
 
-TEST(Reschedule, replacesTheDateAndRemembersWhenALateTaskWasFirstDue) {
+TEST(Reschedule, ReplacesTheDateAndRemembersWhenALateTaskWasFirstDue) {
     EXPECT_EQ(moved("- [ ] Déclarer la TVA · 2025-03-03 09:00", {2025, 3, 6}),
               "- [ ] Déclarer la TVA · 2025-03-06 · due 2025-03-03");
     EXPECT_EQ(moved("- [ ] A · lieu: bureau · 2025-03-01 · 2025-03-02 14:00", {2025, 3, 10}, Clock{14, 30}),
@@ -71,7 +71,7 @@ TEST(Reschedule, replacesTheDateAndRemembersWhenALateTaskWasFirstDue) {
     EXPECT_EQ(moved("- [ ] A · 2025-03-04\r", {2025, 3, 10}), "- [ ] A · 2025-03-04\r · 2025-03-10");
 }
 
-TEST(Add, findsItsPlaceInTheDocument) {
+TEST(Add, FindsItsPlaceInTheDocument) {
     const auto added = [](std::string_view text) { return TaskFile::add(text, "Pain", today, {}, false); };
     const std::string line = "- [ ] Pain · 2025-03-05";
     EXPECT_EQ(added(TaskFile::newFileText), std::string(TaskFile::newFileText) + line + "\n");
@@ -86,12 +86,12 @@ TEST(Add, findsItsPlaceInTheDocument) {
     EXPECT_EQ(added("\n\n"), line + "\n\n\n");
 }
 
-TEST(Add, writesATitleThatReadsBackWhole) {
+TEST(Add, WritesATitleThatReadsBackWhole) {
     EXPECT_EQ(TaskFile::add("", "❗ Appel · urgent · vite ", today, Clock{9, 5}, true),
               "- [ ] ❗ Appel - urgent - vite · 2025-03-05 09:05\n");
 }
 
-TEST(Remove, takesTheWholeLine) {
+TEST(Remove, TakesTheWholeLine) {
     const auto removed = [](std::string_view text, std::size_t n) { return TaskFile::remove(text, key(text, n)); };
     EXPECT_EQ(removed("# T\n- [ ] A\r\n- [ ] B", 0), "# T\n- [ ] B");
     EXPECT_EQ(removed("# T\n- [ ] A\n- [ ] B", 1), "# T\n- [ ] A");

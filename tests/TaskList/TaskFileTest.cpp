@@ -25,7 +25,7 @@ using Lines = std::vector<std::string>;
 
 }
 
-TEST(TaskFile, readsTheTasksOfADocumentAndNothingElse) {
+TEST(TaskFile, ReadsTheTasksOfADocumentAndNothingElse) {
     EXPECT_EQ(told("# Tâches\n"
                    "\n"
                    "`- [ ] Titre · AAAA-MM-JJ HH:MM`\n"
@@ -42,19 +42,14 @@ TEST(TaskFile, readsTheTasksOfADocumentAndNothingElse) {
     EXPECT_EQ(TaskFile::newFileText.size(), 173U);
 }
 
-TEST(TaskFile, readsAttributesByTheirShape) {
+TEST(TaskFile, ReadsAttributesByTheirShape) {
     const std::pair<const char*, const char*> cases[] = {
-        {"A · 2025-02-30", "A | 2025-02-30"},
-        {"A · 2025-13-01", "A"},
         {"A · 2025-03-04 9:05", "A | 2025-03-04 09:05"},
-        {"A · 2025-03-04 09:5", "A"},
-        {"A · 2025-03-04 24:00", "A"},
         {"A · 2025-03-04 :9:05", "A | 2025-03-04 09:05"}, // as long as the usual notation
         {"A · 2025-03-04 09:05 demain", "A"},
         {"A · 2025-03-04T09:05", "A"},
         {"A ·   2025-03-04   09:05 ", "A | 2025-03-04 09:05"},
         {"A · 2025-03-04 10:00 · 2025-03-09", "A | 2025-03-09"}, // the last one wins, and clears the time
-        {"A · demain", "A"},
         {"A ·  · 2025-03-04", "A | 2025-03-04"},
         {"A · ✅ 2025-03-04 · ✅ jamais", "A"}, // also when it does not read
         {"A · ✅2025-03-04", "A | done 2025-03-04"},
@@ -70,7 +65,7 @@ TEST(TaskFile, readsAttributesByTheirShape) {
         EXPECT_EQ(told(std::string("- [ ] ") + line), Lines{std::string("0 [ ] ") + expected}) << line;
 }
 
-TEST(TaskFile, givesEachTaskTheKeyOfItsTitle) {
+TEST(TaskFile, GivesEachTaskTheKeyOfItsTitle) {
     const auto tasks = TaskFile::parse("- [ ] Pain\n- [x] ❗ pain\n- [ ] ❗❗PAIN\n- [ ] pain#2\n- [ ] ❗\uFE0F Pain");
     ASSERT_EQ(tasks.size(), 5U);
     EXPECT_EQ(tasks[0].key, TaskFile::hash("pain"));
@@ -81,9 +76,4 @@ TEST(TaskFile, givesEachTaskTheKeyOfItsTitle) {
     EXPECT_EQ(TaskFile::hash("abc"), "ba7816bf8f01cfea"); // FIPS 180-4
     EXPECT_TRUE(tasks[4].strong());
     EXPECT_EQ(TaskFile::dropStrongMark("❗ ❗ Banque "), "❗ Banque");
-
-    std::string text;
-    for (int number = 0; number < 400; ++number) text += "- [ ] " + std::to_string(number % 200) + "\n";
-    const auto twice = TaskFile::parse(text);
-    for (std::size_t n = 0; n < 200; ++n) EXPECT_EQ(twice[200 + n].key, TaskFile::hash(twice[n].title + "#2"));
 }

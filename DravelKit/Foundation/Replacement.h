@@ -12,4 +12,10 @@ bool makeFile(const std::filesystem::path& target, std::string_view text, mode_t
 // Throws FileError; the old file is then there, unless the system refuses even to give it back.
 bool replaceFile(const std::filesystem::path& target, const std::optional<Snapshot>& before, std::string_view after);
 
+// Puts the old text back where a killed process left half of the new one, in a file that cannot be replaced.
+void finishInterruptedWrite(const std::filesystem::path& target);
+
+// Removes what killed processes left beside the target. Best effort: a leftover harms nobody.
+void removeLeftovers(const std::filesystem::path& target);
+
 }

@@ -1,5 +1,4 @@
-#include "DravelKit/Run/Lifetime.h"
-#include "DravelKit/Run/ThreadedBackground.h"
+#include "DravelKit/Run/Background.h"
 #include "tests/support/VirtualLoop.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "DravelKit/Run/ThreadedBackground.h"
+#include "DravelKit/Run/Background.h"
 
 #include <algorithm>
 #include <condition_variable>

@@ -1,14 +1,14 @@
-#include "DravelKit/Foundation/WallCalendar.h"
+#include "DravelKit/Foundation/WallNames.h"
 
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
 
-// What ICU knows about the wall calendar. Apart from the rest: loading it takes longer than a whole `tacla list`.
 namespace dravel::wall {
 
 namespace {

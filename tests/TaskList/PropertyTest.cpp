@@ -1,0 +1,228 @@
+#include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/Numbering.h"
+#include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskViews.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <numeric>
+#include <random>
+
+using namespace tacla;
+
+namespace {
+
+constexpr Day today{2025, 3, 5};
+
+// Texts with everything that a user, an editor or a bad day can put into a file.
+class RandomTexts {
+  public:
+    std::string text() {
+        std::string result = chance(8) ? "\xEF\xBB\xBF" : "";
+        for (std::size_t lines = pick(chance(10) ? 60 : 12); lines > 0; --lines)
+            result += line() + (chance(30) ? "\r\n" : "\n");
+        return chance(2) ? result : result + line();
+    }
+
+    std::size_t pick(std::size_t below) {
+        return below == 0 ? 0 : std::uniform_int_distribution<std::size_t>(0, below - 1)(engine_);
+    }
+    std::string title() {
+        return std::string(any(
+            {"Pain", "❗ pain", "Été", "R&D <b>", "👨‍👩‍👧 · x", "a\tb", "e\u0301", "- [ ] A", "Ｐain"}));
+    }
+
+  private:
+    std::mt19937 engine_{20250305};
+
+    // A moment, or nearly one.
+    std::string moment() {
+        std::string text(any({"2025-03-04", "2025-12-31 23:59", "9999-01-10 00:00", "2025-10-09 9:05"}));
+        for (auto changes = pick(4); changes > 0; --changes)
+            text.replace(pick(text.size()), pick(2), any({"0", "1", "2", "3", "6", "9", "-", ":", " ", "/", "x", "é"}));
+        return text;
+    }
+    bool chance(std::size_t outOf) { return pick(outOf) == 0; }
+    std::string_view any(std::initializer_list<std::string_view> all) { return all.begin()[pick(all.size())]; }
+    std::string line() {
+        if (chance(4))
+            return std::string(
+                any({"", "# Tâches", "## À faire", "prose · 2025-01-01", " ", "\t", "- [ ] ", "\u2028"}));
+        if (chance(200)) return "- [ ] " + std::string(1 << 16, 'x');
+        std::string result(any({"", "  ", "\t"}));
+        result += any({"- [ ] ", "- [x] ", "- [X] "});
+        result += title();
+        if (chance(20)) result += std::string("\0", 1);
+        for (std::size_t parts = pick(4); parts > 0; --parts) {
+            result += " · ";
+            result += any({"", "", "", " ", "due ", "✅ ", "✅", "lieu: ici", "x\r"});
+            if (!chance(5)) result += moment();
+        }
+        return result;
+    }
+};
+
+using Lines = std::vector<std::string_view>;
+
+// The texts agree but for some lines at one place, anywhere by default.
+void expectOnlyOneLineDiffers(std::string_view before, std::string_view after, std::size_t gone, std::size_t come,
+                              std::optional<std::size_t> at = {}) {
+    const Lines old = dravel::split(before, "\n"), now = dravel::split(after, "\n");
+    ASSERT_EQ(old.size() - gone, now.size() - come) << before << "\n--\n" << after;
+    const auto same = std::ranges::mismatch(old, now).in1 - old.begin();
+    const auto place = at.value_or(static_cast<std::size_t>(same));
+    ASSERT_TRUE(std::equal(old.begin(), old.begin() + static_cast<std::ptrdiff_t>(place), now.begin()));
+    ASSERT_TRUE(std::equal(old.begin() + static_cast<std::ptrdiff_t>(place + gone), old.end(),
+                           now.begin() + static_cast<std::ptrdiff_t>(place + come)));
+}
+
+void checkAdding(RandomTexts& random, const std::string& text) {
+    const auto title = random.title();
+    const auto after = TaskFile::add(text, title, today, {}, false);
+    expectOnlyOneLineDiffers(text, after, 0, 1);
+    ASSERT_EQ(TaskFile::parse(after).size(), TaskFile::parse(text).size() + 1);
+}
+
+void checkEditing(RandomTexts& random, const std::string& text, const TaskItem& task) {
+    const auto at = static_cast<std::size_t>(task.line);
+    std::optional<std::string> after;
+    switch (random.pick(4)) {
+    case 0: after = TaskFile::setDone(text, task.key, !task.done, today); break;
+    case 1: after = TaskFile::reschedule(text, task.key, {2025, 3, 10}, Clock{14, 30}, today); break;
+    case 2:
+        if (auto renamed = TaskFile::rename(text, task.key, "Nouveau titre")) after = renamed->text;
+        break;
+    default: {
+        after = TaskFile::remove(text, task.key);
+        ASSERT_TRUE(after);
+        if (text.find('\n') != text.npos) expectOnlyOneLineDiffers(text, *after, 1, 0, at);
+        return;
+    }
+    }
+    if (after) expectOnlyOneLineDiffers(text, *after, 1, 1, at);
+}
+
+// What the quick reading must come to, written down as the rules say it and without a thought of speed.
+std::optional<Day> plainDay(std::string_view text) {
+    const auto pieces = dravel::split(text, "-", false);
+    if (pieces.size() != 3 || pieces[0].size() != 4) return {};
+    const auto year = dravel::parsedDigits(pieces[0]), month = dravel::parsedDigits(pieces[1]),
+               day = dravel::parsedDigits(pieces[2]);
+    if (!year || !month || !day || *month < 1 || *month > 12 || *day < 1 || *day > 31) return {};
+    return Day{*year, *month, *day};
+}
+
+std::optional<Clock> plainClock(std::string_view text) {
+    const auto pieces = dravel::split(text, ":", false);
+    if (pieces.size() != 2 || pieces[0].size() > 2 || pieces[1].size() != 2) return {};
+    const auto hour = dravel::parsedDigits(pieces[0]), minute = dravel::parsedDigits(pieces[1]);
+    if (!hour || !minute || *hour > 23 || *minute > 59) return {};
+    return Clock{*hour, *minute};
+}
+
+void readPlainly(TaskItem& task, std::string_view part) {
+    const auto pieces = dravel::split(part, " ", false);
+    const auto day = pieces.empty() ? std::nullopt : plainDay(pieces[0]);
+    const auto time = pieces.size() < 2 ? std::nullopt : plainClock(pieces[1]);
+    if (part.starts_with("✅"))
+        task.doneOn = plainDay(dravel::trimmedOfWhiteSpace(part.substr(3)));
+    else if (part.starts_with("due "))
+        task.due = plainDay(part.substr(4)) ? plainDay(part.substr(4)) : task.due;
+    else if (day && (pieces.size() == 1 || (pieces.size() == 2 && time)))
+        task.day = day, task.time = time;
+}
+
+// By sorting: equals stand together then, in the order of the file.
+template <class Value>
+std::vector<std::uint32_t> plainNumbers(const std::vector<Value>& values) {
+    std::vector<std::size_t> order(values.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, {}, [&](auto index) { return values[index]; });
+    std::vector<std::uint32_t> numbers(values.size(), 1);
+    for (std::size_t i = 1; i < order.size(); ++i)
+        if (values[order[i]] == values[order[i - 1]]) numbers[order[i]] = numbers[order[i - 1]] + 1;
+    return numbers;
+}
+
+Tasks plainlyParsed(std::string_view text) {
+    Tasks tasks;
+    std::vector<std::string> titles;
+    for (std::int64_t number = -1; auto line : dravel::split(text, "\n")) {
+        ++number;
+        line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+        if (!line.starts_with("- [ ] ") && !line.starts_with("- [x] ") && !line.starts_with("- [X] ")) continue;
+        const auto parts = dravel::split(line.substr(6), " · ");
+        const auto title = dravel::trimmedOfWhiteSpaceAndLineBreaks(parts[0]);
+        if (title.empty()) continue;
+        tasks.push_back({number, line[3] != ' ', std::string(title), {}, {}, {}, {}, ""});
+        for (const auto part : parts)
+            if (&part != &parts[0]) readPlainly(tasks.back(), dravel::trimmedOfWhiteSpace(part));
+        titles.push_back(dravel::lowerCased(TaskFile::dropStrongMark(title)));
+    }
+    const auto numbers = plainNumbers(titles);
+    for (std::size_t i = 0; i < tasks.size(); ++i)
+        tasks[i].key = TaskFile::hash(numbers[i] == 1 ? titles[i] : titles[i] + "#" + std::to_string(numbers[i]));
+    return tasks;
+}
+
+}
+
+TEST(QuickReading, ComesToWhatPlainReadingComesTo) {
+    RandomTexts random;
+    for (int i = 0; i < 5'000; ++i) {
+        const auto text = random.text();
+        ASSERT_EQ(TaskFile::parse(text), plainlyParsed(text)) << text;
+    }
+    for (int day = 0; day < 40 * 100; ++day) { // each day and time of two digits, and those next to them
+        std::string text = "2025-00-00";
+        text[5] = static_cast<char>('/' + day / 1000), text[6] = static_cast<char>('/' + day / 100 % 10);
+        text[8] = static_cast<char>('/' + day / 10 % 10), text[9] = static_cast<char>('0' + day % 10);
+        ASSERT_EQ(Day::parse(text), plainDay(text)) << text;
+    }
+}
+
+TEST(Numbering, ComesToWhatSortingComesTo) {
+    RandomTexts random;
+    for (int round = 0; round < 300; ++round) {
+        std::vector<std::uint64_t> digests(random.pick(200));
+        for (auto& digest : digests) digest = random.pick(4) << 62 | random.pick(100);
+        ASSERT_EQ(numbered(digests), plainNumbers(digests));
+    }
+}
+
+TEST(Edits, ChangeNoByteBeyondTheirLine) {
+    RandomTexts random;
+    const int edits = std::getenv("TACLA_LONG_TESTS") ? 1'000'000 : 20'000;
+    for (int i = 0; i < edits && !HasFatalFailure(); ++i) {
+        const auto text = random.text();
+        const auto tasks = TaskFile::parse(text);
+        if (tasks.empty() || random.pick(5) == 0) {
+            checkAdding(random, text);
+            continue;
+        }
+        // Of two tasks with one key ("pain#2" may be written by hand) the first is meant.
+        const auto& any = tasks[random.pick(tasks.size())];
+        checkEditing(random, text, *std::ranges::find(tasks, any.key, &TaskItem::key));
+    }
+}
+
+TEST(Edits, TellEveryKeyThatRenamingMovesAndNoOther) {
+    RandomTexts random;
+    for (int i = 0; i < 5'000; ++i) {
+        const auto text = random.text();
+        const auto before = TaskFile::parse(text);
+        if (before.empty()) continue;
+        const auto renamed = TaskFile::rename(text, before[random.pick(before.size())].key, random.title());
+        if (!renamed) continue;
+        ASSERT_EQ(renamed->keys, TaskFile::renamedKeys(text, renamed->text)) << text << "\n--\n" << renamed->text;
+        std::map<std::string, std::string> moved;
+        for (const auto& task : TaskFile::parse(renamed->text)) {
+            const auto old = std::ranges::find(before, task.line, &TaskItem::line);
+            if (old != before.end() && old->key != task.key) moved[old->key] = task.key;
+        }
+        ASSERT_EQ(renamed->keys, moved) << text << "\n--\n" << renamed->text;
+    }
+}
