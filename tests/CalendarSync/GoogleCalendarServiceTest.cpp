@@ -2,6 +2,7 @@
 
 #include "tests/CalendarSync/MirrorWorld.h"
 
+#include <curl/curl.h>
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -22,13 +23,23 @@ struct SigningIn : ::testing::Test {
                                    .keyring = world.keyring,
                                    .openBrowser = [this](const std::string& url) {
                                        opened = url;
+                                       page.clear();
                                        browser = std::jthread([this] { visit(); });
                                    }}};
 
-    static dravel::HttpResponse get(const std::string& url) {
-        return dravel::HttpClient().send({.method = "GET", .url = url, .headers = {}, .bearer = {}, .body = {}});
+    void visit() {
+        const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), curl_easy_cleanup);
+        const curl_write_callback keep = [](char* bytes, std::size_t, std::size_t count, void* text) {
+            static_cast<std::string*>(text)->append(bytes, count);
+            return count;
+        };
+        curl_easy_setopt(easy.get(), CURLOPT_URL, opened.c_str());
+        curl_easy_setopt(easy.get(), CURLOPT_PROXY, "");
+        curl_easy_setopt(easy.get(), CURLOPT_FOLLOWLOCATION, 1L);
+        curl_easy_setopt(easy.get(), CURLOPT_WRITEFUNCTION, keep);
+        curl_easy_setopt(easy.get(), CURLOPT_WRITEDATA, &page);
+        curl_easy_perform(easy.get());
     }
-    void visit() { page = get(get(opened).header("Location").value_or("")).body; }
 
     std::string signIn(const char* answer) {
         world.google.control({{"automatic", answer}});
