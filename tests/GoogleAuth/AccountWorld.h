@@ -37,12 +37,13 @@ struct AccountWorld : ::testing::Test {
     void google(std::vector<LoopbackServer::Answer> answers) {
         server = std::make_unique<LoopbackServer>(std::move(answers));
         auth = std::make_unique<dravel::GoogleAuth>(
-            essai(), dravel::GoogleWorld{.folders = {.data = folder.path(), .resources = folder / "share"},
-                                         .endpoints = dravel::GoogleEndpoints::onThisMachine(server->base(), "test"),
-                                         .keyring = keyring,
-                                         .openBrowser = [this](const std::string& url) { browse(url); },
-                                         .now = [this] { return now; },
-                                         .receiverClock = idle.reader()});
+            essai(),
+            dravel::GoogleEnvironment{.folders = {.data = folder.path(), .resources = folder / "share"},
+                                      .endpoints = dravel::GoogleEndpoints::onThisMachine(server->base(), "test"),
+                                      .keyring = keyring,
+                                      .openBrowser = [this](const std::string& url) { browse(url); },
+                                      .now = [this] { return now; },
+                                      .receiverClock = idle.reader()});
     }
 
     void browse(const std::string& url) {

@@ -1,7 +1,5 @@
 #include "DravelKit/GoogleAuth/AuthError.h"
-#include "DravelKit/GoogleAuth/GoogleEndpoints.h"
 #include "DravelKit/GoogleAuth/OAuthClient.h"
-#include "DravelKit/GoogleAuth/TokenAnswer.h"
 #include "tests/GoogleAuth/Loopback.h"
 #include "tests/support/TemporaryFolder.h"
 
