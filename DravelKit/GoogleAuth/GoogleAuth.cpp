@@ -109,7 +109,6 @@ TokenResponse GoogleAuth::requestToken(const Fields& fields, std::uint64_t asked
     const auto answer = client.send({.method = "POST",
                                      .url = environment_.endpoints.token,
                                      .headers = {{"Content-Type", "application/x-www-form-urlencoded"}},
-                                     .bearer = {},
                                      .body = encodedItems(fields)},
                                     stop);
     if (answer.status == 200) {

@@ -31,6 +31,16 @@ struct CallbackRequest {
     static bool isComplete(std::string_view bytes);
 };
 
+// The page that the browser shows when it comes back from Google: one HTML document without external resources.
+namespace CallbackPage {
+
+std::string success(const GoogleConfig&);
+
+// error is the code that came with the callback: anybody's text, shown escaped.
+std::string failure(const std::string& error, const GoogleConfig&);
+
+}
+
 // How the receiver reads time and waits; a test gives it a clock of its own.
 struct ReceiverClock {
     using Point = std::chrono::steady_clock::time_point;

@@ -69,8 +69,7 @@ std::optional<TokenResponse> TokenResponse::parse(std::string_view text) {
     constexpr std::int64_t year = std::int64_t{366} * 86400; // in seconds
     const bool huge = expires.is_number_unsigned() && expires.get<std::uint64_t>() > std::uint64_t{year};
     const auto seconds = huge ? year : std::clamp<std::int64_t>(expires.get<std::int64_t>(), 0, year);
-    TokenResponse answer{
-        .accessToken = Secret(*access), .expiresIn = std::chrono::seconds(seconds), .refreshToken = {}};
+    TokenResponse answer{.accessToken = Secret(*access), .expiresIn = std::chrono::seconds(seconds)};
     if (const auto refresh = jsonString(*json, "refresh_token")) answer.refreshToken = Secret(*refresh);
     return answer;
 }

@@ -32,7 +32,7 @@ struct OAuthClient {
 struct TokenResponse {
     Secret accessToken;
     std::chrono::seconds expiresIn{};
-    std::optional<Secret> refreshToken;
+    std::optional<Secret> refreshToken = {};
 
     // None when the text is not such an answer.
     static std::optional<TokenResponse> parse(std::string_view json);

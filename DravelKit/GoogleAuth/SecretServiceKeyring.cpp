@@ -334,13 +334,12 @@ Keyring::LookUp SecretServiceKeyring::find(const Item& item, Ask ask, std::stop_
     try {
         SecretServiceSession session(item, deadline_, stop);
         const auto items = session.searchUnlocked(ask);
-        if (items.empty()) return {.found = Found::absent, .secret = {}, .trouble = {}};
+        if (items.empty()) return {.found = Found::absent};
         auto secret = session.secretOf(items.front().get());
-        if (secret.isEmpty() || !isValidUtf8(secret.reveal()))
-            return {.found = Found::absent, .secret = {}, .trouble = {}};
-        return {.found = Found::found, .secret = std::move(secret), .trouble = {}};
+        if (secret.isEmpty() || !isValidUtf8(secret.reveal())) return {.found = Found::absent};
+        return {.found = Found::found, .secret = std::move(secret)};
     } catch (const SecretServiceSession::KeyringTrouble& problem) {
-        return {.found = Found::unreachable, .secret = {}, .trouble = problem.trouble};
+        return {.found = Found::unreachable, .trouble = problem.trouble};
     }
 }
 

@@ -40,10 +40,10 @@ class HttpError : public std::runtime_error {
 
 struct HttpRequest {
     std::string method = "GET";
-    std::string url;
-    std::vector<std::pair<std::string, std::string>> headers;
-    std::optional<Secret> bearer;    // sent as "Authorization: Bearer …"
-    std::optional<std::string> body; // none: no body at all
+    std::string url = {};
+    std::vector<std::pair<std::string, std::string>> headers = {};
+    std::optional<Secret> bearer = {};    // sent as "Authorization: Bearer …"
+    std::optional<std::string> body = {}; // none: no body at all
 };
 
 struct HttpResponse {

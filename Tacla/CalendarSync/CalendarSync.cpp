@@ -18,6 +18,7 @@ namespace {
 
 constexpr double atOnce = 200, perSecond = 6;
 constexpr std::chrono::seconds longestBackoff{64}, longestRetryAfter{300};
+
 // Whether the service asks for fewer requests.
 bool refusesForPace(const dravel::HttpResponse& response) {
     return response.status == 429 || response.status >= 500 ||
@@ -85,7 +86,7 @@ struct CalendarSync::Pass {
     }
 
     std::string request(const char* method, const std::string& url, std::optional<std::string> body = {}) {
-        dravel::HttpRequest request{.method = method, .url = url, .headers = {}, .bearer = {}, .body = std::move(body)};
+        dravel::HttpRequest request{.method = method, .url = url, .body = std::move(body)};
         if (request.body) request.headers.emplace_back("Content-Type", "application/json");
         auto response = send(request);
         if (response.status == 401) {
