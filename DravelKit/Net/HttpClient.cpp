@@ -82,7 +82,10 @@ struct Exchange {
     bool takeHeader(std::string_view line) {
         headerBytes += line.size();
         if (headerBytes > longestHeaders) return refuse(Kind::tooLarge);
-        headWhole = line == "\r\n" || line == "\n"; // libcurl takes a head that breaks off for a whole one
+        // libcurl takes a head that breaks off for a whole one. An interim answer has a head of its own, and lines
+        // after the body (a trailer) belong to none.
+        if (line.starts_with("HTTP/")) headWhole = false;
+        if (line == "\r\n" || line == "\n") headWhole = true;
         return true;
     }
 

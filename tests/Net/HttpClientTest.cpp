@@ -124,6 +124,7 @@ TEST(HttpClient, SaysInFrenchWhyThereIsNoAnswer) {
     } table[] = {
         {"cut body", {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc", Then::close}, lost},
         {"cut chunk", {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nA\r\nabc", Then::close}, lost},
+        {"trailer", {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1\r\na\r\n0\r\nX: y\r\n\r\n"}, "200"},
         {"cut head", {"HTTP/1.1 200 OK\r\nContent-Le", Then::close}, lost},
         {"closed", {"", Then::close}, lost},
         {"reset", {"", Then::reset}, lost},
