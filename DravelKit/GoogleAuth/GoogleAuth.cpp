@@ -1,7 +1,6 @@
 #include "DravelKit/GoogleAuth/GoogleAuth.h"
 
 #include "DravelKit/Foundation/Hash.h"
-#include "DravelKit/GoogleAuth/OAuthClient.h"
 #include "DravelKit/Net/HttpClient.h"
 #include "DravelKit/Net/Url.h"
 
@@ -52,8 +51,9 @@ void throwIfStopped(const std::stop_token& stop) {
 
 }
 
-GoogleAuth::GoogleAuth(GoogleConfig config, GoogleWorld world)
-    : config_(std::move(config)), world_(std::move(world)), tokens_(config_, world_.folders, world_.keyring) {}
+GoogleAuth::GoogleAuth(GoogleConfig config, GoogleEnvironment environment)
+    : config_(std::move(config)), environment_(std::move(environment)),
+      tokens_(config_, environment_.folders, environment_.keyring) {}
 
 GoogleAuth::Account GoogleAuth::isSignedIn(const std::stop_token& stop) {
     switch (tokens_.read(stop).found) {
@@ -65,10 +65,10 @@ GoogleAuth::Account GoogleAuth::isSignedIn(const std::stop_token& stop) {
 }
 
 void GoogleAuth::signIn(const std::stop_token& stop) {
-    const auto client = OAuthClient::load(config_, world_.folders);
-    LoopbackReceiver receiver(config_, world_.receiverClock);
+    const auto client = OAuthClient::load(config_, environment_.folders);
+    LoopbackReceiver receiver(config_, environment_.receiverClock);
     const Attempt attempt{.redirectUri = "http://127.0.0.1:" + std::to_string(receiver.port())};
-    world_.openBrowser(authorizationUrl(world_.endpoints, client, config_.scope(), attempt));
+    environment_.openBrowser(authorizationUrl(environment_.endpoints, client, config_.scope(), attempt));
     const auto code = codeOf(receiver.waitForCallback(patience, stop), attempt, config_);
     const auto tokens = requestToken({{"grant_type", "authorization_code"},
                                       {"code", code},
@@ -92,7 +92,7 @@ Secret GoogleAuth::validAccessToken(const std::stop_token& stop) {
     if (stored.found == Keyring::Found::absent) throw AuthError(Kind::notSignedIn);
     if (stored.found == Keyring::Found::unreachable)
         throw AuthError(Kind::keyringUnreachable, "Pas connecté à Google : " + stored.trouble.reason);
-    const auto client = OAuthClient::load(config_, world_.folders);
+    const auto client = OAuthClient::load(config_, environment_.folders);
     const auto tokens = requestToken({{"grant_type", "refresh_token"},
                                       {"refresh_token", stored.secret.reveal()},
                                       {"client_id", client.clientID},
@@ -107,9 +107,8 @@ TokenResponse GoogleAuth::requestToken(const Fields& fields, std::uint64_t asked
                                        const std::optional<Secret>& refreshToken, const std::stop_token& stop) {
     HttpClient client;
     const auto answer = client.send({.method = "POST",
-                                     .url = world_.endpoints.token,
+                                     .url = environment_.endpoints.token,
                                      .headers = {{"Content-Type", "application/x-www-form-urlencoded"}},
-                                     .bearer = {},
                                      .body = encodedItems(fields)},
                                     stop);
     if (answer.status == 200) {
@@ -148,13 +147,13 @@ void GoogleAuth::signOut(const std::stop_token& stop) {
 }
 
 std::optional<Secret> GoogleAuth::heldAccessToken() const {
-    const auto soon = world_.now() + margin;
+    const auto soon = environment_.now() + margin;
     const std::lock_guard lock(mutex_);
     return expiresAt_ > soon ? std::optional(accessToken_) : std::nullopt;
 }
 
 bool GoogleAuth::keep(const TokenResponse& tokens, std::uint64_t asked) {
-    const auto expiry = world_.now() + tokens.expiresIn;
+    const auto expiry = environment_.now() + tokens.expiresIn;
     const std::lock_guard lock(mutex_);
     if (asked != number_) return false;
     accessToken_ = tokens.accessToken;

@@ -3,10 +3,9 @@
 #include "DravelKit/Foundation/Instant.h"
 #include "DravelKit/GoogleAuth/AuthError.h"
 #include "DravelKit/GoogleAuth/GoogleConfig.h"
-#include "DravelKit/GoogleAuth/GoogleEndpoints.h"
 #include "DravelKit/GoogleAuth/Keyring.h"
 #include "DravelKit/GoogleAuth/LoopbackReceiver.h"
-#include "DravelKit/GoogleAuth/TokenAnswer.h"
+#include "DravelKit/GoogleAuth/OAuthClient.h"
 #include "DravelKit/GoogleAuth/TokenStore.h"
 
 #include <cstdint>
@@ -21,8 +20,8 @@
 
 namespace dravel {
 
-// What signing in needs from the world around it.
-struct GoogleWorld {
+// What signing in needs of the system.
+struct GoogleEnvironment {
     GoogleFolders folders;
     GoogleEndpoints endpoints = GoogleEndpoints::published();
     std::shared_ptr<Keyring> keyring;
@@ -35,7 +34,7 @@ struct GoogleWorld {
 // Blocking calls for background jobs, from any thread; they throw AuthError, and HttpError for the transport.
 class GoogleAuth {
   public:
-    GoogleAuth(GoogleConfig, GoogleWorld);
+    GoogleAuth(GoogleConfig, GoogleEnvironment);
 
     // unreachable: the keyring does not answer or is locked. Nothing is forgotten; ask again later.
     enum class Account { signedIn, signedOut, unreachable };
@@ -65,7 +64,7 @@ class GoogleAuth {
     std::uint64_t forget();
 
     const GoogleConfig config_;
-    const GoogleWorld world_;
+    const GoogleEnvironment environment_;
     TokenStore tokens_;
 
     mutable std::mutex mutex_; // guards what follows; never held across a wait

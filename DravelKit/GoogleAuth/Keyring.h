@@ -21,15 +21,15 @@ class Keyring {
 
     // Why the keyring did not do what it was asked.
     struct Trouble {
-        std::string reason;    // French, to stand after " : "
-        bool declined = false; // the user was asked to unlock it, and did not
+        std::string reason = {}; // French, to stand after " : "
+        bool declined = false;   // the user was asked to unlock it, and did not
     };
 
     enum class Found { found, absent, unreachable };
     struct LookUp {
         Found found = Found::unreachable;
-        Secret secret;   // when found
-        Trouble trouble; // when unreachable
+        Secret secret = {};   // when found
+        Trouble trouble = {}; // when unreachable
     };
 
     // What came of a change: none when it was made and read back.

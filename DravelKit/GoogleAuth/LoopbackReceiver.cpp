@@ -1,8 +1,8 @@
 #include "DravelKit/GoogleAuth/LoopbackReceiver.h"
 
+#include "DravelKit/Foundation/Text.h"
 #include "DravelKit/GoogleAuth/AuthError.h"
-#include "DravelKit/GoogleAuth/CallbackPage.h"
-#include "DravelKit/GoogleAuth/CallbackRequest.h"
+#include "DravelKit/Net/Url.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -22,12 +22,112 @@ namespace dravel {
 
 namespace {
 
+constexpr std::string_view style = R"css(
+:root { color-scheme: light dark;
+  --bg: #f5f5f5; --card: #ffffff; --text: #131927; --muted: #394050; --line: #d4d7dd;
+  --ok: #2f7a45; --ok-soft: #c5e9cd; --ko: #c0392f; --ko-soft: #fac5c3; }
+@media (prefers-color-scheme: dark) { :root {
+  --bg: #131927; --card: #1e2436; --text: #f5f5f5; --muted: #c2c7d0; --line: #2c3346;
+  --ok: #43b75d; --ok-soft: #173524; --ko: #f26b66; --ko-soft: #3a1c19; } }
+* { box-sizing: border-box; margin: 0; }
+body { min-height: 100vh; display: grid; place-items: center; padding: 24px; background: var(--bg); color: var(--text);
+  font: 15px/1.5 "Atkinson Hyperlegible Next", system-ui, sans-serif; }
+main { width: 100%; max-width: 400px; padding: 40px 32px 28px; text-align: center; background: var(--card);
+  border: 1px solid var(--line); border-radius: 20px; overflow-wrap: anywhere;
+  box-shadow: 0 1px 2px rgb(0 0 0 / .06), 0 12px 32px rgb(0 0 0 / .08);
+  animation: rise .45s cubic-bezier(.2, .8, .2, 1) both; }
+.badge { width: 64px; height: 64px; margin: 0 auto 20px; border-radius: 50%; display: grid; place-items: center; }
+.ok .badge { background: var(--ok-soft); color: var(--ok); }
+.ko .badge { background: var(--ko-soft); color: var(--ko); }
+.badge svg { width: 40px; height: 40px; fill: none; stroke: currentColor; stroke-width: 3.2; stroke-linecap: round;
+  stroke-linejoin: round; }
+.draw { stroke-dasharray: 32; stroke-dashoffset: 32; animation: draw .5s .25s ease-out forwards; }
+h1 { font-size: 22px; font-weight: 650; line-height: 1.25; margin-bottom: 8px; }
+p { color: var(--muted); text-wrap: balance; }
+code { font: .92em ui-monospace, monospace; }
+footer { margin-top: 28px; padding-top: 16px; border-top: 1px solid var(--line); display: flex; flex-wrap: wrap;
+  gap: 4px 12px; font-size: 12px; color: var(--muted); }
+footer span { margin: 0 auto; }
+.app { display: inline-flex; align-items: center; gap: 6px; }
+.app svg { width: 16px; height: 16px; }
+@keyframes rise { from { opacity: 0; transform: translateY(12px); } }
+@keyframes draw { to { stroke-dashoffset: 0; } }
+@media (prefers-reduced-motion: reduce) { main, .draw { animation: none; } .draw { stroke-dashoffset: 0; } }
+)css";
+
+constexpr std::string_view checkMark = R"(<path class="draw" d="M14 25.5l7 7L34 18"/>)";
+constexpr std::string_view exclamationMark =
+    R"(<path d="M24 14v13"/><circle cx="24" cy="33.5" r="1.6" fill="currentColor" stroke="none"/>)";
+
+struct Content {
+    std::string_view variant, heading, mark;
+    std::string message; // HTML
+};
+
+std::string escaped(std::string_view text) {
+    auto html = replacedAll(text, "&", "&amp;");
+    html = replacedAll(html, "<", "&lt;");
+    html = replacedAll(html, ">", "&gt;");
+    return replacedAll(html, "\"", "&quot;");
+}
+
+std::string document(const Content& content, const GoogleConfig& config) {
+    const auto name = escaped(config.appName);
+    std::string html = "<!DOCTYPE html>\n<html lang=\"fr\">\n<head>\n<meta charset=\"utf-8\">\n"
+                       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>";
+    html.append(name).append(" · ").append(content.heading).append("</title>\n<style>").append(style);
+    html.append("</style>\n</head>\n<body>\n<main class=\"").append(content.variant);
+    html.append(
+        "\">\n<div class=\"badge\"><svg viewBox=\"0 0 48 48\" width=\"48\" height=\"48\" aria-hidden=\"true\">");
+    html.append(content.mark).append("</svg></div>\n<h1>").append(content.heading).append("</h1>\n<p>");
+    html.append(content.message).append("</p>\n<footer><span class=\"app\">");
+    html.append("<svg viewBox=\"0 0 16 16\" width=\"16\" height=\"16\" aria-hidden=\"true\">").append(config.icon);
+    html.append("</svg>").append(name).append(", par Dravel</span>");
+    html.append("<span>Vous pouvez fermer cet onglet.</span></footer>\n</main>\n</body>\n</html>\n");
+    return html;
+}
+
+std::string reason(const std::string& error, const GoogleConfig& config) {
+    if (error == "access_denied") return "Vous avez refusé l'accès à votre agenda.";
+    if (error == "admin_policy_enforced" || error == "org_internal")
+        return "L'administrateur Google Workspace de votre organisation bloque les apps tierces : "
+               "demandez-lui d'autoriser " +
+               escaped(config.appName) + ".";
+    return "Google a répondu : <code>" + escaped(error) + "</code>.";
+}
+
 using Point = ReceiverClock::Point;
 using Query = std::map<std::string, std::string>;
 
 constexpr std::size_t longestRequest = std::size_t{16} << 10;
-constexpr std::size_t mostVisitors = 8;
+constexpr std::size_t mostConnections = 8;
 constexpr std::chrono::seconds patience{5};
+
+std::string_view trimmed(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t\r");
+    if (first == text.npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+// "127.0.0.1", "localhost", each with or without a port. A page on the web can make its own name lead to this machine,
+// but the browser still says that name here.
+bool namesThisMachine(std::string_view host) {
+    const auto colon = host.find(':');
+    const auto port = colon == host.npos ? std::string_view{} : host.substr(colon + 1);
+    const auto name = host.substr(0, colon);
+    return (name == "127.0.0.1" || equalIgnoringCase(name, "localhost")) &&
+           port.find_first_not_of("0123456789") == port.npos;
+}
+
+// Every Host header of the lines names this machine.
+bool hostsAreOurs(std::string_view lines) {
+    for (const auto line : split(lines, "\n", false)) {
+        const auto colon = line.find(':');
+        if (colon == line.npos || !equalIgnoringCase(trimmed(line.substr(0, colon)), "host")) continue;
+        if (!namesThisMachine(trimmed(line.substr(colon + 1)))) return false;
+    }
+    return true;
+}
 
 class Descriptor {
   public:
@@ -47,49 +147,47 @@ class Descriptor {
 };
 
 // One connection: what it has sent so far, and until when it may.
-struct Visitor {
+struct Connection {
     Descriptor socket;
     Point end;
     std::string bytes = {};
 };
 
-enum class Progress { waiting, over };
-
-// Reads what is there. Over: the head is whole, the visitor has hung up, or it has talked enough.
-Progress read(Visitor& visitor) {
+// Reads what is there. Over: the head is whole, the other side has hung up, or it has sent enough.
+bool isOver(Connection& connection) {
     std::array<char, 4096> buffer;
-    while (visitor.bytes.size() < longestRequest) {
-        const auto room = std::min(buffer.size(), longestRequest - visitor.bytes.size());
-        const auto count = ::recv(visitor.socket.get(), buffer.data(), room, MSG_DONTWAIT);
+    while (connection.bytes.size() < longestRequest) {
+        const auto room = std::min(buffer.size(), longestRequest - connection.bytes.size());
+        const auto count = ::recv(connection.socket.get(), buffer.data(), room, MSG_DONTWAIT);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return Progress::waiting;
-        if (count <= 0) return Progress::over;
-        visitor.bytes.append(buffer.data(), static_cast<std::size_t>(count));
-        if (CallbackRequest::isComplete(visitor.bytes)) return Progress::over;
+        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return false;
+        if (count <= 0) return true;
+        connection.bytes.append(buffer.data(), static_cast<std::size_t>(count));
+        if (CallbackRequest::isComplete(connection.bytes)) return true;
     }
-    return Progress::over;
+    return true;
 }
 
-// A page fits into the buffer of a fresh connection: one attempt, and a visitor who does not read does not hold us up.
-void respond(const Visitor& visitor, const std::string& status, const std::string& html) {
+// A page fits into the buffer of a fresh connection: one attempt, and one that does not read does not hold us up.
+void respond(const Connection& connection, const std::string& status, const std::string& html) {
     const auto text = "HTTP/1.1 " + status +
                       "\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " + std::to_string(html.size()) +
                       "\r\nConnection: close\r\n\r\n" + html;
     [[maybe_unused]] const auto sent =
-        ::send(visitor.socket.get(), text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-    ::shutdown(visitor.socket.get(), SHUT_WR);
+        ::send(connection.socket.get(), text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    ::shutdown(connection.socket.get(), SHUT_WR);
 }
 
 // Answers; the query when this was the callback.
-std::optional<Query> serve(const Visitor& visitor, const GoogleConfig& config) {
-    if (visitor.bytes.empty()) return std::nullopt; // opened ahead and never used
-    auto request = CallbackRequest::parse(visitor.bytes);
+std::optional<Query> serve(const Connection& connection, const GoogleConfig& config) {
+    if (connection.bytes.empty()) return std::nullopt; // opened ahead and never used
+    auto request = CallbackRequest::parse(connection.bytes);
     if (!request || !request->isCallback()) {
-        respond(visitor, "404 Not Found", "");
+        respond(connection, "404 Not Found", "");
         return std::nullopt;
     }
     const auto error = request->query.find("error");
-    respond(visitor, "200 OK",
+    respond(connection, "200 OK",
             request->query.contains("code")
                 ? CallbackPage::success(config)
                 : CallbackPage::failure(error == request->query.end() ? "inconnu" : error->second, config));
@@ -102,58 +200,93 @@ AuthError cannotListen() {
 }
 
 // The connections of one wait.
-class Reception {
+class Connections {
   public:
-    Reception(const GoogleConfig& config, const ReceiverClock& clock, int listener, int wake)
+    Connections(const GoogleConfig& config, const ReceiverClock& clock, int listener, int wake)
         : config_(config), clock_(clock), listener_(listener), wake_(wake) {}
 
     // Waits for the next thing to happen, at most until the end. The callback's query when it has come.
-    std::optional<Query> turn(Point end) {
+    std::optional<Query> poll(Point end) {
         std::vector<pollfd> polled{{listener_, POLLIN, 0}, {wake_, POLLIN, 0}};
-        for (const auto& visitor : visitors_) {
-            polled.push_back({visitor.socket.get(), POLLIN, 0});
-            end = std::min(end, visitor.end);
+        for (const auto& connection : connections_) {
+            polled.push_back({connection.socket.get(), POLLIN, 0});
+            end = std::min(end, connection.end);
         }
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - clock_.now());
         clock_.wait(polled, std::max(left, std::chrono::milliseconds(0)));
-        if (auto query = hear(std::span(polled).subspan(2))) return query;
-        if (polled[0].revents != 0) welcome();
+        if (auto query = serveReady(std::span(polled).subspan(2))) return query;
+        if (polled[0].revents != 0) acceptOne();
         return std::nullopt;
     }
 
   private:
-    // Those who have talked before anybody new: a full house then never turns away the one who came with the callback.
-    std::optional<Query> hear(std::span<const pollfd> polled) {
+    // What has been sent comes before what is new: the connection that brings the callback is never the one that
+    // makes room.
+    std::optional<Query> serveReady(std::span<const pollfd> polled) {
         const Point now = clock_.now();
         std::optional<Query> query;
         std::size_t index = 0;
-        std::erase_if(visitors_, [&](Visitor& visitor) {
+        std::erase_if(connections_, [&](Connection& connection) {
             const bool ready = polled[index++].revents != 0;
-            if (query || (!(ready && read(visitor) == Progress::over) && now < visitor.end)) return false;
-            query = serve(visitor, config_);
+            if (query || (!(ready && isOver(connection)) && now < connection.end)) return false;
+            query = serve(connection, config_);
             return true;
         });
         return query;
     }
 
-    void welcome() {
+    void acceptOne() {
         const int fd = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
         if (fd < 0) {
-            // Out of descriptors, the knock stays: a pause, or this would spin.
+            // Out of descriptors, the connection stays pending: a pause, or this would spin.
             if (errno == EMFILE || errno == ENFILE) clock_.wait({}, std::chrono::milliseconds(100));
             return;
         }
         // A browser opens connections ahead and leaves them silent: the oldest goes.
-        if (visitors_.size() >= mostVisitors) visitors_.erase(visitors_.begin());
-        visitors_.push_back({.socket = Descriptor(fd), .end = clock_.now() + patience});
+        if (connections_.size() >= mostConnections) connections_.erase(connections_.begin());
+        connections_.push_back({.socket = Descriptor(fd), .end = clock_.now() + patience});
     }
 
     const GoogleConfig& config_;
     const ReceiverClock& clock_;
     const int listener_, wake_;
-    std::vector<Visitor> visitors_;
+    std::vector<Connection> connections_;
 };
 
+}
+
+std::string CallbackPage::success(const GoogleConfig& config) {
+    return document(
+        {.variant = "ok", .heading = "C'est connecté", .mark = checkMark, .message = escaped(config.connectedText)},
+        config);
+}
+
+std::string CallbackPage::failure(const std::string& error, const GoogleConfig& config) {
+    return document({.variant = "ko",
+                     .heading = "Connexion annulée",
+                     .mark = exclamationMark,
+                     .message = reason(error, config) + " Relancez « Se connecter à Google… » depuis " +
+                                escaped(config.retryPlace) + " quand vous voulez."},
+                    config);
+}
+
+bool CallbackRequest::isComplete(std::string_view bytes) {
+    return bytes.find("\r\n\r\n") != bytes.npos || bytes.find("\n\n") != bytes.npos;
+}
+
+std::optional<CallbackRequest> CallbackRequest::parse(std::string_view bytes) {
+    const auto end = bytes.find('\n');
+    if (end == bytes.npos) return std::nullopt;
+    const auto pieces = split(trimmed(bytes.substr(0, end)), " ");
+    if (pieces.size() != 3 || !pieces[2].starts_with("HTTP/")) return std::nullopt;
+    auto target = pieces[1].substr(0, pieces[1].find('#'));
+    const auto mark = target.find('?');
+    CallbackRequest request;
+    if (mark != target.npos)
+        for (auto& [name, value] : decodedItems(target.substr(mark + 1)))
+            if (isValidUtf8(name) && isValidUtf8(value)) request.query.emplace(std::move(name), std::move(value));
+    request.isForUs = hostsAreOurs(bytes.substr(end));
+    return request;
 }
 
 int ReceiverClock::pollDescriptors(std::span<pollfd> polled, std::chrono::milliseconds time) {
@@ -186,10 +319,10 @@ void LoopbackReceiver::close() {
 Query LoopbackReceiver::waitForCallback(std::chrono::milliseconds timeout, const std::stop_token& stop) {
     const Descriptor wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     const std::stop_callback woken(stop, [fd = wake.get()] { ::eventfd_write(fd, 1); });
-    Reception reception(config_, clock_, listener_, wake.get());
+    Connections connections(config_, clock_, listener_, wake.get());
     const Point end = clock_.now() + timeout;
     while (!stop.stop_requested() && clock_.now() < end) {
-        if (auto query = reception.turn(end)) {
+        if (auto query = connections.poll(end)) {
             close();
             return *query;
         }

@@ -8,11 +8,38 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <span>
 #include <stop_token>
 #include <string>
+#include <string_view>
 
 namespace dravel {
+
+// What the receiver needs of an HTTP request.
+struct CallbackRequest {
+    std::map<std::string, std::string> query; // the first value of each name
+    bool isForUs = true;                      // no Host header, or one that names this machine
+
+    // The browser came back from Google, with a code or a reason why there is none.
+    bool isCallback() const { return isForUs && (query.contains("code") || query.contains("error")); }
+
+    // None without a whole request line.
+    static std::optional<CallbackRequest> parse(std::string_view bytes);
+
+    // The head has come in whole: nothing more is worth waiting for.
+    static bool isComplete(std::string_view bytes);
+};
+
+// The page that the browser shows when it comes back from Google: one HTML document without external resources.
+namespace CallbackPage {
+
+std::string success(const GoogleConfig&);
+
+// error is the code that came with the callback: anybody's text, shown escaped.
+std::string failure(const std::string& error, const GoogleConfig&);
+
+}
 
 // How the receiver reads time and waits; a test gives it a clock of its own.
 struct ReceiverClock {

@@ -1,10 +1,13 @@
 #include "DravelKit/GoogleAuth/OAuthClient.h"
 
 #include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/Json.h"
 #include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/GoogleAuth/AuthError.h"
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
+#include <cstdint>
+#include <utility>
 
 namespace dravel {
 
@@ -16,6 +19,12 @@ using Path = std::filesystem::path;
 bool isThere(const Path& path) {
     std::error_code error;
     return std::filesystem::exists(path, error) || error == std::errc::permission_denied;
+}
+
+// A member that may be missing or null, but is a string when it is there.
+bool isOptionalString(const nlohmann::json& object, const char* name) {
+    const auto& member = jsonMember(object, name);
+    return member.is_null() || member.is_string();
 }
 
 }
@@ -42,14 +51,35 @@ OAuthClient OAuthClient::load(const GoogleConfig& config, const GoogleFolders& f
 }
 
 std::optional<OAuthClient> OAuthClient::parse(std::string_view text) {
-    const auto json = nlohmann::json::parse(text, nullptr, false);
-    if (!json.is_object()) return std::nullopt;
-    const auto installed = json.find("installed");
-    if (installed == json.end() || !installed->is_object()) return std::nullopt;
-    const auto id = installed->find("client_id"), secret = installed->find("client_secret");
-    if (id == installed->end() || !id->is_string() || secret == installed->end() || !secret->is_string())
-        return std::nullopt;
-    return OAuthClient{.clientID = id->get<std::string>(), .clientSecret = Secret(secret->get<std::string>())};
+    const auto file = jsonObject(text);
+    if (!file) return std::nullopt;
+    const auto& installed = jsonMember(*file, "installed");
+    auto id = jsonString(installed, "client_id"), secret = jsonString(installed, "client_secret");
+    if (!id || !secret) return std::nullopt;
+    return OAuthClient{.clientID = std::move(*id), .clientSecret = Secret(std::move(*secret))};
+}
+
+std::optional<TokenResponse> TokenResponse::parse(std::string_view text) {
+    const auto json = jsonObject(text);
+    if (!json || !isOptionalString(*json, "refresh_token")) return std::nullopt;
+    const auto access = jsonString(*json, "access_token");
+    const auto& expires = jsonMember(*json, "expires_in");
+    if (!access || access->empty() || !expires.is_number_integer()) return std::nullopt;
+    // A lifetime beyond a year would overflow the clock sooner than help anybody.
+    constexpr std::int64_t year = std::int64_t{366} * 86400; // in seconds
+    const bool huge = expires.is_number_unsigned() && expires.get<std::uint64_t>() > std::uint64_t{year};
+    const auto seconds = huge ? year : std::clamp<std::int64_t>(expires.get<std::int64_t>(), 0, year);
+    TokenResponse answer{.accessToken = Secret(*access), .expiresIn = std::chrono::seconds(seconds)};
+    if (const auto refresh = jsonString(*json, "refresh_token")) answer.refreshToken = Secret(*refresh);
+    return answer;
+}
+
+std::optional<TokenError> TokenError::parse(std::string_view text) {
+    const auto json = jsonObject(text);
+    if (!json || !isOptionalString(*json, "error_description")) return std::nullopt;
+    auto error = jsonString(*json, "error");
+    if (!error) return std::nullopt;
+    return TokenError{.error = std::move(*error), .errorDescription = jsonString(*json, "error_description")};
 }
 
 }

@@ -50,17 +50,19 @@ Kind kindOf(CURLcode code) {
     }
 }
 
-std::string lowerCaseLetters(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
-
-std::string_view trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == text.npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+std::string describe(HttpError::Kind kind, const std::string& host) {
+    switch (kind) {
+    case HttpError::Kind::badRequest: return "Requête impossible à envoyer à " + host;
+    case HttpError::Kind::unknownHost: return "Serveur " + host + " introuvable : vérifiez la connexion à Internet";
+    case HttpError::Kind::unreachable: return "Connexion impossible à " + host;
+    case HttpError::Kind::timedOut: return "Délai dépassé en attendant la réponse de " + host;
+    case HttpError::Kind::lost: return "Connexion perdue avec " + host;
+    case HttpError::Kind::insecure: return "Connexion non sécurisée avec " + host + " : requête abandonnée";
+    case HttpError::Kind::tooLarge: return "Réponse trop longue de " + host;
+    case HttpError::Kind::cancelled: return "Requête interrompue";
+    case HttpError::Kind::failed: return "Échec de la requête à " + host;
+    }
+    return {};
 }
 
 // The answer of one request while it comes in.
@@ -80,11 +82,10 @@ struct Exchange {
     bool takeHeader(std::string_view line) {
         headerBytes += line.size();
         if (headerBytes > longestHeaders) return refuse(Kind::tooLarge);
-        if (line.starts_with("HTTP/")) response.headers.clear(); // of an interim answer (1xx)
-        headWhole = trimmed(line).empty();                       // libcurl takes a head that breaks off for a whole one
-        const auto colon = line.find(':');
-        if (colon != line.npos)
-            response.headers[lowerCaseLetters(trimmed(line.substr(0, colon)))] = trimmed(line.substr(colon + 1));
+        // libcurl takes a head that breaks off for a whole one. An interim answer has a head of its own, and lines
+        // after the body (a trailer) belong to none.
+        if (line.starts_with("HTTP/")) headWhole = false;
+        if (line == "\r\n" || line == "\n") headWhole = true;
         return true;
     }
 
@@ -147,10 +148,7 @@ void fill(HeaderList& list, const HttpRequest& request, const std::string& host)
 
 }
 
-std::optional<std::string> HttpResponse::header(std::string_view name) const {
-    const auto found = headers.find(lowerCaseLetters(name));
-    return found == headers.end() ? std::nullopt : std::optional(found->second);
-}
+HttpError::HttpError(Kind k, std::string h) : std::runtime_error(describe(k, h)), kind(k), host(std::move(h)) {}
 
 struct HttpClient::Session {
     using Easy = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
@@ -183,7 +181,7 @@ struct HttpClient::Session {
         set(CURLOPT_ACCEPT_ENCODING, "gzip");
         set(CURLOPT_USERAGENT, "DravelKit (gzip)"); // Google compresses for those alone who say so here, too
         set(CURLOPT_HTTPHEADER, headers.get());
-        if (url.isLoopback() || url.host == "localhost") set(CURLOPT_PROXY, "");
+        if (url.isLoopback() || equalIgnoringCase(url.host, "localhost")) set(CURLOPT_PROXY, "");
         if (request.body) {
             set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body->size()));
             set(CURLOPT_POSTFIELDS, request.body->c_str());
@@ -262,11 +260,14 @@ HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token&
         failure = session_->drive(exchange, stop);
     }
     long status = 0;
+    curl_off_t seconds = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(easy, CURLINFO_RETRY_AFTER, &seconds);
     curl_multi_remove_handle(multi, easy);
     curl_easy_reset(easy); // nothing of this request, its headers least of all, stays behind
     if (failure) throw HttpError(*failure, url->host);
     exchange.response.status = static_cast<int>(status);
+    if (seconds > 0) exchange.response.retryAfter = std::chrono::seconds(seconds);
     return std::move(exchange.response);
 }
 

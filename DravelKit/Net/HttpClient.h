@@ -1,13 +1,12 @@
 #pragma once
 
-#include "DravelKit/Net/HttpError.h"
 #include "DravelKit/Net/Secret.h"
 
 #include <chrono>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <stop_token>
 #include <string>
 #include <utility>
@@ -15,22 +14,42 @@
 
 namespace dravel {
 
+// Why an HTTP exchange gave no answer at all. An answer with any status is not an error here.
+class HttpError : public std::runtime_error {
+  public:
+    enum class Kind {
+        badRequest,  // the address or a header cannot be sent
+        unknownHost, // no such name, or no network
+        unreachable, // nobody listens there
+        timedOut,    // silent for too long, or the whole exchange took too long
+        lost,        // the connection broke, or the answer is cut or no HTTP
+        insecure,    // TLS failed
+        tooLarge,    // the answer is longer than allowed
+        cancelled,   // the stop token asked
+        failed,      // anything else
+    };
+
+    HttpError(Kind kind, std::string host);
+
+    // In French, for the user; also what().
+    std::string description() const { return what(); }
+
+    const Kind kind;
+    const std::string host;
+};
+
 struct HttpRequest {
     std::string method = "GET";
-    std::string url;
-    std::vector<std::pair<std::string, std::string>> headers;
-    std::optional<Secret> bearer;    // sent as "Authorization: Bearer …"
-    std::optional<std::string> body; // none: no body at all
+    std::string url = {};
+    std::vector<std::pair<std::string, std::string>> headers = {};
+    std::optional<Secret> bearer = {};    // sent as "Authorization: Bearer …"
+    std::optional<std::string> body = {}; // none: no body at all
 };
 
 struct HttpResponse {
     int status = 0;
-    std::map<std::string, std::string> headers; // names in lower case
+    std::optional<std::chrono::seconds> retryAfter; // how long the server asks to be left alone
     std::string body;
-
-    // The value of a header such as "Retry-After", whatever the case of the name; none when the answer has no such
-    // header.
-    std::optional<std::string> header(std::string_view name) const;
 };
 
 struct HttpLimits {

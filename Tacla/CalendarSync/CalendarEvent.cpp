@@ -1,9 +1,9 @@
 #include "Tacla/CalendarSync/CalendarEvent.h"
 
+#include "DravelKit/Foundation/Json.h"
 #include "Tacla/TaskList/TaskFile.h"
 
-#include <nlohmann/json.hpp>
-
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <utility>
@@ -62,6 +62,16 @@ Json body(const CalendarEvent& event, Json start, Json end) {
             {"extendedProperties", {{"private", {{"tacla", "1"}, {"key", event.key}, {"sig", event.signature()}}}}}};
 }
 
+std::optional<Managed> managedEvent(const Json& event) {
+    const auto id = dravel::jsonString(event, "id");
+    const Json& properties = dravel::jsonMember(dravel::jsonMember(event, "extendedProperties"), "private");
+    const bool ours = properties.is_object() &&
+                      std::all_of(properties.begin(), properties.end(), [](const Json& p) { return p.is_string(); });
+    const auto key = ours ? dravel::jsonString(properties, "key") : std::nullopt;
+    if (!id || !key) return std::nullopt;
+    return Managed{*id, *key, dravel::jsonString(properties, "sig").value_or("")};
+}
+
 }
 
 std::string EventTime::json() const {
@@ -88,6 +98,34 @@ std::optional<CalendarEvent> calendarEvent(const TaskItem& task, const std::stri
         .end = std::move(end),
         .key = task.key,
     };
+}
+
+std::optional<ListingPage> readListingPage(std::string_view answer) {
+    const auto object = dravel::jsonObject(answer);
+    if (!object) return std::nullopt;
+    const Json& items = dravel::jsonMember(*object, "items");
+    if (!items.is_array() && !items.is_null()) return std::nullopt;
+    ListingPage page;
+    for (const Json& event : items) {
+        if (auto managed = managedEvent(event)) page.managed.push_back(std::move(*managed));
+    }
+    page.nextPageToken = dravel::jsonString(*object, "nextPageToken");
+    return page;
+}
+
+std::optional<std::string> readCalendarID(std::string_view answer) {
+    const auto object = dravel::jsonObject(answer);
+    return object ? dravel::jsonString(*object, "id") : std::nullopt;
+}
+
+bool namesRateLimit(std::string_view answer) {
+    const auto object = dravel::jsonObject(answer);
+    if (!object) return false;
+    const Json& errors = dravel::jsonMember(dravel::jsonMember(*object, "error"), "errors");
+    return std::any_of(errors.begin(), errors.end(), [](const Json& error) {
+        const auto reason = dravel::jsonString(error, "reason");
+        return reason == "rateLimitExceeded" || reason == "userRateLimitExceeded" || reason == "quotaExceeded";
+    });
 }
 
 }

@@ -5,7 +5,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+// Tasks as events of the Calendar API, and what the API answers about them.
 namespace tacla {
 
 inline constexpr std::string_view managedByTacla =
@@ -42,5 +44,27 @@ struct CalendarEvent {
 
 // None for a task without a day. An event with a time lasts half an hour.
 std::optional<CalendarEvent> calendarEvent(const TaskItem&, const std::string& timeZone);
+
+// An event of the calendar that carries our marker.
+struct Managed {
+    std::string id, key;
+    std::string sig; // "" when the event has none
+
+    bool operator==(const Managed&) const = default;
+};
+
+struct ListingPage {
+    std::vector<Managed> managed; // events without our marker or an identifier are left out
+    std::optional<std::string> nextPageToken;
+};
+
+// None when the answer is not a whole listing: nothing may be planned from it.
+std::optional<ListingPage> readListingPage(std::string_view answer);
+
+// The identifier of a calendar that was just created.
+std::optional<std::string> readCalendarID(std::string_view answer);
+
+// Whether an error answer says that too many requests came, as opposed to a request that is not allowed at all.
+bool namesRateLimit(std::string_view answer);
 
 }

@@ -3,11 +3,12 @@
 #include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallNames.h"
 #include "DravelKit/Net/Url.h"
-#include "Tacla/CalendarSync/Listing.h"
+#include "Tacla/CalendarSync/CalendarEvent.h"
 #include "Tacla/CalendarSync/SyncPlan.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <condition_variable>
 #include <utility>
 
@@ -15,19 +16,54 @@ namespace tacla {
 
 namespace {
 
+constexpr double atOnce = 200, perSecond = 6;
+constexpr std::chrono::seconds longestBackoff{64}, longestRetryAfter{300};
+
 // Whether the service asks for fewer requests.
 bool refusesForPace(const dravel::HttpResponse& response) {
     return response.status == 429 || response.status >= 500 ||
            (response.status == 403 && namesRateLimit(response.body));
 }
 
-// Only the form in seconds; a date would need the server's clock.
-std::optional<std::chrono::seconds> retryAfter(const dravel::HttpResponse& response) {
-    const auto seconds = dravel::parsedDigits(response.header("Retry-After").value_or(""));
-    return seconds ? std::optional(std::chrono::seconds(*seconds)) : std::nullopt;
+constexpr std::size_t shownCharacters = 120;
+
+std::string describe(SyncError::Kind kind, long status, const std::string& body) {
+    switch (kind) {
+    case SyncError::Kind::http: {
+        const std::string_view text = dravel::isValidUtf8(body) ? std::string_view(body) : std::string_view();
+        return "Google Agenda a répondu " + std::to_string(status) + " " +
+               std::string(dravel::firstCharacters(text, shownCharacters));
+    }
+    case SyncError::Kind::emptyFile: return "Le fichier ne contient aucune tâche : l'agenda n'est pas vidé";
+    case SyncError::Kind::calendarGone: return "L'agenda de Tacla est introuvable dans Google Agenda";
+    }
+    return {};
 }
 
 }
+
+SyncError::SyncError(Kind errorKind, long errorStatus, const std::string& body)
+    : std::runtime_error(describe(errorKind, errorStatus, body)), kind(errorKind), status(errorStatus) {}
+
+SyncError SyncError::http(long status, const std::string& body) { return SyncError(Kind::http, status, body); }
+
+Pace::Wait Pace::beforeRun(Moment now) const {
+    return std::chrono::ceil<Wait>(std::max(notBefore_ - now, Moment::duration::zero()));
+}
+
+Pace::Wait Pace::beforeRequest(Moment now) {
+    const std::chrono::duration<double> passed = now - counted_;
+    counted_ = now;
+    allowance_ = std::min(allowance_ + passed.count() * perSecond, atOnce) - 1;
+    return std::chrono::ceil<Wait>(std::chrono::duration<double>(std::max(-allowance_ / perSecond, 0.0)));
+}
+
+void Pace::refused(Moment now, std::optional<std::chrono::seconds> retryAfter) {
+    notBefore_ = now + (retryAfter ? std::min(*retryAfter, longestRetryAfter) : backoff_);
+    backoff_ = std::min(backoff_ * 2, longestBackoff);
+}
+
+void Pace::completed() { backoff_ = std::chrono::seconds(1); }
 
 CalendarSync::Time CalendarSync::Time::real() {
     return {[] { return std::chrono::steady_clock::now(); },
@@ -50,7 +86,7 @@ struct CalendarSync::Pass {
     }
 
     std::string request(const char* method, const std::string& url, std::optional<std::string> body = {}) {
-        dravel::HttpRequest request{.method = method, .url = url, .headers = {}, .bearer = {}, .body = std::move(body)};
+        dravel::HttpRequest request{.method = method, .url = url, .body = std::move(body)};
         if (request.body) request.headers.emplace_back("Content-Type", "application/json");
         auto response = send(request);
         if (response.status == 401) {
@@ -59,7 +95,7 @@ struct CalendarSync::Pass {
         }
         const bool gone = request.method == "DELETE" && (response.status == 404 || response.status == 410);
         if (gone || (response.status >= 200 && response.status < 300)) return std::move(response.body);
-        if (refusesForPace(response)) sync.pace_.refused(sync.time_.now(), retryAfter(response));
+        if (refusesForPace(response)) sync.pace_.refused(sync.time_.now(), response.retryAfter);
         throw SyncError::http(response.status, response.body);
     }
 

@@ -2,20 +2,59 @@
 
 #include "DravelKit/GoogleAuth/GoogleAuth.h"
 #include "DravelKit/Net/HttpClient.h"
-#include "Tacla/CalendarSync/Pace.h"
-#include "Tacla/CalendarSync/SyncError.h"
 #include "Tacla/Preferences/Preferences.h"
 #include "Tacla/TaskList/TaskViews.h"
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 #include <stop_token>
 #include <string>
 
 namespace tacla {
+
+// Why a run ended early. what() is the description.
+class SyncError : public std::runtime_error {
+  public:
+    enum class Kind {
+        http,         // the service answered something else than was needed
+        emptyFile,    // no task at all, while the calendar holds events
+        calendarGone, // a calendar that we did not create, and must not create anew
+    };
+
+    static SyncError http(long status, const std::string& body);
+    explicit SyncError(Kind kind, long status = 0, const std::string& body = "");
+
+    std::string description() const { return what(); } // in French
+
+    const Kind kind;
+    const long status; // of http
+};
+
+// How fast requests may follow one another, so that the service never has a reason to refuse one: 200 at once, then 6 a
+// second. After a refusal for that reason the next run waits 1, 2, 4 … 64 s, or as long as the service asked for.
+// A value without a clock: every question brings its moment, and every answer is the time still to wait.
+class Pace {
+  public:
+    using Moment = std::chrono::steady_clock::time_point;
+    using Wait = std::chrono::milliseconds;
+
+    Wait beforeRun(Moment now) const;
+    Wait beforeRequest(Moment now); // counts the request
+
+    void refused(Moment now, std::optional<std::chrono::seconds> retryAfter);
+    void completed(); // a whole run went through
+
+  private:
+    double allowance_ = 200; // requests that may go at once; negative while requests wait for their turn
+    Moment counted_{};
+    Moment notBefore_{};
+    std::chrono::seconds backoff_{1};
+};
 
 // The one-way mirror of the dated tasks in a Google calendar of Tacla's own. Between runs it keeps nothing but the
 // calendar's identifier, in the preferences: each run lists the calendar anew.

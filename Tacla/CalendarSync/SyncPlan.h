@@ -10,14 +10,6 @@
 
 namespace tacla {
 
-// An event of the calendar that carries our marker.
-struct Managed {
-    std::string id, key;
-    std::string sig; // "" when the event has none
-
-    bool operator==(const Managed&) const = default;
-};
-
 // What must change so that the calendar shows the tasks.
 struct SyncPlan {
     struct Patch {

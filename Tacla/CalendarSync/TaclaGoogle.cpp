@@ -1,6 +1,8 @@
 #include "Tacla/CalendarSync/TaclaGoogle.h"
 
-#include <nlohmann/json.hpp>
+#include "DravelKit/Foundation/Json.h"
+
+#include <utility>
 
 namespace tacla {
 
@@ -16,10 +18,9 @@ constexpr auto icon =
     R"(stroke-linecap="round" stroke-linejoin="round"/>)";
 
 std::optional<dravel::Secret> refreshTokenOf(std::string_view file) {
-    const auto object = nlohmann::json::parse(file, nullptr, /*allow_exceptions=*/false);
-    const auto token = object.find("refresh_token");
-    if (token == object.end() || !token->is_string()) return std::nullopt;
-    return dravel::Secret(token->get<std::string>());
+    const auto object = dravel::jsonObject(file);
+    auto token = object ? dravel::jsonString(*object, "refresh_token") : std::nullopt;
+    return token ? std::optional(dravel::Secret(std::move(*token))) : std::nullopt;
 }
 
 }

@@ -1,7 +1,8 @@
 #include "Tacla/AppModel/GoogleCalendarService.h"
 
-#include "tests/CalendarSync/MirrorWorld.h"
+#include "tests/CalendarSync/MirrorFixture.h"
 
+#include <curl/curl.h>
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -13,25 +14,36 @@ using Account = CalendarService::Account;
 
 // A user who agrees, or not, in a browser that follows redirects.
 struct SigningIn : ::testing::Test {
-    MirrorWorld world;
+    MirrorFixture mirror;
     std::string opened, page;
     std::jthread browser;
-    GoogleCalendarService service{{.preferences = world.preferences,
-                                   .folders = {world.home.path(), world.home.path()},
-                                   .endpoints = world.endpoints,
-                                   .keyring = world.keyring,
+    GoogleCalendarService service{{.preferences = mirror.preferences,
+                                   .folders = {mirror.home.path(), mirror.home.path()},
+                                   .endpoints = mirror.endpoints,
+                                   .keyring = mirror.keyring,
                                    .openBrowser = [this](const std::string& url) {
+                                       browser = {}; // the visit before is over
                                        opened = url;
+                                       page.clear();
                                        browser = std::jthread([this] { visit(); });
                                    }}};
 
-    static dravel::HttpResponse get(const std::string& url) {
-        return dravel::HttpClient().send({.method = "GET", .url = url, .headers = {}, .bearer = {}, .body = {}});
+    void visit() {
+        const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), curl_easy_cleanup);
+        const curl_write_callback keep = [](char* bytes, std::size_t, std::size_t count, void* text) {
+            static_cast<std::string*>(text)->append(bytes, count);
+            return count;
+        };
+        curl_easy_setopt(easy.get(), CURLOPT_URL, opened.c_str());
+        curl_easy_setopt(easy.get(), CURLOPT_PROXY, "");
+        curl_easy_setopt(easy.get(), CURLOPT_FOLLOWLOCATION, 1L);
+        curl_easy_setopt(easy.get(), CURLOPT_WRITEFUNCTION, keep);
+        curl_easy_setopt(easy.get(), CURLOPT_WRITEDATA, &page);
+        curl_easy_perform(easy.get());
     }
-    void visit() { page = get(get(opened).header("Location").value_or("")).body; }
 
     std::string signIn(const char* answer) {
-        world.google.control({{"automatic", answer}});
+        mirror.google.control({{"automatic", answer}});
         try {
             service.signIn({});
             return "signed in";
@@ -42,7 +54,7 @@ struct SigningIn : ::testing::Test {
 };
 
 TEST_F(SigningIn, GivesAnAccountThatMirrorsUntilItIsGone) {
-    world.keyring->items.clear();
+    mirror.keyring->items.clear();
     EXPECT_EQ(service.account({}), Account::signedOut);
     EXPECT_EQ(signIn("refuse"), "Connexion Google échouée : accès refusé.");
     EXPECT_EQ(service.account({}), Account::signedOut);
@@ -52,14 +64,14 @@ TEST_F(SigningIn, GivesAnAccountThatMirrorsUntilItIsGone) {
 
     const auto tasks = TaskFile::parse("- [ ] Pain · 2025-03-04\n");
     service.run(tasks, {}, {});
-    EXPECT_EQ(world.google.state("calendars").begin()->at("events").size(), 1U);
-    world.google.control({{"revoke", true}, {"forget_tokens", true}});
+    EXPECT_EQ(mirror.google.state("calendars").begin()->at("events").size(), 1U);
+    mirror.google.control({{"revoke", true}, {"forget_tokens", true}});
     EXPECT_THROW(service.run(tasks, {}, {}), CalendarService::NotSignedIn);
     EXPECT_EQ(service.account({}), Account::signedOut);
 
     EXPECT_EQ(signIn("allow"), "signed in");
     service.signOut({});
-    EXPECT_TRUE(world.keyring->items.empty());
+    EXPECT_TRUE(mirror.keyring->items.empty());
 }
 
 TEST_F(SigningIn, TellsNoSecretToAnybody) {
@@ -72,7 +84,7 @@ TEST_F(SigningIn, TellsNoSecretToAnybody) {
         for (const char* on : {"token", "calendar"}) {
             Json order = fault;
             order.update({{"on", on}, {"at", 1}});
-            world.google.control({{"faults", {order}}, {"forget_tokens", true}});
+            mirror.google.control({{"faults", {order}}, {"forget_tokens", true}});
             told += signIn("allow");
             browser.join();
             try {
@@ -83,10 +95,10 @@ TEST_F(SigningIn, TellsNoSecretToAnybody) {
         }
     }
     told += page + ::testing::internal::GetCapturedStdout() + ::testing::internal::GetCapturedStderr() + opened;
-    for (const auto& file : std::filesystem::recursive_directory_iterator(world.home.path())) {
+    for (const auto& file : std::filesystem::recursive_directory_iterator(mirror.home.path())) {
         if (file.is_regular_file() && file.path().filename() != "client.json") told += readBytes(file.path());
     }
-    const auto secrets = world.google.state("secrets");
+    const auto secrets = mirror.google.state("secrets");
     EXPECT_GT(secrets.size(), 10U) << "the client's, codes, verifiers, refresh and access tokens";
     for (const std::string secret : secrets) EXPECT_EQ(told.find(secret), told.npos);
 }

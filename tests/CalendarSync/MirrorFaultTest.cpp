@@ -1,4 +1,4 @@
-#include "tests/CalendarSync/MirrorWorld.h"
+#include "tests/CalendarSync/MirrorFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@ const std::string before =
     "- [ ] Pain · 2025-03-04\n- [ ] Lait · 2025-03-05\n- [ ] TVA · 2025-03-06\n- [ ] Vélo · 2025-03-07\n";
 const std::string after =
     "- [ ] Baguette · 2025-03-04\n- [x] Lait · 2025-03-05 14:30\n- [ ] Café · 2025-03-08\n- [ ] Thé · 2025-03-09\n";
-const MirrorWorld::Keys renamed{{TaskFile::hash("pain"), TaskFile::hash("baguette")}};
+const MirrorFixture::Keys renamed{{TaskFile::hash("pain"), TaskFile::hash("baguette")}};
 
 std::string refusal(int status) { return "Google Agenda a répondu " + std::to_string(status) + " "; }
 std::string transport(dravel::HttpError::Kind kind) { return dravel::HttpError(kind, "127.0.0.1").what(); }
@@ -27,55 +27,48 @@ struct Fault {
     std::map<std::string, std::string> but{}; // other ends, by method
 };
 
-const std::vector<Fault>& faults() {
-    using Kind = dravel::HttpError::Kind;
-    static const std::vector<Fault> all{
-        {"time-out", {{"kind", "hang"}}, transport(Kind::timedOut)},
-        {"time-out after it took effect", {{"kind", "hang"}, {"after", true}}, transport(Kind::timedOut)},
-        {"reset", {{"kind", "reset"}}, transport(Kind::lost)},
-        {"reset after it took effect", {{"kind", "reset"}, {"after", true}}, transport(Kind::lost)},
-        {"cut body", {{"kind", "cut"}}, transport(Kind::lost)},
-        {"401 once", status(401), ""},
-        {"401 twice", status(401, {{"times", 2}}), refusal(401)},
-        {"403 rate", status(403, {{"reason", "rateLimitExceeded"}}), refusal(403)},
-        {"404", status(404), refusal(404), {{"GET", "+4 ~0 -0"}, {"DELETE", ""}}},
-        {"409", status(409), refusal(409)},
-        {"410", status(410), refusal(410), {{"DELETE", ""}}},
-        {"412", status(412), refusal(412)},
-        {"429", status(429), refusal(429)},
-        {"429 with Retry-After", status(429, {{"headers", {{"Retry-After", "9"}}}}), refusal(429)},
-        {"500", status(500), refusal(500)},
-        {"500 after it took effect", status(500, {{"after", true}}), refusal(500)},
-        {"redirect", status(302, {{"headers", {{"Location", "/elsewhere"}}}}), refusal(302)},
-        {"not JSON",
-         {{"kind", "text"}, {"body", "<html>"}},
-         "",
-         {{"GET", refusal(200) + "liste d'événements illisible"}}},
-        {"wrong JSON shape",
-         {{"kind", "text"}, {"body", "[{}]"}},
-         "",
-         {{"GET", refusal(200) + "liste d'événements illisible"}}},
-    };
-    return all;
-}
+using Kind = dravel::HttpError::Kind;
+const std::string unreadable = refusal(200) + "liste d'événements illisible";
+
+const std::vector<Fault> faults{
+    {"time-out", {{"kind", "hang"}}, transport(Kind::timedOut)},
+    {"time-out after it took effect", {{"kind", "hang"}, {"after", true}}, transport(Kind::timedOut)},
+    {"reset", {{"kind", "reset"}}, transport(Kind::lost)},
+    {"reset after it took effect", {{"kind", "reset"}, {"after", true}}, transport(Kind::lost)},
+    {"cut body", {{"kind", "cut"}}, transport(Kind::lost)},
+    {"401 once", status(401), ""},
+    {"401 twice", status(401, {{"times", 2}}), refusal(401)},
+    {"403 rate", status(403, {{"reason", "rateLimitExceeded"}}), refusal(403)},
+    {"404", status(404), refusal(404), {{"GET", "+4 ~0 -0"}, {"DELETE", ""}}},
+    {"409", status(409), refusal(409)},
+    {"410", status(410), refusal(410), {{"DELETE", ""}}},
+    {"412", status(412), refusal(412)},
+    {"429", status(429), refusal(429)},
+    {"429 with Retry-After", status(429, {{"headers", {{"Retry-After", "9"}}}}), refusal(429)},
+    {"500", status(500), refusal(500)},
+    {"500 after it took effect", status(500, {{"after", true}}), refusal(500)},
+    {"redirect", status(302, {{"headers", {{"Location", "/elsewhere"}}}}), refusal(302)},
+    {"not JSON", {{"kind", "text"}, {"body", "<html>"}}, "", {{"GET", unreadable}}},
+    {"wrong JSON shape", {{"kind", "text"}, {"body", "[{}]"}}, "", {{"GET", unreadable}}},
+};
 
 // A calendar with events of ours, two of one key, and some that are the user's own.
 struct Disturbed : ::testing::Test {
     static constexpr auto patience = std::chrono::milliseconds(1'000); // with a service that never answers
-    MirrorWorld world;
-    CalendarSync impatient{world.auth,
-                           world.preferences,
-                           world.endpoints.calendar,
-                           world.time,
+    MirrorFixture mirror;
+    CalendarSync impatient{mirror.auth,
+                           mirror.preferences,
+                           mirror.endpoints.calendar,
+                           mirror.time,
                            {.silence = patience, .exchange = patience}};
     Json calendars, strangers;
     std::string id;
     std::vector<std::string> methods{"GET", "GET", "PATCH", "PATCH", "POST", "POST", "DELETE", "DELETE", "DELETE"};
 
     void SetUp() override {
-        EXPECT_EQ(world.run(before), "+4 ~0 -0");
-        id = world.preferences.calendarID().value();
-        calendars = world.google.state("calendars");
+        EXPECT_EQ(mirror.run(before), "+4 ~0 -0");
+        id = mirror.preferences.calendarID().value();
+        calendars = mirror.google.state("calendars");
         Json& events = calendars[id]["events"];
         Json twin = events.begin().value();
         twin["id"] = "twin";
@@ -85,26 +78,26 @@ struct Disturbed : ::testing::Test {
             {"marked",
              {{"id", "marked"}, {"status", "confirmed"}, {"extendedProperties", {{"private", {{"tacla", "1"}}}}}}}};
         events.update(strangers);
-        world.google.control({{"page_size", 4}});
+        mirror.google.control({{"page_size", 4}});
         reset({});
     }
 
     void reset(const Json& fault) {
-        world.preferences.setCalendar(id, true);
-        world.google.control({{"clear_log", true},
-                              {"calendars", calendars},
-                              {"faults", fault.is_null() ? Json::array() : Json::array({fault})}});
+        mirror.preferences.setCalendar(id, true);
+        mirror.google.control({{"clear_log", true},
+                               {"calendars", calendars},
+                               {"faults", fault.is_null() ? Json::array() : Json::array({fault})}});
     }
 
     void expectStrangersUntouched() {
-        const Json events = world.google.state("calendars")[id]["events"];
+        const Json events = mirror.google.state("calendars")[id]["events"];
         for (const auto& [name, event] : strangers.items()) EXPECT_EQ(events[name], event);
     }
 
     // Our events by key, with and without their identifiers.
     std::pair<std::map<Json, Json>, std::map<Json, Json>> ours() {
         std::pair<std::map<Json, Json>, std::map<Json, Json>> result;
-        const Json all = world.calendar();
+        const Json all = mirror.calendar();
         for (Json event : all["events"]) {
             if (strangers.contains(event["id"]) || event["status"] == "cancelled") continue;
             const Json key = event["extendedProperties"]["private"]["key"];
@@ -117,10 +110,10 @@ struct Disturbed : ::testing::Test {
 };
 
 TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) {
-    EXPECT_EQ(world.run(after, renamed), "+2 ~2 -3");
-    world.requests();
+    EXPECT_EQ(mirror.run(after, renamed), "+2 ~2 -3");
+    mirror.requests();
     const auto [ids, undisturbed] = ours();
-    for (const auto& [name, order, end, but] : faults()) {
+    for (const auto& [name, order, end, but] : faults) {
         for (std::size_t at = 1; at <= methods.size(); ++at) {
             const auto& method = methods[at - 1];
             SCOPED_TRACE(name + " at request " + std::to_string(at) + ", " + method);
@@ -130,18 +123,18 @@ TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) 
             const auto other = but.find(method);
             std::string expected = other == but.end() ? end : other->second;
             if (expected.empty()) expected = "+2 ~2 -3";
-            auto& mirror = order["kind"] == "hang" ? impatient : world.sync;
-            EXPECT_EQ(world.run(mirror, after, renamed).substr(0, expected.size()), expected);
+            auto& sync = order["kind"] == "hang" ? impatient : mirror.sync;
+            EXPECT_EQ(mirror.run(sync, after, renamed).substr(0, expected.size()), expected);
             expectStrangersUntouched();
 
-            world.google.control({{"faults", Json::array()}});
-            EXPECT_EQ(world.run(after, renamed)[0], '+');
-            EXPECT_EQ(world.run(after), "+0 ~0 -0");
+            mirror.google.control({{"faults", Json::array()}});
+            EXPECT_EQ(mirror.run(after, renamed)[0], '+');
+            EXPECT_EQ(mirror.run(after), "+0 ~0 -0");
             expectStrangersUntouched();
             const auto [idsNow, healed] = ours();
             EXPECT_EQ(healed, undisturbed);
             for (const auto& kept : {TaskFile::hash("baguette"), TaskFile::hash("lait")}) {
-                const bool replaced = world.preferences.calendarID() != id;
+                const bool replaced = mirror.preferences.calendarID() != id;
                 EXPECT_TRUE(replaced || idsNow.at(kept) == ids.at(kept)) << kept;
             }
         }
@@ -149,32 +142,32 @@ TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) 
 }
 
 TEST_F(Disturbed, DeletesNothingForAnEmptyFile) {
-    for (const auto& fault : faults()) {
+    for (const auto& fault : faults) {
         SCOPED_TRACE(fault.name);
         for (int at = 1; at <= 2; ++at) {
             Json order = fault.order;
             order["at"] = at;
             reset(order);
-            world.run(impatient, "", {});
-            EXPECT_EQ(world.google.state("calendars")[id], calendars[id]);
+            mirror.run(impatient, "", {});
+            EXPECT_EQ(mirror.google.state("calendars")[id], calendars[id]);
         }
     }
 }
 
 TEST_F(Disturbed, CreatesACalendarAtTheNextPassWhenTheFirstFailed) {
-    for (const auto& [name, order, end, but] : faults()) {
+    for (const auto& [name, order, end, but] : faults) {
         SCOPED_TRACE(name);
         Json fault = order;
         fault["at"] = 1;
-        world.google.control({{"calendars", Json::object()}, {"faults", Json::array({fault})}});
-        std::filesystem::remove(world.home / "preferences.json");
+        mirror.google.control({{"calendars", Json::object()}, {"faults", Json::array({fault})}});
+        std::filesystem::remove(mirror.home / "preferences.json");
         const std::string expected = name == "401 once" ? "+4 ~0 -0"
                                      : end.empty()      ? refusal(200) + "agenda créé sans identifiant"
                                                         : end;
-        EXPECT_EQ(world.run(impatient, before, {}).substr(0, expected.size()), expected);
-        world.google.control({{"faults", Json::array()}});
-        EXPECT_EQ(world.run(before), name == "401 once" ? "+0 ~0 -0" : "+4 ~0 -0");
-        EXPECT_EQ(world.shown().size(), 4U);
+        EXPECT_EQ(mirror.run(impatient, before, {}).substr(0, expected.size()), expected);
+        mirror.google.control({{"faults", Json::array()}});
+        EXPECT_EQ(mirror.run(before), name == "401 once" ? "+0 ~0 -0" : "+4 ~0 -0");
+        EXPECT_EQ(mirror.shown().size(), 4U);
     }
 }
 
@@ -184,11 +177,11 @@ TEST_F(Disturbed, AsksNothingOfTheCalendarWithoutAnAccessToken) {
         Json order = fault;
         order.update({{"on", "token"}, {"at", 1}});
         reset(order);
-        world.auth.invalidateAccessToken();
-        EXPECT_NE(world.run(after, renamed)[0], '+') << fault;
-        EXPECT_EQ(world.requests(), std::vector<std::string>{}) << fault;
+        mirror.auth.invalidateAccessToken();
+        EXPECT_NE(mirror.run(after, renamed)[0], '+') << fault;
+        EXPECT_EQ(mirror.requests(), std::vector<std::string>{}) << fault;
     }
-    EXPECT_EQ(world.run(after), "Pas connecté à Google") << "a grant that Google refused is forgotten";
+    EXPECT_EQ(mirror.run(after), "Pas connecté à Google") << "a grant that Google refused is forgotten";
 }
 
 }

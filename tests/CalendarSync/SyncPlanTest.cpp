@@ -1,5 +1,4 @@
 #include "Tacla/CalendarSync/SyncPlan.h"
-#include "Tacla/CalendarSync/Listing.h"
 #include "Tacla/TaskList/TaskFile.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,16 @@
-#include "tests/GoogleAuth/AccountWorld.h"
+#include "DravelKit/GoogleAuth/GoogleAuth.h"
+
+#include "DravelKit/Foundation/Hash.h"
+#include "DravelKit/Net/Url.h"
+#include "tests/GoogleAuth/Loopback.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/support/MemoryKeyring.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 #include <array>
+#include <list>
 #include <thread>
 
 using namespace dravel;
@@ -9,23 +19,100 @@ using namespace tacla::testing;
 
 namespace {
 
-using Account = AccountWorld;
+using Query = std::map<std::string, std::string>;
 
-LoopbackServer::Answer fresh(const std::string& token, int lifetime = 3599) {
-    return LoopbackServer::answer(200, R"({"access_token": ")" + token + R"(", "expires_in": )" +
-                                           std::to_string(lifetime) + R"(, "refresh_token": "ignored"})");
+Query asMap(const std::string& items) {
+    Query map;
+    for (auto& [name, value] : decodedItems(items)) map[name] = value;
+    return map;
 }
+
+// An account whose token endpoint, keyring, browser and clocks are the test's.
+struct Account : ::testing::Test {
+    static constexpr auto key = "fr.dravel.Essai.google";
+
+    TemporaryFolder folder;
+    std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
+    Instant now{std::chrono::hours(24 * 20'000)};
+    IdleClock idle;
+    std::unique_ptr<LoopbackServer> server;
+    std::unique_ptr<GoogleAuth> auth;
+    std::function<std::string(const Query&)> user; // authorization query to callback query
+    std::string opened;                            // the address shown in the browser
+    std::list<Connection> browser;
+
+    Account() {
+        std::filesystem::create_directories(folder / "Essai");
+        writeBytes(folder / "Essai/client.json",
+                   R"({"installed": {"client_id": "client", "client_secret": "secret-client"}})");
+    }
+
+    // Google's token endpoint gives these answers; a new account object each time.
+    void google(std::vector<LoopbackServer::Answer> answers) {
+        server = std::make_unique<LoopbackServer>(std::move(answers));
+        auth = std::make_unique<GoogleAuth>(
+            essai(), GoogleEnvironment{.folders = {.data = folder.path(), .resources = folder / "share"},
+                                       .endpoints = GoogleEndpoints::onThisMachine(server->base(), "test"),
+                                       .keyring = keyring,
+                                       .openBrowser = [this](const std::string& url) { browse(url); },
+                                       .now = [this] { return now; },
+                                       .receiverClock = idle.reader()});
+    }
+
+    void browse(const std::string& url) {
+        opened = url;
+        const auto query = asMap(Url::parse(url).value().query);
+        const auto port = Url::parse(query.at("redirect_uri")).value().port;
+        const auto back = user(query);
+        if (back.empty()) return; // the user walks away
+        browser.emplace_back(static_cast<std::uint16_t>(std::stoi(port)),
+                             "GET /?" + back + " HTTP/1.1\r\nHost: 127.0.0.1:" + port + "\r\n\r\n");
+    }
+
+    // "" when it went well, else the French reason.
+    template <class Action>
+    static std::string outcome(Action action) {
+        try {
+            action();
+            return "";
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+    }
+    std::string signIn() {
+        return outcome([this] { auth->signIn(); });
+    }
+    std::string accessToken() {
+        std::string token;
+        const auto failure = outcome([&] { token = auth->validAccessToken().reveal(); });
+        return failure.empty() ? token : failure;
+    }
+    Query form(std::size_t request) const { return asMap(server->requests().at(request).body); }
+};
+
+using SignIn = Account;
+
+LoopbackServer::Answer answer(int status, std::string_view body, std::string_view headers = "") {
+    return LoopbackServer::answer(status, body, headers);
+}
+
+LoopbackServer::Answer tokens(const std::string& access, const std::string& refresh = "ignored", int lifetime = 3599) {
+    return answer(200, R"({"access_token": ")" + access + R"(", "expires_in": )" + std::to_string(lifetime) +
+                           R"(, "refresh_token": ")" + refresh + "\"}");
+}
+
+std::string agree(const Query& asked) { return "state=" + asked.at("state") + "&code=4%2Fcode&scope=x"; }
 
 }
 
 TEST_F(Account, RefreshesAnAccessTokenThatLastsLessThanAMinute) {
     keyring->items[key] = "jeton-1";
-    google({fresh("acces-1", 100), fresh("acces-2"), fresh("acces-3")});
+    google({tokens("acces-1", "ignored", 100), tokens("acces-2"), tokens("acces-3")});
     EXPECT_EQ(accessToken(), "acces-1");
-    EXPECT_EQ(form(0), (std::map<std::string, std::string>{{"grant_type", "refresh_token"},
-                                                           {"refresh_token", "jeton-1"},
-                                                           {"client_id", "client"},
-                                                           {"client_secret", "secret-client"}}));
+    EXPECT_EQ(form(0), (Query{{"grant_type", "refresh_token"},
+                              {"refresh_token", "jeton-1"},
+                              {"client_id", "client"},
+                              {"client_secret", "secret-client"}}));
     now += 39s; // good for 61 seconds
     EXPECT_EQ(accessToken(), "acces-1");
     now += 2s; // for 59
@@ -36,27 +123,22 @@ TEST_F(Account, RefreshesAnAccessTokenThatLastsLessThanAMinute) {
 }
 
 TEST_F(Account, IsSignedOutOnlyByAnInvalidGrant) {
+    const std::string failed = "Connexion Google échouée : ", unreadable = "Réponse de Google illisible";
     const struct {
         LoopbackServer::Answer answer;
-        const char* message;
-        bool kept;
+        std::string message;
+        bool kept = true;
     } table[] = {
-        {LoopbackServer::answer(400, R"({"error": "invalid_grant", "error_description": "Token has been revoked."})"),
-         "Pas connecté à Google", false},
-        {LoopbackServer::answer(400, R"({"error": "invalid_scope", "error_description": "Some scope."})"),
-         "Connexion Google échouée : Some scope.", true},
-        {LoopbackServer::answer(401, R"({"error": "invalid_client"})"), "Connexion Google échouée : invalid_client",
-         true},
-        {LoopbackServer::answer(403, R"({"error": "access_denied"})"), "Connexion Google échouée : accès refusé.",
-         true},
-        {LoopbackServer::answer(500, "oups"), "Connexion Google échouée : réponse HTTP inattendue", true},
-        {LoopbackServer::answer(400, R"({"error": {"code": 400}})"),
-         "Connexion Google échouée : réponse HTTP inattendue", true},
-        {LoopbackServer::answer(302, "", "Location: /ailleurs\r\n"),
-         "Connexion Google échouée : réponse HTTP inattendue", true},
-        {LoopbackServer::answer(200, "<html>"), "Réponse de Google illisible", true},
-        {LoopbackServer::answer(200, R"({"access_token": "a"})"), "Réponse de Google illisible", true},
-        {{"", LoopbackServer::Then::reset}, "Connexion perdue avec 127.0.0.1", true},
+        {answer(400, R"({"error": "invalid_grant", "error_description": "Revoked."})"), "Pas connecté à Google", false},
+        {answer(400, R"({"error": "invalid_scope", "error_description": "Some scope."})"), failed + "Some scope."},
+        {answer(401, R"({"error": "invalid_client"})"), failed + "invalid_client"},
+        {answer(403, R"({"error": "access_denied"})"), failed + "accès refusé."},
+        {answer(500, "oups"), failed + "réponse HTTP inattendue"},
+        {answer(400, R"({"error": {"code": 400}})"), failed + "réponse HTTP inattendue"},
+        {answer(302, "", "Location: /ailleurs\r\n"), failed + "réponse HTTP inattendue"},
+        {answer(200, "<html>"), unreadable},
+        {answer(200, R"({"access_token": "a"})"), unreadable},
+        {{"", LoopbackServer::Then::reset}, "Connexion perdue avec 127.0.0.1"},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.answer.bytes);
@@ -71,7 +153,7 @@ TEST_F(Account, IsSignedOutOnlyByAnInvalidGrant) {
 TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
     keyring->items[key] = "jeton-1";
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
-    google({fresh("acces-1")});
+    google({tokens("acces-1")});
     EXPECT_EQ(auth->isSignedIn(), GoogleAuth::Account::unreachable);
     EXPECT_EQ(accessToken(), "Pas connecté à Google : le trousseau de clés est verrouillé");
     EXPECT_EQ(outcome([&] { auth->signOut(); }),
@@ -83,7 +165,7 @@ TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
 
 TEST_F(Account, DoesNotComeBackWhenItIsSignedOutDuringARefresh) {
     keyring->items[key] = "jeton-1";
-    auto late = fresh("acces-1");
+    auto late = tokens("acces-1");
     late.before = [this] { auth->signOut(); };
     google({late});
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
@@ -93,9 +175,9 @@ TEST_F(Account, DoesNotComeBackWhenItIsSignedOutDuringARefresh) {
 
 TEST_F(Account, IsKeptWhenAnotherProcessSignsInWhileTheOldTokenIsRefused) {
     keyring->items[key] = "jeton-1";
-    auto refusal = LoopbackServer::answer(400, R"({"error": "invalid_grant"})");
+    auto refusal = answer(400, R"({"error": "invalid_grant"})");
     refusal.before = [this] { keyring->items[key] = "jeton-2"; };
-    google({refusal, fresh("acces-2")});
+    google({refusal, tokens("acces-2")});
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
     EXPECT_EQ(accessToken(), "acces-2");
     EXPECT_EQ(form(1).at("refresh_token"), "jeton-2");
@@ -103,7 +185,7 @@ TEST_F(Account, IsKeptWhenAnotherProcessSignsInWhileTheOldTokenIsRefused) {
 
 TEST_F(Account, ServesSeveralThreadsAtOnce) {
     keyring->items[key] = "jeton-1";
-    google(std::vector(64, fresh("acces-1")));
+    google(std::vector(64, tokens("acces-1")));
     std::array<int, 4> wrong{};
     {
         std::vector<std::jthread> threads;
@@ -125,4 +207,99 @@ TEST_F(Account, GivesUpWhenAskedTo) {
     EXPECT_EQ(outcome([&] { auth->validAccessToken(stop.get_token()); }), "Requête interrompue");
     EXPECT_EQ(keyring->items.at(key), "jeton-1");
     EXPECT_EQ(outcome([&] { auth->validAccessToken(stop.get_token()); }), "Connexion Google interrompue");
+}
+
+TEST_F(SignIn, AsksGoogleInTheBrowserAndKeepsTheTokens) {
+    google({tokens("acces-1", "jeton-1")});
+    Query asked;
+    user = [&](const Query& query) { return agree(asked = query); };
+    EXPECT_EQ(signIn(), "");
+
+    const auto verifier = form(0).at("code_verifier");
+    EXPECT_EQ(verifier.size(), 64u);
+    EXPECT_EQ(asked.at("state").size(), 22u);
+    EXPECT_EQ(opened, server->base() + "/o/oauth2/v2/auth?" +
+                          encodedItems({{"client_id", "client"},
+                                        {"redirect_uri", asked.at("redirect_uri")},
+                                        {"response_type", "code"},
+                                        {"scope", "https://www.googleapis.com/auth/calendar.app.created"},
+                                        {"code_challenge", base64Url(sha256(verifier))},
+                                        {"code_challenge_method", "S256"},
+                                        {"state", asked.at("state")},
+                                        {"access_type", "offline"},
+                                        {"prompt", "consent"}}));
+    EXPECT_TRUE(asked.at("redirect_uri").starts_with("http://127.0.0.1:"));
+    EXPECT_EQ(form(0), (Query{{"grant_type", "authorization_code"},
+                              {"code", "4/code"},
+                              {"code_verifier", verifier},
+                              {"redirect_uri", asked.at("redirect_uri")},
+                              {"client_id", "client"},
+                              {"client_secret", "secret-client"}}));
+    EXPECT_EQ(server->requests().at(0).line, "POST /token HTTP/1.1");
+    EXPECT_NE(server->requests().at(0).headers.find("Content-Type: application/x-www-form-urlencoded\r\n"),
+              std::string::npos);
+
+    EXPECT_EQ(keyring->items.at(key), "jeton-1");
+    EXPECT_EQ(accessToken(), "acces-1");
+    EXPECT_NE(browser.back().answer().find("C'est connecté"), std::string::npos);
+}
+
+TEST_F(SignIn, ReplacesTheAccountThatWasThere) {
+    keyring->items[key] = "jeton-0";
+    google({tokens("acces-1", "jeton-1"), tokens("acces-2", "jeton-2")});
+    user = agree;
+    EXPECT_EQ(signIn() + signIn(), "");
+    EXPECT_EQ(keyring->items.size(), 1u);
+    EXPECT_EQ(keyring->items.at(key), "jeton-2");
+    EXPECT_EQ(accessToken(), "acces-2");
+}
+
+TEST_F(SignIn, FailsWithAFrenchReasonAndExchangesNoCode) {
+    const auto wrongLast = [](std::string state) {
+        state.back() = state.back() == 'A' ? 'B' : 'A';
+        return "code=c&state=" + state;
+    };
+    const std::string administrator =
+        "l'administrateur Google Workspace de votre organisation bloque les apps tierces : "
+        "demandez-lui d'autoriser Essai.";
+    const struct {
+        std::function<std::string(const std::string& state)> answer;
+        std::string reason;
+    } table[] = {
+        {[](const auto& state) { return "error=access_denied&state=" + state; }, "accès refusé."},
+        {[](const auto& state) { return "error=admin_policy_enforced&state=" + state; }, administrator},
+        {[](const auto& state) { return "error=org_internal&state=" + state; }, administrator},
+        {[](const auto& state) { return "error=invalid_request&state=" + state; }, "invalid_request"},
+        {[](const auto&) { return std::string("code=c"); }, "état OAuth inattendu"},
+        {wrongLast, "état OAuth inattendu"},
+        {[](const auto&) { return std::string("error=access_denied"); }, "état OAuth inattendu"},
+        {[](const auto&) { return std::string(); }, "délai dépassé"},
+    };
+    for (const auto& row : table) {
+        google({});
+        user = [&](const Query& asked) { return row.answer(asked.at("state")); };
+        EXPECT_EQ(signIn(), "Connexion Google échouée : " + row.reason);
+        EXPECT_TRUE(server->requests().empty());
+        EXPECT_TRUE(keyring->items.empty());
+    }
+}
+
+TEST_F(SignIn, StoresNothingUnlessGoogleGivesARefreshTokenAndTheKeyringTakesIt) {
+    user = agree;
+    google({LoopbackServer::answer(200, R"({"access_token": "a", "expires_in": 3599})")});
+    EXPECT_EQ(signIn(), "Connexion Google échouée : Google n'a pas renvoyé de refresh token");
+    EXPECT_EQ(accessToken(), "Pas connecté à Google");
+
+    google({tokens("a", "r")});
+    keyring->storeTrouble = Keyring::Trouble{.reason = "le trousseau de clés a refusé l'opération"};
+    EXPECT_EQ(signIn(), "Connexion Google échouée : le trousseau de clés a refusé l'opération");
+    EXPECT_EQ(accessToken(), "Pas connecté à Google");
+    EXPECT_TRUE(keyring->items.empty());
+}
+
+TEST_F(SignIn, NeedsAClientBeforeItOpensTheBrowser) {
+    google({});
+    std::filesystem::remove(folder / "Essai/client.json");
+    EXPECT_EQ(signIn(), "Client Google absent de cette version de l'app");
+    EXPECT_EQ(opened, "");
 }

@@ -1,7 +1,5 @@
 #include "DravelKit/GoogleAuth/AuthError.h"
-#include "DravelKit/GoogleAuth/GoogleEndpoints.h"
 #include "DravelKit/GoogleAuth/OAuthClient.h"
-#include "DravelKit/GoogleAuth/TokenAnswer.h"
 #include "tests/GoogleAuth/Loopback.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -15,13 +13,21 @@ using tacla::testing::writeBytes;
 
 namespace {
 
-std::string endpointsOf(const char* base) {
+// What the function gives, or the French reason why it gives nothing.
+template <class Function>
+std::string outcome(Function function) {
     try {
-        const auto endpoints = GoogleEndpoints::onThisMachine(base, "TACLA_GOOGLE_BASE");
-        return endpoints.authorization + " " + endpoints.token + " " + endpoints.calendar;
+        return function();
     } catch (const AuthError& error) {
         return error.description();
     }
+}
+
+std::string endpointsOf(const char* base) {
+    return outcome([&] {
+        const auto endpoints = GoogleEndpoints::onThisMachine(base, "TACLA_GOOGLE_BASE");
+        return endpoints.authorization + " " + endpoints.token + " " + endpoints.calendar;
+    });
 }
 
 }
@@ -42,7 +48,8 @@ TEST(GoogleEndpoints, RefuseEveryOtherMachine) {
               "http://[::1]:8765/o/oauth2/v2/auth http://[::1]:8765/token http://[::1]:8765/calendar/v3");
     for (const auto* base : {"", "127.0.0.1:8765", "http://localhost:8765", "http://example.org", "ftp://127.0.0.1/",
                              "http://127.0.0.1.example.org", "http://127.0.0.1@example.org", "http://127.0.0.1:1/x",
-                             "http://127.0.0.1?x", "http:/127.0.0.1", "http://0.0.0.0:8765", "http://127.0.0.2"})
+                             "http://127.0.0.1?x", "http:/127.0.0.1", "http://0.0.0.0:8765", "http://127.0.0.2",
+                             "http://[::2]", "http://127.0.0.1:x", "http://127.0.0.1:99999"})
         EXPECT_EQ(endpointsOf(base), "TACLA_GOOGLE_BASE refusée : seules les adresses http://127.0.0.1 et http://[::1] "
                                      "sont permises")
             << base;
@@ -66,13 +73,7 @@ TEST(OAuthClient, TakesTheUsersFileBeforeThePackages) {
     const GoogleFolders folders{.data = folder / "data", .resources = folder / "share"};
     std::filesystem::create_directories(folders.data / "Essai");
     std::filesystem::create_directories(folders.resources);
-    const auto load = [&]() -> std::string {
-        try {
-            return OAuthClient::load(essai(), folders).clientID;
-        } catch (const AuthError& error) {
-            return error.description();
-        }
-    };
+    const auto load = [&] { return outcome([&] { return OAuthClient::load(essai(), folders).clientID; }); };
     EXPECT_FALSE(OAuthClient::isAvailable(essai(), folders));
     EXPECT_EQ(load(), "Client Google absent de cette version de l'app");
 

@@ -14,26 +14,26 @@
 #include <string>
 #include <string_view>
 
-// Both ends of the loopback receiver, in one thread: what a visitor sends waits in the system until the receiver looks.
+// Both ends of the loopback receiver, in one thread: what is sent waits in the system until the receiver looks.
 namespace tacla::testing {
 
 // One connection to 127.0.0.1.
-class Visit {
+class Connection {
   public:
-    explicit Visit(std::uint16_t port, std::string_view bytes = "", const char* host = "127.0.0.1")
+    explicit Connection(std::uint16_t port, std::string_view bytes = "", const char* host = "127.0.0.1")
         : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_port = htons(port);
         ::inet_pton(AF_INET, host, &address.sin_addr);
         connected_ = ::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-        say(bytes);
+        send(bytes);
     }
-    Visit(Visit&& other) noexcept : socket_(std::exchange(other.socket_, -1)), connected_(other.connected_) {}
-    ~Visit() { ::close(socket_); }
+    Connection(Connection&& other) noexcept : socket_(std::exchange(other.socket_, -1)), connected_(other.connected_) {}
+    ~Connection() { ::close(socket_); }
 
     bool connected() const { return connected_; }
-    std::size_t say(std::string_view bytes) {
+    std::size_t send(std::string_view bytes) {
         const auto sent = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         return sent < 0 ? 0 : static_cast<std::size_t>(sent);
     }

@@ -1,7 +1,6 @@
 #include "DravelKit/GoogleAuth/LoopbackReceiver.h"
 
 #include "DravelKit/GoogleAuth/AuthError.h"
-#include "DravelKit/GoogleAuth/CallbackPage.h"
 #include "tests/GoogleAuth/Loopback.h"
 
 #include <gtest/gtest.h>
@@ -10,88 +9,163 @@
 
 using namespace dravel;
 using namespace std::chrono_literals;
+using tacla::testing::Connection;
 using tacla::testing::essai;
 using tacla::testing::IdleClock;
-using tacla::testing::Visit;
 
 namespace {
+
+// "code=… state=…" of a callback, "404" of another request, "?" of what is no request yet.
+std::string read(std::string_view bytes) {
+    const auto request = CallbackRequest::parse(bytes);
+    if (!request) return "?";
+    if (!request->isCallback()) return "404";
+    std::string items;
+    for (const auto& [name, value] : request->query) items += (items.empty() ? "" : " ") + name + "=" + value;
+    return items;
+}
 
 constexpr std::string_view callback = "GET /?state=s&code=c HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n";
 constexpr std::string_view notFound = "HTTP/1.1 404 Not Found\r\nContent-Type: text/html; charset=utf-8\r\n"
                                       "Content-Length: 0\r\nConnection: close\r\n\r\n";
 const std::map<std::string, std::string> expected{{"code", "c"}, {"state", "s"}};
 
-struct Reception : testing::Test {
+struct Receiver : testing::Test {
     IdleClock clock;
     LoopbackReceiver receiver{essai(), clock.reader()};
 
-    Visit visit(std::string_view bytes = "") { return Visit(receiver.port(), bytes); }
+    Connection connect(std::string_view bytes = "") { return Connection(receiver.port(), bytes); }
     auto wait(std::stop_token stop = {}) { return receiver.waitForCallback(300s, stop); }
 };
 
 }
 
-TEST_F(Reception, AnswersTheCallbackWithThePageAndStopsListening) {
-    auto browser = visit(callback); // before anybody waits
+TEST(CallbackPage, SaysThatTheAccountIsConnected) {
+    const auto page = CallbackPage::success(essai());
+    for (const auto* part :
+         {"<title>Essai · C'est connecté</title>", "<main class=\"ok\">", "<h1>C'est connecté</h1>",
+          "<p>L'agenda est à jour.</p>", "Essai, par Dravel</span>", "Vous pouvez fermer cet onglet."})
+        EXPECT_NE(page.find(part), page.npos) << part;
+}
+
+TEST(CallbackPage, SaysWhyItIsNotAndWhereToTryAgain) {
+    const auto message = [](const std::string& error) {
+        const auto page = CallbackPage::failure(error, essai());
+        const auto start = page.find("<p>") + 3;
+        return page.substr(start, page.find("</p>") - start);
+    };
+    const std::string again = " Relancez « Se connecter à Google… » depuis les réglages d'Essai quand vous voulez.";
+    EXPECT_EQ(message("access_denied"), "Vous avez refusé l'accès à votre agenda." + again);
+    for (const auto* code : {"admin_policy_enforced", "org_internal"})
+        EXPECT_EQ(message(code), "L'administrateur Google Workspace de votre organisation bloque les apps tierces : "
+                                 "demandez-lui d'autoriser Essai." +
+                                     again);
+    EXPECT_EQ(message("<script>\"a\" & b</script>"),
+              "Google a répondu : <code>&lt;script&gt;&quot;a&quot; &amp; b&lt;/script&gt;</code>." + again);
+}
+
+TEST(CallbackPage, LoadsNothingFromElsewhere) {
+    for (const auto& page : {CallbackPage::success(essai()), CallbackPage::failure("x", essai())})
+        for (const auto* elsewhere : {"http", "src=", "href=", "url(", "@import"})
+            EXPECT_EQ(page.find(elsewhere), page.npos) << elsewhere;
+}
+
+TEST(CallbackRequest, ReadsTheQueryOfTheRequestLine) {
+    const struct {
+        std::string_view bytes, expected;
+    } table[] = {
+        {"GET /?state=s&code=4%2F0Ab&scope=a%20b HTTP/1.1\r\n\r\n", "code=4/0Ab scope=a b state=s"},
+        {"GET /?error=access_denied&state=s HTTP/1.1\r\n\r\n", "error=access_denied state=s"},
+        {"GET /n/importe/quoi?code HTTP/1.0\n\n", "code="},
+        {"GET /?code=a&code=b HTTP/1.1\r\n\r\n", "code=a"},
+        {"GET /?code=a+b#error=c HTTP/1.1\r\n\r\n", "code=a+b"},
+        {"GET /?code=%C3%A9&x=%FF HTTP/1.1\r\n\r\n", "code=é"},
+        {"GET /favicon.ico HTTP/1.1\r\n\r\n", "404"},
+        {"GET /?encode=a HTTP/1.1\r\n\r\n", "404"},
+        {"GET / HTTP/1.1\r\nReferer: /?code=a\r\n\r\n", "404"},
+        {"GET /?code=a HT", "?"},
+        {"GET /?code=a\r\n\r\n", "?"},
+        {"GET /?code=a b HTTP/1.1\r\n\r\n", "?"},
+        {"\x16\x03\x01\x02\x01\n\x01", "?"},
+        {"", "?"},
+    };
+    for (const auto& row : table) EXPECT_EQ(read(row.bytes), row.expected) << row.bytes;
+}
+
+TEST(CallbackRequest, IsForUsWhenItsHostNamesThisMachineOrNothing) {
+    const auto withHost = [](const std::string& headers) {
+        return read("GET /?code=a HTTP/1.1\r\n" + headers + "\r\n");
+    };
+    for (const auto* headers : {"", "Host: 127.0.0.1\r\n", "Host: 127.0.0.1:41234\r\n", "HOST:LocalHost:80\r\n",
+                                "Accept: */*\r\nhost: localhost\r\n", "X-Host: example.org\r\n"})
+        EXPECT_EQ(withHost(headers), "code=a") << headers;
+    for (const auto* headers :
+         {"Host: example.org\r\n", "Host: 127.0.0.1.example.org\r\n", "Host: 127.0.0.1:80.org\r\n", "Host: [::1]\r\n",
+          "Host:\r\n", "Host: localhost\r\nHost: example.org\r\n"})
+        EXPECT_EQ(withHost(headers), "404") << headers;
+}
+
+TEST_F(Receiver, AnswersTheCallbackWithThePageAndStopsListening) {
+    auto browser = connect(callback); // before anybody waits
     EXPECT_EQ(wait(), expected);
     const auto page = CallbackPage::success(essai());
     EXPECT_EQ(browser.answer(), "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " +
                                     std::to_string(page.size()) + "\r\nConnection: close\r\n\r\n" + page);
-    EXPECT_FALSE(visit().connected());
+    EXPECT_FALSE(connect().connected());
 }
 
-TEST_F(Reception, ShowsTheFailureAndStillHandsOverTheQuery) {
-    auto browser = visit("GET /?error=access_denied&state=s HTTP/1.1\r\n\r\n");
+TEST_F(Receiver, ShowsTheFailureAndStillHandsOverTheQuery) {
+    auto browser = connect("GET /?error=access_denied&state=s HTTP/1.1\r\n\r\n");
     EXPECT_EQ(wait(), (std::map<std::string, std::string>{{"error", "access_denied"}, {"state", "s"}}));
     EXPECT_TRUE(browser.answer().ends_with(CallbackPage::failure("access_denied", essai())));
 }
 
-TEST_F(Reception, IsReachedAtOneAddressOnly) {
-    EXPECT_TRUE(visit().connected());
-    EXPECT_FALSE(Visit(receiver.port(), "", "127.0.0.2").connected());
+TEST_F(Receiver, IsReachedAtOneAddressOnly) {
+    EXPECT_TRUE(connect().connected());
+    EXPECT_FALSE(Connection(receiver.port(), "", "127.0.0.2").connected());
 }
 
-TEST_F(Reception, WaitsOnAfterEverythingThatIsNotTheCallback) {
-    auto icon = visit("GET /favicon.ico HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-    auto stranger = visit("GET /?code=volé&state=s HTTP/1.1\r\nHost: pirate.example\r\n\r\n");
-    auto half = visit("GET /?code=moitié&state=");
+TEST_F(Receiver, WaitsOnAfterEverythingThatIsNotTheCallback) {
+    auto icon = connect("GET /favicon.ico HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    auto stranger = connect("GET /?code=volé&state=s HTTP/1.1\r\nHost: pirate.example\r\n\r\n");
+    auto half = connect("GET /?code=moitié&state=");
     half.finish();
-    auto garbage = visit();
-    EXPECT_GT(garbage.say(std::string(std::size_t{1} << 20, '\xff')), 16u << 10);
-    auto gone = std::make_unique<Visit>(visit("GET /?co"));
+    auto garbage = connect();
+    EXPECT_GT(garbage.send(std::string(std::size_t{1} << 20, '\xff')), 16u << 10);
+    auto gone = std::make_unique<Connection>(connect("GET /?co"));
     gone.reset();
-    auto slow = visit("GET /?state=s&code=c HTTP/1.1\r\nHo"); // the rest does not come: served after five seconds
+    auto slow = connect("GET /?state=s&code=c HTTP/1.1\r\nHo"); // the rest does not come: served after five seconds
     EXPECT_EQ(wait(), expected);
     for (auto* other : {&icon, &stranger, &half}) EXPECT_EQ(other->answer(), notFound);
     EXPECT_EQ(clock.elapsed(), 5s);
 }
 
-TEST_F(Reception, ReadsARequestThatComesInPieces) {
-    std::unique_ptr<Visit> browser;
+TEST_F(Receiver, ReadsARequestThatComesInPieces) {
+    std::unique_ptr<Connection> browser;
     std::size_t sent = 0;
     auto pieces = clock.reader();
     pieces.wait = [&, wait = pieces.wait](std::span<pollfd> polled, std::chrono::milliseconds time) {
         if (const int ready = wait(polled, 0ms)) return ready;
-        browser->say(callback.substr(sent, 7));
+        browser->send(callback.substr(sent, 7));
         sent = std::min(sent + 7, callback.size());
         return wait(polled, time);
     };
     LoopbackReceiver other(essai(), pieces);
-    browser = std::make_unique<Visit>(other.port());
+    browser = std::make_unique<Connection>(other.port());
     EXPECT_EQ(other.waitForCallback(300s), expected);
 }
 
-TEST_F(Reception, IsNotHeldUpByHundredIdleConnections) {
-    std::vector<Visit> idle;
-    for (int i = 0; i < 50; ++i) idle.push_back(visit());
-    auto browser = visit(callback);
-    for (int i = 0; i < 50; ++i) idle.push_back(visit());
+TEST_F(Receiver, IsNotHeldUpByHundredIdleConnections) {
+    std::vector<Connection> idle;
+    for (int i = 0; i < 50; ++i) idle.push_back(connect());
+    auto browser = connect(callback);
+    for (int i = 0; i < 50; ++i) idle.push_back(connect());
     EXPECT_EQ(wait(), expected);
     EXPECT_EQ(clock.elapsed(), 0s);
 }
 
-TEST_F(Reception, GivesUpAfterFiveMinutes) {
-    auto idle = visit();
+TEST_F(Receiver, GivesUpAfterFiveMinutes) {
+    auto idle = connect();
     try {
         wait();
         FAIL() << "a callback from nowhere";
@@ -99,11 +173,11 @@ TEST_F(Reception, GivesUpAfterFiveMinutes) {
         EXPECT_EQ(error.description(), "Connexion Google échouée : délai dépassé");
     }
     EXPECT_EQ(clock.elapsed(), 300s);
-    EXPECT_FALSE(visit().connected());
+    EXPECT_FALSE(connect().connected());
     EXPECT_EQ(idle.answer(), "");
 }
 
-TEST_F(Reception, StopsWhenAskedTo) {
+TEST_F(Receiver, StopsWhenAskedTo) {
     std::stop_source stop;
     auto reader = ReceiverClock{}; // really asleep, until the token wakes it
     reader.wait = [&](std::span<pollfd> polled, std::chrono::milliseconds time) {

@@ -33,12 +33,8 @@ struct Store : testing::Test {
     }
     std::string read() {
         const auto found = store.read({});
-        switch (found.found) {
-        case Keyring::Found::found: return found.secret.reveal();
-        case Keyring::Found::absent: return "absent";
-        case Keyring::Found::unreachable: break;
-        }
-        return "unreachable: " + found.trouble.reason;
+        if (found.found == Keyring::Found::unreachable) return "unreachable: " + found.trouble.reason;
+        return found.found == Keyring::Found::found ? found.secret.reveal() : "absent";
     }
 };
 

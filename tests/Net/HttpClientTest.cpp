@@ -1,27 +1,52 @@
 #include "DravelKit/Net/HttpClient.h"
 
 #include "tests/support/LoopbackServer.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
 using namespace dravel;
+using namespace std::chrono_literals;
 using tacla::testing::LoopbackServer;
+using Then = LoopbackServer::Then;
 
 namespace {
 
-HttpRequest get(const std::string& url) {
-    return {.method = "GET", .url = url, .headers = {}, .bearer = {}, .body = {}};
+bool contains(const std::string& text, std::string_view part) { return text.find(part) != text.npos; }
+
+// What became of a request: "200", or the French reason why there is no answer.
+std::string outcome(HttpClient& client, const HttpRequest& request, std::stop_token stop = {}) {
+    try {
+        return std::to_string(client.send(request, stop).status);
+    } catch (const HttpError& error) {
+        return error.description();
+    }
 }
 
-bool contains(const std::string& text, std::string_view part) { return text.find(part) != text.npos; }
+// A clock that each look at it moves on.
+struct LeapingClock {
+    std::chrono::steady_clock::time_point time;
+    std::chrono::seconds leap;
+    std::function<void()> look = [] {};
+
+    HttpClient::SteadyNow reader() {
+        return [this] {
+            look();
+            return time += leap;
+        };
+    }
+};
 
 }
 
 TEST(HttpClient, SendsTheRequestAsItIsAndReadsTheAnswerAsItIs) {
-    LoopbackServer server({LoopbackServer::answer(429, "Trop vite", "Retry-After: 7 \r\nX-Empty:\r\n")});
+    LoopbackServer server({LoopbackServer::answer(429, "Trop vite", "Retry-After: 7 \r\n")});
     HttpClient client;
     const auto answer = client.send({.method = "PATCH",
                                      .url = server.base() + "/events/a%40b?x=1",
@@ -30,9 +55,7 @@ TEST(HttpClient, SendsTheRequestAsItIsAndReadsTheAnswerAsItIs) {
                                      .body = std::string("{\"a\":\0}", 7)});
     EXPECT_EQ(answer.status, 429);
     EXPECT_EQ(answer.body, "Trop vite");
-    EXPECT_EQ(answer.header("retry-AFTER"), "7");
-    EXPECT_EQ(answer.header("X-Empty"), "");
-    EXPECT_EQ(answer.header("X-Missing"), std::nullopt);
+    EXPECT_EQ(answer.retryAfter, std::chrono::seconds(7));
 
     const auto request = server.requests().at(0);
     EXPECT_EQ(request.line, "PATCH /events/a%40b?x=1 HTTP/1.1");
@@ -45,15 +68,9 @@ TEST(HttpClient, KeepsOneConnectionAndNothingElseBetweenRequests) {
     LoopbackServer server({LoopbackServer::answer(200, "un", "Set-Cookie: suivi=1; Path=/\r\n"),
                            LoopbackServer::answer(204, ""), LoopbackServer::answer(200, "trois")});
     HttpClient client;
-    auto first = get(server.base() + "/1");
-    first.bearer = Secret("jeton");
-    EXPECT_EQ(client.send(first).body, "un");
-    EXPECT_EQ(
-        client.send({.method = "DELETE", .url = server.base() + "/2", .headers = {}, .bearer = {}, .body = {}}).status,
-        204);
-    EXPECT_EQ(
-        client.send({.method = "POST", .url = server.base() + "/3", .headers = {}, .bearer = {}, .body = "corps"}).body,
-        "trois");
+    EXPECT_EQ(client.send({.url = server.base() + "/1", .bearer = Secret("jeton")}).body, "un");
+    EXPECT_EQ(client.send({.method = "DELETE", .url = server.base() + "/2"}).status, 204);
+    EXPECT_EQ(client.send({.method = "POST", .url = server.base() + "/3", .body = "corps"}).body, "trois");
     const auto requests = server.requests();
     ASSERT_EQ(requests.size(), 3u);
     for (const auto& request : requests) EXPECT_EQ(request.connection, 1);
@@ -69,9 +86,7 @@ TEST(HttpClient, NeverFollowsARedirect) {
     LoopbackServer elsewhere({LoopbackServer::answer(200, "volé")});
     LoopbackServer server({LoopbackServer::answer(302, "", "Location: " + elsewhere.base() + "/\r\n")});
     HttpClient client;
-    auto request = get(server.base());
-    request.bearer = Secret("jeton");
-    EXPECT_EQ(client.send(request).status, 302);
+    EXPECT_EQ(client.send({.url = server.base(), .bearer = Secret("jeton")}).status, 302);
     EXPECT_TRUE(elsewhere.requests().empty());
 }
 
@@ -79,16 +94,16 @@ TEST(HttpClient, UnpacksACompressedAnswer) {
     const std::string packed("\x1f\x8b\x08\0\0\0\0\0\x02\x03K\xca\xcf\xcb\xca/-\x02\0\xc8\xf0\xb6\xa5\x07\0\0\0", 27);
     LoopbackServer server({LoopbackServer::answer(200, packed, "Content-Encoding: gzip\r\n")});
     HttpClient client;
-    EXPECT_EQ(client.send(get(server.base())).body, "bonjour");
+    EXPECT_EQ(client.send({.url = server.base()}).body, "bonjour");
 }
 
 TEST(HttpClient, AsksNoProxyForThisMachine) {
     LoopbackServer proxy({LoopbackServer::answer(200, "proxy")}), server({LoopbackServer::answer(200, "direct")});
     ::setenv("http_proxy", proxy.base().c_str(), 1);
     HttpClient client;
-    EXPECT_EQ(client.send(get(server.base())).body, "direct");
+    EXPECT_EQ(client.send({.url = server.base()}).body, "direct");
     HttpClient other;
-    EXPECT_EQ(other.send(get("http://calendrier.example/")).body, "proxy");
+    EXPECT_EQ(other.send({.url = "http://calendrier.example/"}).body, "proxy");
     ::unsetenv("http_proxy");
     EXPECT_EQ(proxy.requests().at(0).line, "GET http://calendrier.example/ HTTP/1.1");
 }
@@ -97,4 +112,118 @@ TEST(HttpClient, PrintsASecretAsAnEllipsis) {
     std::ostringstream out;
     out << Secret("jeton");
     EXPECT_EQ(out.str(), "…");
+}
+
+TEST(HttpClient, SaysInFrenchWhyThereIsNoAnswer) {
+    const std::string longHeader(300'000, 'x');
+    const std::string lost = "Connexion perdue avec 127.0.0.1", tooLong = "Réponse trop longue de 127.0.0.1";
+    const struct {
+        const char* fault;
+        LoopbackServer::Answer answer;
+        std::string expected;
+    } table[] = {
+        {"cut body", {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc", Then::close}, lost},
+        {"cut chunk", {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nA\r\nabc", Then::close}, lost},
+        {"trailer", {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1\r\na\r\n0\r\nX: y\r\n\r\n"}, "200"},
+        {"cut head", {"HTTP/1.1 200 OK\r\nContent-Le", Then::close}, lost},
+        {"closed", {"", Then::close}, lost},
+        {"reset", {"", Then::reset}, lost},
+        {"no HTTP", {"220 mail.example ESMTP\r\n", Then::close}, lost},
+        {"bad compression",
+         {"HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\nabc", Then::close},
+         lost},
+        {"too long", LoopbackServer::answer(200, "12345678901"), tooLong},
+        {"just right", LoopbackServer::answer(200, "1234567890"), "200"},
+        {"endless, in chunks",
+         {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n6\r\nabcdef\r\n6\r\nabcdef\r\n", Then::hang},
+         tooLong},
+        {"endless header", LoopbackServer::answer(200, "", "X: " + longHeader + "\r\n"),
+         "Échec de la requête à 127.0.0.1"},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.fault);
+        LoopbackServer server({row.answer});
+        HttpClient client({.answer = 10});
+        EXPECT_EQ(outcome(client, {.url = server.base()}), row.expected);
+    }
+}
+
+TEST(HttpClient, SaysWhenNobodyListens) {
+    std::string base;
+    { base = LoopbackServer({}).base(); }
+    HttpClient client;
+    EXPECT_EQ(outcome(client, {.url = base}), "Connexion impossible à 127.0.0.1");
+}
+
+TEST(HttpClient, SendsEachRequestOnceEvenWhenTheKeptConnectionWasClosed) {
+    for (const char* method : {"GET", "POST"}) {
+        for (const Then then : {Then::close, Then::reset}) {
+            LoopbackServer server({LoopbackServer::answer(200, ""), {"", then}, LoopbackServer::answer(200, "")});
+            HttpClient client;
+            EXPECT_EQ(outcome(client, {.url = server.base() + "/1"}), "200");
+            EXPECT_EQ(outcome(client, {.method = method, .url = server.base() + "/2"}),
+                      "Connexion perdue avec 127.0.0.1");
+            EXPECT_EQ(server.requests().size(), 2u);
+            EXPECT_EQ(outcome(client, {.url = server.base() + "/3"}), "200");
+        }
+    }
+}
+
+TEST(HttpClient, GivesUpAfterAMinuteOfSilence) {
+    LoopbackServer server({{"HTTP/1.1 200 OK\r\n", Then::hang}});
+    LeapingClock clock{.time = {}, .leap = 31s};
+    HttpClient client({}, clock.reader());
+    EXPECT_EQ(outcome(client, {.url = server.base()}), "Délai dépassé en attendant la réponse de 127.0.0.1");
+}
+
+TEST(HttpClient, GivesUpAfterFiveMinutesOfOneByteASecond) {
+    LoopbackServer server({{"HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n", Then::hang}});
+    LeapingClock clock{.time = {}, .leap = 1s};
+    clock.look = [&, looks = 0]() mutable {
+        if (++looks > 3) server.push("x");
+    };
+    HttpClient client({}, clock.reader());
+    EXPECT_EQ(outcome(client, {.url = server.base()}), "Délai dépassé en attendant la réponse de 127.0.0.1");
+    EXPECT_GT(clock.time.time_since_epoch(), 290s);
+}
+
+TEST(HttpClient, StopsWhenAskedTo) {
+    std::stop_source stop;
+    LoopbackServer server({{"", Then::hang, [&] { stop.request_stop(); }}, LoopbackServer::answer(200, "")});
+    HttpClient client;
+    EXPECT_EQ(outcome(client, {.url = server.base()}, stop.get_token()), "Requête interrompue");
+    EXPECT_EQ(outcome(client, {.url = server.base()}), "200");
+}
+
+TEST(HttpClient, RefusesWhatItCannotSend) {
+    LoopbackServer server({});
+    HttpClient client;
+    for (const char* url : {"", "file:///etc/hostname", "ftp://127.0.0.1/", "127.0.0.1", "http://moi@127.0.0.1/"})
+        EXPECT_TRUE(outcome(client, {.url = url}).starts_with("Requête impossible à envoyer")) << url;
+    for (const auto& request : {HttpRequest{.url = server.base(), .headers = {{"X-Titre", "a\r\nX-Autre: b"}}},
+                                HttpRequest{.url = server.base(), .bearer = Secret("jeton\nX: y")}})
+        EXPECT_EQ(outcome(client, request), "Requête impossible à envoyer à 127.0.0.1");
+    EXPECT_TRUE(server.requests().empty());
+}
+
+TEST(HttpClient, TrustsNoCertificateThatNobodyVouchesFor) {
+    const tacla::testing::TemporaryFolder folder;
+    const auto pem = (folder / "cert.pem").string();
+    const std::string serve = "echo $$; openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+                              "-days 1 -subj /CN=127.0.0.1 "
+                              "-addext subjectAltName=IP:127.0.0.1 -keyout " +
+                              pem + " -out " + pem +
+                              ".crt 2>/dev/null && exec openssl s_server -accept 127.0.0.1:0 -www -key " + pem +
+                              " -cert " + pem + ".crt 2>&1";
+    std::FILE* const output = ::popen(serve.c_str(), "r");
+    int child = 0, port = 0;
+    for (std::array<char, 256> line; port == 0 && std::fgets(line.data(), line.size(), output) != nullptr;) {
+        if (child == 0) child = std::atoi(line.data());
+        [[maybe_unused]] const int read = std::sscanf(line.data(), "ACCEPT 127.0.0.1:%d", &port);
+    }
+    HttpClient client;
+    EXPECT_EQ(outcome(client, {.url = "https://127.0.0.1:" + std::to_string(port)}),
+              "Connexion non sécurisée avec 127.0.0.1 : requête abandonnée");
+    ::kill(child, SIGTERM);
+    ::pclose(output);
 }

@@ -1,5 +1,4 @@
 #include "DravelKit/GoogleAuth/OAuthClient.h"
-#include "DravelKit/GoogleAuth/TokenAnswer.h"
 
 #include <cstddef>
 #include <cstdint>

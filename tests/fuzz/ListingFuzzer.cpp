@@ -1,4 +1,4 @@
-#include "Tacla/CalendarSync/Listing.h"
+#include "Tacla/CalendarSync/CalendarEvent.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "DravelKit/GoogleAuth/CallbackRequest.h"
+#include "DravelKit/GoogleAuth/LoopbackReceiver.h"
 
 #include "DravelKit/Foundation/Text.h"
 

@@ -45,7 +45,7 @@ GoogleStandIn::~GoogleStandIn() {
 
 std::string GoogleStandIn::ask(const std::string& method, const std::string& path, const std::string& body) const {
     dravel::HttpClient http;
-    return http.send({.method = method, .url = base_ + path, .headers = {}, .bearer = {}, .body = body}).body;
+    return http.send({.method = method, .url = base_ + path, .body = body}).body;
 }
 
 nlohmann::json GoogleStandIn::control(const nlohmann::json& order) const {

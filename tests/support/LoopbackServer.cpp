@@ -11,13 +11,8 @@
 namespace tacla::testing {
 
 LoopbackServer::Answer LoopbackServer::answer(int status, std::string_view body, std::string_view headers) {
-    std::string bytes = "HTTP/1.1 " + std::to_string(status) + " Status\r\n";
-    bytes.append(headers)
-        .append("Content-Length: ")
-        .append(std::to_string(body.size()))
-        .append("\r\n\r\n")
-        .append(body);
-    return {.bytes = bytes};
+    return {.bytes = "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + std::string(headers) +
+                     "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body)};
 }
 
 LoopbackServer::LoopbackServer(std::vector<Answer> script)

@@ -12,7 +12,7 @@ namespace tacla::testing {
 using Json = nlohmann::json;
 
 // A signed-in user with a calendar of their own, a clock that moves only by waiting, and the stand-in for Google.
-struct MirrorWorld {
+struct MirrorFixture {
     GoogleStandIn google;
     TemporaryFolder home;
     std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
@@ -29,7 +29,7 @@ struct MirrorWorld {
                             }};
     CalendarSync sync{auth, preferences, endpoints.calendar, time};
 
-    explicit MirrorWorld(const std::string& scope = "calendar.app.created")
+    explicit MirrorFixture(const std::string& scope = "calendar.app.created")
         : auth(taclaGoogle(preferences),
                {.folders = {home.path(), home.path()}, .endpoints = endpoints, .keyring = keyring, .openBrowser = {}}) {
         std::filesystem::create_directories(home / "Tacla");
