@@ -8,7 +8,7 @@
 namespace tacla {
 
 // Of each digest, which of its kind it is: 1 for the first, 2 for the next that equals it. A flat table of where each
-// was seen last, in place of a map.
+// was seen last, in place of a map, so that reloading 100,000 tasks does not wait for memory at each title.
 inline std::vector<std::uint32_t> numbered(std::span<const std::uint64_t> digests) {
     const auto mask = std::bit_ceil(2 * digests.size() + 1) - 1; // at least half of the places stay free
     std::vector<std::uint32_t> lastSeen(mask + 1);               // the position from 1, 0 for a free place

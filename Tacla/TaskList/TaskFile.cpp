@@ -102,8 +102,11 @@ std::optional<std::string> writableTitle(std::string typed) {
 namespace TaskFile {
 
 std::vector<TaskItem> parse(std::string_view text) {
+    constexpr std::size_t usualTaskLength = 48; // bytes of the text for each task
     std::vector<TaskItem> tasks;
     std::vector<std::uint64_t> digests;
+    tasks.reserve(text.size() / usualTaskLength);
+    digests.reserve(text.size() / usualTaskLength);
     forEachTask(text, [&](const TaskLine& task) {
         tasks.push_back(
             {task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn, {}});
