@@ -6,7 +6,7 @@
 #include "DravelKit/StandardMenu/Updater.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/Linux/Bus.h"
-#include "Tacla/Linux/ColourScheme.h"
+#include "Tacla/Linux/SystemEvents.h"
 #include "Tacla/Linux/DesktopNotifications.h"
 #include "Tacla/Linux/Wake.h"
 #include "Tacla/MainWindow/DesktopActions.h"

@@ -1,6 +1,6 @@
 #include "Tacla/Shell/Tray.h"
 
-#include "Tacla/Shell/StatusMenu.h"
+#include "Tacla/StatusMenu/StatusMenu.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/Linux/ColourScheme.h"
+#include "Tacla/Linux/SystemEvents.h"
 #include "Tacla/Linux/MenuServer.h"
 #include "Tacla/Linux/StatusItem.h"
 

@@ -1,5 +1,5 @@
 # The desktop part of the program, loaded by it when the application or one of its two diagnostic commands is asked for.
-add_library(tacla_desktop MODULE DesktopModule.cpp Application.cpp)
+add_library(tacla_desktop MODULE DesktopModule.cpp DesktopProgram.cpp)
 target_include_directories(tacla_desktop PRIVATE ${CMAKE_SOURCE_DIR})
 target_compile_definitions(tacla_desktop PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII
                            TACLA_VERSION="${PROJECT_VERSION}")

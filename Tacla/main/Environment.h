@@ -4,7 +4,7 @@
 #include "DravelKit/Foundation/UserFolders.h"
 #include "Tacla/Preferences/Preferences.h"
 #include "Tacla/Preferences/TaskFileLocation.h"
-#include "Tacla/main/Modules.h"
+#include "Tacla/main/Programs.h"
 
 #include <functional>
 #include <string>

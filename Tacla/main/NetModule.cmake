@@ -1,5 +1,5 @@
 # The network part of the program, loaded by it when the calendar is to be mirrored.
-add_library(tacla_net MODULE NetModule.cpp ProgressLine.cpp)
+add_library(tacla_net MODULE SyncProgram.cpp ProgressLine.cpp)
 target_link_libraries(tacla_net PRIVATE tacla_calendarsync tacla_terminal)
 if(NOT TACLA_SANITIZE) # whose runtime the executable brings
     target_link_options(tacla_net PRIVATE -Wl,--no-undefined)

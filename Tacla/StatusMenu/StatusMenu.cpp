@@ -1,4 +1,4 @@
-#include "Tacla/Shell/StatusMenu.h"
+#include "Tacla/StatusMenu/StatusMenu.h"
 
 #include "Tacla/TaskList/Labels.h"
 

@@ -1,4 +1,4 @@
-#include "Tacla/Linux/ColourScheme.h"
+#include "Tacla/Linux/SystemEvents.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

@@ -1,4 +1,4 @@
-#include "Tacla/main/Modules.h"
+#include "Tacla/main/Programs.h"
 
 #include "DravelKit/Foundation/UserFolders.h"
 

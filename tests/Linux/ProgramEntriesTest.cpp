@@ -1,4 +1,4 @@
-#include "Tacla/Linux/AutostartLoginItem.h"
+#include "Tacla/Linux/ProgramEntries.h"
 
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/Foundation/SafeFile.h"

@@ -8,7 +8,7 @@
 #include "DravelKit/Run/ThreadedBackground.h"
 #include "Tacla/AppModel/GoogleCalendarService.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
-#include "Tacla/Linux/AutostartLoginItem.h"
+#include "Tacla/Linux/ProgramEntries.h"
 #include "Tacla/Linux/FreedesktopActions.h"
 #include "Tacla/Linux/QtMainLoop.h"
 #include "Tacla/Linux/Watchdog.h"
