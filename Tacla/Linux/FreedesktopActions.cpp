@@ -3,7 +3,6 @@
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/Foundation/FilePaths.h"
 #include "DravelKit/Foundation/Text.h"
-#include "Tacla/Preferences/TaskFileEdit.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -15,15 +14,30 @@
 #include <array>
 #include <utility>
 
-namespace tacla {
+namespace tacla::FreedesktopActions {
 
 namespace {
 
-using std::filesystem::path;
+QUrl url(const Path& file) { return QUrl::fromLocalFile(QString::fromStdString(file.string())); }
 
-QUrl url(const path& file) { return QUrl::fromLocalFile(QString::fromStdString(file.string())); }
+void openPanel(QWidget* parent, const Path& folder, const Chosen& chosen, const QString& title,
+               const std::function<void(QFileDialog&)>& prepare) {
+    auto* panel = new QFileDialog(parent, title, QString::fromStdString(folder.string()));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    prepare(*panel);
+    QObject::connect(panel, &QFileDialog::fileSelected, panel, [chosen](const QString& file) {
+        if (!file.isEmpty()) chosen(Path(file.toStdString()));
+    });
+    panel->open();
+}
 
-void reveal(Bus& session, const path& file) {
+}
+
+void openFile(const Path& file) { QDesktopServices::openUrl(url(file)); }
+
+void openAddress(const std::string& address) { QDesktopServices::openUrl(QUrl(QString::fromStdString(address))); }
+
+void reveal(Bus& session, const Path& file) {
     const auto openFolder = [file] { QDesktopServices::openUrl(url(file.parent_path())); };
     if (!session.connection()) return openFolder();
     auto message = QDBusMessage::createMethodCall(
@@ -37,8 +51,7 @@ void reveal(Bus& session, const path& file) {
     });
 }
 
-// Empty, where nothing was put into it yet.
-void showFolder(const path& folder) try {
+void showFolder(const Path& folder) try {
     dravel::makeFolders(folder);
     QDesktopServices::openUrl(url(folder));
 } catch (const dravel::FileError&) {
@@ -53,18 +66,7 @@ void openNotificationSettings() {
     if (!program.isEmpty()) QProcess::startDetached(program, words);
 }
 
-void openPanel(QWidget* parent, const path& folder, const DesktopActions::Chosen& chosen, const QString& title,
-               const std::function<void(QFileDialog&)>& prepare) {
-    auto* panel = new QFileDialog(parent, title, QString::fromStdString(folder.string()));
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    prepare(*panel);
-    QObject::connect(panel, &QFileDialog::fileSelected, panel, [chosen](const QString& file) {
-        if (!file.isEmpty()) chosen(path(file.toStdString()));
-    });
-    panel->open();
-}
-
-void chooseFile(QWidget* parent, const path& folder, const DesktopActions::Chosen& chosen) {
+void chooseFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
     const auto title = QStringLiteral("Choisissez le fichier où Tacla lit et écrit vos tâches.");
     openPanel(parent, folder, chosen, title, [](QFileDialog& panel) {
         panel.setFileMode(QFileDialog::ExistingFile);
@@ -74,7 +76,7 @@ void chooseFile(QWidget* parent, const path& folder, const DesktopActions::Chose
     });
 }
 
-void createFile(QWidget* parent, const path& folder, const DesktopActions::Chosen& chosen) {
+void createFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
     const auto title = QStringLiteral("Où ranger votre nouvelle liste de tâches ?");
     openPanel(parent, folder, chosen, title, [](QFileDialog& panel) {
         panel.setAcceptMode(QFileDialog::AcceptSave);
@@ -85,8 +87,6 @@ void createFile(QWidget* parent, const path& folder, const DesktopActions::Chose
         panel.setLabelText(QFileDialog::Accept, QStringLiteral("Enregistrer"));
         panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
     });
-}
-
 }
 
 std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
@@ -102,22 +102,6 @@ std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
         for (const auto& [desktop, command] : commands)
             if (name == desktop) return command;
     return "";
-}
-
-DesktopActions freedesktopActions(Bus& session, const dravel::UserFolders& folders, std::string version) {
-    DesktopActions actions;
-    actions.openFile = [](const path& file) { QDesktopServices::openUrl(url(file)); };
-    actions.reveal = [&session](const path& file) { reveal(session, file); };
-    actions.showCopies = [folder = copiesFolder(folders)] { showFolder(folder); };
-    actions.openAgenda = [] {
-        QDesktopServices::openUrl(QUrl(QStringLiteral("https://calendar.google.com/calendar/r")));
-    };
-    actions.openNotificationSettings = openNotificationSettings;
-    actions.chooseFile = chooseFile;
-    actions.createFile = createFile;
-    actions.version = std::move(version);
-    actions.home = folders.home;
-    return actions;
 }
 
 }

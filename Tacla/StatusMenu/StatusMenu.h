@@ -1,12 +1,39 @@
 #pragma once
 
-#include "Tacla/AppModel/ModelState.h"
-#include "Tacla/Linux/MenuEntry.h"
-
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace tacla {
+
+struct ModelState;
+
+// What an entry of the tray menu does when it is chosen.
+struct MenuCommand {
+    enum class Kind { none, toggle, openWindow, openFile, openAgenda, checkForUpdates, quit };
+    Kind kind = Kind::none;
+    std::string key{}; // of the task to toggle
+
+    bool operator==(const MenuCommand&) const = default;
+};
+
+// An entry of the tray menu, as a value. The label is plain text: escaping belongs to who shows it.
+struct MenuEntry {
+    enum class Kind { action, header, separator, submenu };
+    Kind kind = Kind::action;
+    std::string label{};
+    bool enabled = true;
+    std::optional<bool> checked{};  // only entries that can be checked have it
+    std::optional<char> shortcut{}; // with Ctrl
+    std::string toolTip{};          // the whole title, where a label is cut
+    MenuCommand command{};
+    std::vector<MenuEntry> children{};
+
+    bool operator==(const MenuEntry&) const = default;
+};
+
+using Menu = std::vector<MenuEntry>;
 
 // What the tray menu shows for that state: late tasks, today's, what is coming, and the program's own entries.
 Menu statusMenu(const ModelState&, bool updatesAvailable);

@@ -3,26 +3,36 @@
 #include "Tacla/main/Terminal.h"
 
 #include <filesystem>
+#include <span>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace tacla {
 
-// A part of the program that is loaded only when a command needs it: the terminal stays free of windows and network.
-struct Module {
+// The arguments after a program's name, or after a command's.
+using Arguments = std::span<const std::string>;
+
+// A program in <prefix>/libexec/tacla that `tacla` starts: the terminal itself stays free of windows and network.
+struct Program {
     const char* file;
-    const char* entry;   // int entry(int argc, char** argv): prints, fails and answers the exit status itself
     const char* missing; // what to say when it is not installed
 };
 
-inline constexpr Module networkModule{"tacla_net.so", "tacla_net_main",
-                                      "la recopie dans Google Agenda n'est pas installée (paquet tacla)"};
-inline constexpr Module desktopModule{"tacla_desktop.so", "tacla_desktop_main",
-                                      "l'application de bureau n'est pas installée (paquet tacla-desktop)"};
+inline constexpr Program syncProgram{"tacla-sync", "la recopie dans Google Agenda n'est pas installée (paquet tacla)"};
+inline constexpr Program desktopProgram{"tacla-desktop",
+                                        "l'application de bureau n'est pas installée (paquet tacla-desktop)"};
 
-// <prefix>/lib/tacla for the program <prefix>/bin/tacla.
-std::filesystem::path moduleFolder();
+// After a rename: the keys, one JSON object from old to new ones, stand on the standard input of the sync program,
+// which is silent when all went well.
+inline constexpr const char* renamedKeysOption = "--renamed-keys";
 
-int runModule(const Module&, const std::filesystem::path& folder, std::vector<std::string> arguments, Terminal&);
+// The folder over bin/tacla and libexec/tacla, as each of the programs sees it.
+std::filesystem::path installationPrefix();
+
+// Goes on as that program, under the name of `tacla`. Returns, with the exit status, only when there is no way to.
+int becomeProgram(const Program&, const std::filesystem::path& prefix, Arguments, Terminal&);
+
+// Runs it to its end with that standard input, and returns its exit status.
+int runProgram(const Program&, const std::filesystem::path& prefix, Arguments, std::string_view input, Terminal&);
 
 }

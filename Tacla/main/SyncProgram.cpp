@@ -1,25 +1,45 @@
+#include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "Tacla/CalendarSync/CalendarSync.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
-#include "Tacla/main/Environment.h"
-#include "Tacla/main/ProgressLine.h"
+#include "Tacla/Preferences/TaskFileLocation.h"
+#include "Tacla/main/Programs.h"
 #include "Tacla/main/TaskFileAccess.h"
 
-#include <cerrno>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
 #include <cstdio>
-#include <span>
+#include <iostream>
 
 namespace {
 
 using namespace tacla;
 using Keys = std::map<std::string, std::string>;
 
+// One line on the terminal behind standard error that shows how far the work is, and is gone with this object. Nothing
+// at all when standard error is no terminal.
+class ProgressLine {
+  public:
+    ProgressLine() = default;
+    ~ProgressLine() { show(""); }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    void show(std::string_view text) const {
+        constexpr std::string_view clearLine = "\r\x1b[K";
+        if (isTerminal_) std::fputs(std::string(clearLine).append(text).c_str(), stderr);
+    }
+
+  private:
+    const bool isTerminal_ = ::isatty(STDERR_FILENO) == 1;
+};
+
 CalendarSync::Result mirror(const Tasks& tasks, const Keys& renamed, const dravel::UserFolders& folders,
                             Preferences& preferences) {
     const auto endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable);
-    const auto prefix = moduleFolder().parent_path().parent_path();
     dravel::GoogleAuth auth(taclaGoogle(preferences),
-                            {.folders = {.data = folders.data, .resources = prefix / "share" / "tacla"},
+                            {.folders = {.data = folders.data, .resources = installationPrefix() / "share" / "tacla"},
                              .endpoints = endpoints,
                              .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
                              .openBrowser = {}});
@@ -31,27 +51,27 @@ CalendarSync::Result mirror(const Tasks& tasks, const Keys& renamed, const drave
     });
 }
 
-int sync(const Keys& renamed, bool silent, Terminal& terminal) {
+CalendarSync::Result sync(const Keys& renamed, Terminal& terminal) {
     const auto folders = dravel::UserFolders::fromEnvironment();
     Preferences preferences(preferencesFile(folders), folders.locks,
                             [&](const std::string& message) { terminal.fail(message); });
     const char* const chosen = std::getenv("TACLA_FILE");
     const auto file = resolvedFile(chosen == nullptr ? "" : chosen, preferences, folders);
     const auto tasks = readTasks(file);
-    if (!tasks) return terminal.fail(unreadable(file));
-    const auto [created, updated, deleted] = mirror(*tasks, renamed, folders, preferences);
-    if (!silent) {
-        terminal.print("+" + std::to_string(created) + " ~" + std::to_string(updated) + " -" + std::to_string(deleted));
-    }
-    return EXIT_SUCCESS;
+    if (!tasks) throw std::runtime_error(unreadable(file));
+    return mirror(*tasks, renamed, folders, preferences);
 }
 
-// "sync", or "sync-renamed" and pairs of an old and a new key.
-int run(std::span<char*> arguments, Terminal& terminal) {
-    Keys renamed;
-    for (std::size_t i = 2; i + 1 < arguments.size(); i += 2) renamed[arguments[i]] = arguments[i + 1];
+int run(bool afterRename, Terminal& terminal) {
     try {
-        return sync(renamed, arguments[1] == std::string_view("sync-renamed"), terminal);
+        const auto renamed = afterRename ? nlohmann::json::parse(std::cin).get<Keys>() : Keys();
+        const auto [created, updated, deleted] = sync(renamed, terminal);
+        if (!afterRename)
+            terminal.print("+" + std::to_string(created) + " ~" + std::to_string(updated) + " -" +
+                           std::to_string(deleted));
+        return EXIT_SUCCESS;
+    } catch (const nlohmann::json::exception&) {
+        return terminal.fail("clés renommées illisibles");
     } catch (const dravel::FileError& error) {
         return terminal.fail("impossible d'écrire " + error.path.string() + " : " + error.description());
     } catch (const std::exception& error) { // AuthError, SyncError, HttpError: what() is in French
@@ -61,14 +81,9 @@ int run(std::span<char*> arguments, Terminal& terminal) {
 
 }
 
-// The module's only door. The executable has checked the arguments.
-extern "C" __attribute__((visibility("default"))) int tacla_net_main(int argc, char** argv) {
+// Started by `tacla` only, which has checked that the calendar is to be mirrored.
+int main(int argc, char** argv) {
     Terminal terminal;
-    int status = run({argv, static_cast<std::size_t>(argc)}, terminal);
-    if (std::fputs(terminal.output.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
-        const dravel::FileError error(dravel::FileError::Kind::system, "-", errno);
-        status = terminal.fail("impossible d'écrire sur la sortie : " + error.description());
-    }
-    std::fputs(terminal.errors.c_str(), stderr);
-    return status;
+    const int status = run(argc > 1 && argv[1] == std::string_view(renamedKeysOption), terminal);
+    return terminal.flush() ? status : EXIT_FAILURE;
 }

@@ -56,3 +56,35 @@ TEST(Autostart, reportsAFolderThatCannotBeMade) {
     AutostartLoginItem item(folder / "config", "/opt/tacla", folder / "locks");
     EXPECT_THROW(item.enable(), dravel::FileError);
 }
+
+TEST(CommandLineLink, isProposedWhereNoTerminalFindsTheProgram) {
+    const struct {
+        const char *searchPath, *present; // the one entry that exists
+        bool made;
+    } cases[] = {
+        {"/usr/bin:/bin", "", true},
+        {"", "", true},
+        {"/usr/bin:/bin", "/bin/tacla", false},
+        {"/usr/bin", "/home/c/.local/bin/tacla", false},
+        {"/usr/bin", "/opt/tacla", true},
+    };
+    for (const auto& [searchPath, present, made] : cases) {
+        const auto link = commandLineLink("/home/c", searchPath, "/opt/tacla/bin/tacla",
+                                          [&](const fs::path& path) { return path == present; });
+        const CommandLineLink expected{"/home/c/.local/bin/tacla", "/opt/tacla/bin/tacla"};
+        EXPECT_EQ(link, made ? std::optional(expected) : std::nullopt) << searchPath << ", " << present;
+    }
+}
+
+TEST(CommandLineLink, isMadeOnceAndReplacesNothing) {
+    const tacla::testing::TemporaryFolder home;
+    const auto propose = [&](const char* program) {
+        return commandLineLink(home.path(), "", program, existsOrDangles);
+    };
+    makeCommandLineLink(propose("/opt/old/tacla"));
+    const auto made = home / ".local/bin/tacla";
+    EXPECT_EQ(fs::read_symlink(made), "/opt/old/tacla");
+    EXPECT_FALSE(propose("/opt/new/tacla")) << "a dangling link is kept too";
+    makeCommandLineLink(CommandLineLink{made, "/opt/new/tacla"});
+    EXPECT_EQ(fs::read_symlink(made), "/opt/old/tacla");
+}

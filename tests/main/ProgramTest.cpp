@@ -57,18 +57,39 @@ TEST_F(Program, saysWhenItsOutputGoesNowhere) {
     }
 }
 
-TEST_F(Program, saysWhatToInstallForAMissingModule) {
-    std::filesystem::create_directories(folder / "bin");
+// A copy of the program, with whatever stands in for the other ones.
+TEST_F(Program, startsAndMissesTheProgramsOfItsOwnInstallation) {
+    const auto shortcut = TemporaryFolder(); // holds no installation: links are followed
+    for (const auto* part : {"bin", "libexec/tacla"}) std::filesystem::create_directories(folder / part);
     std::filesystem::copy_file(program, folder / "bin/tacla");
-    const auto alone = (folder / "bin/tacla").string();
-    EXPECT_EQ(shell(alone).output, "tacla : l'application de bureau n'est pas installée (paquet tacla-desktop)\n");
-    EXPECT_EQ(shell(alone + " list").output, "🔴 Pain · 2025-03-06\n");
+    std::filesystem::create_symlink(folder / "bin/tacla", shortcut / "tacla");
+    const auto copy = (shortcut / "tacla").string();
+    EXPECT_EQ(shell(copy).output, "tacla : l'application de bureau n'est pas installée (paquet tacla-desktop)\n");
+    EXPECT_EQ(shell(copy + " list").output, "🔴 Pain · 2025-03-06\n");
 
-    std::filesystem::create_directories(folder / "lib/tacla");
-    writeBytes(folder / "lib/tacla/tacla_desktop.so", "no library");
-    const auto broken = shell(alone + " --notify-test");
-    EXPECT_TRUE(broken.output.starts_with("tacla : impossible de charger " + folder.path().string())) << broken.output;
-    EXPECT_EQ(broken.status, 1);
+    const auto desktop = folder / "libexec/tacla/tacla-desktop", sync = folder / "libexec/tacla/tacla-sync";
+    writeBytes(desktop, "");
+    EXPECT_EQ(shell(copy + " --notify-test").output,
+              "tacla : impossible de charger " + desktop.string() + " : Permission non accordée\n");
+
+    const auto install = [](const std::filesystem::path& file, const std::string& script) {
+        writeBytes(file, "#!/bin/sh\n" + script);
+        std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    };
+    install(desktop, "echo \"$*\" $TACLA_FILE; kill -TERM $$");
+    const auto killed = shell("XDG_ACTIVATION_TOKEN=x " + copy + " --snapshot a.png --dark");
+    EXPECT_EQ(killed.output, "--snapshot a.png --dark " + file.string() + "\n");
+    EXPECT_EQ(shell(copy + "; test $? = 143 && echo ended by the signal").output,
+              file.string() + "\nended by the signal\n");
+
+    const auto settings = std::getenv("XDG_CONFIG_HOME") + "/fr.dravel.Tacla/preferences.json"s;
+    std::filesystem::create_directories(std::filesystem::path(settings).parent_path());
+    writeBytes(settings, R"({"calendarSync": true})");
+    install(sync, "echo \"$*\"; wc -c; exit 3");
+    EXPECT_EQ(shell(copy + " rename pain Lait").output, "✏️ Pain → Lait\n--renamed-keys\n37\n");
+    EXPECT_EQ(shell("echo typed | " + copy + " sync").output, "\n6\n");
+    EXPECT_EQ(shell(copy + " rename lait Pain <&-").status, 3);
+    std::filesystem::remove(settings);
 }
 
 TEST_F(Program, loadsNeitherWindowNorNetworkForTheTerminal) {

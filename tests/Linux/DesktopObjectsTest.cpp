@@ -1,6 +1,6 @@
-#include "Tacla/Linux/SystemEvents.h"
+#include "Tacla/Linux/FreedesktopActions.h"
 #include "Tacla/Linux/MenuServer.h"
-#include "Tacla/Linux/Wake.h"
+#include "Tacla/Linux/SystemEvents.h"
 
 #include <QCoreApplication>
 
@@ -27,7 +27,8 @@ TEST(MenuServer, answersHostsOfEveryHabit) {
     Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, "pain"}},
               {.kind = MenuEntry::Kind::submenu, .label = "À venir", .children = {{.label = "Vin"}}}};
     std::string chosen;
-    MenuServer server([&] { return menu; }, [&](const MenuCommand& command) { chosen += command.key + " "; });
+    MenuServer server([&] { return menu; });
+    const auto listening = server.chosen.connect([&](const MenuCommand& command) { chosen += command.key + " "; });
     EXPECT_TRUE(server.AboutToShow(0));
     EXPECT_FALSE(server.AboutToShow(1));
 
@@ -70,4 +71,12 @@ TEST(ColourScheme, followsTheSettingOfTheDesktop) {
     EXPECT_EQ(after("org.gnome.desktop", "color-scheme", 2), Preference::dark);
     EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 2), Preference::light);
     EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 0), Preference::unknown);
+}
+
+TEST(FreedesktopActions, knowTheNotificationSettingsOfEachDesktop) {
+    using FreedesktopActions::notificationSettingsCommand;
+    EXPECT_EQ(notificationSettingsCommand("ubuntu:GNOME"), "gnome-control-center notifications");
+    EXPECT_EQ(notificationSettingsCommand("XFCE"), "xfce4-notifyd-config");
+    EXPECT_EQ(notificationSettingsCommand("sway"), "");
+    EXPECT_EQ(notificationSettingsCommand(""), "");
 }

@@ -1,4 +1,4 @@
-#include "Tacla/Linux/BusProbe.h"
+#include "Tacla/Linux/Bus.h"
 
 #include "tests/support/TemporaryFolder.h"
 
