@@ -12,6 +12,7 @@
 #include <QUrl>
 
 #include <array>
+#include <string_view>
 #include <utility>
 
 namespace tacla::FreedesktopActions {
@@ -29,6 +30,23 @@ void openPanel(QWidget* parent, const Path& folder, const Chosen& chosen, const 
         if (!file.isEmpty()) chosen(Path(file.toStdString()));
     });
     panel->open();
+}
+
+// The command that opens the notification settings of the desktops that XDG_CURRENT_DESKTOP names ("ubuntu:GNOME"),
+// its words split by blanks; empty when none is known.
+std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 6> commands{{
+        {"GNOME", "gnome-control-center notifications"},
+        {"KDE", "systemsettings kcm_notifications"},
+        {"XFCE", "xfce4-notifyd-config"},
+        {"X-Cinnamon", "cinnamon-settings notifications"},
+        {"MATE", "mate-notification-properties"},
+        {"LXQt", "lxqt-config-notificationd"},
+    }};
+    for (const auto name : dravel::split(currentDesktop, ":"))
+        for (const auto& [desktop, command] : commands)
+            if (name == desktop) return command;
+    return "";
 }
 
 }
@@ -87,21 +105,6 @@ void createFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
         panel.setLabelText(QFileDialog::Accept, QStringLiteral("Enregistrer"));
         panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
     });
-}
-
-std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 6> commands{{
-        {"GNOME", "gnome-control-center notifications"},
-        {"KDE", "systemsettings kcm_notifications"},
-        {"XFCE", "xfce4-notifyd-config"},
-        {"X-Cinnamon", "cinnamon-settings notifications"},
-        {"MATE", "mate-notification-properties"},
-        {"LXQt", "lxqt-config-notificationd"},
-    }};
-    for (const auto name : dravel::split(currentDesktop, ":"))
-        for (const auto& [desktop, command] : commands)
-            if (name == desktop) return command;
-    return "";
 }
 
 }

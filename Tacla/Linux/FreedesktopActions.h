@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <functional>
 #include <string>
-#include <string_view>
 
 class QWidget;
 
@@ -24,9 +23,5 @@ void openNotificationSettings();
 using Chosen = std::function<void(const Path&)>;
 void chooseFile(QWidget* parent, const Path& folder, const Chosen&); // an existing list
 void createFile(QWidget* parent, const Path& folder, const Chosen&); // the name of a new one
-
-// The command that opens the notification settings of the desktops that XDG_CURRENT_DESKTOP names ("ubuntu:GNOME"),
-// its words split by blanks; empty when none is known.
-std::string_view notificationSettingsCommand(std::string_view currentDesktop);
 
 }

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 using namespace tacla;
 using namespace std::chrono_literals;
 
@@ -26,18 +24,6 @@ struct Program {
     void end() { QCoreApplication::exit(); }
 };
 
-}
-
-TEST(QtMainLoop, runsWhatIsPostedInOrderFromAnyThread) {
-    Program program;
-    std::thread([&] {
-        program.loop.post(program.tell("first"));
-        program.loop.post(program.tell("second"));
-        program.loop.post([&] { program.end(); });
-    }).join();
-    EXPECT_EQ(program.story, "");
-    QCoreApplication::exec();
-    EXPECT_EQ(program.story, "first second ");
 }
 
 TEST(QtMainLoop, ringsAlarmsInTheOrderOfTheirMoments) {

@@ -1,6 +1,4 @@
-#include "Tacla/Linux/FreedesktopActions.h"
 #include "Tacla/Linux/MenuServer.h"
-#include "Tacla/Linux/SystemEvents.h"
 
 #include <QCoreApplication>
 
@@ -9,21 +7,10 @@
 using namespace tacla;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-struct Program {
-    int count = 1;
-    char name[5] = "test";
-    char* arguments[2] = {name, nullptr};
-    QCoreApplication application{count, arguments};
-};
-
-QDBusVariant number(uint value) { return QDBusVariant(QVariant::fromValue(QDBusVariant(value))); }
-
-}
-
 TEST(MenuServer, answersHostsOfEveryHabit) {
-    Program program;
+    int count = 1;
+    char name[] = "test", *arguments[] = {name, nullptr};
+    const QCoreApplication application(count, arguments);
     Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, "pain"}},
               {.kind = MenuEntry::Kind::submenu, .label = "À venir", .children = {{.label = "Vin"}}}};
     std::string chosen;
@@ -56,27 +43,4 @@ TEST(MenuServer, answersHostsOfEveryHabit) {
     EXPECT_EQ(chosen, "") << "the host has its answer first";
     QCoreApplication::processEvents();
     EXPECT_EQ(chosen, "pain ");
-}
-
-TEST(ColourScheme, followsTheSettingOfTheDesktop) {
-    using Preference = ColourScheme::Preference;
-    ColourScheme scheme;
-    const auto after = [&](const char* group, const char* key, uint value) {
-        QMetaObject::invokeMethod(&scheme, "settingChanged", Q_ARG(QString, QString::fromUtf8(group)),
-                                  Q_ARG(QString, QString::fromUtf8(key)), Q_ARG(QDBusVariant, number(value)));
-        return scheme.preference();
-    };
-    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 1), Preference::dark);
-    EXPECT_EQ(after("org.freedesktop.appearance", "contrast", 2), Preference::dark);
-    EXPECT_EQ(after("org.gnome.desktop", "color-scheme", 2), Preference::dark);
-    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 2), Preference::light);
-    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 0), Preference::unknown);
-}
-
-TEST(FreedesktopActions, knowTheNotificationSettingsOfEachDesktop) {
-    using FreedesktopActions::notificationSettingsCommand;
-    EXPECT_EQ(notificationSettingsCommand("ubuntu:GNOME"), "gnome-control-center notifications");
-    EXPECT_EQ(notificationSettingsCommand("XFCE"), "xfce4-notifyd-config");
-    EXPECT_EQ(notificationSettingsCommand("sway"), "");
-    EXPECT_EQ(notificationSettingsCommand(""), "");
 }
