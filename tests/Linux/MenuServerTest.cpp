@@ -7,7 +7,7 @@
 using namespace tacla;
 using namespace Qt::StringLiterals;
 
-TEST(MenuServer, answersHostsOfEveryHabit) {
+TEST(MenuServer, AnswersHostsOfEveryHabit) {
     int count = 1;
     char name[] = "test", *arguments[] = {name, nullptr};
     const QCoreApplication application(count, arguments);

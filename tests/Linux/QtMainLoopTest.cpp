@@ -26,7 +26,7 @@ struct Program {
 
 }
 
-TEST(QtMainLoop, ringsAlarmsInTheOrderOfTheirMoments) {
+TEST(QtMainLoop, RingsAlarmsInTheOrderOfTheirMoments) {
     Program program;
     auto& loop = program.loop;
     const auto now = loop.now();
@@ -44,7 +44,7 @@ TEST(QtMainLoop, ringsAlarmsInTheOrderOfTheirMoments) {
     EXPECT_EQ(program.story, "ancient overdue nested soon ");
 }
 
-TEST(QtMainLoop, keepsATimerThatDropsItself) {
+TEST(QtMainLoop, KeepsATimerThatDropsItself) {
     Program program;
     dravel::Timer timer, other;
     timer = program.loop.after(1ms, [&] {

@@ -31,7 +31,7 @@ const MenuEntry& task(const Menu& menu) { return menu.at(1); }
 }
 
 // It is Tuesday 24 November 2026, 10:40.
-TEST(StatusMenu, listsWhatIsLateWhatIsForTodayAndWhatIsComing) {
+TEST(StatusMenu, ListsWhatIsLateWhatIsForTodayAndWhatIsComing) {
     const auto state = stateOf("- [ ] Visio · 2026-11-25 09:05\n"
                                "- [ ] ❗ Urssaf · 2026-11-18\n"
                                "- [ ] Relancer R&D · 2026-11-23 14:00\n"
@@ -58,7 +58,7 @@ TEST(StatusMenu, listsWhatIsLateWhatIsForTodayAndWhatIsComing) {
                                                    program);
 }
 
-TEST(StatusMenu, offersWhatThereIsWhereNothingIsPlanned) {
+TEST(StatusMenu, OffersWhatThereIsWhereNothingIsPlanned) {
     auto state = stateOf("- [ ] Un jour\n- [x] Faite · 2026-11-20\n");
     EXPECT_EQ(shown(statusMenu(state, false)), "# Aujourd'hui\n(Rien de prévu)\n" + program);
     state.calendarSync = true;
@@ -66,7 +66,7 @@ TEST(StatusMenu, offersWhatThereIsWhereNothingIsPlanned) {
                                               "Ouvrir l'agenda\n--\nRechercher des mises à jour…\nQuitter Tacla ^q\n");
 }
 
-TEST(StatusMenu, showsFifteenComingTasksAndEveryLateOne) {
+TEST(StatusMenu, ShowsFifteenComingTasksAndEveryLateOne) {
     std::string file;
     for (int i = 0; i < 20; ++i) file += "- [ ] Plus tard " + std::to_string(i) + " · 2026-12-01\n";
     for (int i = 0; i < 200; ++i) file += "- [ ] En retard " + std::to_string(i) + " · 2026-11-01\n";
@@ -78,7 +78,7 @@ TEST(StatusMenu, showsFifteenComingTasksAndEveryLateOne) {
     EXPECT_EQ(coming.children.back().label, "01/12  Plus tard 14");
 }
 
-TEST(StatusMenu, cutsALongLabelAndNamesTheTaskAsItIs) {
+TEST(StatusMenu, CutsALongLabelAndNamesTheTaskAsItIs) {
     const std::string title(70, 'x');
     const auto long63 = statusMenu(stateOf("- [ ] " + title + " · 2026-11-24\n"), false);
     EXPECT_EQ(task(long63).label, std::string(63, 'x') + "…");

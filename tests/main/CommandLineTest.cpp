@@ -46,7 +46,7 @@ struct User {
 
 }
 
-TEST(CommandLine, choosesByTheArgumentsAlone) {
+TEST(CommandLine, ChoosesByTheArgumentsAlone) {
     User user;
     for (const auto* wrong : {"LIST", "|list", "done", "rename", "rename|a", "rename|a|b|c", "--snapshot", "--help"})
         EXPECT_EQ(user.types(wrong),
@@ -58,7 +58,7 @@ TEST(CommandLine, choosesByTheArgumentsAlone) {
                                           "tacla-desktop --snapshot a.png --dark"s}));
 }
 
-TEST(CommandLine, listsOpenTasksUpToToday) {
+TEST(CommandLine, ListsOpenTasksUpToToday) {
     User user("# Tâches\n"
               "- [ ] ❗ Appeler la banque · 2025-03-06 17:00\n"
               "- [ ] Déclarer la TVA · 2025-3-6 · due 2025-03-03\n"
@@ -77,7 +77,7 @@ TEST(CommandLine, listsOpenTasksUpToToday) {
                                   "0");
 }
 
-TEST(CommandLine, checksTheFirstOpenMatch) {
+TEST(CommandLine, ChecksTheFirstOpenMatch) {
     User user("- [x] Pain d'hier\n- [ ] Acheter du pain\n- [ ] Pain\r\n- [ ] ❗ Été · 2025-03-06");
     EXPECT_EQ(user.types("done|PAIN"), "✅ Acheter du pain\n0");
     EXPECT_EQ(user.types("done|pain"), "✅ Pain\n0");
@@ -91,7 +91,7 @@ TEST(CommandLine, checksTheFirstOpenMatch) {
                            "- [x] ❗ Été · 2025-03-06 · ✅ 2025-03-06");
 }
 
-TEST(CommandLine, renamesTheOnlyMatch) {
+TEST(CommandLine, RenamesTheOnlyMatch) {
     const std::string text = "- [ ] ❗ Pain · 2025-03-06\n- [x] Acheter du lait\n- [ ] Laitue\n";
     struct Case {
         const char *search, *title;
@@ -118,7 +118,7 @@ TEST(CommandLine, renamesTheOnlyMatch) {
     }
 }
 
-TEST(CommandLine, carriesARenameToRemindersAndCalendar) {
+TEST(CommandLine, CarriesARenameToRemindersAndCalendar) {
     User user("- [ ] Pain · 2025-03-06\n- [x] Lait\n");
     const auto bread = TaskFile::hash("pain"), butter = TaskFile::hash("beurre");
     user.preferences.updateNotifiedTasks([&](auto) { return std::vector{bread + "@2025-03-06", "x@2025-03-06"s}; });
@@ -135,7 +135,7 @@ TEST(CommandLine, carriesARenameToRemindersAndCalendar) {
     EXPECT_EQ(user.programs.size(), 2U);
 }
 
-TEST(CommandLine, namesTheFileThatItCannotReadOrWrite) {
+TEST(CommandLine, NamesTheFileThatItCannotReadOrWrite) {
     User user("- [ ] Caf\xE9\n");
     const auto unreadable = "tacla : " + user.file.string() + " illisible\n1";
     const auto check = [&] {

@@ -41,7 +41,7 @@ class Program : public ::testing::Test {
 
 }
 
-TEST_F(Program, saysWhenItsOutputGoesNowhere) {
+TEST_F(Program, SaysWhenItsOutputGoesNowhere) {
     EXPECT_EQ(shell(program + " list").output, "🔴 Pain · 2025-03-06\n");
     const auto pipe = (folder / "pipe").string();
     const std::pair<std::string, const char*> expected[] = {
@@ -58,7 +58,7 @@ TEST_F(Program, saysWhenItsOutputGoesNowhere) {
 }
 
 // A copy of the program, with whatever stands in for the other ones.
-TEST_F(Program, startsAndMissesTheProgramsOfItsOwnInstallation) {
+TEST_F(Program, StartsAndMissesTheProgramsOfItsOwnInstallation) {
     const auto shortcut = TemporaryFolder(); // holds no installation: links are followed
     for (const auto* part : {"bin", "libexec/tacla"}) std::filesystem::create_directories(folder / part);
     std::filesystem::copy_file(program, folder / "bin/tacla");
@@ -90,7 +90,7 @@ TEST_F(Program, startsAndMissesTheProgramsOfItsOwnInstallation) {
     std::filesystem::remove(settings);
 }
 
-TEST_F(Program, loadsNeitherWindowNorNetworkForTheTerminal) {
+TEST_F(Program, LoadsNeitherWindowNorNetworkForTheTerminal) {
     const auto libraries = shell("ldd " + program).output;
     EXPECT_NE(libraries.find("libc.so"), libraries.npos);
     for (const auto* heavy : {"libQt", "libcurl", "libsecret", "libglib", "libcrypto"})
@@ -100,7 +100,7 @@ TEST_F(Program, loadsNeitherWindowNorNetworkForTheTerminal) {
 #endif
 }
 
-TEST_F(Program, goesOnWithDamagedSettings) {
+TEST_F(Program, GoesOnWithDamagedSettings) {
     const std::filesystem::path settings = std::getenv("XDG_CONFIG_HOME") + std::string("/fr.dravel.Tacla");
     std::filesystem::create_directories(settings);
     writeBytes(settings / "preferences.json", "{");
