@@ -5,8 +5,12 @@
 #                USES dravel_foundation          # modules of this project
 #                LIBRARIES ICU::uc)              # libraries of the system
 #
-# Refused at configure time: a module that uses one of a higher layer, one of DravelKit that uses one of Tacla,
-# and a core module that links anything but ICU, nettle, libacl, libattr and the header-only JSON library.
+# A program is a room of its own; FOLDER is where it stands below an installation's prefix, and in the build folder.
+#
+#   tacla_program(NAME tacla-sync LAYER net FOLDER libexec/tacla SOURCES SyncProgram.cpp USES tacla_calendarsync)
+#
+# Refused at configure time, for both: to use a module of a higher layer, one of Tacla from one of DravelKit, and for
+# core to link anything but ICU, nettle, libacl, libattr and the header-only JSON library.
 set(TACLA_LAYERS core net engine desktop)
 set(TACLA_CORE_LIBRARIES ICU::uc ICU::i18n ICU::data PkgConfig::NETTLE PkgConfig::ACL PkgConfig::ATTR
     nlohmann_json::nlohmann_json Threads::Threads)
@@ -34,22 +38,35 @@ function(tacla_check_arrow name layer used)
     endif()
 endfunction()
 
+# What modules and programs have in common; `scope` is PUBLIC or PRIVATE.
+function(tacla_room target scope)
+    cmake_parse_arguments(ROOM "" "LAYER" "USES;LIBRARIES" ${ARGN})
+    set_target_properties(${target} PROPERTIES TACLA_LAYER ${ROOM_LAYER})
+    target_include_directories(${target} ${scope} ${CMAKE_SOURCE_DIR})
+    foreach(used IN LISTS ROOM_USES)
+        tacla_check_arrow(${target} ${ROOM_LAYER} ${used})
+    endforeach()
+    foreach(library IN LISTS ROOM_LIBRARIES)
+        if(ROOM_LAYER STREQUAL "core" AND NOT library IN_LIST TACLA_CORE_LIBRARIES)
+            message(FATAL_ERROR "${target} is core and must not link ${library}")
+        endif()
+    endforeach()
+    target_link_libraries(${target} ${scope} ${ROOM_USES} ${ROOM_LIBRARIES})
+    if(ROOM_LAYER STREQUAL "desktop")
+        set_target_properties(${target} PROPERTIES AUTOMOC ON)
+        target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII)
+    endif()
+endfunction()
+
 function(tacla_module)
     cmake_parse_arguments(MODULE "" "NAME;LAYER" "SOURCES;USES;LIBRARIES" ${ARGN})
     add_library(${MODULE_NAME} STATIC ${MODULE_SOURCES})
-    set_target_properties(${MODULE_NAME} PROPERTIES TACLA_LAYER ${MODULE_LAYER})
-    target_include_directories(${MODULE_NAME} PUBLIC ${CMAKE_SOURCE_DIR})
-    foreach(used IN LISTS MODULE_USES)
-        tacla_check_arrow(${MODULE_NAME} ${MODULE_LAYER} ${used})
-    endforeach()
-    foreach(library IN LISTS MODULE_LIBRARIES)
-        if(MODULE_LAYER STREQUAL "core" AND NOT library IN_LIST TACLA_CORE_LIBRARIES)
-            message(FATAL_ERROR "${MODULE_NAME} is core and must not link ${library}")
-        endif()
-    endforeach()
-    target_link_libraries(${MODULE_NAME} PUBLIC ${MODULE_USES} ${MODULE_LIBRARIES})
-    if(MODULE_LAYER STREQUAL "desktop")
-        set_target_properties(${MODULE_NAME} PROPERTIES AUTOMOC ON)
-        target_compile_definitions(${MODULE_NAME} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII)
-    endif()
+    tacla_room(${MODULE_NAME} PUBLIC LAYER ${MODULE_LAYER} USES ${MODULE_USES} LIBRARIES ${MODULE_LIBRARIES})
+endfunction()
+
+function(tacla_program)
+    cmake_parse_arguments(PROGRAM "" "NAME;LAYER;FOLDER" "SOURCES;USES;LIBRARIES" ${ARGN})
+    add_executable(${PROGRAM_NAME} ${PROGRAM_SOURCES})
+    set_target_properties(${PROGRAM_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${PROGRAM_FOLDER})
+    tacla_room(${PROGRAM_NAME} PRIVATE LAYER ${PROGRAM_LAYER} USES ${PROGRAM_USES} LIBRARIES ${PROGRAM_LIBRARIES})
 endfunction()

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "DravelKit/Foundation/Signal.h"
-#include "Tacla/Linux/BusProbe.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -13,6 +12,29 @@
 #include <vector>
 
 namespace tacla {
+
+// Whether a message bus answers at an address, found out without ever waiting longer than asked. A bus library that
+// connects to a socket on which nobody answers waits for half a minute.
+class BusProbe {
+  public:
+    explicit BusProbe(const std::string& address);
+    ~BusProbe();
+    BusProbe(const BusProbe&) = delete;
+    BusProbe& operator=(const BusProbe&) = delete;
+
+    enum class State { answers, silent, absent };
+    State state(std::chrono::milliseconds patience = {});
+
+    int descriptor() const { return descriptor_; } // readable as soon as there is an answer
+
+  private:
+    State state_ = State::absent;
+    int descriptor_ = -1;
+};
+
+// "" when there is none. Never "autolaunch:", which would start a bus of its own.
+std::string sessionBusAddress();
+std::string systemBusAddress();
 
 // A message bus that is there at the start, comes later, or never: nobody waits for it.
 class Bus : public QObject {

@@ -1,19 +1,27 @@
 #pragma once
 
-#include "DravelKit/Foundation/UserFolders.h"
 #include "Tacla/Linux/Bus.h"
-#include "Tacla/MainWindow/DesktopActions.h"
 
+#include <filesystem>
+#include <functional>
 #include <string>
-#include <string_view>
 
-namespace tacla {
+class QWidget;
 
-// Opening files, addresses and panels as freedesktop.org's desktops do. The bus outlives the actions.
-DesktopActions freedesktopActions(Bus& session, const dravel::UserFolders&, std::string version);
+// Opening files, addresses and panels as freedesktop.org's desktops do. Nothing here blocks.
+namespace tacla::FreedesktopActions {
 
-// The command that opens the notification settings of the desktops that XDG_CURRENT_DESKTOP names ("ubuntu:GNOME"),
-// its words split by blanks; empty when none is known.
-std::string_view notificationSettingsCommand(std::string_view currentDesktop);
+using Path = std::filesystem::path;
+
+void openFile(const Path&);               // with the user's program for it
+void openAddress(const std::string& url); // in the browser
+void reveal(Bus& session, const Path&);   // in the file manager; the bus outlives the answer
+void showFolder(const Path&);             // made, where nothing was put into it yet
+void openNotificationSettings();
+
+// A file panel over the parent, opened in the folder; `chosen` is called unless the user cancels.
+using Chosen = std::function<void(const Path&)>;
+void chooseFile(QWidget* parent, const Path& folder, const Chosen&); // an existing list
+void createFile(QWidget* parent, const Path& folder, const Chosen&); // the name of a new one
 
 }

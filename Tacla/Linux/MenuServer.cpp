@@ -70,8 +70,7 @@ const MenuNode* findIn(const MenuNode& node, int id) {
 
 }
 
-MenuServer::MenuServer(std::function<Menu()> content, std::function<void(const MenuCommand&)> chosen)
-    : content_(std::move(content)), chosen_(std::move(chosen)) {
+MenuServer::MenuServer(std::function<Menu()> content) : content_(std::move(content)) {
     registerTypes();
     root_.properties[QStringLiteral("children-display")] = QStringLiteral("submenu");
     new DbusmenuAdaptor(this);
@@ -161,7 +160,7 @@ bool MenuServer::click(int id) {
     if (found == commands_.end()) return false;
     // The host waits for the answer; what was chosen may take longer, or end the program.
     QMetaObject::invokeMethod(
-        this, [this, command = found->second] { chosen_(command); }, Qt::QueuedConnection);
+        this, [this, command = found->second] { chosen(command); }, Qt::QueuedConnection);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Tacla/Linux/MenuEntry.h"
+#include "DravelKit/Foundation/Signal.h"
+#include "Tacla/StatusMenu/StatusMenu.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -48,7 +49,9 @@ class MenuServer final : public QObject {
     Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
   public:
-    MenuServer(std::function<Menu()> content, std::function<void(const MenuCommand&)> chosen);
+    explicit MenuServer(std::function<Menu()> content);
+
+    dravel::Signal<const MenuCommand&> chosen;
 
     static constexpr auto path = "/fr/dravel/Tacla/menu";
     bool registerOn(QDBusConnection);
@@ -79,7 +82,6 @@ class MenuServer final : public QObject {
     bool click(int id);
 
     std::function<Menu()> content_;
-    std::function<void(const MenuCommand&)> chosen_;
     Menu shown_;
     MenuNode root_;
     std::map<int, MenuCommand> commands_;

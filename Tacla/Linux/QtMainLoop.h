@@ -5,6 +5,7 @@
 #include <QObject>
 
 #include <memory>
+#include <string>
 
 namespace tacla {
 
@@ -23,6 +24,18 @@ class QtMainLoop final : public dravel::MainLoop {
     QObject context_;
     class Alarms;
     std::shared_ptr<Alarms> alarms_;
+};
+
+// For tests: notes how long the main thread ever stood still while work waited for it, in a file that is rewritten with
+// each new maximum ("37 ms"). Only waiting counts: neither computing nor the load of the machine is a blocking call.
+class Watchdog {
+  public:
+    explicit Watchdog(std::string file);
+    ~Watchdog();
+
+  private:
+    struct Beat;
+    std::unique_ptr<Beat> beat_;
 };
 
 }

@@ -1,8 +1,9 @@
 #include "Tacla/Shell/AppDelegate.h"
 
 #include "DravelKit/DravelUI/Look.h"
+#include "DravelKit/StandardMenu/AboutPanel.h"
 #include "DravelKit/StandardMenu/StandardMenu.h"
-#include "Tacla/Shell/Licences.h"
+#include "Tacla/StatusMenu/StatusMenu.h"
 
 #include <QApplication>
 
@@ -18,68 +19,85 @@ using namespace std::chrono_literals;
 
 constexpr auto trayPatience = 10s; // a panel that starts together with us may take its time
 
+// What the About panel tells of this program and of what it is made with.
+dravel::About aboutTacla(const std::string& version) {
+    return {.appName = QStringLiteral("Tacla"),
+            .version = QString::fromStdString(version),
+            .copyright = QStringLiteral("© Dravel · licence MIT"),
+            .components = {{QStringLiteral("Qt 6"), QStringLiteral("LGPL 3")},
+                           {QStringLiteral("ICU"), QStringLiteral("licence Unicode")},
+                           {QStringLiteral("libcurl"), QStringLiteral("licence curl")},
+                           {QStringLiteral("libsecret, Nettle"), QStringLiteral("LGPL 2.1, LGPL 3")},
+                           {QStringLiteral("JSON for Modern C++, Bootstrap Icons"), QStringLiteral("MIT")},
+                           {QStringLiteral("Atkinson Hyperlegible Next, Comfortaa"), QStringLiteral("OFL 1.1")}}};
 }
 
-AppDelegate::AppDelegate(World world)
-    : world_(std::move(world)), tray_(world_.model, scheme_, updater_.isAvailable(),
-                                      {.chosen = [this](const MenuCommand& command) { perform(command); },
-                                       .activated = [this](const std::string& token) { showWindow(token); }}),
-      window_(world_.model, world_.preferences, world_.actions), wake_([this] { world_.model.wokeUp(); }),
-      secrets_([this] { world_.model.accountStoreAppeared(); }) {}
+}
+
+AppDelegate::AppDelegate(Ports ports) : ports_(std::move(ports)) {}
 
 void AppDelegate::launch() {
-    connections_.push_back(world_.model.changed.connect([this] { refreshSoon(); }));
-    connections_.push_back(world_.instance.activated.connect([this](const auto& activation) { activate(activation); }));
-    connections_.push_back(world_.notifications.responded.connect([this](const auto& response) { respond(response); }));
-    connections_.push_back(scheme_.changed.connect([this] { followColours(); }));
-
-    world_.model.start();
-    world_.session.whenOpen([this](const QDBusConnection& connection) { joinSession(connection); });
-    if (!world_.preferences.onboardingDone() && !world_.preferences.launchedOnce()) {
-        world_.model.beginOnboarding();
-        showWindow(world_.activationToken);
+    observe();
+    ports_.model.start();
+    ports_.session.whenOpen([this](const QDBusConnection& connection) { joinSession(connection); });
+    if (!ports_.preferences.onboardingDone() && !ports_.preferences.launchedOnce()) {
+        ports_.model.beginOnboarding();
+        showWindow(ports_.activationToken);
     }
-    world_.loop.post([this] { // after the first picture
-        world_.model.applyLaunchAtLogin();
-        world_.system.whenOpen([this](const QDBusConnection& connection) { joinSystem(connection); });
-        world_.system.open();
+    ports_.loop.post([this] { // after the first picture
+        ports_.model.applyLaunchAtLogin();
+        ports_.system.whenOpen([this](const QDBusConnection& connection) { ports_.wake.watch(connection); });
+        ports_.system.open();
     });
-    connections_.push_back(world_.session.lost.connect([this] { doWithoutSession(); }));
-    if (world_.session.isAbsent()) {
+    connections_.push_back(ports_.session.lost.connect([this] { doWithoutSession(); }));
+    if (ports_.session.isAbsent()) {
         doWithoutSession();
     } else {
-        trayPatience_ = world_.loop.after(trayPatience, [this] { showWindowWithoutTray(); });
+        trayPatience_ = ports_.loop.after(trayPatience, [this] { showWindowWithoutTray(); });
     }
+}
+
+void AppDelegate::observe() {
+    const auto keep = [this](dravel::Connection connection) { connections_.push_back(std::move(connection)); };
+    keep(ports_.model.changed.connect([this] { refreshTraySoon(); }));
+    keep(ports_.menu.chosen.connect([this](const MenuCommand& command) { perform(command); }));
+    keep(ports_.instance.activated.connect([this](const auto& activation) { activate(activation); }));
+    keep(ports_.notifications.responded.connect([this](const auto& response) { respond(response); }));
+    keep(ports_.scheme.changed.connect([this] { followColours(); }));
+    keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
+    keep(ports_.secrets.appeared.connect([this] { ports_.model.accountStoreAppeared(); }));
 }
 
 void AppDelegate::joinSession(const QDBusConnection& connection) {
-    tray_.openOn(connection);
-    world_.notifications.use(connection);
-    scheme_.watch(connection);
-    secrets_.watch(connection);
+    ports_.menu.registerOn(connection); // before the item, whose host asks for it
+    item_.emplace(connection);
+    connections_.push_back(item_->activated.connect([this](const std::string& token) { showWindow(token); }));
+    refreshTray();
+    ports_.notifications.use(connection);
+    ports_.scheme.watch(connection);
+    ports_.secrets.watch(connection);
 }
 
 void AppDelegate::doWithoutSession() {
-    world_.notifications.doWithout();
+    ports_.notifications.doWithout();
     showWindow(); // there will be no icon
 }
 
-void AppDelegate::joinSystem(const QDBusConnection& connection) { wake_.watch(connection); }
-
 void AppDelegate::showWindow(const std::string& activationToken) {
     if (!menuInstalled_) {
-        world_.session.open();
+        ports_.session.open();
         // With its first window Qt asks the session bus for readers of the screen, and would wait for a silent bus.
-        if (!world_.session.connection()) keepQtFromSessionBus();
+        if (!ports_.session.connection()) keepQtFromSessionBus();
         dravel::translateQt(*qApp);
         installMenu();
     }
-    window_.show(activationToken);
+    ports_.window.show(activationToken);
 }
 
 void AppDelegate::showWindowWithoutTray() {
-    if (window_.isShown()) return;
-    tray_.askIfShown([this](bool shown) {
+    if (ports_.window.isShown()) return;
+    if (!item_) return showWindow();
+    item_->askIfShown([this](bool shown) {
         if (!shown) showWindow();
     });
 }
@@ -87,30 +105,38 @@ void AppDelegate::showWindowWithoutTray() {
 void AppDelegate::installMenu() {
     menuInstalled_ = true;
     const auto settings = [this] {
-        world_.model.requestSection("settings");
+        ports_.model.requestSection("settings");
         showWindow();
     };
-    dravel::StandardMenu::install(window_.window(), aboutTacla(world_.actions.version),
+    dravel::StandardMenu::install(ports_.window.window(), aboutTacla(ports_.actions.version),
                                   {.settings = settings,
-                                   .quit = world_.quit,
-                                   .undo = [this] { world_.model.undo(); },
-                                   .canUndo = [this] { return world_.model.canUndo(); }});
+                                   .quit = ports_.quit,
+                                   .undo = [this] { ports_.model.undo(); },
+                                   .canUndo = [this] { return ports_.model.canUndo(); }});
+}
+
+void AppDelegate::refreshTray() {
+    if (!item_) return;
+    const auto open = ports_.model.state().openCount();
+    item_->show({open, statusTitle(open), statusToolTip(open), trayColour(ports_.scheme.preference())});
+    ports_.menu.refresh();
 }
 
 // Many changes of the model in one turn of the loop need one look at it.
-void AppDelegate::refreshSoon() {
+void AppDelegate::refreshTraySoon() {
     if (std::exchange(refreshPending_, true)) return;
-    world_.loop.post([this] {
+    ports_.loop.post([this] {
         refreshPending_ = false;
-        tray_.refresh();
+        refreshTray();
     });
 }
 
 void AppDelegate::followColours() {
-    switch (scheme_.preference()) {
+    refreshTray();
+    switch (ports_.scheme.preference()) {
     case ColourScheme::Preference::dark: return dravel::setAppearance(dravel::Appearance::Dark);
     case ColourScheme::Preference::light: return dravel::setAppearance(dravel::Appearance::Light);
-    case ColourScheme::Preference::unknown: return dravel::setAppearance(world_.platformAppearance);
+    case ColourScheme::Preference::unknown: return dravel::setAppearance(ports_.platformAppearance);
     }
 }
 
@@ -119,33 +145,33 @@ void AppDelegate::perform(const MenuCommand& command) {
     case MenuCommand::Kind::none: return;
     case MenuCommand::Kind::toggle: return toggle(command.key);
     case MenuCommand::Kind::openWindow: return showWindow();
-    case MenuCommand::Kind::openFile: return world_.actions.openFile(world_.model.state().file);
-    case MenuCommand::Kind::openAgenda: return world_.actions.openAgenda();
-    case MenuCommand::Kind::checkForUpdates: return updater_.checkForUpdates();
-    case MenuCommand::Kind::quit: return world_.quit();
+    case MenuCommand::Kind::openFile: return ports_.actions.openFile(ports_.model.state().file);
+    case MenuCommand::Kind::openAgenda: return ports_.actions.openAgenda();
+    case MenuCommand::Kind::checkForUpdates: return ports_.updater.checkForUpdates();
+    case MenuCommand::Kind::quit: return ports_.quit();
     }
 }
 
 void AppDelegate::toggle(const std::string& key) {
-    const auto& tasks = world_.model.state().tasks;
+    const auto& tasks = ports_.model.state().tasks;
     const auto task = std::find_if(tasks.begin(), tasks.end(), [&](const TaskItem& item) { return item.key == key; });
-    if (task != tasks.end()) world_.model.toggle(TaskItem(*task)); // a copy: the list is replaced meanwhile
+    if (task != tasks.end()) ports_.model.toggle(TaskItem(*task)); // a copy: the list is replaced meanwhile
 }
 
 void AppDelegate::respond(const NotificationServer::Response& response) {
     switch (response.action) {
-    case NotificationServer::Action::done: return world_.model.setDone(response.key);
+    case NotificationServer::Action::done: return ports_.model.setDone(response.key);
     case NotificationServer::Action::tomorrow:
-        return world_.model.reschedule(response.key, Day::of(world_.loop.now()).plusDays(1));
+        return ports_.model.reschedule(response.key, Day::of(ports_.loop.now()).plusDays(1));
     case NotificationServer::Action::opened:
-        world_.model.requestSection("today");
+        ports_.model.requestSection("today");
         return showWindow(response.activationToken);
     }
 }
 
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
     showWindow(activation.token);
-    if (activation.action == "new-task") window_.beginTask();
+    if (activation.action == "new-task") ports_.window.beginTask();
 }
 
 }

@@ -6,48 +6,57 @@
 #include "DravelKit/StandardMenu/Updater.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/Linux/Bus.h"
-#include "Tacla/Linux/ColourScheme.h"
 #include "Tacla/Linux/DesktopNotifications.h"
-#include "Tacla/Linux/Wake.h"
+#include "Tacla/Linux/MenuServer.h"
+#include "Tacla/Linux/StatusItem.h"
+#include "Tacla/Linux/SystemEvents.h"
 #include "Tacla/MainWindow/DesktopActions.h"
 #include "Tacla/MainWindow/MainWindowController.h"
 #include "Tacla/Shell/SingleInstance.h"
-#include "Tacla/Shell/Tray.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tacla {
 
-// Holds the running application together: the model, its tray icon and window, and what the desktop reports.
+// What the running application does: when it starts, when its menu, a notification or a launcher is used, and when the
+// desktop reports something.
 class AppDelegate {
   public:
     // Everything outlives the delegate.
-    struct World {
+    struct Ports {
         dravel::MainLoop& loop;
         Bus &session, &system;
         SingleInstance& instance;
         DesktopNotifications& notifications;
+        ColourScheme& scheme;
+        WakeWatch& wake;
+        SecretStoreWatch& secrets;
         Preferences& preferences;
         AppModel& model;
+        MenuServer& menu;
+        MainWindowController& window;
+        dravel::Updater& updater;
         DesktopActions actions;
         dravel::Appearance platformAppearance; // where the desktop prefers neither light nor dark
         std::string activationToken;
         std::function<void()> quit;
     };
-    explicit AppDelegate(World);
+    explicit AppDelegate(Ports);
 
     void launch();
 
   private:
+    void observe();
     void joinSession(const QDBusConnection&);
     void doWithoutSession();
-    void joinSystem(const QDBusConnection&);
     void showWindow(const std::string& activationToken = {});
     void showWindowWithoutTray();
     void installMenu();
-    void refreshSoon();
+    void refreshTray();
+    void refreshTraySoon();
     void followColours();
 
     void perform(const MenuCommand&);
@@ -55,13 +64,8 @@ class AppDelegate {
     void respond(const NotificationServer::Response&);
     void activate(const SingleInstance::Activation&);
 
-    World world_;
-    dravel::Updater updater_;
-    ColourScheme scheme_;
-    Tray tray_;
-    MainWindowController window_;
-    Wake wake_;
-    SecretStoreWatch secrets_;
+    Ports ports_;
+    std::optional<StatusItem> item_; // with the session bus
     bool menuInstalled_ = false;
     bool refreshPending_ = false;
     std::vector<dravel::Connection> connections_;

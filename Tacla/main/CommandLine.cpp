@@ -11,10 +11,16 @@ namespace tacla {
 
 namespace {
 
+int syncCalendar(Arguments, Terminal& terminal, const Environment& environment) {
+    if (!environment.preferences.calendarSync())
+        return terminal.fail("la recopie dans Google Agenda est désactivée (Réglages de Tacla)");
+    return environment.become(syncProgram, {});
+}
+
 struct Command {
     std::string_view name;
     std::size_t least, most;                              // arguments behind the name
-    int (*run)(Arguments, Terminal&, const Environment&); // none: the desktop module's, which gets all arguments
+    int (*run)(Arguments, Terminal&, const Environment&); // none: the desktop program's, which gets all arguments
 };
 
 constexpr std::size_t any = std::numeric_limits<std::size_t>::max();
@@ -27,20 +33,14 @@ constexpr std::array commands{
 
 constexpr auto usage = "usage : tacla [list | done <texte> | rename <texte> <nouveau titre> | sync]";
 
-int runDesktop(Arguments arguments, const Environment& environment) {
-    std::vector<std::string> all{"tacla"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return environment.run(desktopModule, all);
-}
-
 }
 
 int runCommandLine(Arguments arguments, Terminal& terminal, const Environment& environment) {
-    if (arguments.empty()) return runDesktop(arguments, environment);
+    if (arguments.empty()) return environment.become(desktopProgram, arguments);
     const auto command = std::ranges::find(commands, std::string_view(arguments.front()), &Command::name);
     const auto count = arguments.size() - 1;
     if (command == commands.end() || count < command->least || count > command->most) return terminal.fail(usage);
-    if (command->run == nullptr) return runDesktop(arguments, environment);
+    if (command->run == nullptr) return environment.become(desktopProgram, arguments);
     return command->run(arguments.subspan(1), terminal, environment);
 }
 

@@ -4,6 +4,8 @@
 #include "Tacla/main/TaskFileAccess.h"
 #include "Tacla/main/TaskSearch.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 
 namespace tacla {
@@ -27,9 +29,8 @@ void prepareReminders(const Keys& keys, const Environment& environment) {
 }
 
 int syncRenamed(const Keys& keys, const Environment& environment) {
-    std::vector<std::string> arguments{"tacla", "sync-renamed"};
-    for (const auto& [before, after] : keys) arguments.insert(arguments.end(), {before, after});
-    return environment.run(networkModule, arguments);
+    const std::string option = renamedKeysOption;
+    return environment.run(syncProgram, {&option, 1}, nlohmann::json(keys).dump());
 }
 
 // The file is renamed by now: what fails here is said, and does not keep the rest from being done.

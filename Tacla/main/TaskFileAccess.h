@@ -2,7 +2,7 @@
 
 #include "DravelKit/Foundation/SafeFile.h"
 #include "Tacla/TaskList/TaskItem.h"
-#include "Tacla/main/Environment.h"
+#include "Tacla/main/CommandLine.h"
 
 #include <optional>
 #include <vector>

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 using namespace tacla;
 using namespace std::chrono_literals;
 
@@ -28,19 +26,7 @@ struct Program {
 
 }
 
-TEST(QtMainLoop, runsWhatIsPostedInOrderFromAnyThread) {
-    Program program;
-    std::thread([&] {
-        program.loop.post(program.tell("first"));
-        program.loop.post(program.tell("second"));
-        program.loop.post([&] { program.end(); });
-    }).join();
-    EXPECT_EQ(program.story, "");
-    QCoreApplication::exec();
-    EXPECT_EQ(program.story, "first second ");
-}
-
-TEST(QtMainLoop, ringsAlarmsInTheOrderOfTheirMoments) {
+TEST(QtMainLoop, RingsAlarmsInTheOrderOfTheirMoments) {
     Program program;
     auto& loop = program.loop;
     const auto now = loop.now();
@@ -58,7 +44,7 @@ TEST(QtMainLoop, ringsAlarmsInTheOrderOfTheirMoments) {
     EXPECT_EQ(program.story, "ancient overdue nested soon ");
 }
 
-TEST(QtMainLoop, keepsATimerThatDropsItself) {
+TEST(QtMainLoop, KeepsATimerThatDropsItself) {
     Program program;
     dravel::Timer timer, other;
     timer = program.loop.after(1ms, [&] {

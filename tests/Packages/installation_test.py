@@ -103,7 +103,7 @@ class CleanRoot(unittest.TestCase):
                                  "tacla : la recopie dans Google Agenda est désactivée (Réglages de Tacla)\n")
 
         self.install("/packages/tacla-desktop_*.deb")
-        self.assertNotIn("not found", self.inside("find /usr/lib/tacla /usr/lib/*/qt6/plugins -name '*.so' -exec ldd {} +"))
+        self.assertNotIn("not found", self.inside("ldd /usr/libexec/tacla/* $(find /usr/lib/*/qt6/plugins -name '*.so')"))
         self.assertEqual(self.inside("TACLA_FILE=/dev/null tacla --snapshot /tmp/picture.png", "1000:1000"), "")
 
         self.install(DESKTOP)

@@ -17,25 +17,28 @@ struct User {
     TemporaryFolder home;
     std::filesystem::path file = home / "taches.md";
     Preferences preferences{home / "preferences.json", home / "locks"};
-    std::vector<std::string> modules; // what was run: the module's file and its arguments
+    std::vector<std::string> programs; // what was started: the file, its arguments and its input
 
     explicit User(std::string_view text = "") { writeBytes(file, text); }
 
     // What a terminal shows, and the exit status. The arguments are parted by "|".
     std::string types(std::string_view line) {
         Terminal terminal;
-        const auto run = [&](const Module& module, const std::vector<std::string>& all) {
-            modules.push_back(module.file);
-            for (const auto& argument : all) modules.back() += " " + argument;
+        const auto run = [&](const Program& program, Arguments all, std::string_view input) {
+            programs.push_back(program.file);
+            for (const auto& argument : all) programs.back() += " " + argument;
+            programs.back() += input;
             return 7;
         };
+        const auto become = [&](const Program& program, Arguments all) { return run(program, all, ""); };
         std::vector<std::string> arguments;
         for (const auto argument : dravel::split(line, "|", !line.empty())) arguments.emplace_back(argument);
         dravel::UserFolders folders;
         folders.state = home / "state";
         folders.locks = home / "locks";
         const auto noon = dravel::wall::instant({2025, 3, 6, 12, 0});
-        const int status = runCommandLine(arguments, terminal, {file.string(), folders, preferences, noon, run});
+        const int status =
+            runCommandLine(arguments, terminal, {file.string(), folders, preferences, noon, become, run});
         return terminal.output + terminal.errors + std::to_string(status);
     }
     std::string text() const { return readBytes(file); }
@@ -43,19 +46,19 @@ struct User {
 
 }
 
-TEST(CommandLine, choosesByTheArgumentsAlone) {
+TEST(CommandLine, ChoosesByTheArgumentsAlone) {
     User user;
     for (const auto* wrong : {"LIST", "|list", "done", "rename", "rename|a", "rename|a|b|c", "--snapshot", "--help"})
         EXPECT_EQ(user.types(wrong),
                   "tacla : usage : tacla [list | done <texte> | rename <texte> <nouveau titre> | sync]\n1");
     EXPECT_EQ(user.types("list|extra|words"), "0");
-    EXPECT_TRUE(user.modules.empty());
+    EXPECT_TRUE(user.programs.empty());
     for (const auto* desktop : {"", "--notify-test", "--snapshot|a.png|--dark"}) EXPECT_EQ(user.types(desktop), "7");
-    EXPECT_EQ(user.modules, (std::vector{"tacla_desktop.so tacla"s, "tacla_desktop.so tacla --notify-test"s,
-                                         "tacla_desktop.so tacla --snapshot a.png --dark"s}));
+    EXPECT_EQ(user.programs, (std::vector{"tacla-desktop"s, "tacla-desktop --notify-test"s,
+                                          "tacla-desktop --snapshot a.png --dark"s}));
 }
 
-TEST(CommandLine, listsOpenTasksUpToToday) {
+TEST(CommandLine, ListsOpenTasksUpToToday) {
     User user("# Tâches\n"
               "- [ ] ❗ Appeler la banque · 2025-03-06 17:00\n"
               "- [ ] Déclarer la TVA · 2025-3-6 · due 2025-03-03\n"
@@ -74,7 +77,7 @@ TEST(CommandLine, listsOpenTasksUpToToday) {
                                   "0");
 }
 
-TEST(CommandLine, checksTheFirstOpenMatch) {
+TEST(CommandLine, ChecksTheFirstOpenMatch) {
     User user("- [x] Pain d'hier\n- [ ] Acheter du pain\n- [ ] Pain\r\n- [ ] ❗ Été · 2025-03-06");
     EXPECT_EQ(user.types("done|PAIN"), "✅ Acheter du pain\n0");
     EXPECT_EQ(user.types("done|pain"), "✅ Pain\n0");
@@ -88,7 +91,7 @@ TEST(CommandLine, checksTheFirstOpenMatch) {
                            "- [x] ❗ Été · 2025-03-06 · ✅ 2025-03-06");
 }
 
-TEST(CommandLine, renamesTheOnlyMatch) {
+TEST(CommandLine, RenamesTheOnlyMatch) {
     const std::string text = "- [ ] ❗ Pain · 2025-03-06\n- [x] Acheter du lait\n- [ ] Laitue\n";
     struct Case {
         const char *search, *title;
@@ -115,7 +118,7 @@ TEST(CommandLine, renamesTheOnlyMatch) {
     }
 }
 
-TEST(CommandLine, carriesARenameToRemindersAndCalendar) {
+TEST(CommandLine, CarriesARenameToRemindersAndCalendar) {
     User user("- [ ] Pain · 2025-03-06\n- [x] Lait\n");
     const auto bread = TaskFile::hash("pain"), butter = TaskFile::hash("beurre");
     user.preferences.updateNotifiedTasks([&](auto) { return std::vector{bread + "@2025-03-06", "x@2025-03-06"s}; });
@@ -123,16 +126,16 @@ TEST(CommandLine, carriesARenameToRemindersAndCalendar) {
     EXPECT_EQ(user.types("rename|pain|Beurre"), "✏️ Pain → Beurre\n7");
     EXPECT_EQ(user.preferences.notifiedTasks(), (std::vector{butter + "@2025-03-06", "x@2025-03-06"s}));
     EXPECT_EQ(user.types("sync"), "7");
-    EXPECT_EQ(user.modules,
-              (std::vector{"tacla_net.so tacla sync-renamed " + bread + " " + butter, "tacla_net.so tacla sync"s}));
+    EXPECT_EQ(user.programs,
+              (std::vector{"tacla-sync --renamed-keys{\"" + bread + "\":\"" + butter + "\"}", "tacla-sync"s}));
 
     user.preferences.setCalendarSync(false);
     EXPECT_EQ(user.types("sync"), "tacla : la recopie dans Google Agenda est désactivée (Réglages de Tacla)\n1");
     EXPECT_EQ(user.types("rename|lait|Miel"), "✏️ Lait → Miel\n0");
-    EXPECT_EQ(user.modules.size(), 2U);
+    EXPECT_EQ(user.programs.size(), 2U);
 }
 
-TEST(CommandLine, namesTheFileThatItCannotReadOrWrite) {
+TEST(CommandLine, NamesTheFileThatItCannotReadOrWrite) {
     User user("- [ ] Caf\xE9\n");
     const auto unreadable = "tacla : " + user.file.string() + " illisible\n1";
     const auto check = [&] {

@@ -41,7 +41,7 @@ class Program : public ::testing::Test {
 
 }
 
-TEST_F(Program, saysWhenItsOutputGoesNowhere) {
+TEST_F(Program, SaysWhenItsOutputGoesNowhere) {
     EXPECT_EQ(shell(program + " list").output, "🔴 Pain · 2025-03-06\n");
     const auto pipe = (folder / "pipe").string();
     const std::pair<std::string, const char*> expected[] = {
@@ -57,21 +57,40 @@ TEST_F(Program, saysWhenItsOutputGoesNowhere) {
     }
 }
 
-TEST_F(Program, saysWhatToInstallForAMissingModule) {
-    std::filesystem::create_directories(folder / "bin");
+// A copy of the program, with whatever stands in for the other ones.
+TEST_F(Program, StartsAndMissesTheProgramsOfItsOwnInstallation) {
+    const auto shortcut = TemporaryFolder(); // holds no installation: links are followed
+    for (const auto* part : {"bin", "libexec/tacla"}) std::filesystem::create_directories(folder / part);
     std::filesystem::copy_file(program, folder / "bin/tacla");
-    const auto alone = (folder / "bin/tacla").string();
-    EXPECT_EQ(shell(alone).output, "tacla : l'application de bureau n'est pas installée (paquet tacla-desktop)\n");
-    EXPECT_EQ(shell(alone + " list").output, "🔴 Pain · 2025-03-06\n");
+    std::filesystem::create_symlink(folder / "bin/tacla", shortcut / "tacla");
+    const auto copy = (shortcut / "tacla").string();
+    EXPECT_EQ(shell(copy).output, "tacla : l'application de bureau n'est pas installée (paquet tacla-desktop)\n");
+    EXPECT_EQ(shell(copy + " list").output, "🔴 Pain · 2025-03-06\n");
 
-    std::filesystem::create_directories(folder / "lib/tacla");
-    writeBytes(folder / "lib/tacla/tacla_desktop.so", "no library");
-    const auto broken = shell(alone + " --notify-test");
-    EXPECT_TRUE(broken.output.starts_with("tacla : impossible de charger " + folder.path().string())) << broken.output;
-    EXPECT_EQ(broken.status, 1);
+    const auto desktop = folder / "libexec/tacla/tacla-desktop", sync = folder / "libexec/tacla/tacla-sync";
+    writeBytes(desktop, "");
+    EXPECT_EQ(shell(copy + " --notify-test").output,
+              "tacla : impossible de charger " + desktop.string() + " : Permission non accordée\n");
+
+    const auto install = [](const std::filesystem::path& at, const std::string& script) {
+        writeBytes(at, "#!/bin/sh\n" + script);
+        std::filesystem::permissions(at, std::filesystem::perms::owner_all);
+    };
+    install(desktop, "echo \"$*\" $XDG_ACTIVATION_TOKEN; exit 9");
+    const auto [output, status] = shell("XDG_ACTIVATION_TOKEN=x " + copy + " --snapshot a.png --dark");
+    EXPECT_EQ(output + std::to_string(status), "--snapshot a.png --dark x\n9");
+
+    const auto settings = std::getenv("XDG_CONFIG_HOME") + "/fr.dravel.Tacla/preferences.json"s;
+    std::filesystem::create_directories(std::filesystem::path(settings).parent_path());
+    writeBytes(settings, R"({"calendarSync": true})");
+    install(sync, "echo \"$*\"; wc -c; exit 3");
+    EXPECT_EQ(shell(copy + " rename pain Lait").output, "✏️ Pain → Lait\n--renamed-keys\n39\n");
+    EXPECT_EQ(shell("echo typed | " + copy + " sync").output, "\n6\n");
+    EXPECT_EQ(shell(copy + " rename lait Pain <&-").status, 3);
+    std::filesystem::remove(settings);
 }
 
-TEST_F(Program, loadsNeitherWindowNorNetworkForTheTerminal) {
+TEST_F(Program, LoadsNeitherWindowNorNetworkForTheTerminal) {
     const auto libraries = shell("ldd " + program).output;
     EXPECT_NE(libraries.find("libc.so"), libraries.npos);
     for (const auto* heavy : {"libQt", "libcurl", "libsecret", "libglib", "libcrypto"})
@@ -81,7 +100,7 @@ TEST_F(Program, loadsNeitherWindowNorNetworkForTheTerminal) {
 #endif
 }
 
-TEST_F(Program, goesOnWithDamagedSettings) {
+TEST_F(Program, GoesOnWithDamagedSettings) {
     const std::filesystem::path settings = std::getenv("XDG_CONFIG_HOME") + std::string("/fr.dravel.Tacla");
     std::filesystem::create_directories(settings);
     writeBytes(settings / "preferences.json", "{");

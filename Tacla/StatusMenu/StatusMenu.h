@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace tacla {
+
+struct ModelState;
 
 // What an entry of the tray menu does when it is chosen.
 struct MenuCommand {
@@ -31,5 +34,12 @@ struct MenuEntry {
 };
 
 using Menu = std::vector<MenuEntry>;
+
+// What the tray menu shows for that state: late tasks, today's, what is coming, and the program's own entries.
+Menu statusMenu(const ModelState&, bool updatesAvailable);
+
+// The texts beside and over the tray icon, by the number of open tasks.
+std::string statusTitle(std::size_t open);   // " 3", or nothing
+std::string statusToolTip(std::size_t open); // "Tacla · 3 à faire"
 
 }

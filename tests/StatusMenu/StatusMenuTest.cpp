@@ -1,4 +1,4 @@
-#include "Tacla/Shell/StatusMenu.h"
+#include "Tacla/StatusMenu/StatusMenu.h"
 
 #include "tests/MainWindow/ModelStates.h"
 
@@ -31,7 +31,7 @@ const MenuEntry& task(const Menu& menu) { return menu.at(1); }
 }
 
 // It is Tuesday 24 November 2026, 10:40.
-TEST(StatusMenu, listsWhatIsLateWhatIsForTodayAndWhatIsComing) {
+TEST(StatusMenu, ListsWhatIsLateWhatIsForTodayAndWhatIsComing) {
     const auto state = stateOf("- [ ] Visio · 2026-11-25 09:05\n"
                                "- [ ] ❗ Urssaf · 2026-11-18\n"
                                "- [ ] Relancer R&D · 2026-11-23 14:00\n"
@@ -58,19 +58,15 @@ TEST(StatusMenu, listsWhatIsLateWhatIsForTodayAndWhatIsComing) {
                                                    program);
 }
 
-TEST(StatusMenu, saysThatNothingIsPlanned) {
-    const auto state = stateOf("- [ ] Un jour\n- [x] Faite · 2026-11-20\n");
+TEST(StatusMenu, OffersWhatThereIsWhereNothingIsPlanned) {
+    auto state = stateOf("- [ ] Un jour\n- [x] Faite · 2026-11-20\n");
     EXPECT_EQ(shown(statusMenu(state, false)), "# Aujourd'hui\n(Rien de prévu)\n" + program);
-}
-
-TEST(StatusMenu, offersTheAgendaWhileItIsMirroredAndUpdatesWhereThereAreAny) {
-    auto state = stateOf("");
     state.calendarSync = true;
     EXPECT_EQ(shown(statusMenu(state, true)), "# Aujourd'hui\n(Rien de prévu)\n--\nOuvrir Tacla… ^o\nOuvrir la liste\n"
                                               "Ouvrir l'agenda\n--\nRechercher des mises à jour…\nQuitter Tacla ^q\n");
 }
 
-TEST(StatusMenu, showsFifteenComingTasksAndEveryLateOne) {
+TEST(StatusMenu, ShowsFifteenComingTasksAndEveryLateOne) {
     std::string file;
     for (int i = 0; i < 20; ++i) file += "- [ ] Plus tard " + std::to_string(i) + " · 2026-12-01\n";
     for (int i = 0; i < 200; ++i) file += "- [ ] En retard " + std::to_string(i) + " · 2026-11-01\n";
@@ -82,26 +78,16 @@ TEST(StatusMenu, showsFifteenComingTasksAndEveryLateOne) {
     EXPECT_EQ(coming.children.back().label, "01/12  Plus tard 14");
 }
 
-TEST(StatusMenu, cutsALongLabelAndKeepsTheWholeTitle) {
+TEST(StatusMenu, CutsALongLabelAndNamesTheTaskAsItIs) {
     const std::string title(70, 'x');
     const auto long63 = statusMenu(stateOf("- [ ] " + title + " · 2026-11-24\n"), false);
     EXPECT_EQ(task(long63).label, std::string(63, 'x') + "…");
     EXPECT_EQ(task(long63).toolTip, title);
     const auto exactly64 = statusMenu(stateOf("- [ ] " + title.substr(0, 57) + " · 2026-11-24 11:30\n"), false);
     EXPECT_EQ(task(exactly64).label, "11:30  " + title.substr(0, 57));
-}
 
-TEST(StatusMenu, namesTheTaskThatAClickToggles) {
-    const auto state = stateOf("- [ ] Pain · 2026-11-24\n- [ ] pain · 2026-11-24\n");
-    const auto menu = statusMenu(state, false);
-    EXPECT_EQ(menu.at(1).command, (MenuCommand{MenuCommand::Kind::toggle, state.tasks.at(0).key}));
-    EXPECT_EQ(menu.at(2).command, (MenuCommand{MenuCommand::Kind::toggle, state.tasks.at(1).key}));
-    EXPECT_NE(menu.at(1).command, menu.at(2).command);
-}
-
-TEST(StatusIcon, tellsTheCountBesideAndOverTheIcon) {
-    EXPECT_EQ(statusTitle(0), "");
-    EXPECT_EQ(statusToolTip(0), "Tacla · tout est coché");
-    EXPECT_EQ(statusTitle(12), " 12");
-    EXPECT_EQ(statusToolTip(3), "Tacla · 3 à faire");
+    const auto twins = stateOf("- [ ] Pain · 2026-11-24\n- [ ] pain · 2026-11-24\n");
+    for (const std::size_t i : {0U, 1U})
+        EXPECT_EQ(statusMenu(twins, false).at(i + 1).command,
+                  (MenuCommand{MenuCommand::Kind::toggle, twins.tasks.at(i).key}));
 }

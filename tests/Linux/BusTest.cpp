@@ -1,4 +1,4 @@
-#include "Tacla/Linux/BusProbe.h"
+#include "Tacla/Linux/Bus.h"
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -38,7 +38,7 @@ class Listener {
 
 }
 
-TEST(BusProbe, findsOutWhetherABusAnswers) {
+TEST(BusProbe, FindsOutWhetherABusAnswers) {
     const tacla::testing::TemporaryFolder folder;
     const auto path = folder / "une adresse";
     Listener listener(path);
@@ -54,7 +54,7 @@ TEST(BusProbe, findsOutWhetherABusAnswers) {
     EXPECT_EQ(BusProbe(address).state(1ms), BusProbe::State::silent);
 }
 
-TEST(BusProbe, knowsAddressesWhereNobodyListens) {
+TEST(BusProbe, KnowsAddressesWhereNobodyListens) {
     const tacla::testing::TemporaryFolder folder;
     const auto nobody = "unix:path=" + (folder / "nobody").string();
     for (const auto& address : {std::string(), std::string("disabled:"), nobody, "unix:path=" + std::string(200, 'x'),

@@ -1,8 +1,9 @@
-#include "Tacla/Linux/ColourScheme.h"
+#include "Tacla/Linux/SystemEvents.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 
 #include <utility>
 
@@ -54,6 +55,29 @@ QColor trayColour(ColourScheme::Preference preference) {
     case ColourScheme::Preference::unknown: break;
     }
     return QColor(0x81, 0x79, 0xEF);
+}
+
+void WakeWatch::watch(QDBusConnection system) {
+    system.connect({}, QStringLiteral("/org/freedesktop/login1"), QStringLiteral("org.freedesktop.login1.Manager"),
+                   QStringLiteral("PrepareForSleep"), this, SLOT(prepareForSleep(bool)));
+}
+
+void WakeWatch::prepareForSleep(bool goingDown) {
+    if (!goingDown) wokeUp();
+}
+
+void SecretStoreWatch::watch(QDBusConnection session) {
+    auto* watcher = new QDBusServiceWatcher(QStringLiteral("org.freedesktop.secrets"), session,
+                                            QDBusServiceWatcher::WatchForRegistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { appeared(); });
+    session.connect({}, {}, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"),
+                    {QStringLiteral("org.freedesktop.Secret.Collection")}, {}, this,
+                    SLOT(collectionChanged(QString, QVariantMap)));
+}
+
+void SecretStoreWatch::collectionChanged(const QString&, const QVariantMap& changed) {
+    const auto locked = changed.find(QStringLiteral("Locked"));
+    if (locked != changed.end() && !locked->toBool()) appeared();
 }
 
 }

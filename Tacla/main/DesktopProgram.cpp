@@ -1,38 +1,38 @@
-#include "Tacla/main/Application.h"
-
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/Foundation/FileError.h"
-#include "DravelKit/GoogleAuth/AuthError.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "DravelKit/Run/Background.h"
 #include "Tacla/AppModel/GoogleCalendarService.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
-#include "Tacla/Linux/AutostartLoginItem.h"
 #include "Tacla/Linux/FreedesktopActions.h"
+#include "Tacla/Linux/ProgramEntries.h"
 #include "Tacla/Linux/QtMainLoop.h"
-#include "Tacla/Linux/Watchdog.h"
 #include "Tacla/MainWindow/HeadlessSnapshot.h"
+#include "Tacla/Preferences/TaskFileEdit.h"
 #include "Tacla/Preferences/TaskFileLocation.h"
 #include "Tacla/Shell/AppDelegate.h"
-#include "Tacla/Shell/CommandLineLink.h"
+#include "Tacla/StatusMenu/StatusMenu.h"
+#include "Tacla/main/Programs.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QSessionManager>
 #include <QUrl>
 #include <QUuid>
 
+#include <pthread.h>
+
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <span>
 #include <string_view>
 
-namespace tacla {
-
 namespace {
 
+using namespace tacla;
 using namespace std::chrono_literals;
 using std::filesystem::path;
 
@@ -78,8 +78,8 @@ void report(QtMsgType type, const QMessageLogContext& context, const QString& me
 
 struct Paths {
     dravel::UserFolders folders = dravel::UserFolders::fromEnvironment();
-    path program = dravel::programFile();
-    path share = program.parent_path().parent_path() / "share";
+    path program = installationPrefix() / "bin" / "tacla"; // by which the application is started
+    path share = installationPrefix() / "share";
 
     // The icon by its name, or by its file where it is not installed for the whole desktop.
     QString notificationIcon() const {
@@ -105,14 +105,18 @@ void setUp(QApplication& application, dravel::Appearance appearance) {
     dravel::installLook(application, appearance);
 }
 
-GoogleCalendarService::World googleWorld(const Paths& paths, Preferences& preferences, dravel::MainLoop& loop) {
-    return {.preferences = preferences,
-            .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
-            .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
-            .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
-            .openBrowser = [&loop](const std::string& url) {
-                loop.post([url] { QDesktopServices::openUrl(QUrl(QString::fromStdString(url))); });
-            }};
+DesktopActions desktopActions(Bus& session, const dravel::UserFolders& folders) {
+    DesktopActions actions;
+    actions.openFile = FreedesktopActions::openFile;
+    actions.reveal = [&session](const path& file) { FreedesktopActions::reveal(session, file); };
+    actions.showCopies = [folder = copiesFolder(folders)] { FreedesktopActions::showFolder(folder); };
+    actions.openAgenda = [] { FreedesktopActions::openAddress("https://calendar.google.com/calendar/r"); };
+    actions.openNotificationSettings = FreedesktopActions::openNotificationSettings;
+    actions.chooseFile = FreedesktopActions::chooseFile;
+    actions.createFile = FreedesktopActions::createFile;
+    actions.version = TACLA_VERSION;
+    actions.home = folders.home;
+    return actions;
 }
 
 // The first of its name: runs until it is told to quit.
@@ -130,20 +134,39 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     Bus system(Bus::Kind::system);
     DesktopNotifications notifications(paths.notificationIcon());
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
-    GoogleCalendarService calendar(googleWorld(paths, preferences, loop));
+    GoogleCalendarService calendar({.preferences = preferences,
+                                    .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
+                                    .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
+                                    .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
+                                    .openBrowser = [&loop](const std::string& url) {
+                                        loop.post([url] { FreedesktopActions::openAddress(url); });
+                                    }});
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
     AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     if (damage) model.report(*damage);
 
+    ColourScheme scheme;
+    WakeWatch wake;
+    SecretStoreWatch secrets;
+    dravel::Updater updater;
+    const auto actions = desktopActions(session, paths.folders);
+    MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); });
+    MainWindowController window(model, preferences, actions, [&loop] { return loop.now(); });
     AppDelegate delegate({.loop = loop,
                           .session = session,
                           .system = system,
                           .instance = instance,
                           .notifications = notifications,
+                          .scheme = scheme,
+                          .wake = wake,
+                          .secrets = secrets,
                           .preferences = preferences,
                           .model = model,
-                          .actions = freedesktopActions(session, paths.folders, TACLA_VERSION),
+                          .menu = menu,
+                          .window = window,
+                          .updater = updater,
+                          .actions = actions,
                           .platformAppearance = appearance,
                           .activationToken = activationToken,
                           .quit = [] { QCoreApplication::exit(); }});
@@ -151,9 +174,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     return QCoreApplication::exec();
 }
 
-}
-
-int runApplication(int& argc, char** argv) try {
+int runApplication(int& argc, char** argv) {
     if (!hasScreen()) return fail(noScreen);
     const auto activationToken = activationTokenFromEnvironment(); // Qt removes it from the environment
     nameApplication();
@@ -170,8 +191,6 @@ int runApplication(int& argc, char** argv) try {
     const auto appearance = dravel::appearanceOf(QGuiApplication::palette());
     setUp(application, appearance);
     return runFirst(session, instance, appearance, activationToken);
-} catch (const dravel::AuthError& error) { // addresses of another machine in TACLA_GOOGLE_BASE
-    return fail(error.what());
 }
 
 int runNotifyTest(int& argc, char** argv) {
@@ -197,6 +216,7 @@ int runNotifyTest(int& argc, char** argv) {
     return QCoreApplication::exec();
 }
 
+// --snapshot <path> [--dark]
 int runSnapshot(int& argc, char** argv) {
     const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
     const path file = arguments[2];
@@ -220,11 +240,24 @@ int runSnapshot(int& argc, char** argv) {
     actions.version = TACLA_VERSION;
     actions.home = paths.folders.home;
     try {
-        saveSnapshot(model, actions, file, {.dark = dark});
+        saveSnapshot(model, actions, file, {.dark = dark}, [&loop] { return loop.now(); });
     } catch (const dravel::FileError& error) {
         return fail("impossible d'écrire " + error.path.string() + " : " + error.description());
     }
     return EXIT_SUCCESS;
 }
 
+}
+
+// Started by `tacla` only, which has checked the arguments.
+int main(int argc, char** argv) {
+    ::pthread_setname_np(::pthread_self(), "tacla"); // as which the user knows this process
+    const std::string_view command = argc > 1 ? argv[1] : "";
+    try {
+        if (command == "--notify-test") return runNotifyTest(argc, argv);
+        if (command == "--snapshot") return runSnapshot(argc, argv);
+        return runApplication(argc, argv);
+    } catch (const std::exception& error) { // such as addresses of another machine in TACLA_GOOGLE_BASE
+        return fail(error.what());
+    }
 }

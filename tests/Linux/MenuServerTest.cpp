@@ -1,6 +1,4 @@
-#include "Tacla/Linux/ColourScheme.h"
 #include "Tacla/Linux/MenuServer.h"
-#include "Tacla/Linux/Wake.h"
 
 #include <QCoreApplication>
 
@@ -9,25 +7,15 @@
 using namespace tacla;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-struct Program {
+TEST(MenuServer, AnswersHostsOfEveryHabit) {
     int count = 1;
-    char name[5] = "test";
-    char* arguments[2] = {name, nullptr};
-    QCoreApplication application{count, arguments};
-};
-
-QDBusVariant number(uint value) { return QDBusVariant(QVariant::fromValue(QDBusVariant(value))); }
-
-}
-
-TEST(MenuServer, answersHostsOfEveryHabit) {
-    Program program;
+    char name[] = "test", *arguments[] = {name, nullptr};
+    const QCoreApplication application(count, arguments);
     Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, "pain"}},
               {.kind = MenuEntry::Kind::submenu, .label = "À venir", .children = {{.label = "Vin"}}}};
     std::string chosen;
-    MenuServer server([&] { return menu; }, [&](const MenuCommand& command) { chosen += command.key + " "; });
+    MenuServer server([&] { return menu; });
+    const auto listening = server.chosen.connect([&](const MenuCommand& command) { chosen += command.key + " "; });
     EXPECT_TRUE(server.AboutToShow(0));
     EXPECT_FALSE(server.AboutToShow(1));
 
@@ -55,19 +43,4 @@ TEST(MenuServer, answersHostsOfEveryHabit) {
     EXPECT_EQ(chosen, "") << "the host has its answer first";
     QCoreApplication::processEvents();
     EXPECT_EQ(chosen, "pain ");
-}
-
-TEST(ColourScheme, followsTheSettingOfTheDesktop) {
-    using Preference = ColourScheme::Preference;
-    ColourScheme scheme;
-    const auto after = [&](const char* group, const char* key, uint value) {
-        QMetaObject::invokeMethod(&scheme, "settingChanged", Q_ARG(QString, QString::fromUtf8(group)),
-                                  Q_ARG(QString, QString::fromUtf8(key)), Q_ARG(QDBusVariant, number(value)));
-        return scheme.preference();
-    };
-    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 1), Preference::dark);
-    EXPECT_EQ(after("org.freedesktop.appearance", "contrast", 2), Preference::dark);
-    EXPECT_EQ(after("org.gnome.desktop", "color-scheme", 2), Preference::dark);
-    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 2), Preference::light);
-    EXPECT_EQ(after("org.freedesktop.appearance", "color-scheme", 0), Preference::unknown);
 }

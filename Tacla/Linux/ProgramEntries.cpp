@@ -1,9 +1,10 @@
-#include "Tacla/Linux/AutostartLoginItem.h"
+#include "Tacla/Linux/ProgramEntries.h"
 
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/Text.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -12,6 +13,7 @@ namespace tacla {
 namespace {
 
 using dravel::FileError;
+using std::filesystem::path;
 
 // A command line's argument, quoted (Desktop Entry Specification, "The Exec key"), then escaped as a value.
 std::string quotedArgument(const std::string& text) {
@@ -39,7 +41,7 @@ std::optional<std::string_view> value(std::string_view text, std::string_view ke
 
 }
 
-std::string autostartEntry(const std::filesystem::path& program) {
+std::string autostartEntry(const path& program) {
     return "[Desktop Entry]\nType=Application\nName=Tacla\nIcon=fr.dravel.Tacla\nTryExec=" +
            dravel::replacedAll(program.string(), "\\", "\\\\") + "\nExec=" + quotedArgument(program.string()) +
            "\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
@@ -50,8 +52,7 @@ bool isActiveAutostartEntry(std::string_view text) {
            value(text, "X-GNOME-Autostart-enabled") != "false";
 }
 
-AutostartLoginItem::AutostartLoginItem(const std::filesystem::path& configFolder, std::filesystem::path program,
-                                       std::filesystem::path lockFolder)
+AutostartLoginItem::AutostartLoginItem(const path& configFolder, path program, path lockFolder)
     : file_(configFolder / "autostart" / "fr.dravel.Tacla.desktop"), program_(std::move(program)),
       lockFolder_(std::move(lockFolder)) {}
 
@@ -73,6 +74,27 @@ void AutostartLoginItem::disable() {
     std::error_code error;
     std::filesystem::remove(file_, error);
     if (error) throw FileError(FileError::Kind::system, file_, error.value());
+}
+
+std::optional<CommandLineLink> commandLineLink(const path& home, std::string_view searchPath, const path& program,
+                                               const std::function<bool(const path&)>& exists) {
+    const auto folders = dravel::split(searchPath, ":", false);
+    const auto found = [&](std::string_view folder) { return exists(path(folder) / "tacla"); };
+    const CommandLineLink link{home / ".local" / "bin" / "tacla", program};
+    if (std::any_of(folders.begin(), folders.end(), found) || exists(link.at)) return {};
+    return link;
+}
+
+void makeCommandLineLink(const std::optional<CommandLineLink>& link) {
+    if (!link) return;
+    std::error_code ignored;
+    std::filesystem::create_directories(link->at.parent_path(), ignored);
+    std::filesystem::create_symlink(link->target, link->at, ignored);
+}
+
+bool existsOrDangles(const path& file) {
+    std::error_code ignored;
+    return std::filesystem::exists(std::filesystem::symlink_status(file, ignored));
 }
 
 }

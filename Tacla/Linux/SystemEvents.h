@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
+#include <QVariantMap>
 
 namespace tacla {
 
@@ -32,5 +33,29 @@ class ColourScheme final : public QObject {
 
 // The tray icon's colour: readable on the panel of such a desktop, on either kind when it is not known.
 QColor trayColour(ColourScheme::Preference);
+
+// Tells when the machine wakes from sleep, after logind's PrepareForSleep(false) on the system bus.
+class WakeWatch final : public QObject {
+    Q_OBJECT
+
+  public:
+    void watch(QDBusConnection system);
+    dravel::Signal<> wokeUp;
+
+  private Q_SLOTS:
+    void prepareForSleep(bool goingDown);
+};
+
+// Tells when the store of secrets comes or is unlocked, on the session bus.
+class SecretStoreWatch final : public QObject {
+    Q_OBJECT
+
+  public:
+    void watch(QDBusConnection session);
+    dravel::Signal<> appeared;
+
+  private Q_SLOTS:
+    void collectionChanged(const QString& interface, const QVariantMap& changed);
+};
 
 }

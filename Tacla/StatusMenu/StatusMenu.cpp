@@ -1,5 +1,6 @@
-#include "Tacla/Shell/StatusMenu.h"
+#include "Tacla/StatusMenu/StatusMenu.h"
 
+#include "Tacla/AppModel/ModelState.h"
 #include "Tacla/TaskList/Labels.h"
 
 #include <algorithm>

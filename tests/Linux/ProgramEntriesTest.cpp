@@ -1,4 +1,4 @@
-#include "Tacla/Linux/AutostartLoginItem.h"
+#include "Tacla/Linux/ProgramEntries.h"
 
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/Foundation/SafeFile.h"
@@ -11,7 +11,7 @@
 using namespace tacla;
 namespace fs = std::filesystem;
 
-TEST(Autostart, quotesTheProgramForTheExecKey) {
+TEST(Autostart, QuotesTheProgramForTheExecKey) {
     EXPECT_EQ(autostartEntry("/opt/Mes outils/100% $`\"\\tacla"),
               "[Desktop Entry]\nType=Application\nName=Tacla\nIcon=fr.dravel.Tacla\n"
               "TryExec=/opt/Mes outils/100% $`\"\\\\tacla\nExec=\"/opt/Mes outils/100%% "
@@ -19,7 +19,7 @@ TEST(Autostart, quotesTheProgramForTheExecKey) {
               "X-GNOME-Autostart-enabled=true\n");
 }
 
-TEST(Autostart, readsWhatOtherProgramsMadeOfTheEntry) {
+TEST(Autostart, ReadsWhatOtherProgramsMadeOfTheEntry) {
     const std::pair<const char*, bool> cases[] = {
         {"[Desktop Entry]\nType=Application\nExec=tacla\n", true},
         {"[Desktop Entry]\nType=Application\nHidden=false\nX-GNOME-Autostart-enabled = true\n", true},
@@ -32,7 +32,7 @@ TEST(Autostart, readsWhatOtherProgramsMadeOfTheEntry) {
     for (const auto& [text, active] : cases) EXPECT_EQ(isActiveAutostartEntry(text), active) << text;
 }
 
-TEST(Autostart, comesAndGoesWithTheSwitch) {
+TEST(Autostart, ComesAndGoesWithTheSwitch) {
     const tacla::testing::TemporaryFolder folder;
     AutostartLoginItem item(folder / "config", "/opt/tacla", folder / "locks");
     EXPECT_FALSE(item.isEnabled());
@@ -50,9 +50,41 @@ TEST(Autostart, comesAndGoesWithTheSwitch) {
     EXPECT_FALSE(fs::exists(file));
 }
 
-TEST(Autostart, reportsAFolderThatCannotBeMade) {
+TEST(Autostart, ReportsAFolderThatCannotBeMade) {
     const tacla::testing::TemporaryFolder folder;
     std::ofstream(folder / "config") << "a file";
     AutostartLoginItem item(folder / "config", "/opt/tacla", folder / "locks");
     EXPECT_THROW(item.enable(), dravel::FileError);
+}
+
+TEST(CommandLineLink, IsProposedWhereNoTerminalFindsTheProgram) {
+    const struct {
+        const char *searchPath, *present; // the one entry that exists
+        bool made;
+    } cases[] = {
+        {"/usr/bin:/bin", "", true},
+        {"", "", true},
+        {"/usr/bin:/bin", "/bin/tacla", false},
+        {"/usr/bin", "/home/c/.local/bin/tacla", false},
+        {"/usr/bin", "/opt/tacla", true},
+    };
+    for (const auto& [searchPath, present, made] : cases) {
+        const auto link = commandLineLink("/home/c", searchPath, "/opt/tacla/bin/tacla",
+                                          [&](const fs::path& path) { return path == present; });
+        const CommandLineLink expected{"/home/c/.local/bin/tacla", "/opt/tacla/bin/tacla"};
+        EXPECT_EQ(link, made ? std::optional(expected) : std::nullopt) << searchPath << ", " << present;
+    }
+}
+
+TEST(CommandLineLink, IsMadeOnceAndReplacesNothing) {
+    const tacla::testing::TemporaryFolder home;
+    const auto propose = [&](const char* program) {
+        return commandLineLink(home.path(), "", program, existsOrDangles);
+    };
+    makeCommandLineLink(propose("/opt/old/tacla"));
+    const auto made = home / ".local/bin/tacla";
+    EXPECT_EQ(fs::read_symlink(made), "/opt/old/tacla");
+    EXPECT_FALSE(propose("/opt/new/tacla")) << "a dangling link is kept too";
+    makeCommandLineLink(CommandLineLink{made, "/opt/new/tacla"});
+    EXPECT_EQ(fs::read_symlink(made), "/opt/old/tacla");
 }
