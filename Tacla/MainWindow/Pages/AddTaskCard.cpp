@@ -2,7 +2,7 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Chip.h"
-#include "DravelKit/DravelUI/DateField.h"
+#include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/Disc.h"
 #include "DravelKit/DravelUI/FlowLayout.h"
 #include "DravelKit/DravelUI/Switch.h"

@@ -1,4 +1,4 @@
-#include "DravelKit/DravelUI/DateField.h"
+#include "DravelKit/DravelUI/Fields.h"
 
 #include "DravelKit/DravelUI/DatePopup.h"
 #include "DravelKit/DravelUI/Symbols.h"
