@@ -1,16 +1,10 @@
 #include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/Chip.h"
-#include "DravelKit/DravelUI/Fields.h"
-#include "DravelKit/DravelUI/DatePopup.h"
+#include "DravelKit/DravelUI/Disc.h"
 #include "DravelKit/DravelUI/DravelPage.h"
-#include "DravelKit/DravelUI/ProgressRing.h"
+#include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/SettingsCard.h"
-#include "DravelKit/DravelUI/SidebarBadge.h"
 #include "DravelKit/DravelUI/SidebarList.h"
-#include "DravelKit/DravelUI/SidebarRow.h"
 #include "DravelKit/DravelUI/StatusTag.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
 #include <gtest/gtest.h>

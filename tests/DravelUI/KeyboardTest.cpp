@@ -1,10 +1,6 @@
 #include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/Chip.h"
 #include "DravelKit/DravelUI/Fields.h"
-#include "DravelKit/DravelUI/DatePopup.h"
 #include "DravelKit/DravelUI/SidebarList.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Card.h"
-#include "DravelKit/DravelUI/DayCell.h"
+#include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/Look.h"
-#include "DravelKit/DravelUI/Popup.h"
+#include "DravelKit/DravelUI/MenuStyle.h"
 #include "DravelKit/DravelUI/Symbols.h"
 
 #include <gtest/gtest.h>
@@ -59,14 +59,11 @@ TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
     Button onBackground(Button::Kind::NeutralOnBackground, u"Fermer"_s), prominent(Button::Kind::Prominent, u"Non"_s);
     EXPECT_EQ(hovered(onBackground), hex(Theme::neutralHover));
     EXPECT_EQ(hovered(prominent), hex(Theme::accentHover));
-    const std::pair<DayCell::Day, Theme::Tone> days[] = {{{{}, true, true, false}, Theme::accent},
-                                                         {{{}, true, false, false}, Theme::accentSoft},
-                                                         {{{}, false, false, true}, Theme::tile}};
-    for (const auto& [day, face] : days) {
-        DayCell cell(nullptr);
-        cell.setDay(day);
-        EXPECT_EQ(hovered(cell), hex(face));
-    }
+    const DatePopup popup({2026, 11, 26}, {2026, 11, 24});
+    for (const auto& [day, face] : {std::pair{u"2026-11-26"_s, Theme::accent},
+                                    {u"2026-11-24"_s, Theme::accentSoft},
+                                    {u"2026-12-01"_s, Theme::tile}})
+        EXPECT_EQ(hovered(*popup.findChild<QWidget*>(day)), hex(face)) << day.toStdString();
 }
 
 TEST(Rendering, throwsTheShadowOfACardInLightOnly) {

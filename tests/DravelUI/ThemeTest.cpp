@@ -1,5 +1,4 @@
 #include "DravelKit/DravelUI/Theme.h"
-#include "DravelKit/DravelUI/Typography.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,6 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
 
 #include <QAccessible>
 #include <QMenu>

@@ -2,8 +2,6 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
 #include "Tacla/MainWindow/QtText.h"
 
 #include <QHBoxLayout>
