@@ -115,12 +115,6 @@ void Control::showRing(bool on) {
         ring_ = FocusRing::around(*this, face(), faceRadius());
 }
 
-void Control::refreshRing() {
-    if (!ring_) return;
-    delete ring_;
-    ring_ = FocusRing::around(*this, face(), faceRadius());
-}
-
 void Control::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         if (!event->isAutoRepeat()) click();

@@ -51,8 +51,6 @@ class Control : public QAbstractButton {
     virtual QRect face() const { return rect(); } // what the focus ring surrounds
     virtual int faceRadius() const { return Theme::Radius::sm; }
     bool isHovered() const { return isEnabled() && underMouse(); }
-    // Again after face() changed while the ring is shown.
-    void refreshRing();
 
     void paintEvent(QPaintEvent*) final;
     void focusInEvent(QFocusEvent*) override;

@@ -262,8 +262,6 @@ QAccessibleInterface* kitAccessible(const QString&, QObject* object) {
     return nullptr;
 }
 
-}
-
 QPalette themePalette(Appearance appearance) {
     using enum QPalette::ColorRole;
     QPalette palette;
@@ -283,6 +281,8 @@ QPalette themePalette(Appearance appearance) {
     const auto faded = Theme::text.mixed(Theme::surface, .6).in(appearance).color(); // 40 % opacity, on cards
     for (const auto role : {Text, WindowText, ButtonText}) palette.setColor(QPalette::Disabled, role, faded);
     return palette;
+}
+
 }
 
 void installLook(QApplication& application, Appearance appearance) {

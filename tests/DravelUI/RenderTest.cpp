@@ -48,7 +48,7 @@ struct Light {
 
 }
 
-TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
+TEST(Rendering, MarksWhatIsHoveredAndTheDaysOfAMonth) {
     const auto faceOf = [](QWidget& widget) { return Picture(widget, 1).at(6, 14); };
     const auto hovered = [&](QWidget& widget) {
         widget.resize(widget.sizeHint().expandedTo({40, 28}));
@@ -66,7 +66,7 @@ TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
         EXPECT_EQ(hovered(*popup.findChild<QWidget*>(day)), hex(face)) << day.toStdString();
 }
 
-TEST(Rendering, throwsTheShadowOfACardInLightOnly) {
+TEST(Rendering, ThrowsTheShadowOfACardInLightOnly) {
     const Light afterwards;
     CardStage stage;
     stage.resize(200, 200);
@@ -87,7 +87,7 @@ TEST(Rendering, throwsTheShadowOfACardInLightOnly) {
     EXPECT_EQ(Picture(stage, 2).at(100, 60), "#1e2436");
 }
 
-TEST(Rendering, paintsAListOfAHundredThousandPixels) {
+TEST(Rendering, PaintsAListOfAHundredThousandPixels) {
     CardStage stage;
     stage.resize(200, 6'000'000);
     Card card(&stage);
@@ -100,7 +100,7 @@ TEST(Rendering, paintsAListOfAHundredThousandPixels) {
     EXPECT_EQ(image.pixelColor(5, 50).name(), u"#f5f5f5"_s);
 }
 
-TEST(Rendering, drawsMenusInTheLookOfTheKit) {
+TEST(Rendering, DrawsMenusInTheLookOfTheKit) {
     QMenu menu;
     menu.addAction(u"Modifier"_s);
     menu.addSeparator();
@@ -133,7 +133,7 @@ TEST(Rendering, drawsMenusInTheLookOfTheKit) {
     EXPECT_NE(rich.grab().toImage(), enabled);
 }
 
-TEST(Rendering, shapesAPopupLikeItsRoundedFace) {
+TEST(Rendering, ShapesAPopupLikeItsRoundedFace) {
     QImage face(60, 50, QImage::Format_ARGB32_Premultiplied);
     face.fill(Qt::transparent);
     QPainter painter(&face);
@@ -151,7 +151,7 @@ TEST(Rendering, shapesAPopupLikeItsRoundedFace) {
         }
 }
 
-TEST(Symbols, areTintedAndSharpAtEveryScale) {
+TEST(Symbols, AreTintedAndSharpAtEveryScale) {
     for (int symbol = 0; symbol <= static_cast<int>(Symbol::HandThumbsUpFill); ++symbol)
         for (const qreal ratio : {1.0, 1.25, 2.0}) {
             const QPixmap pixmap = symbolPixmap(static_cast<Symbol>(symbol), 16, QColor(0x52, 0x4F, 0xF1), ratio);
