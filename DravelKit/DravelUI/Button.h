@@ -3,6 +3,8 @@
 #include "DravelKit/DravelUI/Control.h"
 #include "DravelKit/DravelUI/Symbols.h"
 
+#include <QVariantAnimation>
+
 namespace dravel {
 
 // A text button, 28 high.
@@ -48,6 +50,48 @@ class IconButton : public Control {
     int symbolSize_ = 14;
     QSize faceSize_{28, 24};
     bool emphasised_ = false, open_ = false;
+};
+
+// A quick choice. Selected is its checked state, which only its owner sets: a click says clicked() and changes nothing.
+class Chip final : public Control {
+    Q_OBJECT
+
+  public:
+    explicit Chip(const QString& text, QWidget* parent = nullptr);
+    void setSelected(bool on) { setChecked(on); }
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    void paint(QPainter&) override;
+    int faceRadius() const override { return 14; }
+    void nextCheckState() override {}
+};
+
+// A switch with its label at the left; without text it is the bare switch, which then needs an accessible name.
+// Checkable: use toggled() and setChecked().
+class Switch final : public Control {
+    Q_OBJECT
+
+  public:
+    enum class Kind { Plain, Danger };
+
+    explicit Switch(const QString& label = {}, Kind = Kind::Plain, QWidget* parent = nullptr);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    void paint(QPainter&) override;
+    QRect face() const override;
+    int faceRadius() const override { return 10; }
+    bool hitButton(const QPoint& point) const override { return rect().contains(point); }
+
+  private:
+    void slide(bool on);
+
+    Kind kind_;
+    qreal knob_ = 0; // 0 off … 1 on
+    QVariantAnimation animation_;
 };
 
 }

@@ -1,8 +1,8 @@
 #include "DravelKit/DravelUI/Card.h"
 
 #include "DravelKit/DravelUI/Disc.h"
-#include "DravelKit/DravelUI/StatusTag.h"
 #include "DravelKit/DravelUI/TextLabel.h"
+#include "DravelKit/DravelUI/TextPaint.h"
 
 #include <QLinearGradient>
 #include <QMoveEvent>
@@ -29,6 +29,26 @@ struct ShadowLayer {
 };
 constexpr std::array shadow{ShadowLayer{3, 3, .006}, ShadowLayer{2, 2, .010}, ShadowLayer{1, 1, .018},
                             ShadowLayer{0, 1, .030}};
+
+// A number in a small capsule, 20 high and at least 24 wide.
+class CountCapsule final : public QLabel {
+  public:
+    explicit CountCapsule(QWidget* parent) : QLabel(parent) {}
+    QSize sizeHint() const override {
+        return {std::max(24, textWidth(Theme::Typography::captionStrong, text()) + 16), 20};
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Theme::tile.on(*this));
+        painter.drawRoundedRect(rect(), 10, 10);
+        paintLine(painter, rect(), Theme::Typography::captionStrong, Theme::textSecondary.on(*this), text(),
+                  Qt::AlignHCenter);
+    }
+};
 
 }
 
@@ -125,11 +145,11 @@ void CardHeader::setSymbol(Symbol symbol, const Theme::Tone& tint) {
 
 void CardHeader::setCount(int count) {
     if (!count_) {
-        count_ = new CountCapsule(count, this);
+        count_ = new CountCapsule(this);
         count_->setObjectName(QStringLiteral("cardCount"));
         count_->show();
     }
-    count_->setCount(count);
+    count_->setText(QString::number(count));
     arrange();
 }
 

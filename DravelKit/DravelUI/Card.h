@@ -5,9 +5,10 @@
 
 #include <QWidget>
 
+class QLabel;
+
 namespace dravel {
 
-class CountCapsule;
 class TextLabel;
 
 // The soft shadow of a face with rounded corners, for the light look. It reaches 3 beside the face and 6 below it.
@@ -74,7 +75,7 @@ class CardHeader final : public QWidget {
     Symbol symbol_;
     Theme::Tone tint_;
     TextLabel* title_;
-    CountCapsule* count_ = nullptr;
+    QLabel* count_ = nullptr;
 };
 
 // Nothing to show: a symbol on a disc and a sentence.

@@ -1,10 +1,73 @@
 #include "DravelKit/DravelUI/Control.h"
 
+#include "DravelKit/DravelUI/Theme.h"
+
+#include <QAbstractScrollArea>
+#include <QEvent>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QPainter>
 
 namespace dravel {
+namespace {
+
+constexpr int reach = 4; // 2 px of gap and 2 px of ring
+
+// What scrolls along with the control: the body of the scroll area around it, else its window.
+QWidget& stageOf(QWidget& control) {
+    QWidget* stage = &control;
+    while (QWidget* parent = stage->isWindow() ? nullptr : stage->parentWidget()) {
+        if (auto* area = qobject_cast<QAbstractScrollArea*>(parent->parentWidget()); area && area->viewport() == parent)
+            break;
+        stage = parent;
+    }
+    return *stage;
+}
+
+}
+
+bool isKeyboardFocus(Qt::FocusReason reason) {
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
+}
+
+FocusRing* FocusRing::around(QWidget& control, const QRect& face, int radius) {
+    return new FocusRing(stageOf(control), control, face, radius);
+}
+
+FocusRing::FocusRing(QWidget& stage, QWidget& control, const QRect& face, int radius)
+    : QWidget(&stage), control_(&control), face_(face), radius_(radius) {
+    setObjectName(QStringLiteral("focusRing"));
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    for (QWidget* one = &control; one && one != &stage; one = one->parentWidget()) one->installEventFilter(this);
+    follow();
+}
+
+void FocusRing::follow() {
+    if (!control_) return;
+    const QPoint corner = control_->mapTo(parentWidget(), face_.topLeft());
+    setGeometry(QRect(corner, face_.size()).adjusted(-reach, -reach, reach, reach));
+    setVisible(control_->isVisibleTo(parentWidget()));
+    raise();
+}
+
+bool FocusRing::eventFilter(QObject*, QEvent* event) {
+    switch (event->type()) {
+    case QEvent::Move:
+    case QEvent::Resize:
+    case QEvent::Show:
+    case QEvent::Hide:
+    case QEvent::ParentChange: follow(); break;
+    default: break;
+    }
+    return false;
+}
+
+void FocusRing::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Theme::accent.on(*this), 2));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius_ + 3, radius_ + 3);
+}
 
 Control::Control(QWidget* parent) : QAbstractButton(parent) {
     setAttribute(Qt::WA_Hover);
@@ -50,12 +113,6 @@ void Control::showRing(bool on) {
         delete ring_;
     else if (!ring_)
         ring_ = FocusRing::around(*this, face(), faceRadius());
-}
-
-void Control::refreshRing() {
-    if (!ring_) return;
-    delete ring_;
-    ring_ = FocusRing::around(*this, face(), faceRadius());
 }
 
 void Control::keyPressEvent(QKeyEvent* event) {

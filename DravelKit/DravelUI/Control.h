@@ -1,13 +1,41 @@
 #pragma once
 
-#include "DravelKit/DravelUI/FocusRing.h"
 #include "DravelKit/DravelUI/Theme.h"
 
 #include <QAbstractButton>
+#include <QList>
+#include <QPointer>
+#include <QWidget>
 
 class QPainter;
 
 namespace dravel {
+
+// True for focus that came by the keyboard: Tab, Backtab or a shortcut. Pass Qt::TabFocusReason when you move focus for
+// an arrow key.
+bool isKeyboardFocus(Qt::FocusReason);
+
+// The ring 2 px outside a control that has keyboard focus. It stands in the control's page, above its neighbours, and
+// follows the control when that moves. At most one per window; gone with the focus.
+class FocusRing final : public QWidget {
+    Q_OBJECT
+
+  public:
+    // `face` in the control's coordinates; `radius` is the face's own.
+    static FocusRing* around(QWidget& control, const QRect& face, int radius);
+    bool eventFilter(QObject*, QEvent*) override;
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+
+  private:
+    FocusRing(QWidget& stage, QWidget& control, const QRect& face, int radius);
+    void follow();
+
+    QPointer<QWidget> control_;
+    QRect face_;
+    int radius_;
+};
 
 // Base of every painted button: hover, keyboard focus ring, 40 % opacity while disabled; Space and Return press it.
 // Qt gives it role, state and press action on the accessibility bus; text() or accessibleName() is its name.
@@ -23,8 +51,6 @@ class Control : public QAbstractButton {
     virtual QRect face() const { return rect(); } // what the focus ring surrounds
     virtual int faceRadius() const { return Theme::Radius::sm; }
     bool isHovered() const { return isEnabled() && underMouse(); }
-    // Again after face() changed while the ring is shown.
-    void refreshRing();
 
     void paintEvent(QPaintEvent*) final;
     void focusInEvent(QFocusEvent*) override;

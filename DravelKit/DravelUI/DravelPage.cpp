@@ -61,8 +61,6 @@ void DravelPage::setSubtitle(const QString& text) {
 
 void DravelPage::add(QWidget* card) { column_->insertWidget(column_->count() - 1, card); }
 
-void DravelPage::insert(int index, QWidget* card) { column_->insertWidget(index + (head_ ? 1 : 0), card); }
-
 void DravelPage::remove(QWidget* card) {
     column_->removeWidget(card);
     card->hide();

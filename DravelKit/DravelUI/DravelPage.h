@@ -19,10 +19,9 @@ class DravelPage : public QScrollArea {
     DravelPage(const QString& title, const QString& subtitle, QWidget* parent = nullptr);
 
     void setSubtitle(const QString&);
-    void add(QWidget*);               // at the foot of the column; a hidden widget takes no room
-    void insert(int index, QWidget*); // index counts what was added, the head not included
-    void remove(QWidget*);            // out of the column; the caller deletes it
-    CardStage& stage() const;         // parent of everything added
+    void add(QWidget*);       // at the foot of the column; a hidden widget takes no room
+    void remove(QWidget*);    // out of the column; the caller deletes it
+    CardStage& stage() const; // parent of everything added
     QRect
     visiblePart(const QWidget&) const; // the part of a descendant that shows, in its own coordinates; may be empty
     void reveal(const QWidget&, int slack = Theme::Space::md); // scrolls a descendant into view

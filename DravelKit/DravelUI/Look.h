@@ -2,8 +2,6 @@
 
 #include "DravelKit/DravelUI/Theme.h"
 
-#include <QPalette>
-
 class QAction;
 class QApplication;
 class QWidget;
@@ -19,8 +17,6 @@ void translateQt(QApplication&);
 // Live switching: gives every widget the palette of that appearance; they repaint by themselves at the next
 // turn of the event loop.
 void setAppearance(Appearance);
-
-QPalette themePalette(Appearance);
 
 // False when the desktop turns animations off.
 bool animates(const QWidget&);

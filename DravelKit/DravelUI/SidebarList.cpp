@@ -1,17 +1,60 @@
 #include "DravelKit/DravelUI/SidebarList.h"
 
-#include "DravelKit/DravelUI/SidebarRow.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+#include "DravelKit/DravelUI/TextPaint.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
+#include <QPainter>
 
 #include <algorithm>
 
 namespace dravel {
 namespace {
 
-constexpr int rowHeight = 36, rowGap = 4;
+constexpr int rowHeight = 36, rowGap = 4, rowPadding = 10, symbolSize = 16, symbolGap = 10;
 
+}
+
+SidebarRow::SidebarRow(Symbol symbol, const QString& title, QWidget* parent) : Control(parent), symbol_(symbol) {
+    setText(title);
+    setCheckable(true);
+}
+
+void SidebarRow::paint(QPainter& painter) {
+    const bool lit = isChecked() || isDown();
+    if (lit || isHovered()) {
+        const auto& fill = isDown() ? Theme::accentSoftPressed : isChecked() ? Theme::accentSoft : Theme::tile;
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill.on(*this));
+        painter.drawRoundedRect(rect(), faceRadius(), faceRadius());
+    }
+    if (ringed_) {
+        painter.setPen(QPen(Theme::accent.on(*this), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), faceRadius() - 1, faceRadius() - 1);
+    }
+    const auto& ink = lit ? Theme::accentOnSoft : isHovered() ? Theme::text : Theme::textSecondary;
+    const auto& symbolInk = lit ? ink : Theme::textTertiary;
+    paintSymbol(painter, QRectF(rowPadding, 0, symbolSize, height()), symbol_, symbolSize, symbolInk.on(*this));
+    paintLine(painter, rect().adjusted(rowPadding + symbolSize + symbolGap, 0, -rowPadding, 0),
+              Theme::Typography::bodyMedium, ink.on(*this), text());
+}
+
+// Inside the row, not around it.
+void SidebarRow::showRing(bool on) {
+    ringed_ = on;
+    update();
+}
+
+void SidebarRow::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Home:
+    case Qt::Key_End: event->ignore(); return; // the list moves
+    default: Control::keyPressEvent(event);
+    }
 }
 
 SidebarList::SidebarList(const QString& accessibleName, QWidget* parent) : QWidget(parent) {
@@ -61,6 +104,45 @@ void SidebarList::keyPressEvent(QKeyEvent* event) {
 void SidebarList::resizeEvent(QResizeEvent*) {
     for (int at = 0; at < count(); ++at)
         rows_[static_cast<std::size_t>(at)]->setGeometry(0, at * (rowHeight + rowGap), width(), rowHeight);
+}
+
+SidebarBadge::SidebarBadge(QWidget* parent)
+    : QWidget(parent), disc_(new Disc({.fill = Theme::surface, .ink = Theme::successText}, this)),
+      title_(new TextLabel(Theme::Typography::subtitle, Theme::text, {}, this)),
+      subtitle_(new TextLabel(Theme::Typography::caption, Theme::textSecondary, {}, this)) {
+    title_->setObjectName(QStringLiteral("badgeTitle"));
+    subtitle_->setObjectName(QStringLiteral("badgeSubtitle"));
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void SidebarBadge::setContent(const Content& content) {
+    disc_->setFace({.fill = content.trouble && !content.busy ? Theme::warningSoft : Theme::surface,
+                    .symbol = content.symbol,
+                    .ink = content.busy      ? Theme::accent
+                           : content.trouble ? Theme::warningText
+                                             : Theme::successText,
+                    .turning = content.busy});
+    if (title_->text() != content.title) title_->setText(content.title);
+    if (subtitle_->text() != content.subtitle) subtitle_->setText(content.subtitle);
+    subtitle_->setTone(content.trouble ? Theme::warningText : Theme::textSecondary);
+    setAccessibleName(content.title + QStringLiteral(", ") + content.subtitle);
+    setToolTip(content.subtitle);
+}
+
+void SidebarBadge::resizeEvent(QResizeEvent*) {
+    constexpr int padding = 12, gap = 10, disc = 28, lines = 32; // 18 + 14
+    disc_->move(padding, (height() - disc) / 2);
+    const int left = padding + disc + gap, room = width() - left - padding, top = (height() - lines) / 2;
+    title_->setGeometry(left, top, room, 18);
+    subtitle_->setGeometry(left, top + 18, room, 14);
+}
+
+void SidebarBadge::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Theme::tile.on(*this));
+    painter.drawRoundedRect(rect(), Theme::Radius::md, Theme::Radius::md);
 }
 
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DravelKit/DravelUI/Control.h"
+#include "DravelKit/DravelUI/Disc.h"
 #include "DravelKit/DravelUI/Symbols.h"
 
 #include <QWidget>
@@ -8,7 +10,25 @@
 
 namespace dravel {
 
-class SidebarRow;
+class TextLabel;
+
+// A row of a SidebarList: checked means selected.
+class SidebarRow final : public Control {
+    Q_OBJECT
+
+  public:
+    SidebarRow(Symbol, const QString& title, QWidget* parent);
+
+  protected:
+    void paint(QPainter&) override;
+    void nextCheckState() override { setChecked(true); }
+    void showRing(bool) override;
+    void keyPressEvent(QKeyEvent*) override;
+
+  private:
+    Symbol symbol_;
+    bool ringed_ = false;
+};
 
 // A list of places. One stop of the Tab key; Up, Down, Home and End move and select.
 class SidebarList final : public QWidget {
@@ -32,6 +52,32 @@ class SidebarList final : public QWidget {
   private:
     std::vector<SidebarRow*> rows_;
     int current_ = -1;
+};
+
+// The status block at the foot of a sidebar, 56 high. Passive.
+class SidebarBadge final : public QWidget {
+    Q_OBJECT
+
+  public:
+    struct Content {
+        Symbol symbol = Symbol::CheckLg;
+        QString title, subtitle;
+        bool trouble = false; // warning tones
+        bool busy = false;    // the symbol turns
+        bool operator==(const Content&) const = default;
+    };
+
+    explicit SidebarBadge(QWidget* parent = nullptr);
+    void setContent(const Content&);
+    QSize sizeHint() const override { return {186, 56}; }
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+    void resizeEvent(QResizeEvent*) override;
+
+  private:
+    Disc* disc_;
+    TextLabel *title_, *subtitle_;
 };
 
 }

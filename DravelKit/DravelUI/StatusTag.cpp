@@ -4,8 +4,6 @@
 
 #include <QPainter>
 
-#include <algorithm>
-
 namespace dravel {
 namespace {
 
@@ -40,42 +38,6 @@ void paintTag(QPainter& painter, QPointF topLeft, Appearance appearance, Symbol 
                 look.icon.in(appearance).color());
     paintLine(painter, rect.adjusted(symbolSize + symbolGap, 0, 0, 0), typeStyle(look),
               look.text.in(appearance).color(), text);
-}
-
-StatusTag::StatusTag(Symbol symbol, const QString& text, const TagLook& look, QWidget* parent)
-    : QLabel(parent), symbol_(symbol), look_(look) {
-    setTextFormat(Qt::PlainText);
-    setText(text);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-}
-
-QSize StatusTag::sizeHint() const { return tagSize(look_, text()); }
-
-void StatusTag::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    paintTag(painter, {}, appearanceOf(*this), symbol_, text(), look_);
-}
-
-CountCapsule::CountCapsule(int count, QWidget* parent) : QLabel(parent) {
-    setCount(count);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-}
-
-void CountCapsule::setCount(int count) { setText(QString::number(count)); }
-
-QSize CountCapsule::sizeHint() const {
-    return {std::max(24, textWidth(Theme::Typography::captionStrong, text()) + 16), 20};
-}
-
-void CountCapsule::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Theme::tile.on(*this));
-    painter.drawRoundedRect(rect(), 10, 10);
-    paintLine(painter, rect(), Theme::Typography::captionStrong, Theme::textSecondary.on(*this), text(),
-              Qt::AlignHCenter);
 }
 
 }

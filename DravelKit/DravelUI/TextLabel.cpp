@@ -19,15 +19,6 @@ TextLabel::TextLabel(const Theme::TextStyle& style, const Theme::Tone& tone, con
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void TextLabel::setTextStyle(const Theme::TextStyle& style) {
-    if (style == style_) return;
-    style_ = style;
-    paragraph_.reset();
-    setFont(Theme::font(style));
-    updateGeometry();
-    update();
-}
-
 void TextLabel::setTone(const Theme::Tone& tone) {
     if (tone == tone_) return;
     tone_ = tone;

@@ -18,7 +18,6 @@ class TextLabel final : public QLabel {
   public:
     TextLabel(const Theme::TextStyle&, const Theme::Tone&, const QString& text = {}, QWidget* parent = nullptr);
 
-    void setTextStyle(const Theme::TextStyle&);
     void setTone(const Theme::Tone&);
     void setWraps(bool);
     void setElide(Qt::TextElideMode mode) { elide_ = mode; }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DravelKit/DravelUI/Typography.h"
+#include "DravelKit/DravelUI/Theme.h"
 
 #include <QString>
 #include <QTextLayout>

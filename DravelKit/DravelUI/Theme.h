@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
 
 #include <cstdint>
 #include <cstdlib>
@@ -9,8 +10,8 @@
 class QPalette;
 class QWidget;
 
-// The one source of colours, radii and spacing: constants, apart from the choice between light and dark, which follows
-// the palette of the widget that draws (Look.h makes that palette).
+// The one source of colours, radii, spacing and type: constants, apart from the choice between light and dark, which
+// follows the palette of the widget that draws (Look.h makes that palette).
 namespace dravel {
 
 enum class Appearance { Light, Dark };
@@ -91,6 +92,33 @@ inline constexpr int xs = 4, sm = 8, md = 16, lg = 24;
 namespace Space {
 inline constexpr int xs = 4, sm = 8, md = 16, lg = 24, xl = 32, xxl = 40;
 }
+
+// A type style in logical pixels: the size of the type and the height of the line box that it stands in.
+struct TextStyle {
+    int size = 13;
+    int line = 18;
+    int weight = QFont::Normal;
+    bool display = false; // Comfortaa, for page titles
+    bool struck = false;
+
+    bool operator==(const TextStyle&) const = default;
+    constexpr TextStyle withLine(int height) const { return {size, height, weight, display, struck}; }
+    constexpr TextStyle struckOut(bool on = true) const { return {size, line, weight, display, on}; }
+};
+
+namespace Typography {
+inline constexpr TextStyle pageTitle{30, 36, QFont::Bold, true}, stat{28, 34, QFont::DemiBold},
+    cardTitle{14, 20, QFont::DemiBold}, subtitle{13, 18, QFont::DemiBold}, body{13, 18, QFont::Normal},
+    bodyMedium{13, 18, QFont::Medium}, callout{12, 16, QFont::Normal}, caption{11, 14, QFont::Normal},
+    captionStrong{11, 14, QFont::DemiBold}, footnote{10, 12, QFont::Medium},
+    taskTitle = bodyMedium.withLine(20); // titles of list rows breathe a little more
+}
+
+// True when the four files of Atkinson Hyperlegible Next were compiled in; decided once per process.
+bool hasBrandFont();
+
+// The brand family, or the system's at the same size and weight; colour emoji as fallback. Cheap: fonts are shared.
+const QFont& font(const TextStyle&);
 
 }
 }

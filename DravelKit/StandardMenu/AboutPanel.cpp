@@ -4,7 +4,7 @@
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/TextLabel.h"
-#include "DravelKit/DravelUI/Typography.h"
+#include "DravelKit/DravelUI/Theme.h"
 
 #include <QVBoxLayout>
 

@@ -2,9 +2,7 @@
 
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/DravelShell.h"
-#include "DravelKit/DravelUI/SidebarBadge.h"
 #include "DravelKit/DravelUI/SidebarList.h"
-#include "DravelKit/DravelUI/Toast.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/ListPage.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DravelKit/DravelUI/SidebarBadge.h"
+#include "DravelKit/DravelUI/SidebarList.h"
 
 namespace tacla {
 

@@ -33,7 +33,7 @@ QRect inside(const QWidget& widget, QWidget& frame) { return {widget.mapTo(&fram
 
 }
 
-TEST(DravelPage, centresAColumnOfAtMost820WhateverItsHeight) {
+TEST(DravelPage, CentresAColumnOfAtMost820WhateverItsHeight) {
     for (const int height : {200, 5000}) // without and with a scroll bar
         for (const auto& [width, left, column] :
              {std::tuple{770, 24, 722}, {610, 24, 562}, {868, 24, 820}, {1200, 190, 820}}) {
@@ -45,19 +45,19 @@ TEST(DravelPage, centresAColumnOfAtMost820WhateverItsHeight) {
         }
 }
 
-TEST(DravelPage, putsTheFirstCardBelowTitleAndSubtitle) {
+TEST(DravelPage, PutsTheFirstCardBelowTitleAndSubtitle) {
     for (const auto& [subtitle, top] : {std::pair{u""_s, 88}, {u"Jour par jour."_s, 110}}) {
         DravelPage page(u"À venir"_s, subtitle);
         Card *first = card(100), *second = card(100);
+        page.add(first);
         page.add(second);
-        page.insert(0, first);
         show(page, {770, 600});
         EXPECT_EQ(inside(*first, page).top(), top);
         EXPECT_EQ(inside(*second, page).top(), top + 116);
     }
 }
 
-TEST(DravelPage, revealsWhatIsOutOfViewAndTellsWhatShows) {
+TEST(DravelPage, RevealsWhatIsOutOfViewAndTellsWhatShows) {
     DravelPage page;
     std::vector<Card*> cards;
     for (int count = 0; count < 10; ++count) page.add(cards.emplace_back(card(200)));
@@ -73,7 +73,7 @@ TEST(DravelPage, revealsWhatIsOutOfViewAndTellsWhatShows) {
     EXPECT_EQ(changes, 2);
 }
 
-TEST(DravelShell, keepsTheSidebarBetweenItsMinimumAndThePage) {
+TEST(DravelShell, KeepsTheSidebarBetweenItsMinimumAndThePage) {
     DravelShell shell(u"Tacla"_s, {}, u"Sections"_s);
     shell.list().addRow(Symbol::Sun, u"Aujourd'hui"_s, u"today"_s);
     auto* page = new DravelPage;
@@ -91,7 +91,7 @@ TEST(DravelShell, keepsTheSidebarBetweenItsMinimumAndThePage) {
     EXPECT_EQ(shell.sidebarWidth(), 900); // what was asked for fits now
 }
 
-TEST(SettingsCard, growsWithItsDetailsAndShowsOneLineBetweenRows) {
+TEST(SettingsCard, GrowsWithItsDetailsAndShowsOneLineBetweenRows) {
     SettingsCard plain(Symbol::Bell, u"Notifications"_s);
     auto* row = plain.addRow(new SettingRow(Symbol::Bell, u"Tester"_s, u"Envoie une notification."_s));
     plain.addRow(new SettingRow(Symbol::Send, u"Autre"_s));
@@ -108,7 +108,7 @@ TEST(SettingsCard, growsWithItsDetailsAndShowsOneLineBetweenRows) {
     EXPECT_EQ(height(), 8 + 36 + 52 + 52 + 8);
 }
 
-TEST(WelcomePage, isCentredAndScrollsWhenItIsTooHigh) {
+TEST(WelcomePage, IsCentredAndScrollsWhenItIsTooHigh) {
     WelcomePage page({}, u"Tacla"_s, u"Vos tâches."_s, u"C'est parti"_s);
     auto* step = page.addStep(new WelcomeStep(u"Votre liste"_s, u"Un fichier."_s));
     auto* last = page.addStep(new WelcomeStep(u"Notifications"_s, u"À l'heure."_s));
@@ -125,7 +125,7 @@ TEST(WelcomePage, isCentredAndScrollsWhenItIsTooHigh) {
     EXPECT_GT(page.verticalScrollBar()->maximum(), 0);
 }
 
-TEST(Paragraph, isAWholeNumberOfLineBoxes) {
+TEST(Paragraph, IsAWholeNumberOfLineBoxes) {
     const auto height = [](const QString& text, int width) {
         return Paragraph(text, Theme::Typography::taskTitle, width).height();
     };

@@ -1,8 +1,8 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Card.h"
-#include "DravelKit/DravelUI/DayCell.h"
+#include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/Look.h"
-#include "DravelKit/DravelUI/Popup.h"
+#include "DravelKit/DravelUI/MenuStyle.h"
 #include "DravelKit/DravelUI/Symbols.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +48,7 @@ struct Light {
 
 }
 
-TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
+TEST(Rendering, MarksWhatIsHoveredAndTheDaysOfAMonth) {
     const auto faceOf = [](QWidget& widget) { return Picture(widget, 1).at(6, 14); };
     const auto hovered = [&](QWidget& widget) {
         widget.resize(widget.sizeHint().expandedTo({40, 28}));
@@ -59,17 +59,14 @@ TEST(Rendering, marksWhatIsHoveredAndTheDaysOfAMonth) {
     Button onBackground(Button::Kind::NeutralOnBackground, u"Fermer"_s), prominent(Button::Kind::Prominent, u"Non"_s);
     EXPECT_EQ(hovered(onBackground), hex(Theme::neutralHover));
     EXPECT_EQ(hovered(prominent), hex(Theme::accentHover));
-    const std::pair<DayCell::Day, Theme::Tone> days[] = {{{{}, true, true, false}, Theme::accent},
-                                                         {{{}, true, false, false}, Theme::accentSoft},
-                                                         {{{}, false, false, true}, Theme::tile}};
-    for (const auto& [day, face] : days) {
-        DayCell cell(nullptr);
-        cell.setDay(day);
-        EXPECT_EQ(hovered(cell), hex(face));
-    }
+    const DatePopup popup({2026, 11, 26}, {2026, 11, 24});
+    for (const auto& [day, face] : {std::pair{u"2026-11-26"_s, Theme::accent},
+                                    {u"2026-11-24"_s, Theme::accentSoft},
+                                    {u"2026-12-01"_s, Theme::tile}})
+        EXPECT_EQ(hovered(*popup.findChild<QWidget*>(day)), hex(face)) << day.toStdString();
 }
 
-TEST(Rendering, throwsTheShadowOfACardInLightOnly) {
+TEST(Rendering, ThrowsTheShadowOfACardInLightOnly) {
     const Light afterwards;
     CardStage stage;
     stage.resize(200, 200);
@@ -90,7 +87,7 @@ TEST(Rendering, throwsTheShadowOfACardInLightOnly) {
     EXPECT_EQ(Picture(stage, 2).at(100, 60), "#1e2436");
 }
 
-TEST(Rendering, paintsAListOfAHundredThousandPixels) {
+TEST(Rendering, PaintsAListOfAHundredThousandPixels) {
     CardStage stage;
     stage.resize(200, 6'000'000);
     Card card(&stage);
@@ -103,7 +100,7 @@ TEST(Rendering, paintsAListOfAHundredThousandPixels) {
     EXPECT_EQ(image.pixelColor(5, 50).name(), u"#f5f5f5"_s);
 }
 
-TEST(Rendering, drawsMenusInTheLookOfTheKit) {
+TEST(Rendering, DrawsMenusInTheLookOfTheKit) {
     QMenu menu;
     menu.addAction(u"Modifier"_s);
     menu.addSeparator();
@@ -136,7 +133,7 @@ TEST(Rendering, drawsMenusInTheLookOfTheKit) {
     EXPECT_NE(rich.grab().toImage(), enabled);
 }
 
-TEST(Rendering, shapesAPopupLikeItsRoundedFace) {
+TEST(Rendering, ShapesAPopupLikeItsRoundedFace) {
     QImage face(60, 50, QImage::Format_ARGB32_Premultiplied);
     face.fill(Qt::transparent);
     QPainter painter(&face);
@@ -154,7 +151,7 @@ TEST(Rendering, shapesAPopupLikeItsRoundedFace) {
         }
 }
 
-TEST(Symbols, areTintedAndSharpAtEveryScale) {
+TEST(Symbols, AreTintedAndSharpAtEveryScale) {
     for (int symbol = 0; symbol <= static_cast<int>(Symbol::HandThumbsUpFill); ++symbol)
         for (const qreal ratio : {1.0, 1.25, 2.0}) {
             const QPixmap pixmap = symbolPixmap(static_cast<Symbol>(symbol), 16, QColor(0x52, 0x4F, 0xF1), ratio);

@@ -54,7 +54,7 @@ struct Window {
 
 }
 
-TEST(StandardMenu, editsTheFieldThatHasTheFocusAndElseUndoesInTheProgram) {
+TEST(StandardMenu, EditsTheFieldThatHasTheFocusAndElseUndoesInTheProgram) {
     Window shown;
     QTest::keyClicks(shown.field, u"Pain"_s);
     EXPECT_EQ(shown.offered(), std::pair(true, false));

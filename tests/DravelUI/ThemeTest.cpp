@@ -1,5 +1,4 @@
 #include "DravelKit/DravelUI/Theme.h"
-#include "DravelKit/DravelUI/Typography.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +31,7 @@ double contrast(RGB a, RGB b) {
 
 }
 
-TEST(Theme, mixesEachChannelAloneAndRoundsHalvesUp) {
+TEST(Theme, MixesEachChannelAloneAndRoundsHalvesUp) {
     EXPECT_EQ(name(RGB{0x000000}.mixed(RGB{0xFFFFFF}, 0.5)), "#808080");
     EXPECT_EQ(name(RGB{0xFFFFFF}.mixed(RGB{0x000000}, 0.5)), "#808080");
     EXPECT_EQ(name(RGB{0x0000FF}.mixed(RGB{0xFF0000}, 1)), "#FF0000");
@@ -40,7 +39,7 @@ TEST(Theme, mixesEachChannelAloneAndRoundsHalvesUp) {
     for (const double t : {-2.0, 0.0, 0.3, 1.0, 7.0}) EXPECT_EQ(RGB{0x524FF1}.mixed(RGB{0x524FF1}, t), RGB{0x524FF1});
 }
 
-TEST(Theme, keepsTextReadable) {
+TEST(Theme, KeepsTextReadable) {
     const auto check = [](std::initializer_list<Tone> inks, std::initializer_list<Tone> grounds, double least) {
         for (const auto appearance : {Appearance::Light, Appearance::Dark})
             for (const Tone& ink : inks)
@@ -61,7 +60,7 @@ TEST(Theme, keepsTextReadable) {
     check({Theme::white}, {Theme::danger}, 3);
 }
 
-TEST(Typography, hasItsSizesWithOrWithoutTheBrandFonts) {
+TEST(Typography, HasItsSizesWithOrWithoutTheBrandFonts) {
     using namespace Theme::Typography;
     for (const auto& style : {pageTitle, Theme::Typography::stat, cardTitle, subtitle, body, bodyMedium, callout,
                               caption, captionStrong, footnote}) {

@@ -2,10 +2,8 @@
 #include "tests/MainWindow/WindowWorld.h"
 
 #include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/DateField.h"
+#include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/SettingsCard.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
 #include <QTest>

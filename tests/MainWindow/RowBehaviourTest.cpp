@@ -2,9 +2,7 @@
 #include "tests/MainWindow/WindowWorld.h"
 
 #include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/DateField.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
+#include "DravelKit/DravelUI/Fields.h"
 
 #include <QAccessible>
 #include <QMenu>

@@ -1,5 +1,5 @@
 #include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/Toast.h"
+#include "DravelKit/DravelUI/DravelShell.h"
 #include "Tacla/MainWindow/HeadlessSnapshot.h"
 #include "Tacla/MainWindow/MainWindowController.h"
 #include "tests/MainWindow/WindowWorld.h"

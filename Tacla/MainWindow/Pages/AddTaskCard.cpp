@@ -1,12 +1,9 @@
 #include "Tacla/MainWindow/Pages/AddTaskCard.h"
 
 #include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/Chip.h"
-#include "DravelKit/DravelUI/DateField.h"
 #include "DravelKit/DravelUI/Disc.h"
+#include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/FlowLayout.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/QtText.h"
 

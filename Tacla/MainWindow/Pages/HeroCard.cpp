@@ -1,6 +1,6 @@
 #include "Tacla/MainWindow/Pages/HeroCard.h"
 
-#include "DravelKit/DravelUI/ProgressRing.h"
+#include "DravelKit/DravelUI/Disc.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/MainWindow/QtText.h"
 

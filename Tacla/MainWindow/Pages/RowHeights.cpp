@@ -1,6 +1,6 @@
 #include "Tacla/MainWindow/Pages/RowHeights.h"
 
-#include "DravelKit/DravelUI/Typography.h"
+#include "DravelKit/DravelUI/Theme.h"
 #include "Tacla/MainWindow/Rows/TaskRow.h"
 #include "Tacla/MainWindow/Rows/TaskTags.h"
 

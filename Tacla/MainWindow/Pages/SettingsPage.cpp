@@ -2,7 +2,6 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/SettingsCard.h"
-#include "DravelKit/DravelUI/Switch.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/SettingsTexts.h"

@@ -1,9 +1,7 @@
 #include "Tacla/MainWindow/Rows/TaskEditor.h"
 
 #include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/DateField.h"
-#include "DravelKit/DravelUI/Switch.h"
-#include "DravelKit/DravelUI/TextField.h"
+#include "DravelKit/DravelUI/Fields.h"
 #include "Tacla/MainWindow/QtText.h"
 
 #include <QHBoxLayout>
