@@ -8,7 +8,7 @@
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/ListPage.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
-#include "Tacla/MainWindow/Pages/TodayPage.h"
+#include "Tacla/MainWindow/Pages/TaskPages.h"
 #include "Tacla/MainWindow/QtText.h"
 #include "Tacla/MainWindow/Rows/RowAccessible.h"
 #include "Tacla/MainWindow/SyncBadge.h"

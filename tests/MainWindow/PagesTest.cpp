@@ -1,5 +1,5 @@
 #include "Tacla/TaskList/TaskFile.h"
-#include "tests/MainWindow/WindowWorld.h"
+#include "tests/MainWindow/TestWindow.h"
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DateField.h"
@@ -16,7 +16,7 @@ namespace tacla {
 namespace {
 
 using dravel::Button;
-using testing::WindowWorld;
+using testing::TestWindow;
 
 // Every text that shows in a part of the window, top to bottom.
 std::string texts(const QWidget& part) {
@@ -27,7 +27,7 @@ std::string texts(const QWidget& part) {
 }
 
 TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
-    WindowWorld window("");
+    TestWindow window("");
     auto& title = window.control<dravel::TextField>("add.title");
     title.setText(QStringLiteral("  Appeler la banque "));
     QTest::mouseClick(&window.control<QWidget>("add.tomorrow"), Qt::LeftButton);
@@ -49,7 +49,7 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
 }
 
 TEST(AddCard, MovesWithTheDayAtMidnight) {
-    WindowWorld window("- [ ] Pain · 2026-11-24\n", "2026-11-24 23:59");
+    TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 23:59");
     EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 24));
     window.world.loop.advance(std::chrono::minutes(2));
     window.settle();
@@ -66,7 +66,7 @@ TEST(AddCard, MovesWithTheDayAtMidnight) {
 }
 
 TEST(Pages, TellWhatIsWrongWithTheFile) {
-    WindowWorld window("- [ ] Pain · 2026-11-20\n");
+    TestWindow window("- [ ] Pain · 2026-11-20\n");
     EXPECT_FALSE(window.control<QWidget>("problems").isVisible());
     std::filesystem::remove(window.world.file);
     window.world.model.reload();
@@ -78,7 +78,7 @@ TEST(Pages, TellWhatIsWrongWithTheFile) {
 }
 
 TEST(Pages, SayThatThereIsNothing) {
-    WindowWorld window("");
+    TestWindow window("");
     EXPECT_NE(texts(*window.view).find("Journée libre\n0 faite\n"), std::string::npos) << texts(*window.view);
     EXPECT_NE(texts(*window.view).find("Rien de prévu aujourd'hui.\n"), std::string::npos);
     EXPECT_NE(texts(window.page(Section::late)).find("Aucun retard. 👌\n"), std::string::npos);
@@ -87,7 +87,7 @@ TEST(Pages, SayThatThereIsNothing) {
 }
 
 TEST(SettingsPage, ShowsAndChangesTheSettings) {
-    WindowWorld window("");
+    TestWindow window("");
     auto& page = window.page(Section::settings);
     EXPECT_NE(texts(page).find(window.world.file.string()), std::string::npos) << texts(page);
     EXPECT_NE(texts(page).find("/home/camille/.local/bin/tacla\ntacla list · tacla done <texte> · tacla sync"),
@@ -109,7 +109,7 @@ TEST(SettingsPage, ShowsAndChangesTheSettings) {
 }
 
 TEST(SettingsPage, UsesTheFileThatIsChosen) {
-    WindowWorld window("");
+    TestWindow window("");
     window.page(Section::settings);
     window.control<Button>("change.choose").click();
     EXPECT_EQ(window.world.state().file, window.world.file) << "cancelled";
@@ -121,7 +121,7 @@ TEST(SettingsPage, UsesTheFileThatIsChosen) {
 }
 
 TEST(SettingsPage, FollowsTheAccount) {
-    WindowWorld window("");
+    TestWindow window("");
     window.world.calendar.present = CalendarService::Account::signedOut;
     auto& page = window.page(Section::settings);
     EXPECT_NE(texts(page).find("Connecté à votre compte Google."), std::string::npos);
@@ -138,7 +138,7 @@ TEST(SettingsPage, FollowsTheAccount) {
 }
 
 TEST(Welcome, OffersTheThreeSteps) {
-    WindowWorld window("", "2026-11-24 10:40", true);
+    TestWindow window("", "2026-11-24 10:40", true);
     const auto text = texts(*window.view);
     EXPECT_NE(text.find("zone de notification"), std::string::npos) << text;
     window.chosen = window.world.folder / "mes-taches.md";

@@ -1,5 +1,5 @@
 #include "Tacla/MainWindow/Rows/TaskEditor.h"
-#include "tests/MainWindow/WindowWorld.h"
+#include "tests/MainWindow/TestWindow.h"
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DateField.h"
@@ -16,10 +16,10 @@
 namespace tacla {
 namespace {
 
-using testing::WindowWorld;
+using testing::TestWindow;
 
 // The stops of the Tab key from the one that has focus to the last one named. A date has three parts but is one stop.
-std::string stopsUntil(WindowWorld& window, const std::string& last) {
+std::string stopsUntil(TestWindow& window, const std::string& last) {
     std::string path;
     for (int i = 0; i < 30; ++i) {
         if (!path.ends_with(window.focused() + ", ")) path += window.focused() + ", ";
@@ -29,19 +29,19 @@ std::string stopsUntil(WindowWorld& window, const std::string& last) {
     return path;
 }
 
-QList<QAction*> menuOf(WindowWorld& window, std::string_view title) {
+QList<QAction*> menuOf(TestWindow& window, std::string_view title) {
     QTest::mouseClick(window.row(title).findChild<QWidget*>(QStringLiteral("menu")), Qt::LeftButton);
     return window.row(title).findChild<QMenu*>()->actions();
 }
 
-void choose(WindowWorld& window, std::string_view title, const QString& entry) {
+void choose(TestWindow& window, std::string_view title, const QString& entry) {
     for (auto* action : menuOf(window, title))
         if (action->text() == entry) action->trigger();
     window.settle();
 }
 
 TEST(TaskRow, IsCheckedPostponedAndDeletedInTheFile) {
-    WindowWorld window("- [ ] Pain · 2026-11-20 18:00\n- [ ] Vin · 2026-11-24\n- [ ] Sel · 2026-11-24\n");
+    TestWindow window("- [ ] Pain · 2026-11-20 18:00\n- [ ] Vin · 2026-11-24\n- [ ] Sel · 2026-11-24\n");
     QTest::mouseClick(window.row("Vin").findChild<QWidget*>(QStringLiteral("check")), Qt::LeftButton);
     window.settle();
     choose(window, "Pain", QStringLiteral("Reporter à lundi"));
@@ -52,7 +52,7 @@ TEST(TaskRow, IsCheckedPostponedAndDeletedInTheFile) {
 }
 
 TEST(TaskRow, PostponesFromTheDayOfTheClickNotOfTheLastReload) {
-    WindowWorld window("- [ ] Pain · 2026-11-20\n", "2026-11-24 23:59");
+    TestWindow window("- [ ] Pain · 2026-11-20\n", "2026-11-24 23:59");
     menuOf(window, "Pain");
     window.world.loop.setClock(testing::moment("2026-11-25 00:01"));
     window.row("Pain").findChild<QMenu*>()->actions().front()->trigger(); // to tomorrow
@@ -60,7 +60,7 @@ TEST(TaskRow, PostponesFromTheDayOfTheClickNotOfTheLastReload) {
 }
 
 TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
-    WindowWorld window("- [ ] ❗ Pain · 2026-11-24\n- [ ] Vin · 2026-11-24 18:00\n");
+    TestWindow window("- [ ] ❗ Pain · 2026-11-24\n- [ ] Vin · 2026-11-24 18:00\n");
     window.column().focusRow(0, TaskRow::Stop::check, Qt::TabFocusReason);
     window.press(Qt::Key_Return);
     EXPECT_EQ(window.focused(), "editor.title");
@@ -79,7 +79,7 @@ TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
 }
 
 TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
-    WindowWorld window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n");
+    TestWindow window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n");
     auto& row = window.row("Vin");
     row.startEditing();
     auto& title = window.control<dravel::TextField>("editor.title");
@@ -98,7 +98,7 @@ TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
 }
 
 TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {
-    WindowWorld window("- [ ] Pain · 2026-11-20\n- [ ] Vin · 2026-11-21\n- [ ] Sel · 2026-11-22\n");
+    TestWindow window("- [ ] Pain · 2026-11-20\n- [ ] Vin · 2026-11-21\n- [ ] Sel · 2026-11-22\n");
     window.page(Section::late);
     window.column().focusRow(1, TaskRow::Stop::check, Qt::TabFocusReason);
     window.press(Qt::Key_Space);
@@ -110,7 +110,7 @@ TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {
 }
 
 TEST(TaskColumn, IsWalkedThroughByKeyboard) {
-    WindowWorld window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n- [ ] Devis · 2026-11-25\n");
+    TestWindow window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n- [ ] Devis · 2026-11-25\n");
     window.control<dravel::TextField>("add.title").setFocus(Qt::TabFocusReason);
     EXPECT_EQ(stopsUntil(window, "section.today"),
               "add.title, add.today, add.tomorrow, add.monday, add.date, add.hasTime, add.strong, add.button, "
@@ -132,7 +132,7 @@ TEST(TaskColumn, IsWalkedThroughByKeyboard) {
 }
 
 TEST(TaskEditor, IsWalkedThroughByKeyboard) {
-    WindowWorld window("- [ ] Pain · 2026-11-24 18:00\n- [ ] Vin · 2026-11-24 18:00\n");
+    TestWindow window("- [ ] Pain · 2026-11-24 18:00\n- [ ] Vin · 2026-11-24 18:00\n");
     window.row("Pain").startEditing();
     EXPECT_EQ(stopsUntil(window, "Vin check"), "editor.title, editor.date, editor.hasTime, editor.time, editor.cancel, "
                                                "editor.save, Vin check, ");
@@ -145,7 +145,7 @@ TEST(TaskEditor, IsWalkedThroughByKeyboard) {
 TEST(TaskColumn, BuildsOnlyTheRowsInViewOfALongList) {
     std::string file;
     for (int i = 0; i < 5000; ++i) file += "- [ ] Tâche " + std::to_string(i) + " · 2026-11-20\n";
-    WindowWorld window(file);
+    TestWindow window(file);
     auto& page = window.page(Section::late);
     EXPECT_EQ(window.column().rowCount(), 5000u);
     EXPECT_LT(window.column().builtRows().size(), 30u);
@@ -165,7 +165,7 @@ TEST(TaskColumn, BuildsOnlyTheRowsInViewOfALongList) {
 TEST(TaskColumn, StaysWhereItWasScrolledToWhenLinesComeAbove) {
     std::string file;
     for (int i = 0; i < 300; ++i) file += "- [ ] Tâche " + std::to_string(i) + " · 2026-11-20\n";
-    WindowWorld window(file);
+    TestWindow window(file);
     auto& page = window.page(Section::late);
     page.verticalScrollBar()->setValue(6000);
     window.settle();
@@ -181,8 +181,8 @@ TEST(TaskColumn, StaysWhereItWasScrolledToWhenLinesComeAbove) {
 
 TEST(TaskColumn, TakesAnyTitleAndDay) {
     const std::string endless(10000, 'a');
-    WindowWorld window("- [ ] " + endless + " · 2026-11-24 23:00\n- [ ] <b>R&D</b> <img src=x> · 2026-11-24\n" +
-                       "- [ ] שלום עולם · 2026-11-24\n- [ ] Zéro · 0000-01-01\n- [ ] Février · 2026-02-30\n");
+    TestWindow window("- [ ] " + endless + " · 2026-11-24 23:00\n- [ ] <b>R&D</b> <img src=x> · 2026-11-24\n" +
+                      "- [ ] שלום עולם · 2026-11-24\n- [ ] Zéro · 0000-01-01\n- [ ] Février · 2026-02-30\n");
     EXPECT_GT(window.row(endless).height(), 1000);
     EXPECT_EQ(window.row("<b>R&D</b> <img src=x>").accessibleName().toStdString(), "<b>R&D</b> <img src=x>");
     for (const char* title : {"Zéro", "Février"}) {
@@ -198,7 +198,7 @@ TEST(TaskColumn, TakesAnyTitleAndDay) {
 }
 
 TEST(TaskRow, TellsScreenReadersWhatItIs) {
-    WindowWorld window("- [x] Pain · 2026-11-24 · ✅ 2026-11-24\n");
+    TestWindow window("- [x] Pain · 2026-11-24 · ✅ 2026-11-24\n");
     auto& row = window.row("Pain");
     const auto* item = QAccessible::queryAccessibleInterface(&row);
     EXPECT_EQ(item->role(), QAccessible::ListItem);

@@ -2,7 +2,7 @@
 #include "DravelKit/DravelUI/Toast.h"
 #include "Tacla/MainWindow/HeadlessSnapshot.h"
 #include "Tacla/MainWindow/MainWindowController.h"
-#include "tests/MainWindow/WindowWorld.h"
+#include "tests/MainWindow/TestWindow.h"
 
 #include <QImage>
 #include <QLayout>
@@ -14,11 +14,11 @@
 namespace tacla {
 namespace {
 
-using testing::WindowWorld;
+using testing::TestWindow;
 
 TEST(MainView, ShowsEachPageWithItsTasks) {
-    WindowWorld window("- [ ] ❗ Urssaf · 2026-11-18\n- [ ] Camille · 2026-11-24 11:30\n- [x] Colis · 2026-11-24\n"
-                       "- [ ] Devis · 2026-11-25\n- [ ] Un jour\n");
+    TestWindow window("- [ ] ❗ Urssaf · 2026-11-18\n- [ ] Camille · 2026-11-24 11:30\n- [x] Colis · 2026-11-24\n"
+                      "- [ ] Devis · 2026-11-25\n- [ ] Un jour\n");
     EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\nColis\nCamille [11:30]\nDevis [demain]\n");
     window.page(Section::late);
     EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\n");
@@ -31,7 +31,7 @@ TEST(MainView, ShowsEachPageWithItsTasks) {
 }
 
 TEST(MainView, GoesToTheRequestedSectionOnce) {
-    WindowWorld window("");
+    TestWindow window("");
     window.world.model.requestSection("done");
     EXPECT_EQ(window.view->section(), Section::done);
     EXPECT_EQ(window.world.state().requestedSection, std::nullopt);
@@ -51,7 +51,7 @@ TEST(MainView, StartsOnTodayWhateverWasRequestedBefore) {
 }
 
 TEST(MainView, ShowsTheWelcomeUntilItIsClosed) {
-    WindowWorld window("- [ ] Pain · 2026-11-24\n", "2026-11-24 10:40", true);
+    TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 10:40", true);
     EXPECT_EQ(window.view->findChild<TaskColumn*>(), nullptr) << "no page is built behind the welcome";
     EXPECT_EQ(window.focused(), "welcome.close");
     window.press(Qt::Key_Space);
@@ -62,7 +62,7 @@ TEST(MainView, ShowsTheWelcomeUntilItIsClosed) {
 
 TEST(UndoBar, OffersToTakeTheLastChangeBackForTenSeconds) {
     const std::string pain = "- [ ] Pain · 2026-11-24\n";
-    WindowWorld window(pain);
+    TestWindow window(pain);
     auto& bar = window.control<dravel::Toast>("toast");
     auto& undo = window.control<dravel::Button>("toastAction");
     EXPECT_FALSE(bar.isVisible());

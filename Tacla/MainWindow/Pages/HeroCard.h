@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DravelKit/DravelUI/Card.h"
-#include "Tacla/MainWindow/Pages/TaskGroups.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 namespace dravel {
 class ProgressRing;

@@ -2,7 +2,7 @@
 
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/MainWindow/QtText.h"
-#include "Tacla/MainWindow/Tones.h"
+#include "Tacla/MainWindow/QtValues.h"
 
 #include <QPainter>
 #include <QVBoxLayout>

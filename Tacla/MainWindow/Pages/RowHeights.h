@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tacla/MainWindow/Pages/TaskGroups.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "DravelKit/Foundation/Instant.h"
-#include "Tacla/MainWindow/Pages/ColumnLayout.h"
-#include "Tacla/MainWindow/Pages/TaskGroups.h"
+#include "Tacla/MainWindow/PageContents.h"
+#include "Tacla/MainWindow/Pages/ColumnPlan.h"
 #include "Tacla/MainWindow/Rows/TaskRow.h"
 
 #include <QWidget>

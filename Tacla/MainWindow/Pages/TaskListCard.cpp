@@ -1,9 +1,9 @@
 #include "Tacla/MainWindow/Pages/TaskListCard.h"
 
 #include "DravelKit/DravelUI/TextLabel.h"
-#include "Tacla/MainWindow/Pages/ColumnLayout.h"
+#include "Tacla/MainWindow/Pages/ColumnPlan.h"
 #include "Tacla/MainWindow/QtText.h"
-#include "Tacla/MainWindow/Tones.h"
+#include "Tacla/MainWindow/QtValues.h"
 
 namespace tacla {
 

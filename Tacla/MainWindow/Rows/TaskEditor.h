@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tacla/MainWindow/Rows/TaskDraft.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <QWidget>
 

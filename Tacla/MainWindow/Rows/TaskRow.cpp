@@ -4,9 +4,9 @@
 #include "DravelKit/DravelUI/Theme.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/Rows/CheckButton.h"
 #include "Tacla/MainWindow/Rows/TaskEditor.h"
-#include "Tacla/MainWindow/Tones.h"
 #include "Tacla/TaskList/TaskFile.h"
 
 #include <QHelpEvent>

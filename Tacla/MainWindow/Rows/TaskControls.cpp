@@ -1,4 +1,4 @@
-#include "Tacla/MainWindow/Pages/AddTaskCard.h"
+#include "Tacla/MainWindow/Rows/TaskControls.h"
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Chip.h"

@@ -1,4 +1,4 @@
-#include "Tacla/MainWindow/Pages/TaskGroups.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 #include "DravelKit/DravelUI/Symbols.h"
 #include "Tacla/TaskList/Labels.h"

@@ -1,4 +1,4 @@
-#include "Tacla/MainWindow/Rows/TaskDraft.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/TaskFile.h"

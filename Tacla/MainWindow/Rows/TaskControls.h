@@ -2,7 +2,7 @@
 
 #include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/Foundation/Instant.h"
-#include "Tacla/MainWindow/Rows/TaskDraft.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "Tacla/MainWindow/Pages/ColumnLayout.h"
+#include "Tacla/MainWindow/Pages/ColumnPlan.h"
 
 #include <algorithm>
 

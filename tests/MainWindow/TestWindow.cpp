@@ -1,11 +1,11 @@
-#include "tests/MainWindow/WindowWorld.h"
+#include "tests/MainWindow/TestWindow.h"
 
 #include <QApplication>
 #include <QTest>
 
 namespace tacla::testing {
 
-WindowWorld::WindowWorld(std::string_view tasks, std::string_view now, bool onboarding) : world(now, tasks) {
+TestWindow::TestWindow(std::string_view tasks, std::string_view now, bool onboarding) : world(now, tasks) {
     world.start();
     if (onboarding) world.model.beginOnboarding();
     view = std::make_unique<MainView>(world.model, actions(), [this] { return world.loop.now(); });
@@ -15,9 +15,9 @@ WindowWorld::WindowWorld(std::string_view tasks, std::string_view now, bool onbo
     settle();
 }
 
-WindowWorld::~WindowWorld() = default;
+TestWindow::~TestWindow() = default;
 
-DesktopActions WindowWorld::actions() {
+DesktopActions TestWindow::actions() {
     const auto noted = [this](const char* what) {
         return [this, what](const DesktopActions::Path& path) { asked.push_back(what + path.filename().string()); };
     };
@@ -39,13 +39,13 @@ DesktopActions WindowWorld::actions() {
             .home = "/home/camille"};
 }
 
-void WindowWorld::settle() {
+void TestWindow::settle() {
     QCoreApplication::sendPostedEvents(nullptr, 0);
     QCoreApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-dravel::DravelPage& WindowWorld::page(Section section) {
+dravel::DravelPage& TestWindow::page(Section section) {
     view->select(section);
     settle();
     for (auto* page : view->findChildren<dravel::DravelPage*>())
@@ -53,19 +53,19 @@ dravel::DravelPage& WindowWorld::page(Section section) {
     throw std::runtime_error("no page shows");
 }
 
-TaskColumn& WindowWorld::column() {
+TaskColumn& TestWindow::column() {
     for (auto* column : view->findChildren<TaskColumn*>())
         if (column->isVisible()) return *column;
     throw std::runtime_error("no tasks show");
 }
 
-TaskRow& WindowWorld::row(std::string_view title) {
+TaskRow& TestWindow::row(std::string_view title) {
     for (const auto& [index, row] : column().builtRows())
         if (row->task().title == title) return *row;
     throw std::runtime_error("no row " + std::string(title));
 }
 
-std::string WindowWorld::shown() {
+std::string TestWindow::shown() {
     std::string text;
     for (const auto& [index, row] : column().builtRows()) {
         const auto tags = row->accessibleDescription();
@@ -74,13 +74,13 @@ std::string WindowWorld::shown() {
     return text;
 }
 
-void WindowWorld::fileBecomes(std::string_view text) {
+void TestWindow::fileBecomes(std::string_view text) {
     world.save(text);
     world.model.checkFile();
     settle();
 }
 
-std::string WindowWorld::focused() const {
+std::string TestWindow::focused() const {
     const auto* focus = QApplication::focusWidget();
     if (!focus) return "nothing";
     const auto name = focus->objectName().toStdString();
@@ -88,7 +88,7 @@ std::string WindowWorld::focused() const {
     return row ? row->task().title + " " + name : name;
 }
 
-void WindowWorld::press(int key, Qt::KeyboardModifiers modifiers) {
+void TestWindow::press(int key, Qt::KeyboardModifiers modifiers) {
     auto* focus = QApplication::focusWidget();
     QTest::keyClick(focus ? focus : view.get(), static_cast<Qt::Key>(key), modifiers);
     settle();

@@ -14,9 +14,9 @@
 namespace tacla::testing {
 
 // The window's content over a living model on virtual time, shown and active.
-struct WindowWorld {
-    explicit WindowWorld(std::string_view tasks, std::string_view now = "2026-11-24 10:40", bool onboarding = false);
-    ~WindowWorld();
+struct TestWindow {
+    explicit TestWindow(std::string_view tasks, std::string_view now = "2026-11-24 10:40", bool onboarding = false);
+    ~TestWindow();
 
     DesktopActions actions(); // that write down what they were asked
 

@@ -1,5 +1,5 @@
+#include "Tacla/MainWindow/Rows/RowContents.h"
 #include "Tacla/MainWindow/Rows/RowMenu.h"
-#include "Tacla/MainWindow/Rows/TaskDraft.h"
 #include "Tacla/MainWindow/Rows/TaskTags.h"
 #include "tests/MainWindow/ModelStates.h"
 

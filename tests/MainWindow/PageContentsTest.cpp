@@ -1,4 +1,4 @@
-#include "Tacla/MainWindow/Pages/TaskGroups.h"
+#include "Tacla/MainWindow/PageContents.h"
 #include "tests/MainWindow/ModelStates.h"
 
 #include <gtest/gtest.h>

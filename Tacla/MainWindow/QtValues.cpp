@@ -1,4 +1,4 @@
-#include "Tacla/MainWindow/Tones.h"
+#include "Tacla/MainWindow/QtValues.h"
 
 namespace tacla {
 
