@@ -3,7 +3,7 @@
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/Foundation/FileError.h"
 #include "Tacla/MainWindow/MainView.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -3,7 +3,7 @@
 #include "DravelKit/Foundation/Instant.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/DesktopActions.h"
-#include "Tacla/MainWindow/Section.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 #include <filesystem>
 

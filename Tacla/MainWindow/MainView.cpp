@@ -9,7 +9,7 @@
 #include "Tacla/MainWindow/Pages/ListPage.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
 #include "Tacla/MainWindow/Pages/TaskPages.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/Rows/RowAccessible.h"
 #include "Tacla/MainWindow/SyncBadge.h"
 #include "Tacla/MainWindow/WelcomeView.h"

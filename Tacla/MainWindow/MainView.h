@@ -4,7 +4,7 @@
 #include "DravelKit/Foundation/Signal.h"
 #include "Tacla/AppModel/ModelState.h"
 #include "Tacla/MainWindow/DesktopActions.h"
-#include "Tacla/MainWindow/Section.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 #include <QWidget>
 

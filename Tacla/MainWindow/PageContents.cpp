@@ -43,6 +43,68 @@ TaskGroups grouped(Tasks tasks, DayOf dayOf, Make make) {
     return groups;
 }
 
+bool inTrouble(const ModelState& state) {
+    return state.fileError || (state.calendarSync && (state.syncError || state.connection == Connection::signedOut));
+}
+
+std::string signedInText(const ModelState& state, const TimeText& timeText) {
+    if (state.syncError) return "Synchro en échec";
+    if (state.syncing) return "Synchro de l'agenda…";
+    if (!state.lastSync) return "Agenda connecté";
+    return "Agenda à jour · " + timeText(*state.lastSync);
+}
+
+std::string subtitle(const ModelState& state, const TimeText& timeText) {
+    if (state.fileError) return "Liste illisible";
+    if (!state.calendarSync) return state.file.filename().string();
+    switch (state.connection) {
+    case Connection::unknown: return "Agenda…";
+    case Connection::signedOut: return "Agenda non connecté";
+    case Connection::signingIn: return "Connexion à Google…";
+    case Connection::signedIn: break;
+    }
+    return signedInText(state, timeText);
+}
+
+}
+
+std::string_view rawValue(Section section) {
+    switch (section) {
+    case Section::today: return "today";
+    case Section::late: return "late";
+    case Section::upcoming: return "upcoming";
+    case Section::done: return "done";
+    case Section::settings: return "settings";
+    }
+    return {};
+}
+
+std::string_view title(Section section) {
+    switch (section) {
+    case Section::today: return "Aujourd'hui";
+    case Section::late: return "En retard";
+    case Section::upcoming: return "À venir";
+    case Section::done: return "Faites";
+    case Section::settings: return "Réglages";
+    }
+    return {};
+}
+
+Symbol symbol(Section section) {
+    switch (section) {
+    case Section::today: return Symbol::Sun;
+    case Section::late: return Symbol::ExclamationCircle;
+    case Section::upcoming: return Symbol::Calendar3;
+    case Section::done: return Symbol::CheckCircle;
+    case Section::settings: return Symbol::Gear;
+    }
+    return Symbol::Sun;
+}
+
+std::optional<Section> sectionNamed(std::string_view name) {
+    for (const auto section : sections)
+        if (rawValue(section) == name) return section;
+    return std::nullopt;
 }
 
 std::string TaskGroup::title() const {
@@ -65,7 +127,7 @@ TodayContents todayContents(const ModelState& state) {
         contents.groups.push_back({.heading = "En retard",
                                    .day = {},
                                    .symbol = Symbol::ExclamationTriangleFill,
-                                   .mood = Mood::danger,
+                                   .role = ColourRole::danger,
                                    .tasks = std::move(late),
                                    .empty = {}});
     contents.groups.push_back({.heading = "Au programme",
@@ -88,7 +150,7 @@ TaskGroups lateGroups(const ModelState& state) {
     return {{.heading = std::to_string(late.size()) + " en retard",
              .day = {},
              .symbol = Symbol::ExclamationTriangleFill,
-             .mood = Mood::danger,
+             .role = ColourRole::danger,
              .tasks = std::move(late),
              .empty = {}}};
 }
@@ -108,7 +170,7 @@ TaskGroups upcomingGroups(const ModelState& state) {
         groups.push_back({.heading = "Sans date",
                           .day = {},
                           .symbol = Symbol::Inbox,
-                          .mood = Mood::plain,
+                          .role = ColourRole::plain,
                           .tasks = std::move(undated),
                           .empty = {}});
     return groups;
@@ -124,13 +186,13 @@ TaskGroups doneGroups(const ModelState& state) {
             TaskGroup group{.heading = day == yesterday ? "Hier · " : "",
                             .day = day,
                             .symbol = Symbol::CheckCircleFill,
-                            .mood = Mood::faint,
+                            .role = ColourRole::faint,
                             .tasks = {},
                             .empty = {}};
             if (day == today) {
                 group.heading = "Aujourd'hui";
                 group.day.reset();
-                group.mood = Mood::success;
+                group.role = ColourRole::success;
             }
             return group;
         });
@@ -138,8 +200,8 @@ TaskGroups doneGroups(const ModelState& state) {
 
 std::vector<Problem> problems(const ModelState& state) {
     std::vector<Problem> found;
-    if (state.fileError) found.push_back({*state.fileError, Mood::danger});
-    if (state.calendarSync && state.syncError) found.push_back({"Agenda : " + *state.syncError, Mood::warning});
+    if (state.fileError) found.push_back({*state.fileError, ColourRole::danger});
+    if (state.calendarSync && state.syncError) found.push_back({"Agenda : " + *state.syncError, ColourRole::warning});
     return found;
 }
 
@@ -167,6 +229,30 @@ ListContents listContents(Section section, const ModelState& state) {
     case Section::settings: break;
     }
     return {};
+}
+
+SyncBadgeContent syncBadge(const ModelState& state, const TimeText& timeText) {
+    const auto open = state.openCount();
+    const bool trouble = inTrouble(state);
+    return {.symbol = state.syncing ? Symbol::ArrowRepeat
+                      : trouble     ? Symbol::ExclamationLg
+                                    : Symbol::CheckLg,
+            .title = open >= 1 ? std::to_string(open) + " à faire" : "Tout est coché",
+            .subtitle = subtitle(state, timeText),
+            .syncing = state.syncing,
+            .trouble = trouble};
+}
+
+std::string syncText(const ModelState& state, const TimeText& timeText) {
+    if (state.syncError) return *state.syncError;
+    if (state.syncing) return "En cours";
+    if (state.lastSync) return "Dernière : " + timeText(*state.lastSync) + ", puis à chaque modification de la liste";
+    return "Pas encore faite";
+}
+
+std::string calendarSyncText(bool on) {
+    return on ? "Dans un agenda à part, sans rappel sur le téléphone."
+              : "Désactivé. Les événements déjà recopiés restent dans l'agenda.";
 }
 
 }

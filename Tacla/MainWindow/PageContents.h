@@ -1,26 +1,35 @@
 #pragma once
 
 #include "Tacla/AppModel/ModelState.h"
-#include "Tacla/MainWindow/Mood.h"
-#include "Tacla/MainWindow/Section.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
 
+#include <array>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-// What the pages show, as values.
-namespace dravel {
-enum class Symbol;
-}
-
+// What the pages and the sidebar show, as values.
 namespace tacla {
+
+// The pages of the main window, in the sidebar's order.
+enum class Section { today, late, upcoming, done, settings };
+
+inline constexpr std::array sections{Section::today, Section::late, Section::upcoming, Section::done,
+                                     Section::settings};
+
+std::string_view rawValue(Section); // "today"
+std::string_view title(Section);    // "Aujourd'hui"
+dravel::Symbol symbol(Section);
+std::optional<Section> sectionNamed(std::string_view rawValue);
 
 // One card of tasks. A day's name is made when the card comes into view: there may be thousands.
 struct TaskGroup {
     std::string heading;    // the whole title, or what stands before the day's name
     std::optional<Day> day; // the day that the title names
     dravel::Symbol symbol;
-    Mood mood = Mood::accent;
+    ColourRole role = ColourRole::accent;
     Tasks tasks;
     std::string empty; // said instead of the tasks when there are none
     bool showDay = true;
@@ -44,7 +53,7 @@ TaskGroups doneGroups(const ModelState&);
 
 struct Problem {
     std::string text;
-    Mood mood;
+    ColourRole role;
 
     bool operator==(const Problem&) const = default;
 };
@@ -61,5 +70,22 @@ struct ListContents {
 };
 
 ListContents listContents(Section, const ModelState&);
+
+// A time of day in the user's notation: "10:40".
+using TimeText = std::function<std::string(Instant)>;
+
+// The block at the foot of the sidebar.
+struct SyncBadgeContent {
+    dravel::Symbol symbol{};
+    std::string title, subtitle;
+    bool syncing = false, trouble = false;
+
+    bool operator==(const SyncBadgeContent&) const = default;
+};
+
+SyncBadgeContent syncBadge(const ModelState&, const TimeText&);
+
+std::string syncText(const ModelState&, const TimeText&);
+std::string calendarSyncText(bool on);
 
 }

@@ -1,30 +1,40 @@
 #include "Tacla/MainWindow/QtValues.h"
 
+#include <QLocale>
+
 namespace tacla {
 
 namespace Theme = dravel::Theme;
 using dravel::TagLook;
 
-const Theme::Tone& toneOf(Mood mood) {
-    switch (mood) {
-    case Mood::accent: return Theme::accent;
-    case Mood::plain: return Theme::textSecondary;
-    case Mood::faint: return Theme::textTertiary;
-    case Mood::success: return Theme::successText;
-    case Mood::warning: return Theme::warningText;
-    case Mood::danger: return Theme::dangerText;
+std::string shortTime(dravel::Instant instant) {
+    const auto locale = QLocale::system();
+    const auto clock = Clock::of(instant);
+    // The "C" locale writes seconds too.
+    if (locale.language() == QLocale::C) return clock.description();
+    return fromQt(locale.toString(toQt(clock), QLocale::ShortFormat));
+}
+
+const Theme::Tone& toneOf(ColourRole role) {
+    switch (role) {
+    case ColourRole::accent: return Theme::accent;
+    case ColourRole::plain: return Theme::textSecondary;
+    case ColourRole::faint: return Theme::textTertiary;
+    case ColourRole::success: return Theme::successText;
+    case ColourRole::warning: return Theme::warningText;
+    case ColourRole::danger: return Theme::dangerText;
     }
     return Theme::text;
 }
 
-TagLook tagLookOf(Mood mood) {
-    switch (mood) {
-    case Mood::success: return TagLook::success();
-    case Mood::warning: return TagLook::warning();
-    case Mood::danger: return TagLook::danger();
-    case Mood::accent:
-    case Mood::plain:
-    case Mood::faint: break;
+TagLook tagLookOf(ColourRole role) {
+    switch (role) {
+    case ColourRole::success: return TagLook::success();
+    case ColourRole::warning: return TagLook::warning();
+    case ColourRole::danger: return TagLook::danger();
+    case ColourRole::accent:
+    case ColourRole::plain:
+    case ColourRole::faint: break;
     }
     return TagLook::plain();
 }

@@ -1,10 +1,9 @@
 #include "Tacla/MainWindow/SyncBadge.h"
 
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/PageContents.h"
+#include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
-#include "Tacla/MainWindow/SyncBadgeContent.h"
-#include "Tacla/MainWindow/TimeTexts.h"
 
 namespace tacla {
 

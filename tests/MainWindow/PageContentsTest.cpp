@@ -92,8 +92,8 @@ TEST(DonePage, GroupsByTheDayOnWhichTasksWereDone) {
                                   "Aujourd'hui / Sans rien / Colis / Plombier\n"
                                   "Hier · lundi 23 novembre / Charte / Encre\n"
                                   "Vendredi 20 novembre / Épreuves\n");
-    EXPECT_EQ(groups[1].mood, Mood::success);
-    EXPECT_EQ(groups[2].mood, Mood::faint);
+    EXPECT_EQ(groups[1].role, ColourRole::success);
+    EXPECT_EQ(groups[2].role, ColourRole::faint);
 }
 
 TEST(Problems, AreToldByWeight) {
@@ -103,8 +103,8 @@ TEST(Problems, AreToldByWeight) {
     state.calendarSync = true;
     state.fileError = "Impossible de lire /taches.md : Permission non accordée";
     EXPECT_EQ(problems(state),
-              (std::vector<Problem>{{"Impossible de lire /taches.md : Permission non accordée", Mood::danger},
-                                    {"Agenda : la connexion à Internet semble interrompue", Mood::warning}}));
+              (std::vector<Problem>{{"Impossible de lire /taches.md : Permission non accordée", ColourRole::danger},
+                                    {"Agenda : la connexion à Internet semble interrompue", ColourRole::warning}}));
 }
 
 }

@@ -1,6 +1,4 @@
 #include "Tacla/MainWindow/Rows/RowContents.h"
-#include "Tacla/MainWindow/Rows/RowMenu.h"
-#include "Tacla/MainWindow/Rows/TaskTags.h"
 #include "tests/MainWindow/ModelStates.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +12,8 @@ constexpr Day today{2026, 11, 24};
 
 std::string transcript(const std::vector<TaskTag>& tags) {
     std::string text;
-    for (const auto& tag : tags) text += (text.empty() ? "" : ", ") + tag.text + (tag.strong ? "!" : "");
+    for (const auto& tag : tags)
+        text += (text.empty() ? "" : ", ") + tag.text + (tag.role == ColourRole::plain ? "" : "!");
     return text;
 }
 

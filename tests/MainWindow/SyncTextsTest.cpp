@@ -1,4 +1,4 @@
-#include "Tacla/MainWindow/Pages/SettingsTexts.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 #include "DravelKit/DravelUI/Symbols.h"
 #include "tests/MainWindow/ModelStates.h"

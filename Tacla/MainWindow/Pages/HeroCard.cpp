@@ -2,7 +2,7 @@
 
 #include "DravelKit/DravelUI/ProgressRing.h"
 #include "DravelKit/DravelUI/TextLabel.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 
 namespace tacla {
 

@@ -3,7 +3,7 @@
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/ProblemsCard.h"
 #include "Tacla/MainWindow/Pages/TaskColumn.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 
 namespace tacla {

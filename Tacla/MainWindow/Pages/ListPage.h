@@ -2,7 +2,7 @@
 
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/Foundation/Instant.h"
-#include "Tacla/MainWindow/Section.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 namespace dravel {
 class EmptyCard;

@@ -1,7 +1,6 @@
 #include "Tacla/MainWindow/Pages/ProblemsCard.h"
 
 #include "DravelKit/DravelUI/TextLabel.h"
-#include "Tacla/MainWindow/QtText.h"
 #include "Tacla/MainWindow/QtValues.h"
 
 #include <QPainter>
@@ -23,8 +22,8 @@ void ProblemsCard::setProblems(std::vector<Problem> problems) {
     if (problems == problems_) return;
     problems_ = std::move(problems);
     for (auto* line : std::exchange(lines_, {})) delete line;
-    for (const auto& [text, mood] : problems_) {
-        auto* line = new dravel::TextLabel(Theme::Typography::body, toneOf(mood), toQt(text), this);
+    for (const auto& [text, role] : problems_) {
+        auto* line = new dravel::TextLabel(Theme::Typography::body, toneOf(role), toQt(text), this);
         line->setObjectName(u"problem"_s);
         line->setWraps(true);
         line->setSelectable(true);
@@ -41,7 +40,7 @@ void ProblemsCard::paintEvent(QPaintEvent* event) {
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const QRectF column(iconColumn, lines_[i]->y(), iconWidth, Theme::Typography::body.line);
         dravel::paintSymbol(painter, column, dravel::Symbol::ExclamationTriangleFill, 16,
-                            toneOf(problems_[i].mood).on(*this));
+                            toneOf(problems_[i].role).on(*this));
     }
 }
 

@@ -1,8 +1,8 @@
 #include "Tacla/MainWindow/Pages/RowHeights.h"
 
 #include "DravelKit/DravelUI/Typography.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
 #include "Tacla/MainWindow/Rows/TaskRow.h"
-#include "Tacla/MainWindow/Rows/TaskTags.h"
 
 #include <QFontMetricsF>
 

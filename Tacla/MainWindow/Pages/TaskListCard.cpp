@@ -2,7 +2,6 @@
 
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/MainWindow/Pages/ColumnPlan.h"
-#include "Tacla/MainWindow/QtText.h"
 #include "Tacla/MainWindow/QtValues.h"
 
 namespace tacla {
@@ -20,7 +19,7 @@ void TaskListCard::setGroup(const TaskGroup& group) {
     const auto title = toQt(group.title());
     setAccessibleName(title);
     header_->setTitle(title);
-    header_->setSymbol(group.symbol, toneOf(group.mood));
+    header_->setSymbol(group.symbol, toneOf(group.role));
     header_->setCount(static_cast<int>(group.tasks.size()));
     empty_->setText(toQt(group.empty));
     empty_->setVisible(group.tasks.empty());

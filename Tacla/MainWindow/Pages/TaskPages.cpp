@@ -1,13 +1,13 @@
 #include "Tacla/MainWindow/Pages/TaskPages.h"
 
 #include "Tacla/AppModel/AppModel.h"
+#include "Tacla/MainWindow/PageContents.h"
 #include "Tacla/MainWindow/Pages/HeroCard.h"
 #include "Tacla/MainWindow/Pages/ProblemsCard.h"
 #include "Tacla/MainWindow/Pages/TaskColumn.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 #include "Tacla/MainWindow/Rows/TaskControls.h"
-#include "Tacla/MainWindow/Section.h"
 
 namespace tacla {
 

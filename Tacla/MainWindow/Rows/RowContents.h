@@ -5,8 +5,44 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <vector>
+
+// What the rows of tasks show and do, and what their editors hold, as values.
+namespace dravel {
+enum class Symbol;
+}
 
 namespace tacla {
+
+// What a text or an icon means; the pages turn it into one of the theme's colours.
+enum class ColourRole { accent, plain, faint, success, warning, danger };
+
+// One of the small marks under a task's title.
+struct TaskTag {
+    std::string text;
+    dravel::Symbol symbol;
+    ColourRole role = ColourRole::plain;
+};
+
+// The date stands among them only with `showDay`.
+std::vector<TaskTag> taskTags(const TaskItem&, Day today, bool showDay);
+// Whether there are any, at no cost.
+bool hasTags(const TaskItem&, bool showDay);
+
+enum class RowCommand { postponeToTomorrow, postponeToMonday, postponeByAWeek, toggle, edit, remove };
+
+struct RowEntry {
+    RowCommand command;
+    std::string_view label;
+    bool destructive = false;
+    bool separatorBefore = false;
+};
+
+// The actions menu of a task's row, top to bottom.
+std::vector<RowEntry> rowMenu(const TaskItem&);
+
+// Where a postponing command moves the task; none for the other commands.
+std::optional<Day> postponedDay(RowCommand, const TaskItem&, Day today);
 
 // What the inline editor holds.
 struct TaskDraft {
@@ -43,8 +79,6 @@ struct NewTaskDraft {
 
     Day day(Day today) const { return picked.value_or(today); }
     void pick(Day day, Day today);
-
-    bool operator==(const NewTaskDraft&) const = default;
 };
 
 struct NewTask {
@@ -52,8 +86,6 @@ struct NewTask {
     Day day;
     std::optional<Clock> time;
     bool strong = false;
-
-    bool operator==(const NewTask&) const = default;
 };
 
 // None when the title is blank.

@@ -8,7 +8,7 @@
 #include "DravelKit/DravelUI/Switch.h"
 #include "DravelKit/DravelUI/TextField.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 
 #include <QSignalBlocker>
 #include <QVBoxLayout>

@@ -4,7 +4,7 @@
 #include "DravelKit/DravelUI/DateField.h"
 #include "DravelKit/DravelUI/Switch.h"
 #include "DravelKit/DravelUI/TextField.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>

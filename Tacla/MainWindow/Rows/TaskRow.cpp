@@ -3,7 +3,6 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Theme.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/QtText.h"
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/Rows/CheckButton.h"
 #include "Tacla/MainWindow/Rows/TaskEditor.h"
@@ -117,7 +116,7 @@ int TaskRow::placeTags(int width) {
     int lines = 1;
     QPoint position(textLeft, titleTop + title(width).height() + tagTop);
     for (auto& [tag, place] : tags_) {
-        const int tagWidth = dravel::tagSize(tagLookOf(tag.mood), toQt(tag.text)).width();
+        const int tagWidth = dravel::tagSize(tagLookOf(tag.role), toQt(tag.text)).width();
         if (position.x() > textLeft && position.x() + tagWidth > right) {
             position = {textLeft, position.y() + tagHeight + tagLineGap};
             ++lines;
@@ -155,7 +154,7 @@ void TaskRow::paintEvent(QPaintEvent*) {
     const auto appearance = dravel::appearanceOf(*this);
     title(width()).paint(painter, {textLeft, titleTop}, (task_.done ? Theme::textTertiary : Theme::text).on(*this));
     for (const auto& [tag, position] : tags_)
-        dravel::paintTag(painter, position, appearance, tag.symbol, toQt(tag.text), tagLookOf(tag.mood));
+        dravel::paintTag(painter, position, appearance, tag.symbol, toQt(tag.text), tagLookOf(tag.role));
 }
 
 void TaskRow::setHovered(bool on) {

@@ -2,8 +2,7 @@
 
 #include "DravelKit/DravelUI/TextPaint.h"
 #include "DravelKit/Foundation/Instant.h"
-#include "Tacla/MainWindow/Rows/RowMenu.h"
-#include "Tacla/MainWindow/Rows/TaskTags.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
 #include "Tacla/TaskList/TaskItem.h"
 
 #include <QMenu>

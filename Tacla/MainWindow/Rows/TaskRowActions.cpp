@@ -4,7 +4,7 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/Rows/CheckButton.h"
 #include "Tacla/MainWindow/Rows/TaskEditor.h"
 
