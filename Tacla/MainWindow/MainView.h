@@ -31,7 +31,6 @@ class MainView final : public QWidget {
   public:
     MainView(AppModel&, DesktopActions, dravel::Now, QWidget* parent = nullptr);
 
-    Section section() const { return section_; }
     void select(Section);
     void beginTask(); // on the today page, unless the welcome shows
 

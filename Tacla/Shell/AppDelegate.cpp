@@ -24,8 +24,8 @@ AppDelegate::AppDelegate(World world)
     : world_(std::move(world)), tray_(world_.model, scheme_, updater_.isAvailable(),
                                       {.chosen = [this](const MenuCommand& command) { perform(command); },
                                        .activated = [this](const std::string& token) { showWindow(token); }}),
-      window_(world_.model, world_.preferences, world_.actions), wake_([this] { world_.model.wokeUp(); }),
-      secrets_([this] { world_.model.accountStoreAppeared(); }) {}
+      window_(world_.model, world_.preferences, world_.actions, [this] { return world_.loop.now(); }),
+      wake_([this] { world_.model.wokeUp(); }), secrets_([this] { world_.model.accountStoreAppeared(); }) {}
 
 void AppDelegate::launch() {
     connections_.push_back(world_.model.changed.connect([this] { refreshSoon(); }));

@@ -12,7 +12,7 @@
 #include "Tacla/Linux/FreedesktopActions.h"
 #include "Tacla/Linux/QtMainLoop.h"
 #include "Tacla/Linux/Watchdog.h"
-#include "Tacla/MainWindow/HeadlessSnapshot.h"
+#include "Tacla/MainWindow/MainWindowController.h"
 #include "Tacla/Preferences/TaskFileLocation.h"
 #include "Tacla/Shell/AppDelegate.h"
 #include "Tacla/Shell/CommandLineLink.h"
@@ -220,7 +220,7 @@ int runSnapshot(int& argc, char** argv) {
     actions.version = TACLA_VERSION;
     actions.home = paths.folders.home;
     try {
-        saveSnapshot(model, actions, file, {.dark = dark});
+        MainWindowController::headlessSnapshot(model, actions, [&loop] { return loop.now(); }, file, {.dark = dark});
     } catch (const dravel::FileError& error) {
         return fail("impossible d'écrire " + error.path.string() + " : " + error.description());
     }

@@ -3,7 +3,11 @@
 #include <QApplication>
 #include <QTest>
 
+#include <algorithm>
+
 namespace tacla::testing {
+
+using namespace Qt::StringLiterals;
 
 TestWindow::TestWindow(std::string_view tasks, std::string_view now, bool onboarding) : world(now, tasks) {
     world.start();
@@ -15,28 +19,20 @@ TestWindow::TestWindow(std::string_view tasks, std::string_view now, bool onboar
     settle();
 }
 
-TestWindow::~TestWindow() = default;
-
 DesktopActions TestWindow::actions() {
-    const auto noted = [this](const char* what) {
-        return [this, what](const DesktopActions::Path& path) { asked.push_back(what + path.filename().string()); };
-    };
     const auto panel = [this](const char* what) {
         return [this, what](QWidget*, const DesktopActions::Path&, const DesktopActions::Chosen& answer) {
             asked.emplace_back(what);
             if (!chosen.empty()) answer(chosen);
         };
     };
-    return {.openFile = noted("open "),
-            .reveal = noted("reveal "),
-            .showCopies = [this] { asked.emplace_back("copies"); },
-            .openAgenda = [this] { asked.emplace_back("agenda"); },
-            .openNotificationSettings = [this] { asked.emplace_back("notification settings"); },
-            .chooseFile = panel("choose"),
-            .createFile = panel("create"),
-            .checkForUpdates = {},
-            .version = "1.0",
-            .home = "/home/camille"};
+    DesktopActions actions;
+    actions.openFile = [this](const auto& path) { asked.push_back("open " + path.filename().string()); };
+    actions.reveal = [this](const auto& path) { asked.push_back("reveal " + path.filename().string()); };
+    actions.chooseFile = panel("choose");
+    actions.createFile = panel("create");
+    actions.home = "/home/camille";
+    return actions;
 }
 
 void TestWindow::settle() {
@@ -48,31 +44,39 @@ void TestWindow::settle() {
 dravel::DravelPage& TestWindow::page(Section section) {
     view->select(section);
     settle();
+    return page();
+}
+
+dravel::DravelPage& TestWindow::page() {
     for (auto* page : view->findChildren<dravel::DravelPage*>())
         if (page->isVisible()) return *page;
     throw std::runtime_error("no page shows");
 }
 
-TaskColumn& TestWindow::column() {
-    for (auto* column : view->findChildren<TaskColumn*>())
-        if (column->isVisible()) return *column;
-    throw std::runtime_error("no tasks show");
+std::vector<TaskRow*> TestWindow::rows() {
+    std::vector<TaskRow*> rows;
+    for (auto* row : page().findChildren<TaskRow*>())
+        if (row->isVisible()) rows.push_back(row);
+    std::ranges::sort(rows, {}, [](const TaskRow* row) { return row->mapToGlobal(QPoint()).y(); });
+    return rows;
 }
 
 TaskRow& TestWindow::row(std::string_view title) {
-    for (const auto& [index, row] : column().builtRows())
+    for (auto* row : rows())
         if (row->task().title == title) return *row;
     throw std::runtime_error("no row " + std::string(title));
 }
 
 std::string TestWindow::shown() {
     std::string text;
-    for (const auto& [index, row] : column().builtRows()) {
+    for (const auto* row : rows()) {
         const auto tags = row->accessibleDescription();
-        text += (row->accessibleName() + (tags.isEmpty() ? QString() : " [" + tags + "]")).toStdString() + "\n";
+        text += (row->accessibleName() + (tags.isEmpty() ? QString() : u" ["_s + tags + u"]"_s)).toStdString() + "\n";
     }
     return text;
 }
+
+void TestWindow::focus(std::string_view title) { row(title).focus(TaskRow::Stop::check, Qt::TabFocusReason); }
 
 void TestWindow::fileBecomes(std::string_view text) {
     world.save(text);

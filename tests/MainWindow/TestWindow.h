@@ -2,7 +2,7 @@
 
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "Tacla/MainWindow/MainView.h"
-#include "Tacla/MainWindow/Pages/TaskColumn.h"
+#include "Tacla/MainWindow/Rows/TaskRow.h"
 #include "tests/support/ModelWorld.h"
 
 #include <QString>
@@ -16,14 +16,15 @@ namespace tacla::testing {
 // The window's content over a living model on virtual time, shown and active.
 struct TestWindow {
     explicit TestWindow(std::string_view tasks, std::string_view now = "2026-11-24 10:40", bool onboarding = false);
-    ~TestWindow();
 
     DesktopActions actions(); // that write down what they were asked
 
     dravel::DravelPage& page(Section);    // shows it first
-    TaskColumn& column();                 // of the page that shows
-    TaskRow& row(std::string_view title); // in view
-    std::string shown();                  // the rows in view: "title [tags]" a line
+    dravel::DravelPage& page();           // that shows
+    std::vector<TaskRow*> rows();         // that are built there, top to bottom
+    TaskRow& row(std::string_view title); // one of them
+    std::string shown();                  // all of them: "title [tags]" a line
+    void focus(std::string_view title);   // the row's check button, as the Tab key does
     template <class Control>
     Control& control(const char* objectName) {
         auto* found = view->findChild<Control*>(QString::fromLatin1(objectName));

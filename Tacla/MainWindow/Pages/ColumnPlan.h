@@ -1,8 +1,13 @@
 #pragma once
 
+#include "Tacla/MainWindow/PageContents.h"
+
 #include <cstddef>
+#include <map>
+#include <optional>
 #include <vector>
 
+// Where the rows of a column stand, and where they go. Rows are counted through all groups, from 0.
 namespace tacla {
 
 // Where the cards of a column and the rows in them stand, in pixels from the column's top. A row's height is an
@@ -49,5 +54,22 @@ class ColumnLayout {
     std::vector<int> rowHeights_, rowTops_, cardTops_;
     int height_ = 0;
 };
+
+// Estimated heights of all rows of the groups, in order, for rows of that width. Exact for a title of plain letters
+// that fits into one line; measuring every title of a long list would take seconds.
+std::vector<int> estimatedRowHeights(const TaskGroups&, int rowWidth);
+
+struct MatchedRow {
+    std::size_t row;
+    bool renamed = false; // another key, on the same line of the file
+    bool operator==(const MatchedRow&) const = default;
+};
+
+// Where the tasks of these rows stand after a reload. A task that left is missing.
+std::map<std::size_t, MatchedRow> matchedRows(const TaskGroups& before, const TaskGroups& after,
+                                              const std::vector<std::size_t>& rows);
+
+// The row that takes over when the task of `row` left: the next one that stayed, else the one above.
+std::optional<std::size_t> successor(const TaskGroups& before, const TaskGroups& after, std::size_t row);
 
 }
