@@ -1,4 +1,4 @@
-#include "tests/CalendarSync/MirrorWorld.h"
+#include "tests/CalendarSync/MirrorFixture.h"
 
 #include <benchmark/benchmark.h>
 
@@ -29,7 +29,7 @@ void firstMirror(benchmark::State& state) {
     const double before = peakMegabytes();
     for (auto _ : state) {
         state.PauseTiming();
-        MirrorWorld world;
+        MirrorFixture world;
         const double start = processorSeconds();
         state.ResumeTiming();
         if (world.run(text)[0] != '+') state.SkipWithError("the mirror failed");

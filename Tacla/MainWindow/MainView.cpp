@@ -3,27 +3,126 @@
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/DravelShell.h"
 #include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/WelcomePage.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/Pages/ListPage.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
-#include "Tacla/MainWindow/Pages/TodayPage.h"
-#include "Tacla/MainWindow/QtText.h"
-#include "Tacla/MainWindow/Rows/RowAccessible.h"
-#include "Tacla/MainWindow/SyncBadge.h"
-#include "Tacla/MainWindow/WelcomeView.h"
+#include "Tacla/MainWindow/Pages/TaskPages.h"
+#include "Tacla/MainWindow/QtValues.h"
+#include "Tacla/MainWindow/RefreshWhileVisible.h"
 
 #include <QShortcut>
 #include <QStackedLayout>
+#include <QVBoxLayout>
 
 namespace tacla {
 
 using namespace Qt::StringLiterals;
+using dravel::Button;
+using dravel::WelcomeStep;
+
+// What the first launch shows instead of the pages.
+class WelcomeView final : public QWidget {
+  public:
+    WelcomeView(AppModel&, const DesktopActions&, QWidget* parent = nullptr);
+
+  private:
+    void addSteps(dravel::WelcomePage&);
+    void refresh();
+    void connectAgenda();
+
+    AppModel& model_;
+    const DesktopActions& actions_;
+    dravel::WelcomeStep *list_ = nullptr, *notifications_ = nullptr, *agenda_ = nullptr;
+};
+
+WelcomeView::WelcomeView(AppModel& model, const DesktopActions& actions, QWidget* parent)
+    : QWidget(parent), model_(model), actions_(actions) {
+    auto* page = new dravel::WelcomePage(dravel::tickIcon(), u"Tacla"_s,
+                                         u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
+                                         u"notification, rappelées à l'heure dite et, "
+                                         u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
+                                         u"C'est parti"_s, this);
+    page->setObjectName(u"welcome"_s);
+    page->setAccessibleName(u"Bienvenue"_s);
+    auto* all = new QVBoxLayout(this);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->addWidget(page);
+    addSteps(*page);
+    page->closingButton().setObjectName(u"welcome.close"_s);
+    connect(&page->closingButton(), &QAbstractButton::clicked, this, [this] { model_.finishOnboarding(); });
+    new RefreshWhileVisible(*this, model.changed, [this] { refresh(); });
+    refresh();
+}
+
+void WelcomeView::addSteps(dravel::WelcomePage& page) {
+    list_ = page.addStep(new WelcomeStep(
+        u"Votre liste de tâches"_s,
+        u"Un fichier Markdown sur votre ordinateur, que vous pouvez aussi modifier dans votre éditeur."_s));
+    list_->setButton(u"Changer…"_s);
+    list_->button().setObjectName(u"welcome.list"_s);
+    connect(&list_->button(), &QAbstractButton::clicked, this, [this] {
+        actions_.chooseFile(window(), model_.state().file.parent_path(),
+                            [&model = model_](const auto& path) { model.use(path); });
+    });
+
+    notifications_ =
+        page.addStep(new WelcomeStep(u"Notifications"_s, u"À l'heure de chaque tâche, avec « Fait » et « Demain »."_s));
+    notifications_->setButton(u"Autoriser…"_s, Button::Kind::Soft);
+    notifications_->button().setObjectName(u"welcome.notifications"_s);
+    connect(&notifications_->button(), &QAbstractButton::clicked, this,
+            [this] { model_.requestNotifications(actions_.openNotificationSettings); });
+
+    agenda_ =
+        page.addStep(new WelcomeStep(u"Google Agenda (facultatif)"_s,
+                                     u"Tacla crée un agenda « Tacla » et y recopie vos tâches datées, sans rappel sur "
+                                     u"le téléphone. Tacla n'a accès qu'à cet agenda."_s));
+    agenda_->button().setObjectName(u"welcome.agenda"_s);
+    connect(&agenda_->button(), &QAbstractButton::clicked, this, &WelcomeView::connectAgenda);
+}
+
+void WelcomeView::connectAgenda() {
+    if (model_.state().connection == Connection::signedIn)
+        model_.enableCalendarSync();
+    else
+        model_.signIn();
+}
+
+void WelcomeView::refresh() {
+    const auto& state = model_.state();
+    notifications_->setDone(state.notificationsAllowed);
+    const bool signedIn = state.connection == Connection::signedIn;
+    agenda_->setDone(signedIn && state.calendarSync);
+    if (state.connection == Connection::signingIn)
+        agenda_->setButton({});
+    else
+        agenda_->setButton(signedIn ? u"Activer"_s : u"Se connecter…"_s, Button::Kind::Soft);
+}
+
+namespace {
+
+// The block at the foot of the sidebar that tells how list and calendar stand.
+dravel::SidebarBadge* makeSyncBadge(AppModel& model, QWidget* parent) {
+    auto* badge = new dravel::SidebarBadge(parent);
+    badge->setObjectName(u"syncBadge"_s);
+    const auto refresh = [badge, &model] {
+        const auto content = syncBadge(model.state(), shortTime);
+        badge->setContent({.symbol = content.symbol,
+                           .title = toQt(content.title),
+                           .subtitle = toQt(content.subtitle),
+                           .trouble = content.trouble,
+                           .busy = content.syncing});
+    };
+    new RefreshWhileVisible(*badge, model.changed, refresh);
+    refresh();
+    return badge;
+}
+
+}
 
 MainView::MainView(AppModel& model, DesktopActions actions, dravel::Now now, QWidget* parent)
     : QWidget(parent), model_(model), actions_(std::move(actions)), now_(std::move(now)),
       views_(new QStackedLayout(this)) {
     setObjectName(u"main"_s);
-    installRowAccessibility();
     addShortcuts();
     // The view starts on today. A request from before its time is dropped: else the same one could not come again.
     if (const auto& stale = model.state().requestedSection; stale && sectionNamed(*stale)) model.requestSection({});

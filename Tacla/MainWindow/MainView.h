@@ -4,7 +4,7 @@
 #include "DravelKit/Foundation/Signal.h"
 #include "Tacla/AppModel/ModelState.h"
 #include "Tacla/MainWindow/DesktopActions.h"
-#include "Tacla/MainWindow/Section.h"
+#include "Tacla/MainWindow/PageContents.h"
 
 #include <QWidget>
 
@@ -31,7 +31,6 @@ class MainView final : public QWidget {
   public:
     MainView(AppModel&, DesktopActions, dravel::Now, QWidget* parent = nullptr);
 
-    Section section() const { return section_; }
     void select(Section);
     void beginTask(); // on the today page, unless the welcome shows
 

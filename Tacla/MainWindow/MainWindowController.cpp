@@ -1,9 +1,148 @@
 #include "Tacla/MainWindow/MainWindowController.h"
 
+#include "DravelKit/DravelUI/Look.h"
+#include "DravelKit/Foundation/FileError.h"
+#include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/MainView.h"
-#include "Tacla/MainWindow/MainWindow.h"
+#include "Tacla/MainWindow/QtValues.h"
+#include "Tacla/Preferences/Preferences.h"
+
+#include <QBuffer>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFile>
+#include <QImageWriter>
+#include <QMainWindow>
+#include <QScreen>
+#include <QTimer>
+#include <QWindow>
+
+#include <cerrno>
 
 namespace tacla {
+
+namespace fs = std::filesystem;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using dravel::FileError;
+
+namespace {
+
+constexpr QSize firstContent{980, 720}, leastContent{820, 560};
+
+QByteArray formatOf(const fs::path& path) {
+    const auto ending = QByteArray::fromStdString(path.extension().string()).mid(1).toLower();
+    return QImageWriter::supportedImageFormats().contains(ending) ? ending : QByteArray("png");
+}
+
+void write(const QImage& image, const fs::path& path) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, formatOf(path).constData());
+    QFile file(pathText(path));
+    errno = 0;
+    const bool written =
+        file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size() && file.flush();
+    if (!written) throw FileError(FileError::Kind::system, path, errno != 0 ? errno : EIO);
+}
+
+}
+
+// Title, size and life of the window around the main view.
+class MainWindow final : public QMainWindow {
+  public:
+    MainWindow(AppModel&, Preferences&, const DesktopActions&, const dravel::Now&);
+
+    void present(const std::string& activationToken);
+    MainView& view() { return *view_; }
+
+  protected:
+    void closeEvent(QCloseEvent*) override;
+    void resizeEvent(QResizeEvent*) override;
+    void changeEvent(QEvent*) override;
+
+  private:
+    void takeFirstSize();
+    void rememberSize();
+
+    AppModel& model_;
+    Preferences& preferences_;
+    MainView* view_;
+    QTimer sizeSettled_;
+    bool sized_ = false;
+};
+
+MainWindow::MainWindow(AppModel& model, Preferences& preferences, const DesktopActions& actions, const dravel::Now& now)
+    : model_(model), preferences_(preferences), view_(new MainView(model, actions, now)) {
+    setObjectName(u"TaclaMain"_s);
+    setWindowTitle(u"Tacla"_s);
+    view_->setMinimumSize(leastContent);
+    setCentralWidget(view_);
+    sizeSettled_.setSingleShot(true);
+    sizeSettled_.setInterval(500ms);
+    connect(&sizeSettled_, &QTimer::timeout, this, &MainWindow::rememberSize);
+}
+
+// The size that the user left, else the content's first size, centred. The menu bar is there by now.
+void MainWindow::takeFirstSize() {
+    if (std::exchange(sized_, true)) return;
+    const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0;
+    if (const auto last = preferences_.windowSize()) return resize(last->width, last->height);
+    const auto free = screen()->availableGeometry();
+    const QSize whole = QSize(firstContent.width(), firstContent.height() + menuHeight).boundedTo(free.size());
+    setGeometry(QRect(free.center() - QPoint(whole.width(), whole.height()) / 2, whole));
+}
+
+void MainWindow::present(const std::string& activationToken) {
+    takeFirstSize();
+    if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
+    if (isMinimized()) setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow(); // on Wayland it takes the token
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    // Qt on X11 learns a tenth of a second late that a window which went has lost the focus. One that comes back before
+    // gets no keys, since for Qt nothing changed: no other call tells it.
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    if (QGuiApplication::focusWindow() == windowHandle()) QApplication::setActiveWindow(this);
+    QT_WARNING_POP
+}
+
+// Closing only hides: the program lives on in the tray.
+void MainWindow::closeEvent(QCloseEvent* event) {
+    rememberSize();
+    event->ignore();
+    hide();
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    if (isVisible()) sizeSettled_.start();
+}
+
+void MainWindow::rememberSize() {
+    sizeSettled_.stop();
+    if (isMaximized() || isFullScreen()) return;
+    const auto last = preferences_.windowSize();
+    if (last && last->width == width() && last->height == height()) return;
+    try {
+        preferences_.setWindowSize({width(), height()});
+    } catch (const dravel::FileError&) {
+        // The next window opens in its first size: nothing to trouble the user with.
+        return;
+    }
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+    model_.refreshPermissions();
+    model_.reload();
+}
 
 MainWindowController::MainWindowController(AppModel& model, Preferences& preferences, DesktopActions actions,
                                            dravel::Now now)
@@ -27,5 +166,20 @@ void MainWindowController::close() {
 }
 
 bool MainWindowController::isShown() const { return window_ && window_->isVisible(); }
+
+void MainWindowController::headlessSnapshot(AppModel& passive, const DesktopActions& actions, const dravel::Now& now,
+                                            const fs::path& path, const Snapshot& wanted) {
+    dravel::setAppearance(wanted.dark ? dravel::Appearance::Dark : dravel::Appearance::Light);
+    MainView view(passive, actions, now);
+    view.setAttribute(Qt::WA_DontShowOnScreen);
+    view.select(wanted.section);
+    view.resize(wanted.width, wanted.height);
+    view.show();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // lays everything out
+    QImage image(view.size() * wanted.scale, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(wanted.scale);
+    view.render(&image);
+    write(image, path);
+}
 
 }

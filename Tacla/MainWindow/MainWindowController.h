@@ -3,8 +3,10 @@
 #include "DravelKit/Foundation/Instant.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/DesktopActions.h"
+#include "Tacla/MainWindow/PageContents.h"
 #include "Tacla/Preferences/Preferences.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -14,11 +16,19 @@ namespace tacla {
 
 class MainWindow;
 
+// How a picture of the window is drawn.
+struct Snapshot {
+    bool dark = false;
+    Section section = Section::today;
+    int width = 980, height = 720;
+    double scale = 1;
+};
+
 // The application's only window: made at the first demand, hidden when closed, kept for the life of the process.
 class MainWindowController {
   public:
     // Everything outlives the controller.
-    MainWindowController(AppModel&, Preferences&, DesktopActions, dravel::Now = dravel::systemNow);
+    MainWindowController(AppModel&, Preferences&, DesktopActions, dravel::Now);
     ~MainWindowController();
 
     // Brings the window forward, with the activation token that the desktop gave, if any.
@@ -29,6 +39,12 @@ class MainWindowController {
 
     // Made on the first call, without being shown: the place of the menu bar.
     QMainWindow& window();
+
+    // Draws the window's content, without showing it, into a PNG file, or the format that the path's ending names.
+    // Needs a QApplication, with the offscreen platform where there is no display. The model is one that only
+    // reloaded. Throws dravel::FileError.
+    static void headlessSnapshot(AppModel& passive, const DesktopActions&, const dravel::Now&,
+                                 const std::filesystem::path&, const Snapshot&);
 
   private:
     MainWindow& made();

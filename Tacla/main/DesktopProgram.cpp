@@ -8,7 +8,7 @@
 #include "Tacla/Linux/FreedesktopActions.h"
 #include "Tacla/Linux/ProgramEntries.h"
 #include "Tacla/Linux/QtMainLoop.h"
-#include "Tacla/MainWindow/HeadlessSnapshot.h"
+#include "Tacla/MainWindow/MainWindowController.h"
 #include "Tacla/Preferences/TaskFileEdit.h"
 #include "Tacla/Preferences/TaskFileLocation.h"
 #include "Tacla/Shell/AppDelegate.h"
@@ -16,6 +16,7 @@
 #include "Tacla/main/Programs.h"
 
 #include <QApplication>
+#include <QPalette>
 #include <QSessionManager>
 #include <QUrl>
 #include <QUuid>
@@ -240,7 +241,7 @@ int runSnapshot(int& argc, char** argv) {
     actions.version = TACLA_VERSION;
     actions.home = paths.folders.home;
     try {
-        saveSnapshot(model, actions, file, {.dark = dark}, [&loop] { return loop.now(); });
+        MainWindowController::headlessSnapshot(model, actions, [&loop] { return loop.now(); }, file, {.dark = dark});
     } catch (const dravel::FileError& error) {
         return fail("impossible d'écrire " + error.path.string() + " : " + error.description());
     }

@@ -1,8 +1,7 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DravelShell.h"
-#include "Tacla/MainWindow/HeadlessSnapshot.h"
 #include "Tacla/MainWindow/MainWindowController.h"
-#include "tests/MainWindow/WindowWorld.h"
+#include "tests/MainWindow/TestWindow.h"
 
 #include <QImage>
 #include <QLayout>
@@ -14,11 +13,12 @@
 namespace tacla {
 namespace {
 
-using testing::WindowWorld;
+using namespace Qt::StringLiterals;
+using testing::TestWindow;
 
 TEST(MainView, ShowsEachPageWithItsTasks) {
-    WindowWorld window("- [ ] ❗ Urssaf · 2026-11-18\n- [ ] Camille · 2026-11-24 11:30\n- [x] Colis · 2026-11-24\n"
-                       "- [ ] Devis · 2026-11-25\n- [ ] Un jour\n");
+    TestWindow window("- [ ] ❗ Urssaf · 2026-11-18\n- [ ] Camille · 2026-11-24 11:30\n- [x] Colis · 2026-11-24\n"
+                      "- [ ] Devis · 2026-11-25\n- [ ] Un jour\n");
     EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\nColis\nCamille [11:30]\nDevis [demain]\n");
     window.page(Section::late);
     EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\n");
@@ -27,32 +27,24 @@ TEST(MainView, ShowsEachPageWithItsTasks) {
     window.page(Section::done);
     EXPECT_EQ(window.shown(), "Colis [aujourd'hui]\n");
     window.press(Qt::Key_2, Qt::ControlModifier);
-    EXPECT_EQ(window.view->section(), Section::late);
+    EXPECT_EQ(window.page().objectName(), u"page.late"_s);
 }
 
-TEST(MainView, GoesToTheRequestedSectionOnce) {
-    WindowWorld window("");
-    window.world.model.requestSection("done");
-    EXPECT_EQ(window.view->section(), Section::done);
-    EXPECT_EQ(window.world.state().requestedSection, std::nullopt);
-
-    window.world.model.requestSection("ailleurs");
-    EXPECT_EQ(window.view->section(), Section::done);
-    EXPECT_EQ(window.world.state().requestedSection, "ailleurs") << "left in place";
-}
-
-TEST(MainView, StartsOnTodayWhateverWasRequestedBefore) {
+TEST(MainView, GoesToASectionThatIsRequestedWhileItIsThere) {
     testing::ModelWorld world("2026-11-24 10:40", "");
     world.model.requestSection("settings");
-    MainView view(world.model, {}, [&] { return world.loop.now(); });
-    EXPECT_EQ(view.section(), Section::today);
+    const MainView view(world.model, {}, [&] { return world.loop.now(); });
+    EXPECT_EQ(view.findChild<QWidget*>(u"page.settings"_s), nullptr) << "requested before";
     world.model.requestSection("settings");
-    EXPECT_EQ(view.section(), Section::settings) << "the same request, made again";
+    EXPECT_NE(view.findChild<QWidget*>(u"page.settings"_s), nullptr) << "the same request, made again";
+    EXPECT_EQ(world.state().requestedSection, std::nullopt);
+    world.model.requestSection("ailleurs");
+    EXPECT_EQ(world.state().requestedSection, "ailleurs") << "left in place";
 }
 
 TEST(MainView, ShowsTheWelcomeUntilItIsClosed) {
-    WindowWorld window("- [ ] Pain · 2026-11-24\n", "2026-11-24 10:40", true);
-    EXPECT_EQ(window.view->findChild<TaskColumn*>(), nullptr) << "no page is built behind the welcome";
+    TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 10:40", true);
+    EXPECT_EQ(window.view->findChild<dravel::DravelPage*>(), nullptr) << "no page is built behind the welcome";
     EXPECT_EQ(window.focused(), "welcome.close");
     window.press(Qt::Key_Space);
     EXPECT_FALSE(window.world.state().onboarding);
@@ -62,7 +54,7 @@ TEST(MainView, ShowsTheWelcomeUntilItIsClosed) {
 
 TEST(UndoBar, OffersToTakeTheLastChangeBackForTenSeconds) {
     const std::string pain = "- [ ] Pain · 2026-11-24\n";
-    WindowWorld window(pain);
+    TestWindow window(pain);
     auto& bar = window.control<dravel::Toast>("toast");
     auto& undo = window.control<dravel::Button>("toastAction");
     EXPECT_FALSE(bar.isVisible());
@@ -103,7 +95,7 @@ TEST(MainWindow, HidesWhenClosedAndComesBackAsItWas) {
     controller.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     EXPECT_EQ(&controller.window(), &window);
-    EXPECT_EQ(window.findChild<MainView*>()->section(), Section::late);
+    EXPECT_TRUE(window.findChild<QWidget*>(u"page.late"_s)->isVisible());
     EXPECT_EQ(world.state().tasks.size(), 2u) << "read again when the user comes back";
 }
 
@@ -112,7 +104,8 @@ TEST(HeadlessSnapshot, DrawsTheWindowInItsAppearanceAndScale) {
     world.model.reload();
     const testing::TemporaryFolder folder;
     const auto picture = [&](const Snapshot& wanted) {
-        saveSnapshot(world.model, {}, folder / "a.png", wanted);
+        MainWindowController::headlessSnapshot(
+            world.model, {}, [&] { return world.loop.now(); }, folder / "a.png", wanted);
         return QImage(QString::fromStdString(folder / "a.png"));
     };
     const QImage light = picture({}), dark = picture({.dark = true, .scale = 2});

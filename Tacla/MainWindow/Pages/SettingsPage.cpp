@@ -4,11 +4,9 @@
 #include "DravelKit/DravelUI/SettingsCard.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/Pages/SettingsTexts.h"
-#include "Tacla/MainWindow/QtText.h"
+#include "Tacla/MainWindow/PageContents.h"
+#include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
-#include "Tacla/MainWindow/Section.h"
-#include "Tacla/MainWindow/TimeTexts.h"
 
 #include <QHBoxLayout>
 

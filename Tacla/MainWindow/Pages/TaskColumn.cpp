@@ -1,11 +1,13 @@
 #include "Tacla/MainWindow/Pages/TaskColumn.h"
 
+#include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/DravelPage.h"
-#include "Tacla/MainWindow/Pages/RowHeights.h"
-#include "Tacla/MainWindow/Pages/RowMatching.h"
-#include "Tacla/MainWindow/Pages/TaskListCard.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+#include "Tacla/MainWindow/QtValues.h"
 
+#include <QAccessibleWidget>
 #include <QCoreApplication>
+#include <QFocusEvent>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 
@@ -13,17 +15,68 @@
 
 namespace tacla {
 
+namespace Theme = dravel::Theme;
 using namespace Qt::StringLiterals;
+
+// A card with a group's title and count. The column that it stands in places it and its rows.
+class TaskListCard final : public dravel::Card {
+  public:
+    explicit TaskListCard(QWidget* parent = nullptr);
+    void setGroup(const TaskGroup&);
+
+  protected:
+    void resizeEvent(QResizeEvent*) override;
+
+  private:
+    dravel::CardHeader* header_;
+    dravel::TextLabel* empty_;
+};
+
+TaskListCard::TaskListCard(QWidget* parent)
+    : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::Calendar3, Theme::accent, {}, this)),
+      empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
+    setObjectName(u"tasks"_s);
+}
+
+void TaskListCard::setGroup(const TaskGroup& group) {
+    const auto title = toQt(group.title());
+    setAccessibleName(title);
+    header_->setTitle(title);
+    header_->setSymbol(group.symbol, toneOf(group.role));
+    header_->setCount(static_cast<int>(group.tasks.size()));
+    empty_->setText(toQt(group.empty));
+    empty_->setVisible(group.tasks.empty());
+}
+
+void TaskListCard::resizeEvent(QResizeEvent* event) {
+    Card::resizeEvent(event);
+    constexpr int rowsTop = ColumnLayout::cardPadding + ColumnLayout::headerHeight;
+    header_->setGeometry(0, ColumnLayout::cardPadding, width(), ColumnLayout::headerHeight);
+    empty_->setGeometry(textColumn, rowsTop + 4, width() - textColumn - 2 * ColumnLayout::cardPadding, 18);
+}
 
 namespace {
 
 constexpr int rowInset = 8;
 constexpr int slack = 240; // rows are built a little before they come into view
 
+QAccessibleInterface* columnAccessible(const QString&, QObject* object) {
+    if (auto* row = qobject_cast<TaskRow*>(object)) return new QAccessibleWidget(row, QAccessible::ListItem);
+    if (auto* card = dynamic_cast<TaskListCard*>(object)) return new QAccessibleWidget(card, QAccessible::List);
+    return nullptr;
+}
+
+// Tells screen readers what rows and their cards are. Each column says it anew: they must not be asked twice.
+void installAccessibility() {
+    QAccessible::removeFactory(columnAccessible);
+    QAccessible::installFactory(columnAccessible);
+}
+
 }
 
 TaskColumn::TaskColumn(dravel::DravelPage& page, AppModel& model, const dravel::Now& now)
     : page_(page), model_(model), now_(now), end_(new QWidget(this)) {
+    installAccessibility();
     setObjectName(u"column"_s);
     end_->setObjectName(u"column.end"_s);
     for (QWidget* stop : {static_cast<QWidget*>(this), end_}) stop->setFocusPolicy(Qt::TabFocus);
@@ -41,9 +94,9 @@ void TaskColumn::setGroups(TaskGroups groups, Day today) {
     estimate();
     const auto left = carryOver(groups, anchors);
     setVisible(!groups_.empty());
-    const auto heir = focus && left.contains(focus->row) ? successor(groups, groups_, focus->row) : std::nullopt;
-    if (heir)
-        focusRow(*heir, focus->stop, focus->reason);
+    const auto next = focus && left.contains(focus->row) ? successor(groups, groups_, focus->row) : std::nullopt;
+    if (next)
+        focusRow(*next, focus->stop, focus->reason);
     else
         fill();
     for (const auto& [index, row] : left) {
@@ -172,6 +225,137 @@ void TaskColumn::heightChanged() {
     for (const auto& [index, row] : rows_)
         if (row->isEditing()) keepEndBehind(*row); // an editor brings controls of its own
     fill();
+}
+
+TaskListCard& TaskColumn::builtCard(std::size_t index) {
+    auto& card = cards_[index];
+    if (!card) {
+        card = new TaskListCard(&page_.stage());
+        card->setGroup(groups_[index]);
+        const auto span = layout_.card(index);
+        card->setGeometry(x(), y() + span.top, width(), span.height);
+        card->show();
+    }
+    return *card;
+}
+
+TaskRow& TaskColumn::builtRow(std::size_t index) {
+    if (const auto found = rows_.find(index); found != rows_.end()) return *found->second;
+    auto* row = new TaskRow(model_, now_, *this, &builtCard(layout_.cardOf(index)));
+    rows_[index] = row;
+    showTask(index);
+    row->show();
+    keepEndBehind(*row);
+    return *row;
+}
+
+// New controls join the window's Tab order at its end; the stop that leads in from below must come after them.
+void TaskColumn::keepEndBehind(const TaskRow& row) { setTabOrder(row.lastControl(), end_); }
+
+// Gives the row its task, in the card where that now stands.
+void TaskColumn::showTask(std::size_t index) {
+    auto* row = rows_.at(index);
+    const auto cardIndex = layout_.cardOf(index);
+    auto& card = builtCard(cardIndex);
+    if (row->parentWidget() != &card) {
+        auto* focus = row->focusedStop() ? row->window()->focusWidget() : nullptr;
+        row->setParent(&card);
+        row->show();
+        if (focus) focus->setFocus(row->focusReason()); // lost with the old parent
+    }
+    const auto& group = groups_[cardIndex];
+    row->setTask(group.tasks[index - layout_.rowsOf(cardIndex).first], today_, group.showDay);
+}
+
+void TaskColumn::dropOutside(ColumnLayout::Range range) {
+    for (auto it = rows_.begin(); it != rows_.end();) {
+        auto& [index, row] = *it;
+        if ((index >= range.first && index < range.last) || row->isPinned()) {
+            ++it;
+            continue;
+        }
+        row->hide();
+        row->deleteLater();
+        it = rows_.erase(it);
+    }
+}
+
+void TaskColumn::dropUnusedCards(ColumnLayout::Range range) {
+    std::erase_if(cards_, [&](const auto& entry) {
+        const auto& [index, card] = entry;
+        const bool used =
+            std::ranges::any_of(rows_, [&, card = card](const auto& row) { return row.second->parent() == card; });
+        if ((index >= range.first && index < range.last) || used) return false;
+        card->hide();
+        card->deleteLater();
+        return true;
+    });
+}
+
+std::size_t TaskColumn::indexOf(const TaskRow& row) const {
+    return std::ranges::find(rows_, &row, [](const auto& entry) { return entry.second; })->first;
+}
+
+void TaskColumn::focusRow(std::size_t index, TaskRow::Stop stop, Qt::FocusReason reason) {
+    auto& row = builtRow(index);
+    row.focus(stop, reason); // from now on it stays while it is out of view
+    measure();
+    place();
+    page_.reveal(row);
+    fill();
+}
+
+void TaskColumn::step(const TaskRow& row, int by, TaskRow::Stop stop) {
+    const auto index = indexOf(row);
+    if (by < 0 ? index == 0 : index + 1 == rowCount()) return;
+    focusRow(by < 0 ? index - 1 : index + 1, stop, Qt::TabFocusReason);
+}
+
+bool TaskColumn::tab(const TaskRow& row, bool forward) {
+    const auto index = indexOf(row);
+    if (forward ? index + 1 == rowCount() : index == 0) {
+        leave(forward);
+        return true;
+    }
+    if (forward)
+        focusRow(index + 1, TaskRow::Stop::check, Qt::TabFocusReason);
+    else
+        focusRow(index - 1, TaskRow::Stop::menu, Qt::BacktabFocusReason);
+    return true;
+}
+
+// To the control before or after the column, whatever the order in which the rows were made.
+void TaskColumn::leave(bool forward) {
+    const auto inRow = [this](const QWidget* widget) {
+        return widget == this || widget == end_ ||
+               std::ranges::any_of(rows_, [&](const auto& entry) { return entry.second->isAncestorOf(widget); });
+    };
+    QWidget* const from = forward ? end_ : this;
+    const auto next = [forward](QWidget* widget) {
+        return forward ? widget->nextInFocusChain() : widget->previousInFocusChain();
+    };
+    for (auto* widget = next(from); widget != from; widget = next(widget)) {
+        const bool stop = widget->focusPolicy() & Qt::TabFocus && !widget->focusProxy() && widget->isEnabled() &&
+                          widget->isVisibleTo(window()) && !widget->isWindow() && !inRow(widget);
+        if (stop) return widget->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    }
+}
+
+void TaskColumn::focusInEvent(QFocusEvent* event) {
+    if (rowCount() == 0 || event->reason() == Qt::BacktabFocusReason)
+        return leave(event->reason() != Qt::BacktabFocusReason);
+    focusRow(0, TaskRow::Stop::check, event->reason());
+}
+
+bool TaskColumn::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == end_ && event->type() == QEvent::FocusIn) {
+        if (rowCount() == 0 || static_cast<QFocusEvent*>(event)->reason() != Qt::BacktabFocusReason)
+            leave(true);
+        else
+            focusRow(rowCount() - 1, TaskRow::Stop::menu, Qt::BacktabFocusReason);
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 }

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "DravelKit/Foundation/Instant.h"
-#include "Tacla/MainWindow/Pages/ColumnLayout.h"
-#include "Tacla/MainWindow/Pages/TaskGroups.h"
+#include "Tacla/MainWindow/Pages/ColumnPlan.h"
 #include "Tacla/MainWindow/Rows/TaskRow.h"
 
 #include <QWidget>
@@ -22,19 +21,13 @@ class TaskListCard;
 //
 // The widget itself only keeps the room in the page's column; cards and rows stand beside it on the page's stage, which
 // paints their shadows. It also is the Tab stop that leads into the rows from above, and `end_` the one from below.
-class TaskColumn final : public QWidget, private TaskRow::Neighbourhood {
+class TaskColumn final : public QWidget, private TaskRow::Container {
     Q_OBJECT
 
   public:
-    using Rows = std::map<std::size_t, TaskRow*>;
-
     TaskColumn(dravel::DravelPage&, AppModel&, const dravel::Now&);
 
     void setGroups(TaskGroups, Day today);
-
-    std::size_t rowCount() const { return layout_.rowCount(); }
-    void focusRow(std::size_t row, TaskRow::Stop, Qt::FocusReason); // scrolls it into view
-    const Rows& builtRows() const { return rows_; }
 
   protected:
     void moveEvent(QMoveEvent*) override { fill(); }
@@ -43,6 +36,7 @@ class TaskColumn final : public QWidget, private TaskRow::Neighbourhood {
     bool eventFilter(QObject*, QEvent*) override;
 
   private:
+    using Rows = std::map<std::size_t, TaskRow*>;
     struct Focus {
         std::size_t row;
         TaskRow::Stop stop;
@@ -71,6 +65,8 @@ class TaskColumn final : public QWidget, private TaskRow::Neighbourhood {
     void place();
     void separate();
 
+    std::size_t rowCount() const { return layout_.rowCount(); }
+    void focusRow(std::size_t row, TaskRow::Stop, Qt::FocusReason); // scrolls it into view
     void keepEndBehind(const TaskRow&);
     void leave(bool forward);
     std::size_t indexOf(const TaskRow&) const;

@@ -2,8 +2,7 @@
 
 #include "DravelKit/DravelUI/TextPaint.h"
 #include "DravelKit/Foundation/Instant.h"
-#include "Tacla/MainWindow/Rows/RowMenu.h"
-#include "Tacla/MainWindow/Rows/TaskTags.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
 #include "Tacla/TaskList/TaskItem.h"
 
 #include <QMenu>
@@ -32,7 +31,7 @@ class TaskRow final : public QWidget {
     enum class Stop { check, menu };
 
     // The column that the row stands in.
-    class Neighbourhood {
+    class Container {
       public:
         virtual void step(const TaskRow&, int by, Stop) = 0; // to the same control of a row above or below
         virtual bool tab(const TaskRow&, bool forward) = 0;  // beyond the row's controls
@@ -40,10 +39,10 @@ class TaskRow final : public QWidget {
         virtual void highlightChanged() = 0;
 
       protected:
-        ~Neighbourhood() = default;
+        ~Container() = default;
     };
 
-    TaskRow(AppModel&, const dravel::Now&, Neighbourhood&, QWidget* parent = nullptr);
+    TaskRow(AppModel&, const dravel::Now&, Container&, QWidget* parent = nullptr);
     ~TaskRow() override;
 
     const TaskItem& task() const { return task_; }
@@ -97,7 +96,7 @@ class TaskRow final : public QWidget {
 
     AppModel& model_;
     const dravel::Now& now_;
-    Neighbourhood& neighbourhood_;
+    Container& container_;
     TaskItem task_{};
     Day today_{1970, 1, 1};
     QString titleText_;

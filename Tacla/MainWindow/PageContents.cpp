@@ -1,0 +1,258 @@
+#include "Tacla/MainWindow/PageContents.h"
+
+#include "DravelKit/DravelUI/Symbols.h"
+#include "Tacla/TaskList/Labels.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tacla {
+
+using dravel::Symbol;
+
+namespace {
+
+constexpr std::size_t nextShown = 5;
+
+std::string headline(std::size_t open, bool anyToday) {
+    if (open >= 1) return counted(open, "tâche") + " à cocher";
+    return anyToday ? "Tout est coché 🎉" : "Journée libre";
+}
+
+std::string detail(const Tasks& todays, std::size_t done, std::size_t late, Instant now) {
+    auto text = counted(done, "faite");
+    if (late > 0) text += " · " + std::to_string(late) + " en retard";
+    const auto next = std::find_if(todays.begin(), todays.end(),
+                                   [now](const TaskItem& task) { return !task.done && task.time && *task.at() > now; });
+    if (next != todays.end()) text += " · prochaine à " + next->time->description();
+    return text;
+}
+
+// Neighbours with one key make a group; the tasks are moved out.
+template <class DayOf, class Make>
+TaskGroups grouped(Tasks tasks, DayOf dayOf, Make make) {
+    TaskGroups groups;
+    for (auto first = tasks.begin(); first != tasks.end();) {
+        const Day day = dayOf(*first);
+        const auto last = std::find_if(first, tasks.end(), [&](const TaskItem& task) { return dayOf(task) != day; });
+        TaskGroup group = make(day);
+        group.tasks.assign(std::make_move_iterator(first), std::make_move_iterator(last));
+        groups.push_back(std::move(group));
+        first = last;
+    }
+    return groups;
+}
+
+bool inTrouble(const ModelState& state) {
+    return state.fileError || (state.calendarSync && (state.syncError || state.connection == Connection::signedOut));
+}
+
+std::string signedInText(const ModelState& state, const TimeText& timeText) {
+    if (state.syncError) return "Synchro en échec";
+    if (state.syncing) return "Synchro de l'agenda…";
+    if (!state.lastSync) return "Agenda connecté";
+    return "Agenda à jour · " + timeText(*state.lastSync);
+}
+
+std::string subtitle(const ModelState& state, const TimeText& timeText) {
+    if (state.fileError) return "Liste illisible";
+    if (!state.calendarSync) return state.file.filename().string();
+    switch (state.connection) {
+    case Connection::unknown: return "Agenda…";
+    case Connection::signedOut: return "Agenda non connecté";
+    case Connection::signingIn: return "Connexion à Google…";
+    case Connection::signedIn: break;
+    }
+    return signedInText(state, timeText);
+}
+
+}
+
+std::string_view rawValue(Section section) {
+    switch (section) {
+    case Section::today: return "today";
+    case Section::late: return "late";
+    case Section::upcoming: return "upcoming";
+    case Section::done: return "done";
+    case Section::settings: return "settings";
+    }
+    return {};
+}
+
+std::string_view title(Section section) {
+    switch (section) {
+    case Section::today: return "Aujourd'hui";
+    case Section::late: return "En retard";
+    case Section::upcoming: return "À venir";
+    case Section::done: return "Faites";
+    case Section::settings: return "Réglages";
+    }
+    return {};
+}
+
+Symbol symbol(Section section) {
+    switch (section) {
+    case Section::today: return Symbol::Sun;
+    case Section::late: return Symbol::ExclamationCircle;
+    case Section::upcoming: return Symbol::Calendar3;
+    case Section::done: return Symbol::CheckCircle;
+    case Section::settings: return Symbol::Gear;
+    }
+    return Symbol::Sun;
+}
+
+std::optional<Section> sectionNamed(std::string_view name) {
+    for (const auto section : sections)
+        if (rawValue(section) == name) return section;
+    return std::nullopt;
+}
+
+std::string TaskGroup::title() const {
+    if (!day) return heading;
+    return heading.empty() ? capitalised(day->longLabel()) : heading + day->longLabel();
+}
+
+TodayContents todayContents(const ModelState& state) {
+    TodayContents contents;
+    auto late = state.late();
+    auto todays = state.todays();
+    auto next = state.upcoming();
+    contents.total = todays.size();
+    contents.done = static_cast<std::size_t>(std::ranges::count(todays, true, &TaskItem::done));
+    contents.overline = "Aujourd'hui · " + state.today.longLabel();
+    contents.headline = headline(late.size() + contents.total - contents.done, contents.total > 0);
+    contents.detail = detail(todays, contents.done, late.size(), state.now);
+
+    if (!late.empty())
+        contents.groups.push_back({.heading = "En retard",
+                                   .day = {},
+                                   .symbol = Symbol::ExclamationTriangleFill,
+                                   .role = ColourRole::danger,
+                                   .tasks = std::move(late),
+                                   .empty = {}});
+    contents.groups.push_back({.heading = "Au programme",
+                               .day = {},
+                               .symbol = Symbol::SunFill,
+                               .tasks = std::move(todays),
+                               .empty = "Rien de prévu aujourd'hui.",
+                               .showDay = false});
+    if (!next.empty()) {
+        if (next.size() > nextShown) next.erase(next.begin() + nextShown, next.end());
+        contents.groups.push_back(
+            {.heading = "Ensuite", .day = {}, .symbol = Symbol::Calendar3, .tasks = std::move(next), .empty = {}});
+    }
+    return contents;
+}
+
+TaskGroups lateGroups(const ModelState& state) {
+    auto late = state.late();
+    if (late.empty()) return {};
+    return {{.heading = std::to_string(late.size()) + " en retard",
+             .day = {},
+             .symbol = Symbol::ExclamationTriangleFill,
+             .role = ColourRole::danger,
+             .tasks = std::move(late),
+             .empty = {}}};
+}
+
+TaskGroups upcomingGroups(const ModelState& state) {
+    const auto tomorrow = state.today.plusDays(1);
+    auto groups = grouped(
+        state.upcoming(), [](const TaskItem& task) { return *task.day; },
+        [&](Day day) {
+            return TaskGroup{.heading = day == tomorrow ? "Demain · " : "",
+                             .day = day,
+                             .symbol = Symbol::Calendar3,
+                             .tasks = {},
+                             .empty = {}};
+        });
+    if (auto undated = state.undated(); !undated.empty())
+        groups.push_back({.heading = "Sans date",
+                          .day = {},
+                          .symbol = Symbol::Inbox,
+                          .role = ColourRole::plain,
+                          .tasks = std::move(undated),
+                          .empty = {}});
+    return groups;
+}
+
+TaskGroups doneGroups(const ModelState& state) {
+    const auto today = state.today;
+    const auto yesterday = today.plusDays(-1);
+    return grouped(
+        state.doneTasks(),
+        [today](const TaskItem& task) { return task.doneOn ? *task.doneOn : task.day.value_or(today); },
+        [&](Day day) {
+            TaskGroup group{.heading = day == yesterday ? "Hier · " : "",
+                            .day = day,
+                            .symbol = Symbol::CheckCircleFill,
+                            .role = ColourRole::faint,
+                            .tasks = {},
+                            .empty = {}};
+            if (day == today) {
+                group.heading = "Aujourd'hui";
+                group.day.reset();
+                group.role = ColourRole::success;
+            }
+            return group;
+        });
+}
+
+std::vector<Problem> problems(const ModelState& state) {
+    std::vector<Problem> found;
+    if (state.fileError) found.push_back({*state.fileError, ColourRole::danger});
+    if (state.calendarSync && state.syncError) found.push_back({"Agenda : " + *state.syncError, ColourRole::warning});
+    return found;
+}
+
+ListContents listContents(Section section, const ModelState& state) {
+    switch (section) {
+    case Section::late:
+        return {.subtitle = "Cochez-les, ou reportez-les avec « … » : demain, lundi ou dans une semaine.",
+                .groups = lateGroups(state),
+                .emptySymbol = Symbol::HandThumbsUpFill,
+                .empty = "Aucun retard. 👌",
+                .problems = problems(state)};
+    case Section::upcoming:
+        return {.subtitle = "Jour par jour, dans l'ordre où elles sonneront.",
+                .groups = upcomingGroups(state),
+                .emptySymbol = Symbol::Calendar3,
+                .empty = "Rien de prévu pour la suite."};
+    case Section::done:
+        return {.subtitle = state.calendarSync
+                                ? "Elles restent dans la liste et dans l'agenda, avec un ✅."
+                                : "Elles restent dans la liste, avec la date du jour où elles ont été faites.",
+                .groups = doneGroups(state),
+                .emptySymbol = Symbol::CheckCircle,
+                .empty = "Rien de coché pour l'instant."};
+    case Section::today:
+    case Section::settings: break;
+    }
+    return {};
+}
+
+SyncBadgeContent syncBadge(const ModelState& state, const TimeText& timeText) {
+    const auto open = state.openCount();
+    const bool trouble = inTrouble(state);
+    return {.symbol = state.syncing ? Symbol::ArrowRepeat
+                      : trouble     ? Symbol::ExclamationLg
+                                    : Symbol::CheckLg,
+            .title = open >= 1 ? std::to_string(open) + " à faire" : "Tout est coché",
+            .subtitle = subtitle(state, timeText),
+            .syncing = state.syncing,
+            .trouble = trouble};
+}
+
+std::string syncText(const ModelState& state, const TimeText& timeText) {
+    if (state.syncError) return *state.syncError;
+    if (state.syncing) return "En cours";
+    if (state.lastSync) return "Dernière : " + timeText(*state.lastSync) + ", puis à chaque modification de la liste";
+    return "Pas encore faite";
+}
+
+std::string calendarSyncText(bool on) {
+    return on ? "Dans un agenda à part, sans rappel sur le téléphone."
+              : "Désactivé. Les événements déjà recopiés restent dans l'agenda.";
+}
+
+}

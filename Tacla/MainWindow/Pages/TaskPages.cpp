@@ -1,0 +1,166 @@
+#include "Tacla/MainWindow/Pages/TaskPages.h"
+
+#include "DravelKit/DravelUI/Card.h"
+#include "DravelKit/DravelUI/Disc.h"
+#include "DravelKit/DravelUI/TextLabel.h"
+#include "Tacla/AppModel/AppModel.h"
+#include "Tacla/MainWindow/Pages/TaskColumn.h"
+#include "Tacla/MainWindow/QtValues.h"
+#include "Tacla/MainWindow/RefreshWhileVisible.h"
+#include "Tacla/MainWindow/Rows/TaskControls.h"
+
+#include <QPainter>
+#include <QVBoxLayout>
+
+namespace tacla {
+
+namespace Theme = dravel::Theme;
+namespace Typography = dravel::Theme::Typography;
+using namespace Qt::StringLiterals;
+using dravel::TextLabel;
+
+// The head of the today page: how the day stands.
+class HeroCard final : public dravel::Card {
+  public:
+    explicit HeroCard(QWidget* parent = nullptr);
+    void setContents(const TodayContents&);
+
+  protected:
+    void resizeEvent(QResizeEvent*) override;
+
+  private:
+    dravel::TextLabel *overline_, *headline_, *detail_;
+    dravel::ProgressRing* ring_;
+};
+
+namespace {
+
+constexpr int heroHeight = 126, padding = 24, ringSize = 78, lineGap = 4;
+
+}
+
+HeroCard::HeroCard(QWidget* parent)
+    : Card(parent, Kind::Hero), overline_(new TextLabel(Typography::subtitle, Theme::accentOnSoft, {}, this)),
+      headline_(new TextLabel(Typography::pageTitle, Theme::text, {}, this)),
+      detail_(new TextLabel(Typography::callout, Theme::textSecondary, {}, this)),
+      ring_(new dravel::ProgressRing(this)) {
+    setObjectName(u"hero"_s);
+    overline_->setObjectName(u"hero.overline"_s);
+    headline_->setObjectName(u"hero.headline"_s);
+    detail_->setObjectName(u"hero.detail"_s);
+    ring_->setObjectName(u"hero.ring"_s);
+    setFixedHeight(heroHeight);
+}
+
+void HeroCard::setContents(const TodayContents& contents) {
+    overline_->setText(toQt(contents.overline));
+    headline_->setText(toQt(contents.headline));
+    detail_->setText(toQt(contents.detail));
+    ring_->setProgress(static_cast<int>(contents.done), static_cast<int>(contents.total), toQt(contents.detail));
+}
+
+void HeroCard::resizeEvent(QResizeEvent* event) {
+    Card::resizeEvent(event);
+    const int ringLeft = width() - padding - ringSize;
+    ring_->setGeometry(ringLeft, (height() - ringSize) / 2, ringSize, ringSize);
+    int top = padding;
+    const int room = ringLeft - 2 * padding;
+    for (const auto& [label, style] : {std::pair{overline_, Typography::subtitle},
+                                       {headline_, Typography::pageTitle},
+                                       {detail_, Typography::callout}}) {
+        label->setGeometry(padding, top, room, style.line);
+        top += style.line + lineGap;
+    }
+}
+
+// What is wrong with the file or the calendar; hidden when nothing is.
+class ProblemsCard final : public dravel::Card {
+  public:
+    explicit ProblemsCard(QWidget* parent = nullptr);
+    void setProblems(std::vector<Problem>);
+
+  protected:
+    void paintEvent(QPaintEvent*) override;
+
+  private:
+    std::vector<Problem> problems_;
+    std::vector<dravel::TextLabel*> lines_;
+    QVBoxLayout* column_;
+};
+
+ProblemsCard::ProblemsCard(QWidget* parent) : Card(parent), column_(new QVBoxLayout(this)) {
+    setObjectName(u"problems"_s);
+    column_->setContentsMargins(textColumn, 12, Theme::Space::md, 12);
+    column_->setSpacing(Theme::Space::sm);
+    hide();
+}
+
+void ProblemsCard::setProblems(std::vector<Problem> problems) {
+    if (problems == problems_) return;
+    problems_ = std::move(problems);
+    for (auto* line : std::exchange(lines_, {})) delete line;
+    for (const auto& [text, role] : problems_) {
+        auto* line = new dravel::TextLabel(Theme::Typography::body, toneOf(role), toQt(text), this);
+        line->setObjectName(u"problem"_s);
+        line->setWraps(true);
+        line->setSelectable(true);
+        column_->addWidget(line);
+        lines_.push_back(line);
+    }
+    setVisible(!problems_.empty());
+    update();
+}
+
+void ProblemsCard::paintEvent(QPaintEvent* event) {
+    Card::paintEvent(event);
+    QPainter painter(this);
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+        const QRectF column(iconColumn, lines_[i]->y(), iconWidth, Theme::Typography::body.line);
+        dravel::paintSymbol(painter, column, dravel::Symbol::ExclamationTriangleFill, 16,
+                            toneOf(problems_[i].role).on(*this));
+    }
+}
+
+TodayPage::TodayPage(AppModel& model, const dravel::Now& now, QWidget* parent)
+    : DravelPage(parent), model_(model), hero_(new HeroCard(&stage())), add_(new AddTaskCard(model, now, &stage())),
+      problems_(new ProblemsCard(&stage())), tasks_(new TaskColumn(*this, model, now)) {
+    setObjectName(toQt("page." + std::string(rawValue(Section::today))));
+    setAccessibleName(toQt(title(Section::today)));
+    for (QWidget* card : std::initializer_list<QWidget*>{hero_, add_, problems_, tasks_}) add(card);
+    new RefreshWhileVisible(*this, model.changed, [this] { refresh(); });
+    refresh();
+}
+
+void TodayPage::beginTask() {
+    reveal(*add_);
+    add_->focusTitle();
+}
+
+void TodayPage::refresh() {
+    const auto& state = model_.state();
+    auto contents = todayContents(state);
+    hero_->setContents(contents);
+    add_->setToday(state.today);
+    problems_->setProblems(problems(state));
+    tasks_->setGroups(std::move(contents.groups), state.today);
+}
+
+ListPage::ListPage(Section section, AppModel& model, const dravel::Now& now, QWidget* parent)
+    : DravelPage(toQt(title(section)), {}, parent), model_(model), problems_(new ProblemsCard(&stage())),
+      tasks_(new TaskColumn(*this, model, now)) {
+    setObjectName(toQt("page." + std::string(rawValue(section))));
+    auto contents = listContents(section, model.state());
+    empty_ = new dravel::EmptyCard(contents.emptySymbol, toQt(contents.empty), &stage());
+    for (QWidget* card : std::initializer_list<QWidget*>{problems_, empty_, tasks_}) add(card);
+    new RefreshWhileVisible(*this, model.changed, [this, section] { refresh(listContents(section, model_.state())); });
+    refresh(std::move(contents));
+}
+
+void ListPage::refresh(ListContents contents) {
+    setSubtitle(toQt(contents.subtitle));
+    problems_->setProblems(std::move(contents.problems));
+    empty_->setVisible(contents.groups.empty());
+    tasks_->setGroups(std::move(contents.groups), model_.state().today);
+}
+
+}

@@ -1,0 +1,110 @@
+#include "Tacla/MainWindow/Rows/RowContents.h"
+
+#include "DravelKit/DravelUI/Symbols.h"
+#include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/Labels.h"
+#include "Tacla/TaskList/TaskFile.h"
+
+namespace tacla {
+
+using dravel::Symbol;
+
+namespace {
+
+std::string dayText(Day day, Day today) {
+    if (day == today.plusDays(1)) return "demain";
+    if (day == today) return "aujourd'hui";
+    return dayAndMonth(day);
+}
+
+// As a date picker shows it: a day that its month lacks becomes the one that it rolls over to.
+Day existing(Day day) { return Day::of(day.date()); }
+
+}
+
+bool hasTags(const TaskItem& task, bool showDay) {
+    if ((showDay && task.day) || task.time) return true;
+    return task.done ? task.doneOn && task.day != task.doneOn : task.due || task.strong();
+}
+
+std::vector<TaskTag> taskTags(const TaskItem& task, Day today, bool showDay) {
+    std::vector<TaskTag> tags;
+    if (showDay && task.day) tags.push_back({.text = dayText(*task.day, today), .symbol = Symbol::Calendar4});
+    if (task.time) tags.push_back({.text = task.time->description(), .symbol = Symbol::Clock});
+    if (task.strong() && !task.done)
+        tags.push_back({.text = "Prioritaire", .symbol = Symbol::ExclamationLg, .role = ColourRole::danger});
+    if (task.due && !task.done)
+        tags.push_back({.text = "due le " + dayAndMonth(*task.due),
+                        .symbol = Symbol::HourglassSplit,
+                        .role = ColourRole::warning});
+    if (task.done && task.doneOn && task.day != task.doneOn)
+        tags.push_back(
+            {.text = "faite le " + dayAndMonth(*task.doneOn), .symbol = Symbol::CheckLg, .role = ColourRole::success});
+    return tags;
+}
+
+std::vector<RowEntry> rowMenu(const TaskItem& task) {
+    std::vector<RowEntry> entries;
+    if (!task.done)
+        entries = {{.command = RowCommand::postponeToTomorrow, .label = "Reporter à demain"},
+                   {.command = RowCommand::postponeToMonday, .label = "Reporter à lundi"},
+                   {.command = RowCommand::postponeByAWeek, .label = "Reporter d'une semaine"}};
+    entries.push_back({.command = RowCommand::toggle,
+                       .label = task.done ? "Décocher" : "Cocher",
+                       .separatorBefore = !entries.empty()});
+    entries.push_back({.command = RowCommand::edit, .label = "Modifier"});
+    entries.push_back({.command = RowCommand::remove, .label = "Supprimer", .destructive = true});
+    return entries;
+}
+
+std::optional<Day> postponedDay(RowCommand command, const TaskItem& task, Day today) {
+    switch (command) {
+    case RowCommand::postponeToTomorrow: return today.plusDays(1);
+    case RowCommand::postponeToMonday: return today.nextMonday();
+    case RowCommand::postponeByAWeek: return task.day.value_or(today).plusDays(7);
+    case RowCommand::toggle:
+    case RowCommand::edit:
+    case RowCommand::remove: break;
+    }
+    return std::nullopt;
+}
+
+TaskDraft draftOf(const TaskItem& task, Day today) {
+    const Day day = task.day ? existing(*task.day) : today;
+    return {.title = TaskFile::dropStrongMark(task.title),
+            .day = day,
+            .hasTime = task.time.has_value(),
+            .time = task.time.value_or(Clock{10, 0}),
+            .openedOn = day,
+            .dated = task.day.has_value()};
+}
+
+TaskEdit editOf(const TaskDraft& draft, Day today) {
+    // Midnight may pass while the editor is open: a day that nobody touched is not a choice either.
+    const bool dayChosen = draft.day != today && draft.day != draft.openedOn;
+    if (!draft.dated && !draft.hasTime && !dayChosen) return {.title = draft.title, .day = {}, .time = {}};
+    return {.title = draft.title, .day = draft.day, .time = draft.hasTime ? std::optional(draft.time) : std::nullopt};
+}
+
+void NewTaskDraft::pick(Day day, Day today) { picked = day == today ? std::nullopt : std::optional(day); }
+
+std::optional<NewTask> newTask(const NewTaskDraft& draft, Day today) {
+    const auto title = dravel::trimmedOfWhiteSpaceAndLineBreaks(draft.title);
+    if (title.empty()) return std::nullopt;
+    return NewTask{.title = std::string(title),
+                   .day = draft.day(today),
+                   .time = draft.hasTime ? std::optional(draft.time) : std::nullopt,
+                   .strong = draft.strong};
+}
+
+NewTaskDraft afterAdding(const NewTaskDraft& draft) {
+    NewTaskDraft next;
+    next.picked = draft.picked;
+    return next;
+}
+
+std::array<QuickDay, 3> quickDays(Day today) {
+    return {{{"Aujourd'hui", today}, {"Demain", today.plusDays(1)}, {"Lundi", today.nextMonday()}}};
+}
+
+}

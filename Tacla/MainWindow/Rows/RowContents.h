@@ -1,0 +1,102 @@
+#pragma once
+
+#include "Tacla/TaskList/TaskItem.h"
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What the rows of tasks show and do, and what their editors hold, as values.
+namespace dravel {
+enum class Symbol;
+}
+
+namespace tacla {
+
+// What a text or an icon means; the pages turn it into one of the theme's colours.
+enum class ColourRole { accent, plain, faint, success, warning, danger };
+
+// One of the small marks under a task's title.
+struct TaskTag {
+    std::string text;
+    dravel::Symbol symbol;
+    ColourRole role = ColourRole::plain;
+};
+
+// The date stands among them only with `showDay`.
+std::vector<TaskTag> taskTags(const TaskItem&, Day today, bool showDay);
+// Whether there are any, at no cost.
+bool hasTags(const TaskItem&, bool showDay);
+
+enum class RowCommand { postponeToTomorrow, postponeToMonday, postponeByAWeek, toggle, edit, remove };
+
+struct RowEntry {
+    RowCommand command;
+    std::string_view label;
+    bool destructive = false;
+    bool separatorBefore = false;
+};
+
+// The actions menu of a task's row, top to bottom.
+std::vector<RowEntry> rowMenu(const TaskItem&);
+
+// Where a postponing command moves the task; none for the other commands.
+std::optional<Day> postponedDay(RowCommand, const TaskItem&, Day today);
+
+// What the inline editor holds.
+struct TaskDraft {
+    std::string title; // without its "❗"
+    Day day;
+    bool hasTime = false;
+    Clock time;         // 10:00 for a task without a time
+    Day openedOn;       // the day that the editor opened with
+    bool dated = false; // the task had a day
+
+    bool operator==(const TaskDraft&) const = default;
+};
+
+TaskDraft draftOf(const TaskItem&, Day today);
+
+// What saving the draft asks of the model. A task without a day stays so unless a day or a time was chosen.
+struct TaskEdit {
+    std::string title;
+    std::optional<Day> day;
+    std::optional<Clock> time;
+
+    bool operator==(const TaskEdit&) const = default;
+};
+
+TaskEdit editOf(const TaskDraft&, Day today);
+
+// What the add card holds. Its day follows today until the user picks another one.
+struct NewTaskDraft {
+    std::string title;
+    std::optional<Day> picked;
+    bool hasTime = false;
+    Clock time{10, 0};
+    bool strong = false;
+
+    Day day(Day today) const { return picked.value_or(today); }
+    void pick(Day day, Day today);
+};
+
+struct NewTask {
+    std::string title;
+    Day day;
+    std::optional<Clock> time;
+    bool strong = false;
+};
+
+// None when the title is blank.
+std::optional<NewTask> newTask(const NewTaskDraft&, Day today);
+// Only the day stays, ready for the next task of that day.
+NewTaskDraft afterAdding(const NewTaskDraft&);
+
+struct QuickDay {
+    std::string_view label;
+    Day day;
+};
+std::array<QuickDay, 3> quickDays(Day today);
+
+}

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "DravelKit/DravelUI/Card.h"
+#include "DravelKit/DravelUI/Control.h"
+#include "DravelKit/Foundation/Instant.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
+
+#include <QWidget>
+
+#include <array>
+#include <vector>
+
+// What a task is checked, edited and typed with.
+class QBoxLayout;
+
+namespace dravel {
+class Button;
+class Chip;
+class DateField;
+class Switch;
+class TextField;
+class TimeField;
+}
+
+namespace tacla {
+
+class AppModel;
+
+// The circle before a task. A click says clicked(); whether the task is done is the task file's to say.
+class CheckButton final : public dravel::Control {
+    Q_OBJECT
+
+  public:
+    explicit CheckButton(QWidget* parent = nullptr);
+
+    void setTask(const QString& title, bool done, bool strong);
+    void setRowHighlighted(bool);
+    QSize sizeHint() const override { return {32, 32}; }
+
+  protected:
+    void paint(QPainter&) override;
+    QRect face() const override { return {6, 6, 20, 20}; }
+    int faceRadius() const override { return 10; }
+    void nextCheckState() override {}
+
+  private:
+    struct Look;
+    Look look() const;
+
+    bool strong_ = false, rowHighlighted_ = false;
+};
+
+// The inline editor of a row: title, day and time. It holds a draft only; the row saves it.
+class TaskEditor final : public QWidget {
+    Q_OBJECT
+
+  public:
+    static constexpr int titleHeight = 32, editorHeight = 68;
+
+    TaskEditor(const TaskDraft&, Day today, QWidget* parent);
+
+    const TaskDraft& draft() const { return draft_; }
+    void setToday(Day);
+    std::vector<QWidget*> stops() const; // in the order of the Tab key
+
+  Q_SIGNALS:
+    void saved(Qt::FocusReason);
+    void cancelled(Qt::FocusReason);
+
+  protected:
+    void keyPressEvent(QKeyEvent*) override;
+
+  private:
+    void fill();
+    void arrange();
+    void followFields();
+
+    TaskDraft draft_;
+    dravel::TextField* title_;
+    dravel::DateField* date_;
+    dravel::Switch* hasTime_;
+    dravel::TimeField* time_;
+    dravel::Button *cancel_, *save_;
+};
+
+// Where a new task is typed. Its day follows today until another one is picked.
+class AddTaskCard final : public dravel::Card {
+    Q_OBJECT
+
+  public:
+    AddTaskCard(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
+    void setToday(Day);
+    void focusTitle(); // ready to type
+
+  private:
+    void nameFields();
+    void arrange();
+    QBoxLayout* fieldLine();
+    QBoxLayout* choices();
+    void followFields();
+    void pick(Day);
+    void add();
+    void showDraft();
+    Day currentDay() const { return Day::of(now_()); }
+
+    AppModel& model_;
+    const dravel::Now& now_;
+    NewTaskDraft draft_;
+    Day today_;
+    dravel::TextField* title_;
+    std::array<dravel::Chip*, 3> chips_;
+    dravel::DateField* date_;
+    dravel::Switch *hasTime_, *strong_;
+    dravel::TimeField* time_;
+    dravel::Button* add_;
+};
+
+}

@@ -1,0 +1,87 @@
+#include "Tacla/MainWindow/Pages/ColumnPlan.h"
+#include "tests/MainWindow/ModelStates.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace tacla {
+namespace {
+
+using Range = ColumnLayout::Range;
+using Span = ColumnLayout::Span;
+
+TEST(ColumnLayout, StacksCardsWithTheirRows) {
+    const ColumnLayout layout({3, 0, 1}, {58, 58, 58, 40});
+    EXPECT_EQ(layout.row(2), (Span{160, 58}));
+    EXPECT_EQ(layout.card(1), (Span{242, 86})) << "says that it is empty";
+    EXPECT_EQ(layout.card(2), (Span{344, 92}));
+    EXPECT_EQ(layout.row(3), (Span{388, 40}));
+    EXPECT_EQ(layout.height(), 436);
+    EXPECT_EQ(layout.cardOf(3), 2u);
+    EXPECT_EQ(ColumnLayout().rowsBetween(0, 100), (Range{0, 0}));
+}
+
+TEST(ColumnLayout, MovesWhatStandsBelowAMeasuredRow) {
+    ColumnLayout layout({2, 1}, {58, 58, 58});
+    EXPECT_FALSE(layout.measured({{0, 58}, {2, 58}}));
+    EXPECT_TRUE(layout.measured({{0, 78}, {2, 98}}));
+    EXPECT_EQ(layout.row(1), (Span{122, 58}));
+    EXPECT_EQ(layout.card(1).top, 8 + 36 + 78 + 58 + 8 + 16);
+    EXPECT_EQ(layout.height(), layout.row(2).bottom() + 8);
+}
+
+TEST(ColumnLayout, FindsTheRowsAndCardsOfAnyBand) {
+    std::mt19937 random(7); // the same columns at each run
+    for (int round = 0; round < 200; ++round) {
+        std::vector<std::size_t> cards(random() % 6);
+        std::vector<int> heights;
+        for (auto& rows : cards) {
+            rows = random() % 5;
+            for (std::size_t row = 0; row < rows; ++row) heights.push_back(40 + static_cast<int>(random() % 60));
+        }
+        const ColumnLayout layout(cards, heights);
+        const int top = static_cast<int>(random() % 1500) - 100, bottom = top + 1 + static_cast<int>(random() % 600);
+        const auto reaches = [&](Span span) { return span.top < bottom && span.bottom() > top; };
+        const auto rows = layout.rowsBetween(top, bottom);
+        for (std::size_t row = 0; row < layout.rowCount(); ++row)
+            EXPECT_EQ(row >= rows.first && row < rows.last, reaches(layout.row(row))) << round << " " << row;
+        const auto found = layout.cardsBetween(top, bottom);
+        for (std::size_t card = 0; card < layout.cardCount(); ++card)
+            EXPECT_EQ(card >= found.first && card < found.last, reaches(layout.card(card))) << round << " " << card;
+    }
+}
+
+TaskGroups groupsOf(std::string_view taskFile) {
+    return {{.heading = {}, .day = {}, .symbol = {}, .tasks = TaskFile::parse(taskFile), .empty = {}}};
+}
+
+TEST(RowMatching, FollowsEachTaskThroughAReload) {
+    const auto before = groupsOf("- [ ] a\n- [ ] b\n- [ ] c\n- [ ] b\n");
+    struct Case {
+        const char *what, *after;
+        std::map<std::size_t, MatchedRow> rows;
+    };
+    const Case cases[] = {
+        {"a line above", "- [ ] x\n- [ ] a\n- [ ] b\n- [ ] c\n- [ ] b\n", {{0, {1}}, {1, {2}}, {2, {3}}, {3, {4}}}},
+        {"sorted anew", "- [ ] c\n- [ ] b\n- [ ] a\n", {{0, {2}}, {1, {1}}, {2, {0}}}},
+        {"one deleted", "- [ ] a\n- [ ] c\n", {{0, {0}}, {2, {1}}}},
+        {"one renamed", "- [ ] a\n- [ ] b\n- [ ] x\n- [ ] b\n", {{0, {0}}, {1, {1}}, {2, {2, true}}, {3, {3}}}},
+        {"all gone", "", {}},
+    };
+    for (const auto& [what, after, rows] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(matchedRows(before, groupsOf(after), {0, 1, 2, 3}), rows);
+    }
+}
+
+TEST(RowMatching, HandsTheFocusToTheNextRowElseToTheOneAbove) {
+    const auto before = groupsOf("- [ ] Pain\n- [ ] Vin\n- [ ] Sel\n");
+    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n- [ ] Sel\n"), 1), 1u);
+    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n- [ ] Vin\n"), 2), 1u);
+    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n"), 1), 0u) << "the next one left too";
+    EXPECT_EQ(successor(before, groupsOf(""), 1), std::nullopt);
+}
+
+}
+}

@@ -1,0 +1,91 @@
+#include "Tacla/MainWindow/Rows/RowContents.h"
+#include "tests/MainWindow/ModelStates.h"
+
+#include <gtest/gtest.h>
+
+namespace tacla {
+namespace {
+
+using testing::taskOf;
+
+constexpr Day today{2026, 11, 24};
+
+std::string transcript(const std::vector<TaskTag>& tags) {
+    std::string text;
+    for (const auto& tag : tags)
+        text += (text.empty() ? "" : ", ") + tag.text + (tag.role == ColourRole::plain ? "" : "!");
+    return text;
+}
+
+TEST(TaskTags, StandInOrder) {
+    struct Case {
+        const char *line, *withDay, *withoutDay;
+    };
+    const Case cases[] = {
+        {"- [ ] Pain", "", ""},
+        {"- [ ] Pain · 2026-11-24", "aujourd'hui", ""},
+        {"- [ ] Pain · 2026-11-25 09:30", "demain, 09:30", "09:30"},
+        {"- [ ] Pain · 2026-12-01", "01/12", ""},
+        {"- [ ] ❗ Pain · 2026-11-20 14:00 · due 2026-11-12", "20/11, 14:00, Prioritaire!, due le 12/11!",
+         "14:00, Prioritaire!, due le 12/11!"},
+        {"- [x] ❗ Pain · 2026-11-20 · due 2026-11-12", "20/11", ""},
+        {"- [x] Pain · 2026-11-23 · ✅ 2026-11-24", "23/11, faite le 24/11!", "faite le 24/11!"},
+        {"- [x] Pain · 2026-11-24 · ✅ 2026-11-24", "aujourd'hui", ""},
+        {"- [x] Pain · ✅ 2026-11-23", "faite le 23/11!", "faite le 23/11!"},
+    };
+    for (const auto& [line, withDay, withoutDay] : cases) {
+        SCOPED_TRACE(line);
+        EXPECT_EQ(transcript(taskTags(taskOf(line), today, true)), withDay);
+        EXPECT_EQ(transcript(taskTags(taskOf(line), today, false)), withoutDay);
+        EXPECT_EQ(hasTags(taskOf(line), true), *withDay != '\0');
+        EXPECT_EQ(hasTags(taskOf(line), false), *withoutDay != '\0');
+    }
+}
+
+TEST(RowMenu, PostponesOpenTasksFromTodayAndByAWeekFromTheirOwnDay) {
+    const auto dated = taskOf("- [ ] Pain · 2026-11-03");
+    EXPECT_EQ(postponedDay(RowCommand::postponeToTomorrow, dated, today), (Day{2026, 11, 25}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeToMonday, dated, today), (Day{2026, 11, 30}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, dated, today), (Day{2026, 11, 10}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, taskOf("- [ ] Pain"), today), (Day{2026, 12, 1}));
+    for (const auto& entry : rowMenu(taskOf("- [x] Pain"))) {
+        EXPECT_EQ(postponedDay(entry.command, dated, today), std::nullopt) << entry.label;
+        EXPECT_FALSE(entry.separatorBefore) << entry.label;
+    }
+}
+
+TEST(TaskEditor, OpensOnTheTaskWithTenOClockForOneWithoutATime) {
+    EXPECT_EQ(draftOf(taskOf("- [ ] ❗ Pain · 2026-11-26 18:00"), today),
+              (TaskDraft{"Pain", {2026, 11, 26}, true, {18, 0}, {2026, 11, 26}, true}));
+    EXPECT_EQ(draftOf(taskOf("- [ ] Pain"), today), (TaskDraft{"Pain", today, false, {10, 0}, today, false}));
+    EXPECT_EQ(draftOf(taskOf("- [ ] Pain · 2026-02-30"), today).day, (Day{2026, 3, 2}));
+}
+
+TEST(TaskEditor, KeepsATaskWithoutADayUndatedUnlessADayOrTimeIsChosen) {
+    struct Case {
+        const char *what, *line;
+        Day day;
+        bool hasTime;
+        Day savedOn;
+        TaskEdit expected;
+    };
+    const Day tomorrow{2026, 11, 25}, friday{2026, 11, 20};
+    const Case cases[] = {
+        {"untouched", "- [ ] Pain", today, false, today, {"Pain", {}, {}}},
+        {"untouched over midnight", "- [ ] Pain", today, false, tomorrow, {"Pain", {}, {}}},
+        {"another day", "- [ ] Pain", tomorrow, false, today, {"Pain", tomorrow, {}}},
+        {"a time", "- [ ] Pain", today, true, today, {"Pain", today, Clock{10, 0}}},
+        {"dated, untouched", "- [ ] Pain · 2026-11-24", today, false, today, {"Pain", today, {}}},
+        {"its time taken away", "- [ ] Pain · 2026-11-20 18:00", friday, false, today, {"Pain", friday, {}}},
+    };
+    for (const auto& [what, line, day, hasTime, savedOn, expected] : cases) {
+        SCOPED_TRACE(what);
+        auto draft = draftOf(taskOf(line), today);
+        draft.day = day;
+        draft.hasTime = hasTime;
+        EXPECT_EQ(editOf(draft, savedOn), expected);
+    }
+}
+
+}
+}
