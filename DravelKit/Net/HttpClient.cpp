@@ -5,6 +5,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <exception>
 #include <string_view>
 
 namespace dravel {
@@ -66,9 +67,12 @@ std::string_view trimmed(std::string_view text) {
 // The answer of one request while it comes in.
 struct Exchange {
     const HttpLimits& limits;
+    const HttpClient::BodySink& sink;
     HttpResponse response;
     std::optional<Kind> failure;
-    std::size_t headerBytes = 0;
+    std::exception_ptr thrown = nullptr; // by the sink
+    std::size_t headerBytes = 0, bodyBytes = 0;
+    bool streams = false;
     curl_off_t moved = 0; // bytes in both directions
     bool sent = false, headWhole = false;
 
@@ -80,8 +84,11 @@ struct Exchange {
     bool takeHeader(std::string_view line) {
         headerBytes += line.size();
         if (headerBytes > longestHeaders) return refuse(Kind::tooLarge);
-        if (line.starts_with("HTTP/")) response.headers.clear(); // of an interim answer (1xx)
-        headWhole = trimmed(line).empty();                       // libcurl takes a head that breaks off for a whole one
+        if (line.starts_with("HTTP/")) {
+            response.headers.clear(); // of an interim answer (1xx)
+            streams = sink && line.substr(std::min(line.find(' '), line.size())).starts_with(" 200");
+        }
+        headWhole = trimmed(line).empty(); // libcurl takes a head that breaks off for a whole one
         const auto colon = line.find(':');
         if (colon != line.npos)
             response.headers[lowerCaseLetters(trimmed(line.substr(0, colon)))] = trimmed(line.substr(colon + 1));
@@ -89,9 +96,22 @@ struct Exchange {
     }
 
     bool takeBody(std::string_view bytes) {
-        if (bytes.size() > limits.answer - response.body.size()) return refuse(Kind::tooLarge);
+        if (bytes.size() > limits.answer - bodyBytes) return refuse(Kind::tooLarge);
+        bodyBytes += bytes.size();
+        if (streams) return pour(bytes);
         response.body += bytes;
         return true;
+    }
+
+    // No exception may pass through libcurl.
+    bool pour(std::string_view bytes) {
+        try {
+            sink(bytes);
+            return true;
+        } catch (...) {
+            thrown = std::current_exception();
+            return refuse(Kind::failed);
+        }
     }
 };
 
@@ -244,12 +264,12 @@ HttpClient::~HttpClient() = default;
 HttpClient::HttpClient(HttpClient&&) noexcept = default;
 HttpClient& HttpClient::operator=(HttpClient&&) noexcept = default;
 
-HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token& stop) {
+HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token& stop, const BodySink& sink) {
     const auto url = Url::parse(request.url);
     if (!url || !isOneLine(request.method)) throw HttpError(Kind::badRequest, url ? url->host : "?");
     HeaderList headers;
     fill(headers, request, url->host);
-    Exchange exchange{.limits = session_->limits, .response = {}, .failure = {}};
+    Exchange exchange{.limits = session_->limits, .sink = sink, .response = {}, .failure = {}};
     session_->prepare(request, *url, headers);
     session_->observe(exchange);
 
@@ -265,6 +285,7 @@ HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token&
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
     curl_multi_remove_handle(multi, easy);
     curl_easy_reset(easy); // nothing of this request, its headers least of all, stays behind
+    if (exchange.thrown) std::rethrow_exception(exchange.thrown);
     if (failure) throw HttpError(*failure, url->host);
     exchange.response.status = static_cast<int>(status);
     return std::move(exchange.response);

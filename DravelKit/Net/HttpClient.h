@@ -10,6 +10,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -51,8 +52,12 @@ class HttpClient {
     HttpClient(HttpClient&&) noexcept;
     HttpClient& operator=(HttpClient&&) noexcept;
 
-    // Waits for the whole answer, whatever its status. Throws HttpError.
-    HttpResponse send(const HttpRequest&, const std::stop_token& = {});
+    // Takes pieces of a body as they come in. What it throws ends the exchange and is thrown by send.
+    using BodySink = std::function<void(std::string_view bytes)>;
+
+    // Waits for the whole answer, whatever its status. Throws HttpError. With a sink, the body of an answer of status
+    // 200 goes there, and the response's own stays empty.
+    HttpResponse send(const HttpRequest&, const std::stop_token& = {}, const BodySink& = {});
 
   private:
     struct Session;
