@@ -7,6 +7,7 @@
 #
 # Refused at configure time: a module that uses one of a higher layer, one of DravelKit that uses one of Tacla,
 # and a core module that links anything but ICU, nettle and the header-only JSON library.
+get_filename_component(TACLA_ROOT ${CMAKE_CURRENT_LIST_DIR} DIRECTORY) # whoever takes a room
 set(TACLA_LAYERS core net engine desktop)
 set(TACLA_CORE_LIBRARIES ICU::uc ICU::i18n ICU::data PkgConfig::NETTLE nlohmann_json::nlohmann_json Threads::Threads)
 
@@ -37,7 +38,7 @@ function(tacla_module)
     cmake_parse_arguments(MODULE "" "NAME;LAYER" "SOURCES;USES;LIBRARIES" ${ARGN})
     add_library(${MODULE_NAME} STATIC ${MODULE_SOURCES})
     set_target_properties(${MODULE_NAME} PROPERTIES TACLA_LAYER ${MODULE_LAYER})
-    target_include_directories(${MODULE_NAME} PUBLIC ${CMAKE_SOURCE_DIR})
+    target_include_directories(${MODULE_NAME} PUBLIC ${TACLA_ROOT})
     foreach(used IN LISTS MODULE_USES)
         tacla_check_arrow(${MODULE_NAME} ${MODULE_LAYER} ${used})
     endforeach()
