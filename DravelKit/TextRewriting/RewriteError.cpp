@@ -30,7 +30,6 @@ std::string describe(Kind kind, const std::string& detail, RewriteError::Wait wa
 
 }
 
-RewriteError::RewriteError(Kind k, const std::string& detail, Wait w)
-    : std::runtime_error(describe(k, detail, w)), kind(k), wait(w) {}
+RewriteError::RewriteError(Kind k, const std::string& d, Wait w) : runtime_error(describe(k, d, w)), kind(k), wait(w) {}
 
 }

@@ -6,7 +6,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace dravel {
@@ -21,8 +20,8 @@ const char* nameOf(Mode mode) {
 
 bool isSane(const ModeSettings& settings) {
     const auto& [model, effort] = settings;
-    const auto isPrinted = [](char c) { return c > ' ' && c < 0x7f; };
-    return !model.empty() && model.size() <= 100 && std::all_of(model.begin(), model.end(), isPrinted) &&
+    constexpr auto allowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.:/@";
+    return !model.empty() && model.size() <= 100 && model.find_first_not_of(allowed) == model.npos &&
            (effort.empty() || effort == "low" || effort == "medium" || effort == "high");
 }
 

@@ -90,6 +90,18 @@ TEST(HttpClient, SaysWhenNobodyListens) {
     EXPECT_EQ(outcome(client, get(base)), "Connexion impossible à 127.0.0.1");
 }
 
+TEST(HttpClient, PoursABodyIntoTheSinkWithinTheLimit) {
+    LoopbackServer server({LoopbackServer::answer(404, "non"), LoopbackServer::answer(200, "1234567890"),
+                           LoopbackServer::answer(200, "12345678901"), LoopbackServer::answer(200, "1")});
+    HttpClient client({.answer = 10});
+    std::string poured;
+    const auto sink = [&](std::string_view bytes) { poured += bytes; };
+    EXPECT_EQ(client.send(get(server.base()), {}, sink).body + poured, "non");
+    EXPECT_EQ(client.send(get(server.base()), {}, sink).body + poured, "1234567890");
+    EXPECT_THROW(client.send(get(server.base()), {}, sink), HttpError);
+    EXPECT_THROW(client.send(get(server.base()), {}, [](auto) { throw 1; }), int);
+}
+
 TEST(HttpClient, SendsEachRequestOnceEvenWhenTheKeptConnectionWasClosed) {
     for (const char* method : {"GET", "POST"}) {
         for (const Then then : {Then::close, Then::reset}) {
