@@ -89,6 +89,7 @@ struct TextRewriting : testing::Test {
     std::string told, reports; // the words as they came in; what the settings reported
     RewriteSettings settings{folder / "rewriting.json", folder.path(),
                              [this](const auto& report) { reports += report; }};
+    std::function<void()> heard = [] {};
     std::vector<LoopbackServer::Request> requests;
 
     TextRewriting() { keyring->items["essai"] = key; }
@@ -100,10 +101,11 @@ struct TextRewriting : testing::Test {
         std::string result;
         told.clear();
         try {
-            result =
-                TextRewriter(keys, settings, {.base = server.base()}).rewrite(text, mode, stop, [this](auto words) {
-                    told += words;
-                });
+            const TextRewriter rewriter(keys, settings, {.base = server.base()});
+            result = rewriter.rewrite(text, mode, stop, [this](auto words) {
+                told += words;
+                heard();
+            });
         } catch (const RewriteError& problem) {
             result = problem.description();
         }
@@ -180,8 +182,11 @@ TEST_F(TextRewriting, KnowsTheOrderOfTheEvents) {
     auto strange = answer;
     strange[3] = delta(R"({"type":"new_delta"})");
     EXPECT_EQ(outcome({stream(strange)}), "faisait ✅ beau.");
-    strange[3] = delta(R"({"type":"text_delta","text":1})");
-    EXPECT_EQ(outcome({stream(strange)}), unreadable);
+    for (const auto& bad :
+         {delta(R"({"type":"text_delta","text":1})"), event("content_block_delta", R"(,"index":1)")}) {
+        strange[3] = bad;
+        EXPECT_EQ(outcome({stream(strange)}), unreadable);
+    }
 }
 
 TEST_F(TextRewriting, SaysWhatTheServiceRefusesAndTriesOnceMoreWhenAsked) {
@@ -214,17 +219,18 @@ TEST_F(TextRewriting, SaysWhatTheServiceRefusesAndTriesOnceMoreWhenAsked) {
 TEST_F(TextRewriting, StopsAtOnceWhereverItIs) {
     std::stop_source stop;
     std::chrono::steady_clock::time_point asked;
-    const auto ask = [&] {
+    heard = [&] {
         asked = std::chrono::steady_clock::now();
         stop.request_stop();
     };
-    auto open = stream({answer[0], answer[1], answer[3]}, 4096, Then::hang);
+    const auto open = stream({answer[0], answer[1], answer[3], answer[4]}, 4096, Then::hang);
     for (auto script : {open, Answer{"", Then::hang}, LoopbackServer::answer(529, "", "Retry-After: 20\r\n")}) {
         std::jthread asker;
         stop = {};
-        script.before = [&] { asker = std::jthread(ask); };
+        if (script.bytes != open.bytes) script.before = [&] { asker = std::jthread(heard); };
         EXPECT_EQ(outcome({script}, "a", Mode::rewrite, stop.get_token()), "Réécriture interrompue");
         const auto time = (std::chrono::steady_clock::now() - asked) / std::chrono::milliseconds(1);
+        EXPECT_EQ(told, script.bytes == open.bytes ? "Il " : ""); // not one word more
         EXPECT_LT(time, 2000) << "aim: 200, on a machine that does nothing else";
     }
 }
