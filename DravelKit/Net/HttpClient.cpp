@@ -5,6 +5,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <exception>
 #include <string_view>
 
 namespace dravel {
@@ -68,9 +69,12 @@ std::string describe(HttpError::Kind kind, const std::string& host) {
 // The answer of one request while it comes in.
 struct Exchange {
     const HttpLimits& limits;
+    const HttpClient::BodySink& sink;
     HttpResponse response;
     std::optional<Kind> failure;
-    std::size_t headerBytes = 0;
+    std::exception_ptr thrown = nullptr; // by the sink
+    std::size_t headerBytes = 0, bodyBytes = 0;
+    bool streams = false;
     curl_off_t moved = 0; // bytes in both directions
     bool sent = false, headWhole = false;
 
@@ -84,15 +88,31 @@ struct Exchange {
         if (headerBytes > longestHeaders) return refuse(Kind::tooLarge);
         // libcurl takes a head that breaks off for a whole one. An interim answer has a head of its own, and lines
         // after the body (a trailer) belong to none.
-        if (line.starts_with("HTTP/")) headWhole = false;
+        if (line.starts_with("HTTP/")) {
+            headWhole = false;
+            streams = sink && line.substr(std::min(line.find(' '), line.size())).starts_with(" 200");
+        }
         if (line == "\r\n" || line == "\n") headWhole = true;
         return true;
     }
 
     bool takeBody(std::string_view bytes) {
-        if (bytes.size() > limits.answer - response.body.size()) return refuse(Kind::tooLarge);
+        if (bytes.size() > limits.answer - bodyBytes) return refuse(Kind::tooLarge);
+        bodyBytes += bytes.size();
+        if (streams) return pour(bytes);
         response.body += bytes;
         return true;
+    }
+
+    // No exception may pass through libcurl.
+    bool pour(std::string_view bytes) {
+        try {
+            sink(bytes);
+            return true;
+        } catch (...) {
+            thrown = std::current_exception();
+            return refuse(Kind::failed);
+        }
     }
 };
 
@@ -242,12 +262,12 @@ HttpClient::~HttpClient() = default;
 HttpClient::HttpClient(HttpClient&&) noexcept = default;
 HttpClient& HttpClient::operator=(HttpClient&&) noexcept = default;
 
-HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token& stop) {
+HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token& stop, const BodySink& sink) {
     const auto url = Url::parse(request.url);
     if (!url || !isOneLine(request.method)) throw HttpError(Kind::badRequest, url ? url->host : "?");
     HeaderList headers;
     fill(headers, request, url->host);
-    Exchange exchange{.limits = session_->limits, .response = {}, .failure = {}};
+    Exchange exchange{.limits = session_->limits, .sink = sink, .response = {}, .failure = {}};
     session_->prepare(request, *url, headers);
     session_->observe(exchange);
 
@@ -263,8 +283,12 @@ HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token&
     curl_off_t seconds = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
     curl_easy_getinfo(easy, CURLINFO_RETRY_AFTER, &seconds);
+    const char* contentType = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    if (contentType != nullptr) exchange.response.contentType = contentType; // libcurl's own dies with the request
     curl_multi_remove_handle(multi, easy);
     curl_easy_reset(easy); // nothing of this request, its headers least of all, stays behind
+    if (exchange.thrown) std::rethrow_exception(exchange.thrown);
     if (failure) throw HttpError(*failure, url->host);
     exchange.response.status = static_cast<int>(status);
     if (seconds > 0) exchange.response.retryAfter = std::chrono::seconds(seconds);

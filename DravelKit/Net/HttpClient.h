@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -49,6 +50,7 @@ struct HttpRequest {
 struct HttpResponse {
     int status = 0;
     std::optional<std::chrono::seconds> retryAfter; // how long the server asks to be left alone
+    std::string contentType; // "text/html; charset=utf-8"; empty when the server does not say
     std::string body;
 };
 
@@ -70,8 +72,12 @@ class HttpClient {
     HttpClient(HttpClient&&) noexcept;
     HttpClient& operator=(HttpClient&&) noexcept;
 
-    // Waits for the whole answer, whatever its status. Throws HttpError.
-    HttpResponse send(const HttpRequest&, const std::stop_token& = {});
+    // Takes pieces of a body as they come in. What it throws ends the exchange and is thrown by send.
+    using BodySink = std::function<void(std::string_view bytes)>;
+
+    // Waits for the whole answer, whatever its status. Throws HttpError. With a sink, the body of an answer of status
+    // 200 goes there, and the response's own stays empty.
+    HttpResponse send(const HttpRequest&, const std::stop_token& = {}, const BodySink& = {});
 
   private:
     struct Session;

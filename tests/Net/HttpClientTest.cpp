@@ -148,6 +148,19 @@ TEST(HttpClient, SaysInFrenchWhyThereIsNoAnswer) {
     }
 }
 
+TEST(HttpClient, PoursABodyIntoTheSinkWithinTheLimit) {
+    LoopbackServer server({LoopbackServer::answer(404, "non"), LoopbackServer::answer(200, "1234567890"),
+                           LoopbackServer::answer(200, "12345678901"), LoopbackServer::answer(200, "1")});
+    HttpClient client({.answer = 10});
+    const HttpRequest request{.url = server.base()};
+    std::string poured;
+    const auto sink = [&](std::string_view bytes) { poured += bytes; };
+    EXPECT_EQ(client.send(request, {}, sink).body + poured, "non");
+    EXPECT_EQ(client.send(request, {}, sink).body + poured, "1234567890");
+    EXPECT_THROW(client.send(request, {}, sink), HttpError);
+    EXPECT_THROW(client.send(request, {}, [](auto) { throw 1; }), int);
+}
+
 TEST(HttpClient, SaysWhenNobodyListens) {
     std::string base;
     { base = LoopbackServer({}).base(); }

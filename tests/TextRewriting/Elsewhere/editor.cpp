@@ -1,0 +1,3 @@
+#include "DravelKit/TextRewriting/TextRewriter.h"
+
+#include "Readme.cpp"
