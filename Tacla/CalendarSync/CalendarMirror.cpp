@@ -1,166 +1,103 @@
-#include "Tacla/AppModel/AppModel.h"
-#include "Tacla/AppModel/AppModelInside.h"
+#include "Tacla/CalendarSync/CalendarMirror.h"
+
+#include "DravelKit/Foundation/FileError.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 
 #include <exception>
+#include <utility>
 #include <variant>
 
 namespace tacla {
 
 namespace {
 
-using namespace std::chrono_literals;
-using Account = CalendarService::Account;
-using dravel::Nothing;
+using Kind = MirrorEvent::Kind;
 using dravel::Outcome;
 
-constexpr auto keyringSilent = "Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas";
-
-struct Failure {
-    std::string description;
-    bool notSignedIn = false;
-};
-
-template <class Result>
-std::optional<Failure> failureOf(const Outcome<Result>& outcome) {
+MirrorEvent outcomeOf(const Outcome<Connection>& outcome, Kind done, Kind failed) {
     const auto* thrown = std::get_if<std::exception_ptr>(&outcome);
-    if (thrown == nullptr) return {};
+    if (thrown == nullptr) return {.kind = done, .account = std::get<Connection>(outcome)};
     try {
         std::rethrow_exception(*thrown);
     } catch (const CalendarService::NotSignedIn& error) {
-        return Failure{error.what(), true};
+        return {.kind = failed, .message = error.what(), .account = Connection::signedOut};
     } catch (const std::exception& error) {
-        return Failure{error.what()};
+        return {.kind = failed, .message = error.what()};
     }
 }
 
 }
 
-void AppModel::Inside::scheduleSync(std::chrono::milliseconds delay) {
-    pendingSync = world.loop.after(delay, [this] { model.sync(); });
+CalendarMirror::CalendarMirror(dravel::MainLoop& loop, dravel::Background& background, Preferences& preferences,
+                               CalendarService* service, const Tasks& tasks, RenamedKeys& renamed,
+                               std::function<void()> changed)
+    : loop_(loop), background_(background), preferences_(preferences), service_(service), tasks_(tasks),
+      renamed_(renamed), changed_(std::move(changed)) {
+    state_.available = service != nullptr;
+    state_.on = preferences.calendarSync();
 }
 
-void AppModel::Inside::everyPeriod() {
-    if (state.fileError) model.reload(); // it may be over by now, and no sync runs before
-    if (state.connection == Connection::unknown) return askAccount();
-    scheduleSync(0s);
+bool CalendarMirror::handle(const MirrorEvent& event) {
+    auto plan = planMirror(state_, event);
+    bool different = plan.state != state_;
+    state_ = std::move(plan.state);
+    for (const auto& action : plan.actions) different |= perform(action);
+    return different;
 }
 
-void AppModel::accountStoreAppeared() {
-    if (inside_->state.connection == Connection::unknown) inside_->askAccount();
+void CalendarMirror::finish(MirrorEvent event) {
+    event.at = loop_.now();
+    if (handle(event)) changed_();
 }
 
-void AppModel::Inside::askAccount() {
-    if (world.calendar == nullptr || askingAccount) return;
-    askingAccount = true;
-    world.background.run<Account>(
-        [calendar = world.calendar](std::stop_token stop) { return calendar->account(std::move(stop)); },
-        life.guard([this](const Outcome<Account>& outcome) {
-            askingAccount = false;
-            const auto* account = std::get_if<Account>(&outcome);
-            if (state.connection != Connection::unknown) return; // a sign-in was faster
-            if (account != nullptr && *account == Account::unreachable) {
-                if (state.calendarSync) model.report(keyringSilent);
-                return;
-            }
-            if (state.syncError == keyringSilent) state.syncError.reset();
-            const bool signedIn = account != nullptr && *account == Account::signedIn;
-            state.connection = signedIn ? Connection::signedIn : Connection::signedOut;
-            model.changed();
-            scheduleSync(0s);
-        }));
-}
-
-void AppModel::sync() {
-    auto& in = *inside_;
-    auto& state = in.state;
-    if (state.calendarSync && state.connection == Connection::unknown) return in.askAccount();
-    if (in.world.calendar == nullptr || !state.calendarSync || state.connection != Connection::signedIn ||
-        state.syncing || state.fileError) {
-        return;
+bool CalendarMirror::perform(const MirrorAction& action) {
+    switch (action.kind) {
+    case MirrorAction::Kind::askAccount:
+        start([service = service_](std::stop_token stop) { return service->account(std::move(stop)); },
+              Kind::accountTold, Kind::accountFailed);
+        return false;
+    case MirrorAction::Kind::signIn:
+        start([service = service_](std::stop_token stop) { return service->signIn(stop), Connection::signedIn; },
+              Kind::signedIn, Kind::signInFailed);
+        return false;
+    case MirrorAction::Kind::signOut:
+        start([service = service_](std::stop_token stop) { return service->signOut(stop), Connection::signedOut; },
+              Kind::signedOut, Kind::signOutFailed);
+        return false;
+    case MirrorAction::Kind::run: run(); return false;
+    case MirrorAction::Kind::storeSwitch: return store(action.on);
+    case MirrorAction::Kind::syncAfter:
+        nextSync_ = loop_.after(action.delay, [this] { finish({.kind = Kind::syncDue}); });
+        return false;
     }
-    state.syncing = true;
-    changed();
-    const auto renamed = in.renamed.sinceSync();
-    in.world.background.run<Nothing>(
-        [calendar = in.world.calendar, tasks = state.tasks, renamed](std::stop_token stop) {
-            calendar->run(tasks, renamed, std::move(stop));
-            return Nothing{};
+    return false;
+}
+
+bool CalendarMirror::store(bool on) {
+    try {
+        preferences_.setCalendarSync(on);
+        return handle({.kind = Kind::switched, .on = on});
+    } catch (const dravel::FileError& error) {
+        return handle({.kind = Kind::switchFailed, .message = sentence(impossibleToWrite(error)), .on = on});
+    }
+}
+
+void CalendarMirror::run() {
+    sent_ = renamed_.sinceSync();
+    start(
+        [service = service_, tasks = tasks_, renamed = sent_](std::stop_token stop) {
+            service->run(tasks, renamed, std::move(stop));
+            return Connection::signedIn;
         },
-        in.life.guard([this, renamed](const Outcome<Nothing>& outcome) {
-            auto& after = inside_->state;
-            const auto failure = failureOf(outcome);
-            if (failure) {
-                if (failure->notSignedIn) after.connection = Connection::signedOut;
-                after.syncError = failure->description;
-            } else {
-                inside_->renamed.synced(renamed);
-                after.lastSync = inside_->now();
-                after.syncError.reset();
-            }
-            after.syncing = false;
-            changed();
-        }));
+        Kind::runEnded, Kind::runFailed);
 }
 
-void AppModel::signIn() {
-    auto& in = *inside_;
-    if (in.world.calendar == nullptr || in.state.connection == Connection::signingIn) return;
-    in.state.connection = Connection::signingIn;
-    changed();
-    in.world.background.run<Nothing>(
-        [calendar = in.world.calendar](std::stop_token stop) {
-            calendar->signIn(std::move(stop));
-            return Nothing{};
-        },
-        in.life.guard([this](const Outcome<Nothing>& outcome) {
-            auto& inside = *inside_;
-            if (const auto failure = failureOf(outcome)) {
-                inside.state.connection = Connection::signedOut;
-                inside.state.syncError = failure->description;
-            } else {
-                inside.state.connection = Connection::signedIn;
-                inside.state.syncError.reset();
-                inside.mirror(true);
-                inside.scheduleSync(0s);
-            }
-            changed();
-        }));
-}
-
-void AppModel::signOut() {
-    auto& in = *inside_;
-    if (in.world.calendar == nullptr) return;
-    in.world.background.run<Nothing>(
-        [calendar = in.world.calendar](std::stop_token stop) {
-            calendar->signOut(std::move(stop));
-            return Nothing{};
-        },
-        in.life.guard([this](const Outcome<Nothing>& outcome) {
-            auto& state = inside_->state;
-            const auto failure = failureOf(outcome);
-            // A token that could not be forgotten is still there: saying otherwise would be wrong.
-            if (failure)
-                state.syncError = failure->description;
-            else
-                state.connection = Connection::signedOut;
-            changed();
-        }));
-}
-
-void AppModel::Inside::mirror(bool on) {
-    const bool stored = store([&] { world.preferences.setCalendarSync(on); });
-    if (stored || !on) state.calendarSync = on; // off is obeyed even when it cannot be remembered
-}
-
-void AppModel::setCalendarSync(bool on) {
-    inside_->mirror(on);
-    changed();
-    inside_->scheduleSync(0s);
-}
-
-void AppModel::enableCalendarSync() {
-    inside_->state.syncError.reset();
-    setCalendarSync(true);
+void CalendarMirror::start(Job job, Kind done, Kind failed) {
+    background_.run<Connection>(std::move(job), life_.guard([this, done, failed](const Outcome<Connection>& outcome) {
+        auto event = outcomeOf(outcome, done, failed);
+        if (event.kind == Kind::runEnded) renamed_.synced(std::exchange(sent_, {}));
+        finish(std::move(event));
+    }));
 }
 
 }

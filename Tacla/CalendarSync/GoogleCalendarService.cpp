@@ -1,4 +1,4 @@
-#include "Tacla/AppModel/GoogleCalendarService.h"
+#include "Tacla/CalendarSync/GoogleCalendarService.h"
 
 #include "DravelKit/Foundation/FileError.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
@@ -7,28 +7,27 @@
 
 namespace tacla {
 
-GoogleCalendarService::GoogleCalendarService(World world)
-    : auth_(taclaGoogle(world.preferences), {.folders = std::move(world.folders),
-                                             .endpoints = world.endpoints,
-                                             .keyring = std::move(world.keyring),
-                                             .openBrowser = std::move(world.openBrowser)}),
-      sync_(auth_, world.preferences, world.endpoints.calendar) {}
+GoogleCalendarService::GoogleCalendarService(Ports ports)
+    : auth_(taclaGoogle(ports.preferences), {.folders = std::move(ports.folders),
+                                             .endpoints = ports.endpoints,
+                                             .keyring = std::move(ports.keyring),
+                                             .openBrowser = std::move(ports.openBrowser)}),
+      sync_(auth_, ports.preferences, ports.endpoints.calendar) {}
 
-CalendarService::Account GoogleCalendarService::account(std::stop_token stop) {
+Connection GoogleCalendarService::account(std::stop_token stop) {
     switch (auth_.isSignedIn(stop)) {
-    case dravel::GoogleAuth::Account::signedIn: return Account::signedIn;
-    case dravel::GoogleAuth::Account::signedOut: return Account::signedOut;
-    case dravel::GoogleAuth::Account::unreachable: return Account::unreachable;
+    case dravel::GoogleAuth::Account::signedIn: return Connection::signedIn;
+    case dravel::GoogleAuth::Account::signedOut: return Connection::signedOut;
+    case dravel::GoogleAuth::Account::unreachable: return Connection::unknown;
     }
-    return Account::unreachable;
+    return Connection::unknown;
 }
 
 void GoogleCalendarService::signIn(std::stop_token stop) { auth_.signIn(stop); }
 
 void GoogleCalendarService::signOut(std::stop_token stop) { auth_.signOut(stop); }
 
-void GoogleCalendarService::run(const Tasks& tasks, const std::map<std::string, std::string>& renamed,
-                                std::stop_token stop) {
+void GoogleCalendarService::run(const Tasks& tasks, const RenamedKeys::Map& renamed, std::stop_token stop) {
     try {
         sync_.run(tasks, renamed, std::move(stop));
     } catch (const dravel::AuthError& error) {

@@ -3,7 +3,7 @@
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/Foundation/FilePaths.h"
 #include "DravelKit/Foundation/Text.h"
-#include "Tacla/Preferences/TaskFileEdit.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

@@ -6,16 +6,16 @@
 #include "DravelKit/GoogleAuth/AuthError.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "DravelKit/Run/ThreadedBackground.h"
-#include "Tacla/AppModel/GoogleCalendarService.h"
+#include "Tacla/CalendarSync/GoogleCalendarService.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
 #include "Tacla/Linux/AutostartLoginItem.h"
 #include "Tacla/Linux/FreedesktopActions.h"
 #include "Tacla/Linux/QtMainLoop.h"
 #include "Tacla/Linux/Watchdog.h"
 #include "Tacla/MainWindow/HeadlessSnapshot.h"
-#include "Tacla/Preferences/TaskFileLocation.h"
 #include "Tacla/Shell/AppDelegate.h"
 #include "Tacla/Shell/CommandLineLink.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -105,7 +105,7 @@ void setUp(QApplication& application, dravel::Appearance appearance) {
     dravel::installLook(application, appearance);
 }
 
-GoogleCalendarService::World googleWorld(const Paths& paths, Preferences& preferences, dravel::MainLoop& loop) {
+GoogleCalendarService::Ports googlePorts(const Paths& paths, Preferences& preferences, dravel::MainLoop& loop) {
     return {.preferences = preferences,
             .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
             .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
@@ -130,7 +130,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     Bus system(Bus::Kind::system);
     DesktopNotifications notifications(paths.notificationIcon());
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
-    GoogleCalendarService calendar(googleWorld(paths, preferences, loop));
+    GoogleCalendarService calendar(googlePorts(paths, preferences, loop));
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
     AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
@@ -222,7 +222,7 @@ int runSnapshot(int& argc, char** argv) {
     try {
         saveSnapshot(model, actions, file, {.dark = dark});
     } catch (const dravel::FileError& error) {
-        return fail("impossible d'écrire " + error.path.string() + " : " + error.description());
+        return fail(impossibleToWrite(error));
     }
     return EXIT_SUCCESS;
 }

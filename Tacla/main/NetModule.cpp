@@ -1,9 +1,9 @@
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "Tacla/CalendarSync/CalendarSync.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/main/Environment.h"
 #include "Tacla/main/ProgressLine.h"
-#include "Tacla/main/TaskFileAccess.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -37,7 +37,7 @@ int sync(const Keys& renamed, bool silent, Terminal& terminal) {
                             [&](const std::string& message) { terminal.fail(message); });
     const char* const chosen = std::getenv("TACLA_FILE");
     const auto file = resolvedFile(chosen == nullptr ? "" : chosen, preferences, folders);
-    const auto tasks = readTasks(file);
+    const auto tasks = TaskDocument(file, folders).readIfPossible();
     if (!tasks) return terminal.fail(unreadable(file));
     const auto [created, updated, deleted] = mirror(*tasks, renamed, folders, preferences);
     if (!silent) {
@@ -53,7 +53,7 @@ int run(std::span<char*> arguments, Terminal& terminal) {
     try {
         return sync(renamed, arguments[1] == std::string_view("sync-renamed"), terminal);
     } catch (const dravel::FileError& error) {
-        return terminal.fail("impossible d'écrire " + error.path.string() + " : " + error.description());
+        return terminal.fail(impossibleToWrite(error));
     } catch (const std::exception& error) { // AuthError, SyncError, HttpError: what() is in French
         return terminal.fail(error.what());
     }

@@ -1,5 +1,4 @@
 #include "DravelKit/Foundation/Text.h"
-#include "Tacla/Reminders/ReminderContent.h"
 #include "Tacla/Reminders/ReminderPlan.h"
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/ModelWorld.h"
