@@ -156,6 +156,12 @@ void AppModel::undo() {
     wrote(undone.keys, reminders_ ? remindersGivenBack(undone.change) : Tasks());
 }
 
+void AppModel::setDone(const std::string& key) {
+    const auto latest = document_.renamed().latest(key);
+    const auto* task = find(latest);
+    apply(UserEdit::setDone(latest, task != nullptr ? task->title : "", true, today()));
+}
+
 void AppModel::reschedule(const std::string& key, Day to) {
     if (const auto* task = find(document_.renamed().latest(key))) reschedule(*task, to, task->time);
 }

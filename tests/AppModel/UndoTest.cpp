@@ -31,8 +31,7 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
         {[](World w) { w.model.edit(w.task("❗ Pain"), "Sel", ninth, early); },
          "- [ ] ❗ Sel · 2025-03-09 09:05\n" + lait + eggs, "Tâche modifiée : Sel"},
         {[](World w) { w.model.remove(w.task("❗ Pain")); }, lait + eggs, "Tâche supprimée : Pain"},
-        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04\n",
-         nullptr},
+        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04", nullptr},
     };
     for (const auto& [act, text, said] : table) {
         ModelWorld world("2025-03-04 08:00", list);
