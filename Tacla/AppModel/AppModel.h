@@ -1,30 +1,22 @@
 #pragma once
 
-#include "DravelKit/Foundation/Signal.h"
-#include "DravelKit/Foundation/UserFolders.h"
-#include "DravelKit/Run/Background.h"
 #include "DravelKit/Run/MainLoop.h"
-#include "Tacla/AppModel/CalendarService.h"
 #include "Tacla/AppModel/LoginItem.h"
 #include "Tacla/AppModel/ModelState.h"
-#include "Tacla/Preferences/Preferences.h"
-#include "Tacla/Reminders/NotificationServer.h"
-
-#include <memory>
-#include <optional>
-#include <string>
+#include "Tacla/CalendarSync/CalendarMirror.h"
+#include "Tacla/Reminders/Reminders.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 
 namespace tacla {
 
-struct ReminderRecord;
-
-// The one observable state of the running application, bound to one task file. Main thread only.
+// The one observable state of the running application: joins the document, the mirror and the reminders. Main thread
+// only.
 class AppModel {
   public:
-    // What the model needs from the world; everything outlives it. No notifications: there is no desktop session. A
+    // What the model needs from the system; everything outlives it. No notifications: there is no desktop session. A
     // passive model (off-screen rendering) reloads and parses, but neither reminds nor runs timers: it needs no
     // notifications, login item nor calendar.
-    struct World {
+    struct Ports {
         dravel::MainLoop& loop;
         dravel::Background& background;
         Preferences& preferences;
@@ -34,57 +26,89 @@ class AppModel {
         CalendarService* calendar = nullptr;
     };
 
-    AppModel(World, std::filesystem::path file, bool passive = false); // does not read the file
-    ~AppModel();
+    AppModel(Ports, std::filesystem::path file, bool passive = false); // does not read the file
 
-    const ModelState& state() const;
-    const ReminderRecord* reminders() const; // none without notifications
-    dravel::Signal<> changed;                // told once per change of the state
+    const ModelState& state() const { return state_; }
+    const ReminderRecord* reminders() const { return reminders_ ? &reminders_->record() : nullptr; }
+    dravel::Signal<> changed; // told once per change of the state
 
     void start();
     void reload();
     void checkFile();                        // the two-second poll
     void wokeUp();                           // after a suspend
-    void accountStoreAppeared();             // the keyring answers again: an account that is still unknown is asked for
     void report(const std::string& message); // shown in the general status line (syncError)
+    // The keyring answers again: an account that is still unknown is asked for.
+    void accountStoreAppeared() { tellOf(MirrorEvent::Kind::accountStoreAppeared); }
 
     // Edits of the file. A task that is no longer there changes nothing.
-    void toggle(const TaskItem&);
+    void toggle(const TaskItem& task) { apply(UserEdit::setDone(task.key, task.title, !task.done, today())); }
     void setDone(const std::string& key);
-    void reschedule(const TaskItem&, Day to, std::optional<Clock>);
+    void reschedule(const TaskItem& task, Day to, std::optional<Clock> time) {
+        apply(UserEdit::reschedule(task, to, time, today()));
+    }
     void reschedule(const std::string& key, Day to); // keeps its time
-    void edit(const TaskItem&, const std::string& title, std::optional<Day>, std::optional<Clock>);
-    void remove(const TaskItem&);
+    void edit(const TaskItem& task, const std::string& title, std::optional<Day> day, std::optional<Clock> time) {
+        apply(UserEdit::change(task, title, day, time, today()));
+    }
+    void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
     void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();
-    bool canUndo() const; // there is such an edit; whether the file still holds it is known when it is undone
+    bool canUndo() const { return document_.canUndo(); } // whether the file still holds it is known when it is undone
 
     void use(const std::filesystem::path&);          // choose another file
     void createAndUse(const std::filesystem::path&); // with the new-file text, unless it exists
 
-    void signIn();
-    void signOut();
+    void signIn() { tellOf(MirrorEvent::Kind::signInAsked); }
+    void signOut() { tellOf(MirrorEvent::Kind::signOutAsked); }
     void setCalendarSync(bool);
     void enableCalendarSync(); // after a sign-in: also forgets the last error
-    void sync();
+    void sync() { tellOf(MirrorEvent::Kind::syncDue); }
 
-    void refreshPermissions();
+    void refreshPermissions() { permission_.refresh(); }
     // Asks the server again; `openSettings` is called when notifications are still not allowed.
-    void requestNotifications(std::function<void()> openSettings);
-    void testNotification();
+    void requestNotifications(std::function<void()> openSettings) { permission_.request(std::move(openSettings)); }
+    void testNotification() { permission_.test(); }
 
     void applyLaunchAtLogin();
     void setLaunchAtLogin(bool);
 
-    void beginOnboarding();
+    void beginOnboarding() { set(state_.onboarding, true); }
     void finishOnboarding(); // stores onboardingDone
-    void requestSection(std::optional<std::string>);
+    void requestSection(std::optional<std::string> section) { set(state_.requestedSection, std::move(section)); }
 
   private:
-    struct Inside;
-    std::unique_ptr<Inside> inside_;
+    Instant now() const { return ports_.loop.now(); }
+    Day today() const { return Day::of(now()); }
+    const TaskItem* find(const std::string& key) const;
+
+    void tell(); // publishes what the parts say
+    template <class Value>
+    void set(Value& field, Value value) {
+        field = std::move(value);
+        tell();
+    }
+    void tellOf(MirrorEvent::Kind);
+    void refresh(); // reload, without telling
+    // False, and the file's status says why, when the deed fails.
+    bool attempt(std::string_view deed, const std::filesystem::path&, const std::function<void()>& act);
+    bool create(const std::filesystem::path& file) {
+        return attempt("de créer", file, [&] { TaskDocument::createIfMissing(file); });
+    }
+    void store(const std::function<void()>& preference); // a failure becomes status text
+    void apply(const UserEdit&);
+    void wrote(const TaskDocument::Keys& renamed, const Tasks& silenced);
+    void show(std::optional<UndoBar>);
+
+    Ports ports_;
+    ModelState state_;
+    TaskDocument document_;
+    CalendarMirror mirror_;
+    NotificationPermission permission_;
+    std::optional<Reminders> reminders_;
+    dravel::Timer undoBarEnd_;
+    std::optional<dravel::RepeatingTimer> poll_, periodic_;
 };
 
 }

@@ -1,5 +1,10 @@
 #pragma once
 
+#include "DravelKit/Foundation/FileError.h"
+
+#include <optional>
+#include <string>
+
 namespace tacla {
 
 // Opening at login. A port: an XDG autostart entry in the product.
@@ -9,6 +14,14 @@ class LoginItem {
     virtual bool isEnabled() const = 0;
     virtual void enable() = 0;  // throws dravel::FileError
     virtual void disable() = 0; // throws dravel::FileError
+
+    // The message of what failed.
+    std::optional<std::string> choose(bool on) try {
+        on ? enable() : disable();
+        return {};
+    } catch (const dravel::FileError& error) {
+        return "Ouverture au démarrage : " + error.description();
+    }
 };
 
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tacla/CalendarSync/MirrorPlan.h"
 #include "Tacla/TaskList/TaskViews.h"
 
 #include <filesystem>
@@ -7,9 +8,6 @@
 #include <string>
 
 namespace tacla {
-
-// State of the Google account.
-enum class Connection { unknown, signedOut, signingIn, signedIn };
 
 // The bar at the foot of the window after a change of the file.
 struct UndoBar {

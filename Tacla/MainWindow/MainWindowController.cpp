@@ -7,8 +7,8 @@
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/Preferences/Preferences.h"
 
-#include <QBuffer>
 #include <QApplication>
+#include <QBuffer>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QEventLoop>

@@ -1,5 +1,8 @@
 #include "Tacla/Reminders/ReminderPlan.h"
 
+#include "Tacla/TaskList/Labels.h"
+#include "Tacla/TaskList/TaskFile.h"
+
 #include <algorithm>
 #include <string_view>
 #include <unordered_set>
@@ -20,6 +23,8 @@ std::string_view whenOf(std::string_view identifier) {
     return at == std::string_view::npos ? std::string_view() : identifier.substr(at + 1);
 }
 
+bool remindsOf(const TaskItem& task) { return !task.done && task.day; }
+
 class Planner {
   public:
     Planner(const ReminderRecord& record, const std::vector<std::string>& notified, Instant now)
@@ -31,7 +36,7 @@ class Planner {
     }
 
     void take(const TaskItem& task) {
-        if (task.done || !task.day || !matters(task)) return;
+        if (!remindsOf(task) || !matters(task)) return;
         const auto moment = *task.at();
         const bool due = moment <= now_;
         if (!due && wanted_ == pendingLimit) return;
@@ -79,11 +84,29 @@ class Planner {
 
 std::string reminderIdentifier(const TaskItem& task) { return task.key + "@" + task.when(); }
 
+NotificationContent reminderContent(const TaskItem& task) {
+    std::string body = task.time ? "Prévue à " + task.time->description() : "Prévue aujourd'hui";
+    if (task.strong()) body += " · prioritaire";
+    if (task.due) body += " · due le " + dayAndMonth(*task.due);
+    return {.title = TaskFile::dropStrongMark(task.title), .body = std::move(body), .key = task.key};
+}
+
 ReminderPlan planReminders(const Tasks& tasks, const ReminderRecord& record, const std::vector<std::string>& notified,
                            Instant now) {
     Planner planner(record, notified, now);
     for (const auto& task : tasks) planner.take(task);
     return planner.finish();
+}
+
+Tasks remindersGivenBack(const dravel::SafeFile::Change& change) {
+    std::set<std::string> kept;
+    for (const auto& task : TaskFile::parse(change.after)) {
+        if (remindsOf(task)) kept.insert(reminderIdentifier(task));
+    }
+    auto tasks = TaskFile::parse(change.before);
+    std::erase_if(tasks,
+                  [&](const TaskItem& task) { return !remindsOf(task) || kept.contains(reminderIdentifier(task)); });
+    return tasks;
 }
 
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Tacla/Reminders/NotificationContent.h"
+#include "DravelKit/Foundation/SafeFile.h"
+#include "Tacla/Reminders/NotificationServer.h"
 #include "Tacla/TaskList/TaskViews.h"
 
 #include <map>
@@ -15,6 +16,9 @@ inline constexpr std::size_t pendingLimit = 60;
 
 // "3f2a9c0d11e4b7a2@2025-03-04 14:30": another day or time is another reminder.
 std::string reminderIdentifier(const TaskItem&);
+
+// What a task's reminder says: "Prévue à 14:30 · prioritaire · due le 04/03".
+NotificationContent reminderContent(const TaskItem&);
 
 struct Reminder {
     std::string identifier;
@@ -40,5 +44,8 @@ struct ReminderPlan {
 // An identifier of the notified list, or shown, is never planned again. A request that fell due and is not shown yet
 // stays for as long as its task is open.
 ReminderPlan planReminders(const Tasks&, const ReminderRecord&, const std::vector<std::string>& notified, Instant now);
+
+// The open tasks whose reminder the change had ended, or moved: they ring again once it is undone.
+Tasks remindersGivenBack(const dravel::SafeFile::Change&);
 
 }

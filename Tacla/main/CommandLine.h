@@ -3,7 +3,7 @@
 #include "DravelKit/Foundation/Instant.h"
 #include "DravelKit/Foundation/UserFolders.h"
 #include "Tacla/Preferences/Preferences.h"
-#include "Tacla/Preferences/TaskFileLocation.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/main/Programs.h"
 
 #include <functional>

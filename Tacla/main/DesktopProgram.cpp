@@ -3,16 +3,15 @@
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "DravelKit/Run/Background.h"
-#include "Tacla/AppModel/GoogleCalendarService.h"
+#include "Tacla/CalendarSync/GoogleCalendarService.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
 #include "Tacla/Linux/FreedesktopActions.h"
 #include "Tacla/Linux/ProgramEntries.h"
 #include "Tacla/Linux/QtMainLoop.h"
 #include "Tacla/MainWindow/MainWindowController.h"
-#include "Tacla/Preferences/TaskFileEdit.h"
-#include "Tacla/Preferences/TaskFileLocation.h"
 #include "Tacla/Shell/AppDelegate.h"
 #include "Tacla/StatusMenu/StatusMenu.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/main/Programs.h"
 
 #include <QApplication>
@@ -243,7 +242,7 @@ int runSnapshot(int& argc, char** argv) {
     try {
         MainWindowController::headlessSnapshot(model, actions, [&loop] { return loop.now(); }, file, {.dark = dark});
     } catch (const dravel::FileError& error) {
-        return fail("impossible d'écrire " + error.path.string() + " : " + error.description());
+        return fail(impossibleToWrite(error));
     }
     return EXIT_SUCCESS;
 }

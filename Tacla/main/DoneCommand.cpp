@@ -1,6 +1,5 @@
-#include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/main/Commands.h"
-#include "Tacla/main/TaskFileAccess.h"
 #include "Tacla/main/TaskSearch.h"
 
 #include <algorithm>
@@ -22,18 +21,17 @@ std::string joined(Arguments words) {
 
 int checkTask(Arguments words, Terminal& terminal, const Environment& environment) {
     const TaskSearch search(joined(words));
-    const auto file = environment.taskFile();
-    const auto tasks = readTasks(file);
-    if (!tasks) return terminal.fail(unreadable(file));
+    TaskDocument document(environment.taskFile(), environment.folders);
+    const auto tasks = document.readIfPossible();
+    if (!tasks) return terminal.fail(unreadable(document.file()));
     const auto task =
         std::ranges::find_if(*tasks, [&](const TaskItem& one) { return !one.done && search.matches(one); });
     if (task == tasks->end()) return terminal.fail("aucune tâche ouverte ne contient « " + search.text() + " »");
 
-    const auto edit = [&, today = Day::of(environment.now)](std::string_view text) {
-        return TaskFile::setDone(text, task->key, true, today);
-    };
-    const auto refused = "impossible d'écrire " + file.string();
-    if (const auto failure = failureOfEdit(file, edit, environment, refused)) return terminal.fail(*failure);
+    const auto edit = UserEdit::setDone(task->key, task->title, true, Day::of(environment.now));
+    const auto refused = impossible("d'écrire", document.file());
+    if (const auto failure = document.failureOfEdit(edit.apply, environment.now, refused))
+        return terminal.fail(*failure);
     terminal.print("✅ " + task->title);
     return EXIT_SUCCESS;
 }

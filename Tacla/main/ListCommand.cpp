@@ -1,7 +1,6 @@
-#include "DravelKit/Foundation/SafeFile.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/TaskList/TaskLines.h"
 #include "Tacla/main/Commands.h"
-#include "Tacla/main/TaskFileAccess.h"
 
 namespace tacla {
 
@@ -16,7 +15,7 @@ void show(const TaskLine& task, bool late, std::string& shown) {
 }
 
 int listTasks(Arguments, Terminal& terminal, const Environment& environment) {
-    const auto file = environment.taskFile();
+    const TaskDocument document(environment.taskFile(), environment.folders);
     const auto today = Day::of(environment.now);
     const auto clock = Clock::of(environment.now);
     std::string shown;
@@ -25,9 +24,9 @@ int listTasks(Arguments, Terminal& terminal, const Environment& environment) {
         show(task, *task.day < today || (task.time && *task.time < clock), shown);
     };
     try {
-        dravel::SafeFile::readByLines(file, [&](std::string_view lines) { forEachTask(lines, showTask); });
+        document.readByLines([&](std::string_view lines) { forEachTask(lines, showTask); });
     } catch (const dravel::FileError&) {
-        return terminal.fail(unreadable(file));
+        return terminal.fail(unreadable(document.file()));
     }
     terminal.output += shown;
     return EXIT_SUCCESS;

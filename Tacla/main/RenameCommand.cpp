@@ -1,7 +1,7 @@
 #include "Tacla/Preferences/NotifiedTasks.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/TaskList/TaskFile.h"
 #include "Tacla/main/Commands.h"
-#include "Tacla/main/TaskFileAccess.h"
 #include "Tacla/main/TaskSearch.h"
 
 #include <nlohmann/json.hpp>
@@ -39,7 +39,7 @@ int follow(const Keys& keys, Terminal& terminal, const Environment& environment)
     try {
         rekeyReminders(NotifiedTasks::rekeyed, keys, environment);
     } catch (const dravel::FileError& error) {
-        status = terminal.fail("impossible d'écrire " + error.path.string() + " : " + error.description());
+        status = terminal.fail(impossibleToWrite(error));
     }
     if (!environment.preferences.calendarSync()) return status;
     return std::max(status, syncRenamed(keys, environment));
@@ -49,16 +49,16 @@ int follow(const Keys& keys, Terminal& terminal, const Environment& environment)
 
 int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& environment) {
     const TaskSearch search(textAndTitle[0]);
-    const auto file = environment.taskFile();
-    const auto tasks = readTasks(file);
-    if (!tasks) return terminal.fail(unreadable(file));
+    TaskDocument document(environment.taskFile(), environment.folders);
+    const auto tasks = document.readIfPossible();
+    if (!tasks) return terminal.fail(unreadable(document.file()));
     const auto matches = [&](const TaskItem& one) { return search.matches(one); };
     const auto task = std::ranges::find_if(*tasks, matches);
     if (task == tasks->end()) return terminal.fail("aucune tâche ne contient « " + search.text() + " »");
     if (std::any_of(task + 1, tasks->end(), matches))
         return terminal.fail("plusieurs tâches contiennent « " + search.text() + " »");
 
-    const auto refused = "impossible de renommer dans " + file.string();
+    const auto refused = impossible("de renommer dans", document.file());
     const auto title = writableTitle(textAndTitle[1]);
     if (!title) return terminal.fail(refused);
     Keys keys;
@@ -69,7 +69,7 @@ int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& en
         prepareReminders(keys, environment);
         return std::move(renamed->text);
     };
-    if (const auto failure = failureOfEdit(file, edit, environment, refused)) return terminal.fail(*failure);
+    if (const auto failure = document.failureOfEdit(edit, environment.now, refused)) return terminal.fail(*failure);
     terminal.print("✏️ " + task->title + " → " + *title);
     return follow(keys, terminal, environment);
 }

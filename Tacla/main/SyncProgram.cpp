@@ -2,9 +2,8 @@
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "Tacla/CalendarSync/CalendarSync.h"
 #include "Tacla/CalendarSync/TaclaGoogle.h"
-#include "Tacla/Preferences/TaskFileLocation.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/main/Programs.h"
-#include "Tacla/main/TaskFileAccess.h"
 
 #include <nlohmann/json.hpp>
 #include <unistd.h>
@@ -57,7 +56,7 @@ CalendarSync::Result sync(const Keys& renamed, Terminal& terminal) {
                             [&](const std::string& message) { terminal.fail(message); });
     const char* const chosen = std::getenv("TACLA_FILE");
     const auto file = resolvedFile(chosen == nullptr ? "" : chosen, preferences, folders);
-    const auto tasks = readTasks(file);
+    const auto tasks = TaskDocument(file, folders).readIfPossible();
     if (!tasks) throw std::runtime_error(unreadable(file));
     return mirror(*tasks, renamed, folders, preferences);
 }
@@ -73,7 +72,7 @@ int run(bool afterRename, Terminal& terminal) {
     } catch (const nlohmann::json::exception&) {
         return terminal.fail("clés renommées illisibles");
     } catch (const dravel::FileError& error) {
-        return terminal.fail("impossible d'écrire " + error.path.string() + " : " + error.description());
+        return terminal.fail(impossibleToWrite(error));
     } catch (const std::exception& error) { // AuthError, SyncError, HttpError: what() is in French
         return terminal.fail(error.what());
     }

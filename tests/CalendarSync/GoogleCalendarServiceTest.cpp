@@ -1,4 +1,4 @@
-#include "Tacla/AppModel/GoogleCalendarService.h"
+#include "Tacla/CalendarSync/GoogleCalendarService.h"
 
 #include "tests/CalendarSync/MirrorFixture.h"
 
@@ -9,8 +9,6 @@
 
 namespace tacla::testing {
 namespace {
-
-using Account = CalendarService::Account;
 
 // A user who agrees, or not, in a browser that follows redirects.
 struct SigningIn : ::testing::Test {
@@ -55,11 +53,11 @@ struct SigningIn : ::testing::Test {
 
 TEST_F(SigningIn, GivesAnAccountThatMirrorsUntilItIsGone) {
     mirror.keyring->items.clear();
-    EXPECT_EQ(service.account({}), Account::signedOut);
+    EXPECT_EQ(service.account({}), Connection::signedOut);
     EXPECT_EQ(signIn("refuse"), "Connexion Google échouée : accès refusé.");
-    EXPECT_EQ(service.account({}), Account::signedOut);
+    EXPECT_EQ(service.account({}), Connection::signedOut);
     EXPECT_EQ(signIn("allow"), "signed in");
-    EXPECT_EQ(service.account({}), Account::signedIn);
+    EXPECT_EQ(service.account({}), Connection::signedIn);
     EXPECT_NE(opened.find("calendar.app.created"), opened.npos);
 
     const auto tasks = TaskFile::parse("- [ ] Pain · 2025-03-04\n");
@@ -67,7 +65,7 @@ TEST_F(SigningIn, GivesAnAccountThatMirrorsUntilItIsGone) {
     EXPECT_EQ(mirror.google.state("calendars").begin()->at("events").size(), 1U);
     mirror.google.control({{"revoke", true}, {"forget_tokens", true}});
     EXPECT_THROW(service.run(tasks, {}, {}), CalendarService::NotSignedIn);
-    EXPECT_EQ(service.account({}), Account::signedOut);
+    EXPECT_EQ(service.account({}), Connection::signedOut);
 
     EXPECT_EQ(signIn("allow"), "signed in");
     service.signOut({});

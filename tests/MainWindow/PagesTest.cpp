@@ -104,7 +104,7 @@ TEST(SettingsPage, AsksTheDesktopAndFollowsItsAnswers) {
 
 TEST(SettingsPage, FollowsTheAccount) {
     TestWindow window("");
-    window.world.calendar.present = CalendarService::Account::signedOut;
+    window.world.calendar.present = Connection::signedOut;
     auto& page = window.page(Section::settings);
     EXPECT_NE(texts(page).find("Connecté à votre compte Google."), std::string::npos);
     EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());

@@ -19,12 +19,12 @@ Instant moment(std::string_view text); // "2025-03-04 14:30" on the wall
 // An account and a calendar that answer as the test says.
 class RecordedCalendar final : public CalendarService {
   public:
-    Account present = Account::signedIn;
+    Connection present = Connection::signedIn;
     std::optional<std::string> failure;                   // of the next calls
     bool signedOutMeanwhile = false;                      // run finds no account
     std::vector<std::map<std::string, std::string>> runs; // the renamed keys that each sync was given
 
-    Account account(std::stop_token) override { return present; }
+    Connection account(std::stop_token) override { return present; }
     void signIn(std::stop_token) override { failIfTold(); }
     void signOut(std::stop_token) override { failIfTold(); }
     void run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override {

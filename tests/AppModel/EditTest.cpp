@@ -6,39 +6,6 @@ namespace tacla::testing {
 
 using namespace std::chrono_literals;
 
-TEST(AppModel, WritesEachActionAndTellsItsObserversOnce) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-03 14:00\n- [x] B · ✅ 2025-03-01\n");
-    world.start();
-    const auto key = world.task("A").key;
-    auto& model = world.model;
-    const std::tuple<const char*, std::function<void()>, const char*> steps[] = {
-        {"uncheck", [&] { model.toggle(world.task("B")); }, "- [ ] A · 2025-03-03 14:00\n- [ ] B\n"},
-        {"later today",
-         [&] {
-             model.reschedule(world.task("B"), {2025, 3, 4}, Clock{18, 0});
-         },
-         "- [ ] A · 2025-03-03 14:00\n- [ ] B · 2025-03-04 18:00\n"},
-        {"« Demain » keeps the time",
-         [&] {
-             model.reschedule(key, {2025, 3, 5});
-         },
-         "- [ ] A · 2025-03-05 14:00 · due 2025-03-03\n- [ ] B · 2025-03-04 18:00\n"},
-        {"remove", [&] { model.remove(world.task("B")); }, "- [ ] A · 2025-03-05 14:00 · due 2025-03-03\n"},
-        {"« Fait »", [&] { model.setDone(key); }, "- [x] A · 2025-03-05 14:00 · due 2025-03-03 · ✅ 2025-03-04\n"},
-    };
-    for (const auto& [what, act, text] : steps) {
-        world.told = 0;
-        act();
-        EXPECT_EQ(world.text(), text) << what;
-        EXPECT_EQ(world.told, 1) << what;
-    }
-    world.told = 0;
-    model.setDone("0123456789abcdef");
-    model.reschedule("0123456789abcdef", {2025, 3, 5});
-    model.setDone(key);
-    EXPECT_EQ(world.told, 0);
-}
-
 TEST(AppModel, EditsTitleAndMomentByTheirRules) {
     const std::tuple<const char*, std::optional<Day>, std::optional<Clock>, const char*> table[] = {
         {"Lait", Day{2025, 3, 9}, Clock{9, 5}, "- [ ] ❗ Lait · 2025-03-09 09:05\n"},

@@ -5,7 +5,6 @@
 namespace tacla::testing {
 
 using namespace std::chrono_literals;
-using Account = CalendarService::Account;
 using Renamed = std::map<std::string, std::string>;
 
 namespace {
@@ -61,20 +60,6 @@ TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
     EXPECT_EQ(world.state().syncError, std::nullopt);
 }
 
-TEST(AppModel, AsksForTheAccountAgainWhenTheKeyringDidNotAnswer) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
-    world.calendar.present = Account::unreachable;
-    world.start();
-    world.model.setCalendarSync(true);
-    world.loop.advance(15min);
-    EXPECT_EQ(world.state().connection, Connection::unknown);
-    EXPECT_EQ(world.state().syncError, "Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas");
-    world.calendar.present = Account::signedOut;
-    world.loop.advance(5min);
-    EXPECT_EQ(world.state().connection, Connection::signedOut);
-    EXPECT_EQ(world.state().syncError, std::nullopt);
-}
-
 TEST(AppModel, SyncsAgainOnceTheFileCanBeWrittenAgain) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
     world.start();
@@ -94,18 +79,21 @@ TEST(AppModel, SyncsAgainOnceTheFileCanBeWrittenAgain) {
 
 TEST(AppModel, FollowsTheAccount) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
-    world.calendar.present = Account::unreachable;
+    world.calendar.present = Connection::unknown;
     world.start();
     auto& model = world.model;
     auto& calendar = world.calendar;
+    model.setCalendarSync(true);
     const auto becomes = [&world](Connection connection, const std::optional<std::string>& error) {
         world.loop.advance(1s);
         EXPECT_EQ(world.state().connection, connection);
         EXPECT_EQ(world.state().syncError, error);
     };
-    calendar.present = Account::signedOut;
-    model.accountStoreAppeared();
+    becomes(Connection::unknown, "Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas");
+    calendar.present = Connection::signedOut;
+    world.loop.advance(10min);
     becomes(Connection::signedOut, {});
+    model.setCalendarSync(false);
     calendar.failure = "refusé";
     model.signIn();
     EXPECT_EQ(world.state().connection, Connection::signingIn);

@@ -1,4 +1,4 @@
-#include "Tacla/Preferences/TaskFileLocation.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@ using namespace tacla;
 using namespace tacla::testing;
 using std::filesystem::path;
 
-TEST(TaskFileLocation, takesTheFirstThatIsSet) {
+TEST(TaskFileLocation, TakesTheFirstThatIsSet) {
     const TemporaryFolder home;
     dravel::UserFolders folders;
     folders.home = home.path();
@@ -33,7 +33,7 @@ TEST(TaskFileLocation, takesTheFirstThatIsSet) {
     EXPECT_EQ(resolved("~/list.md"), std::filesystem::current_path() / "~/list.md");
 }
 
-TEST(UserFolders, followTheBaseDirectoryRules) {
+TEST(UserFolders, FollowTheBaseDirectoryRules) {
     const TemporaryFolder home;
     const path config = std::getenv("XDG_CONFIG_HOME"), runtime = std::getenv("XDG_RUNTIME_DIR");
     ::setenv("HOME", home.path().c_str(), 1);

@@ -1,4 +1,4 @@
-#include "Tacla/AppModel/RenamedKeys.h"
+#include "Tacla/TaskDocument/RenamedKeys.h"
 
 #include <set>
 

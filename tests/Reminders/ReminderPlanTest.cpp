@@ -1,6 +1,5 @@
-#include "DravelKit/Foundation/Text.h"
-#include "Tacla/Reminders/ReminderContent.h"
 #include "Tacla/Reminders/ReminderPlan.h"
+#include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/ModelWorld.h"
 

@@ -1,4 +1,3 @@
-#include "Tacla/Reminders/TestNotification.h"
 #include "tests/support/ModelWorld.h"
 
 #include <gtest/gtest.h>
@@ -79,8 +78,9 @@ TEST(TestNotification, SaysWhatBecameOfIt) {
     EXPECT_EQ(sent(true, false), "Envoyée à 14:05 · affichage sans boutons");
     EXPECT_EQ(sent(false, false), "Refusées par le bureau : à autoriser dans ses réglages de notifications");
     EXPECT_EQ(sent(true, true, "trop de notifications"), "Échec : trop de notifications");
-    sendTestNotification(nullptr, {},
-                         [](const std::string& line) { EXPECT_EQ(line, "Indisponible hors d'une session de bureau"); });
+    NotificationPermission nowhere(world.loop, nullptr, [] {});
+    nowhere.test();
+    EXPECT_EQ(nowhere.testResult, "Indisponible hors d'une session de bureau");
 }
 
 }

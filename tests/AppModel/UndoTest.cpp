@@ -8,46 +8,50 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr Day tomorrow{2025, 3, 5}, ninth{2025, 3, 9};
+constexpr Clock early{9, 5};
 constexpr auto list =
     "# Liste\r\n- [ ] ❗ Pain · 2025-03-05\n  - [ ] Lait · 2025-03-04 07:00 · due 2025-03-01\n- [x] Œufs";
 
 }
 
-TEST(Undo, GivesBackEveryByteAndTheBarOffersItForTenSeconds) {
-    const std::tuple<const char*, std::function<void(ModelWorld&)>, std::optional<UndoBar>> table[] = {
-        {"check", [](ModelWorld& w) { w.model.toggle(w.task("Lait")); }, UndoBar{"Tâche cochée : Lait", true}},
-        {"uncheck", [](ModelWorld& w) { w.model.toggle(w.task("Œufs")); }, UndoBar{"Tâche décochée : Œufs", true}},
-        {"« Fait »", [](ModelWorld& w) { w.model.setDone(w.task("❗ Pain").key); },
-         UndoBar{"Tâche cochée : Pain", true}},
-        {"« Demain »",
-         [](ModelWorld& w) {
-             w.model.reschedule(w.task("Lait").key, {2025, 3, 5});
-         },
-         UndoBar{"Tâche reportée : Lait", true}},
-        {"edit",
-         [](ModelWorld& w) {
-             w.model.edit(w.task("❗ Pain"), "Lait", Day{2025, 3, 9}, Clock{9, 5});
-         },
-         UndoBar{"Tâche modifiée : Lait", true}},
-        {"delete", [](ModelWorld& w) { w.model.remove(w.task("❗ Pain")); }, UndoBar{"Tâche supprimée : Pain", true}},
-        {"add", [](ModelWorld& w) { w.model.add("Sel", {}, {}, false); }, {}},
+TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
+    using World = ModelWorld&;
+    const auto pain = std::string("- [ ] ❗ Pain · 2025-03-05\n");
+    const auto lait = std::string("  - [ ] Lait · 2025-03-04 07:00 · due 2025-03-01\n");
+    const auto eggs = std::string("- [x] Œufs");
+    const std::tuple<std::function<void(World)>, std::string, const char*> table[] = {
+        {[](World w) { w.model.toggle(w.task("Lait")); },
+         pain + "  - [x] Lait · 2025-03-04 07:00 · due 2025-03-01 · ✅ 2025-03-04\n" + eggs, "Tâche cochée : Lait"},
+        {[](World w) { w.model.toggle(w.task("Œufs")); }, pain + lait + "- [ ] Œufs", "Tâche décochée : Œufs"},
+        {[](World w) { w.model.setDone(w.task("❗ Pain").key); },
+         "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs, "Tâche cochée : Pain"},
+        {[](World w) { w.model.reschedule(w.task("Lait").key, tomorrow); },
+         pain + "  - [ ] Lait · 2025-03-05 07:00 · due 2025-03-01\n" + eggs, "Tâche reportée : Lait"},
+        {[](World w) { w.model.edit(w.task("❗ Pain"), "Sel", ninth, early); },
+         "- [ ] ❗ Sel · 2025-03-09 09:05\n" + lait + eggs, "Tâche modifiée : Sel"},
+        {[](World w) { w.model.remove(w.task("❗ Pain")); }, lait + eggs, "Tâche supprimée : Pain"},
+        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04", nullptr},
     };
-    for (const auto& [what, act, bar] : table) {
+    for (const auto& [act, text, said] : table) {
         ModelWorld world("2025-03-04 08:00", list);
         world.start();
+        world.model.setDone("0123456789abcdef");
+        world.model.reschedule("0123456789abcdef", tomorrow);
+        EXPECT_EQ(world.told, 0) << text;
         act(world);
-        EXPECT_NE(world.text(), list) << what;
-        EXPECT_EQ(world.state().undoBar, bar) << what;
+        EXPECT_EQ(world.text(), "# Liste\r\n" + text) << text;
+        EXPECT_EQ(world.told, 1) << text;
+        const auto bar = said == nullptr ? std::nullopt : std::optional(UndoBar{said, true});
         world.loop.advance(9999ms);
-        EXPECT_EQ(world.state().undoBar, bar) << what;
+        EXPECT_EQ(world.state().undoBar, bar) << text;
         world.loop.advance(1ms);
-        EXPECT_EQ(world.state().undoBar, std::nullopt) << what;
+        EXPECT_EQ(world.state().undoBar, std::nullopt) << text;
         world.told = 0;
         world.model.undo();
-        EXPECT_EQ(world.text(), list) << what;
-        EXPECT_EQ(world.told, 1) << what;
+        EXPECT_EQ(world.text(), list) << text;
         world.model.undo(); // there is nothing more to take back
-        EXPECT_EQ(world.told, 1) << what;
+        EXPECT_EQ(world.told, 1) << text;
     }
 }
 
@@ -106,9 +110,7 @@ TEST(Undo, RingsForNothingThatIsPastByThen) {
     const std::function<void(ModelWorld&)> changes[] = {
         [](ModelWorld& w) { w.model.toggle(w.task("A")); },
         [](ModelWorld& w) { w.model.remove(w.task("A")); },
-        [](ModelWorld& w) {
-            w.model.reschedule(w.task("A"), {2025, 3, 5}, {});
-        },
+        [](ModelWorld& w) { w.model.reschedule(w.task("A"), tomorrow, {}); },
     };
     for (const auto& change : changes) {
         ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04 08:30\n- [x] Fait · 2025-03-04 08:30\n- [ ] B\n");

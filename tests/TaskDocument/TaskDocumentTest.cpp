@@ -1,4 +1,4 @@
-#include "Tacla/Preferences/TaskFileEdit.h"
+#include "Tacla/TaskDocument/TaskDocument.h"
 #include "DravelKit/Foundation/FileCopies.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -29,9 +29,7 @@ struct List {
     }
 
     bool write(const std::string& text, Instant now) const {
-        return editTaskFile(
-                   file, [&](std::string_view) { return text; }, folders, now)
-            .has_value();
+        return TaskDocument(file, folders).edit([&](std::string_view) { return text; }, now) != nullptr;
     }
     std::map<std::string, std::string> copies() const {
         std::map<std::string, std::string> texts;
@@ -44,7 +42,7 @@ struct List {
 
 }
 
-TEST(TaskFileEdit, KeepsTheTextThatItReplacesForTheUserAlone) {
+TEST(TaskDocument, KeepsTheTextThatItReplacesForTheUserAlone) {
     const List list;
     writeBytes(list.file, "one");
     EXPECT_FALSE(list.write("one", start));
@@ -61,7 +59,7 @@ TEST(TaskFileEdit, KeepsTheTextThatItReplacesForTheUserAlone) {
     EXPECT_EQ(permissions(copiesFolder(list.folders) / "2025-03-04 08h00m01s taches.md"), 0600);
 }
 
-TEST(TaskFileEdit, SavesWhetherOrNotACopyCanBeKept) {
+TEST(TaskDocument, SavesWhetherOrNotACopyCanBeKept) {
     const List list;
     writeBytes(list.file, "one");
     const auto tooLong = std::string((20 << 20) + 1, 'x');
@@ -71,7 +69,7 @@ TEST(TaskFileEdit, SavesWhetherOrNotACopyCanBeKept) {
     EXPECT_EQ(readBytes(list.file), "two");
 }
 
-TEST(TaskFileEdit, LeavesNoCopyOfWhatWasNotReplaced) {
+TEST(TaskDocument, LeavesNoCopyOfWhatWasNotReplaced) {
     const List list;
     writeBytes(list.file, "one");
     EXPECT_THROW(list.write("two\xFF", start), dravel::FileError);
@@ -81,7 +79,7 @@ TEST(TaskFileEdit, LeavesNoCopyOfWhatWasNotReplaced) {
         if (++calls == 1) writeBytes(list.file, "by an editor");
         return std::string(text) + " and us";
     };
-    editTaskFile(list.file, edit, list.folders, start);
+    TaskDocument(list.file, list.folders).edit(edit, start);
     EXPECT_EQ(readBytes(list.file), "by an editor and us");
     EXPECT_EQ(list.copies(), (std::map<std::string, std::string>{{"2025-03-04 08h00m00s taches.md", "by an editor"}}));
 }

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "DravelKit/Run/Background.h"
+#include "DravelKit/Run/MainLoop.h"
+#include "Tacla/CalendarSync/MirrorPlan.h"
+#include "Tacla/Preferences/Preferences.h"
+#include "Tacla/TaskDocument/RenamedKeys.h"
+#include "Tacla/TaskList/TaskViews.h"
+
+#include <functional>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+
+namespace tacla {
+
+// The Google account and the calendar, as the mirror uses them: blocking calls, each made in a background job. Jobs may
+// overlap (a sign-in while a sync runs), so an implementation serialises its own state.
+// Every call may throw a std::exception whose what() is the French description to show.
+class CalendarService {
+  public:
+    virtual ~CalendarService() = default;
+
+    virtual Connection account(std::stop_token) = 0; // unknown: the keyring does not answer, ask again later
+
+    virtual void signIn(std::stop_token) = 0;
+    virtual void signOut(std::stop_token) = 0;
+
+    // Thrown by run, and by nothing else, when there is no account any more.
+    struct NotSignedIn : std::runtime_error {
+        using std::runtime_error::runtime_error;
+    };
+
+    virtual void run(const Tasks&, const RenamedKeys::Map& renamed, std::stop_token) = 0;
+};
+
+// Performs what planMirror decides: runs the background jobs, sets the one timer, stores the switch, and hands each
+// outcome back as an event. Main thread only.
+class CalendarMirror {
+  public:
+    // `tasks` and `renamed` are copied when a run starts, and what a run has carried over is taken out of `renamed`.
+    // `changed` is told when an outcome or the timer changed the state. No service: the mirror stands still.
+    CalendarMirror(dravel::MainLoop&, dravel::Background&, Preferences&, CalendarService*, const Tasks& tasks,
+                   RenamedKeys& renamed, std::function<void()> changed);
+
+    const MirrorState& state() const { return state_; }
+
+    bool handle(const MirrorEvent&); // whether the state changed; `changed` is not told
+
+  private:
+    using Job = std::function<Connection(std::stop_token)>;
+
+    bool perform(const MirrorAction&);
+    bool store(bool on);
+    void run();
+    void start(Job, MirrorEvent::Kind done, MirrorEvent::Kind failed);
+    void finish(MirrorEvent);
+
+    dravel::MainLoop& loop_;
+    dravel::Background& background_;
+    Preferences& preferences_;
+    CalendarService* service_;
+    const Tasks& tasks_;
+    RenamedKeys& renamed_;
+    std::function<void()> changed_;
+
+    MirrorState state_;
+    RenamedKeys::Map sent_; // with the run of now
+    dravel::Timer nextSync_;
+    dravel::Lifetime life_;
+};
+
+}
