@@ -11,6 +11,7 @@
 #
 # Refused at configure time, for both: to use a module of a higher layer, one of Tacla from one of DravelKit, and for
 # core to link anything but ICU, nettle, libacl, libattr and the header-only JSON library.
+get_filename_component(TACLA_ROOT ${CMAKE_CURRENT_LIST_DIR} DIRECTORY) # whoever takes a room
 set(TACLA_LAYERS core net engine desktop)
 set(TACLA_CORE_LIBRARIES ICU::uc ICU::i18n ICU::data PkgConfig::NETTLE PkgConfig::ACL PkgConfig::ATTR
     nlohmann_json::nlohmann_json Threads::Threads)
