@@ -66,6 +66,13 @@ std::string describe(HttpError::Kind kind, const std::string& host) {
     return {};
 }
 
+// "Retry-After: 0", which libcurl reports like the lack of that header.
+bool asksForNoWait(CURL* easy) {
+    curl_header* found = nullptr;
+    return curl_easy_header(easy, "Retry-After", 0, CURLH_HEADER, -1, &found) == CURLHE_OK &&
+           found->value == std::string_view("0");
+}
+
 // The answer of one request while it comes in.
 struct Exchange {
     const HttpLimits& limits;
@@ -291,7 +298,7 @@ HttpResponse HttpClient::send(const HttpRequest& request, const std::stop_token&
     if (exchange.thrown) std::rethrow_exception(exchange.thrown);
     if (failure) throw HttpError(*failure, url->host);
     exchange.response.status = static_cast<int>(status);
-    if (seconds > 0) exchange.response.retryAfter = std::chrono::seconds(seconds);
+    if (seconds > 0 || asksForNoWait(easy)) exchange.response.retryAfter = std::chrono::seconds(seconds);
     return std::move(exchange.response);
 }
 

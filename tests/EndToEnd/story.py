@@ -34,12 +34,9 @@ class Story(unittest.TestCase):
     command = (TACLA,)
     says = ""
 
-    @classmethod
-    def setUpClass(cls):
-        # A story that saw midnight would speak of two days.
-        until(lambda: datetime.datetime.now().strftime("%H:%M") < "23:57", "the end of the day", 200)
-
     def setUp(self):
+        # A story that saw midnight would speak of two days, and one at midnight of tasks that are not late yet.
+        until(lambda: "00:02" < datetime.datetime.now().strftime("%H:%M") < "23:57", "the day to begin", 400)
         self.desktop = self.enterContext(Desktop(self.without))
         self.home = self.desktop.folder / "home"
         self.file = self.home / "Documents" / "Tacla" / "taches.md"
