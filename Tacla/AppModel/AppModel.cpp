@@ -122,7 +122,7 @@ void AppModel::apply(const UserEdit& edit) {
     const TaskDocument::Change* change = nullptr;
     const auto write = [&] { change = document_.edit(edit.apply, now()); };
     if (!attempt("d'écrire", document_.file(), write)) return tell();
-    if (change == nullptr) return;
+    if (change == nullptr) return reloadIfStale(); // the task may have become another one: what is shown is not it
     show(edit.said ? std::optional(UndoBar{*edit.said, true}) : std::nullopt);
     if (!edit.retitled) return wrote({}, {});
     const auto keys = document_.follow(*change);
@@ -157,13 +157,13 @@ void AppModel::undo() {
 }
 
 void AppModel::setDone(const std::string& key) {
-    const auto latest = document_.renamed().latest(key);
-    const auto* task = find(latest);
-    apply(UserEdit::setDone(latest, task != nullptr ? task->title : "", true, today()));
+    reloadIfStale();
+    if (const auto* task = find(document_.renamed().latest(key))) setDone(TaskItem(*task));
 }
 
 void AppModel::reschedule(const std::string& key, Day to) {
-    if (const auto* task = find(document_.renamed().latest(key))) reschedule(*task, to, task->time);
+    reloadIfStale();
+    if (const auto* task = find(document_.renamed().latest(key))) reschedule(TaskItem(*task), to, task->time);
 }
 
 void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong) {

@@ -40,9 +40,10 @@ class AppModel {
     // The keyring answers again: an account that is still unknown is asked for.
     void accountStoreAppeared() { tellOf(MirrorEvent::Kind::accountStoreAppeared); }
 
-    // Edits of the file. A task that is no longer there changes nothing.
-    void toggle(const TaskItem& task) { apply(UserEdit::setDone(task.key, task.title, !task.done, today())); }
+    // Edits of the file, of a task as it was seen. One that is no longer there changes nothing.
+    void toggle(const TaskItem& task) { apply(UserEdit::setDone(task, !task.done, today())); }
     void setDone(const std::string& key);
+    void setDone(const TaskItem& task) { apply(UserEdit::setDone(task, true, today())); }
     void reschedule(const TaskItem& task, Day to, std::optional<Clock> time) {
         apply(UserEdit::reschedule(task, to, time, today()));
     }
@@ -91,6 +92,9 @@ class AppModel {
     }
     void tellOf(MirrorEvent::Kind);
     void refresh(); // reload, without telling
+    void reloadIfStale() {
+        if (document_.isStale(document_.onDisk())) reload();
+    }
     // False, and the file's status says why, when the deed fails.
     bool attempt(std::string_view deed, const std::filesystem::path&, const std::function<void()>& act);
     bool create(const std::filesystem::path& file) {

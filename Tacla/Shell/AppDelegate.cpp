@@ -7,7 +7,6 @@
 
 #include <QApplication>
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -143,19 +142,13 @@ void AppDelegate::followColours() {
 void AppDelegate::perform(const MenuCommand& command) {
     switch (command.kind) {
     case MenuCommand::Kind::none: return;
-    case MenuCommand::Kind::toggle: return toggle(command.key);
+    case MenuCommand::Kind::toggle: return ports_.model.toggle(TaskItem(command.task.value())); // the menu is rebuilt
     case MenuCommand::Kind::openWindow: return showWindow();
     case MenuCommand::Kind::openFile: return ports_.actions.openFile(ports_.model.state().file);
     case MenuCommand::Kind::openAgenda: return ports_.actions.openAgenda();
     case MenuCommand::Kind::checkForUpdates: return ports_.updater.checkForUpdates();
     case MenuCommand::Kind::quit: return ports_.quit();
     }
-}
-
-void AppDelegate::toggle(const std::string& key) {
-    const auto& tasks = ports_.model.state().tasks;
-    const auto task = std::find_if(tasks.begin(), tasks.end(), [&](const TaskItem& item) { return item.key == key; });
-    if (task != tasks.end()) ports_.model.toggle(TaskItem(*task)); // a copy: the list is replaced meanwhile
 }
 
 void AppDelegate::respond(const NotificationServer::Response& response) {

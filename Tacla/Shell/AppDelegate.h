@@ -60,7 +60,6 @@ class AppDelegate {
     void followColours();
 
     void perform(const MenuCommand&);
-    void toggle(const std::string& key);
     void respond(const NotificationServer::Response&);
     void activate(const SingleInstance::Activation&);
 

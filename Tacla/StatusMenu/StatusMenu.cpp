@@ -23,7 +23,7 @@ MenuEntry taskEntry(const TaskItem& task, const std::string& label) {
     return {.label = menuLabel(label),
             .checked = task.done,
             .toolTip = task.title,
-            .command = {.kind = MenuCommand::Kind::toggle, .key = task.key}};
+            .command = {.kind = MenuCommand::Kind::toggle, .task = task}};
 }
 
 std::string lateLabel(const TaskItem& task, Day today) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tacla/TaskList/TaskItem.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -13,7 +15,7 @@ struct ModelState;
 struct MenuCommand {
     enum class Kind { none, toggle, openWindow, openFile, openAgenda, checkForUpdates, quit };
     Kind kind = Kind::none;
-    std::string key{}; // of the task to toggle
+    std::optional<TaskItem> task{}; // to toggle, as the entry shows it
 
     bool operator==(const MenuCommand&) const = default;
 };

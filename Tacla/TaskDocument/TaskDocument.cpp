@@ -4,6 +4,7 @@
 #include "Tacla/TaskList/TaskFile.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace tacla {
@@ -77,14 +78,30 @@ std::string sentence(std::string words) {
     return words;
 }
 
-UserEdit UserEdit::setDone(const std::string& key, const std::string& title, bool done, Day today) {
-    return {naming(done ? "Tâche cochée" : "Tâche décochée", title),
-            [=](std::string_view text) { return TaskFile::setDone(text, key, done, today); }};
+bool isStill(const TaskItem& seen, const TaskItem& now) {
+    if (seen.key != now.key) return false;
+    const auto marks = [](const TaskItem& task) { return std::tie(task.day, task.time, task.done); };
+    return marks(seen) == marks(now) || (seen.alone && now.alone);
+}
+
+SafeFile::Edit whereStill(const TaskItem& seen, SafeFile::Edit edit) {
+    return [=, edit = std::move(edit)](std::string_view text) {
+        const auto now = TaskFile::find(text, seen.key);
+        return now && isStill(seen, *now) ? edit(text) : Text();
+    };
+}
+
+UserEdit UserEdit::setDone(const TaskItem& task, bool done, Day today) {
+    return {naming(done ? "Tâche cochée" : "Tâche décochée", task.title),
+            whereStill(task, [=, key = task.key](std::string_view text) {
+                return TaskFile::setDone(text, key, done, today);
+            })};
 }
 
 UserEdit UserEdit::reschedule(const TaskItem& task, Day to, std::optional<Clock> time, Day today) {
-    return {naming("Tâche reportée", task.title),
-            [=, key = task.key](std::string_view text) { return TaskFile::reschedule(text, key, to, time, today); }};
+    return {naming("Tâche reportée", task.title), whereStill(task, [=, key = task.key](std::string_view text) {
+                return TaskFile::reschedule(text, key, to, time, today);
+            })};
 }
 
 UserEdit UserEdit::change(const TaskItem& task, const std::string& title, std::optional<Day> day,
@@ -96,13 +113,14 @@ UserEdit UserEdit::change(const TaskItem& task, const std::string& title, std::o
         retitled.time = time;
     }
     return {naming("Tâche modifiée", newTitle.value_or(task.title)),
-            [=, key = task.key](std::string_view text) { return changed(text, key, newTitle, day, time, today); },
+            whereStill(task, [=, key = task.key](
+                                 std::string_view text) { return changed(text, key, newTitle, day, time, today); }),
             std::move(retitled)};
 }
 
 UserEdit UserEdit::remove(const TaskItem& task) {
     return {naming("Tâche supprimée", task.title),
-            [key = task.key](std::string_view text) { return TaskFile::remove(text, key); }};
+            whereStill(task, [key = task.key](std::string_view text) { return TaskFile::remove(text, key); })};
 }
 
 std::optional<UserEdit> UserEdit::add(const std::string& title, Day day, std::optional<Clock> time, bool strong) {

@@ -33,13 +33,20 @@ std::string impossibleToWrite(const dravel::FileError&); // the file of the erro
 std::string unreadable(const std::filesystem::path&);    // "/home/moi/taches.md illisible"
 std::string sentence(std::string words);                 // the window's: with a capital letter
 
-// One edit as a user asks for it.
+// Whether a task that was seen is still that one. With other marks it may be a namesake that took over its key: then
+// only a title that stood once and stands once is unmistakable.
+bool isStill(const TaskItem& seen, const TaskItem& now);
+
+// Applies an edit of the task to a text that still holds it; none for any other text.
+dravel::SafeFile::Edit whereStill(const TaskItem& seen, dravel::SafeFile::Edit);
+
+// One edit as a user asks for it. It names the task as the user saw it, and changes no other.
 struct UserEdit {
     std::optional<std::string> said;       // in the bar that offers to undo it; what is plain to see is not said
     dravel::SafeFile::Edit apply;          // copies all it needs
     std::optional<TaskItem> retitled = {}; // the task as the edit leaves it, but for its new key
 
-    static UserEdit setDone(const std::string& key, const std::string& title, bool done, Day today);
+    static UserEdit setDone(const TaskItem&, bool done, Day today);
     static UserEdit reschedule(const TaskItem&, Day to, std::optional<Clock>, Day today);
     // The new title, unless it cannot be written, then the new moment.
     static UserEdit change(const TaskItem&, const std::string& title, std::optional<Day>, std::optional<Clock>,

@@ -22,6 +22,8 @@ std::optional<std::string> writableTitle(std::string typed);
 namespace tacla::TaskFile {
 
 std::vector<TaskItem> parse(std::string_view text);
+// The first task with that key.
+std::optional<TaskItem> find(std::string_view text, std::string_view key);
 
 // The first 8 bytes of the SHA-256 digest, in lower-case hexadecimal.
 std::string hash(std::string_view);

@@ -18,7 +18,8 @@ struct TaskItem {
     std::optional<Clock> time; // only together with a day
     std::optional<Day> due;    // when it was first due, once postponed
     std::optional<Day> doneOn;
-    std::string key; // 16 lower-case hexadecimal digits: the task's identity
+    std::string key;   // 16 lower-case hexadecimal digits: the task's identity
+    bool alone = true; // no other task of the text has its title
 
     bool strong() const;               // the title begins with "❗"
     std::string when() const;          // "", "2025-03-04" or "2025-03-04 14:30"

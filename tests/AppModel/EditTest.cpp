@@ -1,3 +1,4 @@
+#include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/ModelWorld.h"
 
 #include <gtest/gtest.h>
@@ -23,6 +24,41 @@ TEST(AppModel, EditsTitleAndMomentByTheirRules) {
         world.model.edit(world.task("❗ Pain"), title, day, time);
         EXPECT_EQ(world.text(), text) << title;
     }
+}
+
+TEST(AppModel, ChangesTheTaskThatWasSeenOrNone) {
+    using Act = std::function<void(AppModel&, const TaskItem&)>;
+    const std::pair<const char*, Act> acts[] = {
+        {"- [x] Pain · 2025-03-07 · ✅ 2025-03-04\n", [](auto& model, const auto& seen) { model.toggle(seen); }},
+        {"- [x] Pain · 2025-03-07 · ✅ 2025-03-04\n", [](auto& model, const auto& seen) { model.setDone(seen); }},
+        {"- [ ] Pain · 2025-03-05\n",
+         [](auto& model, const auto& seen) {
+             model.reschedule(seen, Day{2025, 3, 5}, {});
+         }},
+        {"- [ ] Sel · 2025-03-07\n", [](auto& model, const auto& seen) { model.edit(seen, "Sel", {}, {}); }},
+        {"", [](auto& model, const auto& seen) { model.remove(seen); }},
+    };
+    const std::string first = "- [ ] Pain · 2025-03-04\n", other = "- [ ] Pain · 2025-03-11\n";
+    const std::string moved = "- [ ] Pain · 2025-03-07\n", timed = "- [ ] Pain · 2025-03-04 09:00\n";
+    const std::tuple<std::string, std::string, bool> races[] = {
+        {first + other, other, false}, // today's was deleted: next week's has its key now
+        {other + first, first, false}, // the same the other way round
+        {first + other, "- [x]" + first.substr(5) + other, false},
+        {first + other, timed + other, false}, // several stood: another mark is not unmistakable
+        {first, moved + other, false},         // one stood, several stand
+        {first, "", false},
+        {first, "# Liste\n" + moved, true}, // one stood, one stands
+    };
+    for (const auto& [drawn, now, unmistakable] : races)
+        for (const auto& [changed, act] : acts) {
+            ModelWorld world("2025-03-04 08:00", drawn);
+            world.start();
+            const auto seen = world.state().tasks.at(0);
+            world.save(now);
+            act(world.model, seen);
+            EXPECT_EQ(world.text(), unmistakable ? std::string("# Liste\n") + changed : now) << drawn;
+            EXPECT_EQ(world.state().tasks.size(), TaskFile::parse(world.text()).size()) << "the list as it is now";
+        }
 }
 
 TEST(AppModel, FindsATaskByAnyKeyItHadInThisRun) {

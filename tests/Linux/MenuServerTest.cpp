@@ -11,11 +11,13 @@ TEST(MenuServer, AnswersHostsOfEveryHabit) {
     int count = 1;
     char name[] = "test", *arguments[] = {name, nullptr};
     const QCoreApplication application(count, arguments);
-    Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, "pain"}},
+    const TaskItem task{.key = "pain"};
+    Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, task}},
               {.kind = MenuEntry::Kind::submenu, .label = "À venir", .children = {{.label = "Vin"}}}};
     std::string chosen;
     MenuServer server([&] { return menu; });
-    const auto listening = server.chosen.connect([&](const MenuCommand& command) { chosen += command.key + " "; });
+    const auto listening =
+        server.chosen.connect([&](const MenuCommand& command) { chosen += command.task->key + " "; });
     EXPECT_TRUE(server.AboutToShow(0));
     EXPECT_FALSE(server.AboutToShow(1));
 

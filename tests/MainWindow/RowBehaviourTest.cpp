@@ -41,6 +41,22 @@ TEST(TaskRow, PostponesFromTheDayOfTheClickNotOfTheLastReload) {
     EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-26 · due 2026-11-20\n");
 }
 
+TEST(TaskRow, ActsOnTheTaskThatItShowedWhenItWasPressed) {
+    const char* nextWeek = "- [ ] Pain · 2026-11-25\n";
+    TestWindow window(std::string("- [ ] Pain · 2026-11-24\n") + nextWeek);
+    const auto remove = menuOf(window, "Pain").back();
+    window.fileBecomes(nextWeek); // the row shows this one now
+    remove->trigger();
+    EXPECT_EQ(window.world.text(), nextWeek);
+
+    window.fileBecomes(std::string("- [ ] Pain · 2026-11-24\n") + nextWeek);
+    auto* check = window.row("Pain").findChild<QWidget*>(u"check"_s);
+    QTest::mousePress(check, Qt::LeftButton);
+    window.fileBecomes(nextWeek);
+    QTest::mouseRelease(check, Qt::LeftButton);
+    EXPECT_EQ(window.world.text(), nextWeek);
+}
+
 TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
     TestWindow window("- [ ] ❗ Pain · 2026-11-24\n- [ ] Vin · 2026-11-24 18:00\n");
     window.focus("❗ Pain");

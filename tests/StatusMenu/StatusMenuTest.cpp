@@ -89,5 +89,5 @@ TEST(StatusMenu, CutsALongLabelAndNamesTheTaskAsItIs) {
     const auto twins = stateOf("- [ ] Pain · 2026-11-24\n- [ ] pain · 2026-11-24\n");
     for (const std::size_t i : {0U, 1U})
         EXPECT_EQ(statusMenu(twins, false).at(i + 1).command,
-                  (MenuCommand{MenuCommand::Kind::toggle, twins.tasks.at(i).key}));
+                  (MenuCommand{MenuCommand::Kind::toggle, twins.tasks.at(i)}));
 }

@@ -50,8 +50,10 @@ TaskRow::TaskRow(AppModel& model, const dravel::Now& now, Container& container, 
     menuButton_->setToolTip(menuButton_->accessibleName());
     check_->installEventFilter(this);
     menuButton_->installEventFilter(this);
-    // The model reloads at once and may take the row away: it gets a copy of the task.
-    connect(check_, &QAbstractButton::clicked, this, [this] { model_.toggle(TaskItem(task_)); });
+    // The row may show another task by the time the button is let go. The model reloads at once and may take the row
+    // away: it gets a copy.
+    connect(check_, &QAbstractButton::pressed, this, [this] { pressed_ = task_; });
+    connect(check_, &QAbstractButton::clicked, this, [this] { model_.toggle(TaskItem(pressed_)); });
     connect(check_, &QAbstractButton::toggled, this, [this](bool on) {
         if (on == task_.done) return;
         check_->setChecked(task_.done); // a screen reader toggled it: the same as a click
@@ -263,7 +265,8 @@ void TaskRow::openMenu() {
         if (entry.separatorBefore) menu_->addSeparator();
         auto* action = menu_->addAction(toQt(entry.label));
         if (entry.destructive) dravel::markDestructive(*action);
-        connect(action, &QAction::triggered, this, [this, command = entry.command] { perform(command); });
+        connect(action, &QAction::triggered, this,
+                [this, command = entry.command, task = task_] { perform(command, TaskItem(task)); });
     }
     connect(menu_, &QMenu::aboutToHide, this, [this] {
         menu_.clear();
@@ -277,8 +280,8 @@ void TaskRow::openMenu() {
     menu_->popup(menuButton_->mapToGlobal(faceCorner) - QPoint(menu_->sizeHint().width(), 0));
 }
 
-void TaskRow::perform(RowCommand command) {
-    const TaskItem task = task_; // the model reloads at once and may take the row away
+// The task is the one that the menu was opened for.
+void TaskRow::perform(RowCommand command, const TaskItem& task) {
     if (const auto day = postponedDay(command, task, currentDay())) return model_.reschedule(task, *day, task.time);
     switch (command) {
     case RowCommand::toggle: return model_.toggle(task);

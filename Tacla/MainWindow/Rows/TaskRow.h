@@ -90,14 +90,14 @@ class TaskRow final : public QWidget {
     void closeEditor(Qt::FocusReason);
     void setHovered(bool);
     void highlightChanged();
-    void perform(RowCommand);
+    void perform(RowCommand, const TaskItem&);
     bool keyPressed(Stop, int key, Qt::KeyboardModifiers);
     Day currentDay() const { return Day::of(now_()); }
 
     AppModel& model_;
     const dravel::Now& now_;
     Container& container_;
-    TaskItem task_{};
+    TaskItem task_{}, pressed_{}; // as shown, and as it was when its check button was pressed
     Day today_{1970, 1, 1};
     QString titleText_;
     std::optional<dravel::Paragraph> title_;
