@@ -159,7 +159,7 @@ TEST(Edits, ChangeNoByteBeyondTheirLine) {
     const int texts = std::getenv("TACLA_LONG_TESTS") ? 100'000 : 2'000;
     for (int i = 0; i < texts && !HasFatalFailure(); ++i) {
         const auto text = random.text();
-        ASSERT_EQ(testing::wrongEdit(text, random.title(), today), "") << text;
+        ASSERT_EQ(tacla::testing::wrongEdit(text, random.title(), today), "") << text;
     }
 }
 
