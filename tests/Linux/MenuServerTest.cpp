@@ -11,9 +11,14 @@ TEST(MenuServer, AnswersHostsOfEveryHabit) {
     int count = 1;
     char name[] = "test", *arguments[] = {name, nullptr};
     const QCoreApplication application(count, arguments);
-    const TaskItem task{.key = "pain"};
-    Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, task}},
-              {.kind = MenuEntry::Kind::submenu, .label = "À venir", .children = {{.label = "Vin"}}}};
+    Menu menu(2);
+    menu[0].label = "Pain";
+    menu[0].command.kind = MenuCommand::Kind::toggle;
+    menu[0].command.task.emplace().key = "pain";
+    menu[1].kind = MenuEntry::Kind::submenu;
+    menu[1].label = "À venir";
+    menu[1].children.resize(1);
+    menu[1].children[0].label = "Vin";
     std::string chosen;
     MenuServer server([&] { return menu; });
     const auto listening =
