@@ -13,7 +13,7 @@ namespace dravel::StandardMenu {
 struct Actions {
     std::function<void()> settings; // empty: no such entry
     std::function<void()> quit;
-    // What "Annuler" takes back while no text field has the focus; empty: nothing.
+    // What "Annuler" takes back where the focused text field has nothing to take back; empty: nothing.
     std::function<void()> undo;
     std::function<bool()> canUndo;
 };

@@ -1,6 +1,7 @@
 #include "Tacla/AppModel/AppModel.h"
 
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "Tacla/TaskList/TaskFile.h"
 
 #include <algorithm>
 #include <utility>
@@ -119,17 +120,39 @@ const TaskItem* AppModel::find(const std::string& key) const {
     return found == state_.tasks.end() ? nullptr : &*found;
 }
 
-void AppModel::apply(const UserEdit& edit) {
-    const TaskDocument::Change* change = nullptr;
-    const auto write = [&] { change = document_.edit(edit.apply, now()); };
-    if (!attempt("d'écrire", document_.file(), write)) return tell();
-    if (change == nullptr) return reloadIfStale(); // the task may have become another one: what is shown is not it
-    show(edit.said ? std::optional(UndoBar{*edit.said, true}) : std::nullopt);
-    if (!edit.retitled) return wrote({}, {});
-    const auto keys = document_.follow(*change);
-    auto task = *edit.retitled;
-    if (const auto renamed = keys.find(task.key); renamed != keys.end()) task.key = renamed->second;
-    wrote(keys, {task});
+AppModel::Outcome AppModel::apply(const UserEdit& edit, const std::function<void()>& saved) {
+    std::optional<TaskDocument::Change> change;
+    if (!attempt("d'écrire", document_.file(), [&] { change = document_.edit(edit.apply, now()); })) {
+        tell();
+        return Outcome::failed;
+    }
+    if (!change) {
+        reloadIfStale(); // the task may have become another one: what is shown is not it
+        return Outcome::unchanged;
+    }
+    show(UndoBar{edit.said, true});
+    if (saved) saved();
+    if (edit.retitled)
+        wroteTitle(*change, *edit.retitled);
+    else
+        wrote({}, {});
+    return Outcome::saved;
+}
+
+void AppModel::wroteTitle(const TaskDocument::Change& change, std::string key) {
+    const auto keys = document_.follow(change);
+    if (const auto renamed = keys.find(key); renamed != keys.end()) key = renamed->second;
+    const auto task = TaskFile::find(change.after, key);
+    wrote(keys, task ? Tasks{*task} : Tasks());
+}
+
+bool AppModel::holds(const TaskItem& seen) const {
+    return std::ranges::any_of(state_.tasks, [&](const TaskItem& task) { return isStill(seen, task); });
+}
+
+AppModel::Outcome AppModel::edit(const TaskItem& task, const TaskChange& change, const std::function<void()>& saved) {
+    const auto outcome = apply(UserEdit::change(task, change, today()), saved);
+    return outcome == Outcome::unchanged && !holds(task) ? Outcome::gone : outcome;
 }
 
 void AppModel::wrote(const TaskDocument::Keys& renamed, const Tasks& silenced) {
@@ -168,7 +191,7 @@ void AppModel::reschedule(const std::string& key, Day to) {
 }
 
 void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong) {
-    if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong)) apply(*edit);
+    if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today())) apply(*edit);
 }
 
 void AppModel::use(const path& file) {

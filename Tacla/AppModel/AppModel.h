@@ -41,6 +41,7 @@ class AppModel {
     void accountStoreAppeared() { tellOf(MirrorEvent::Kind::accountStoreAppeared); }
 
     // Edits of the file, of a task as it was seen. One that is no longer there changes nothing.
+    enum class Outcome { saved, unchanged, gone, failed };
     void toggle(const TaskItem& task) { apply(UserEdit::setDone(task, !task.done, today())); }
     void setDone(const std::string& key);
     void setDone(const TaskItem& task) { apply(UserEdit::setDone(task, true, today())); }
@@ -48,9 +49,9 @@ class AppModel {
         apply(UserEdit::reschedule(task, to, time, today()));
     }
     void reschedule(const std::string& key, Day to); // keeps its time
-    void edit(const TaskItem& task, const std::string& title, std::optional<Day> day, std::optional<Clock> time) {
-        apply(UserEdit::change(task, title, day, time, today()));
-    }
+    // `saved` is called as soon as the file has it, before the list is read again.
+    Outcome edit(const TaskItem&, const TaskChange&, const std::function<void()>& saved = {});
+    bool holds(const TaskItem& seen) const; // the list, as it was read last
     void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
     void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
@@ -101,7 +102,8 @@ class AppModel {
         return attempt("de créer", file, [&] { TaskDocument::createIfMissing(file); });
     }
     void store(const std::function<void()>& preference); // a failure becomes status text
-    void apply(const UserEdit&);
+    Outcome apply(const UserEdit&, const std::function<void()>& saved = {});
+    void wroteTitle(const TaskDocument::Change&, std::string key);
     void wrote(const TaskDocument::Keys& renamed, const Tasks& silenced);
     void show(std::optional<UndoBar>);
 

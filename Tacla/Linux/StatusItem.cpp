@@ -111,7 +111,9 @@ void StatusItem::show(const Content& content) {
     if (before.open != content.open || before.colour != content.colour) {
         pixmaps_.reset();
         Q_EMIT NewIcon();
+        Q_EMIT NewAttentionIcon();
     }
+    if (before.needsAttention != content.needsAttention) Q_EMIT NewStatus(status());
     if (before.toolTip != content.toolTip) Q_EMIT NewToolTip();
     if (before.title != content.title) Q_EMIT XAyatanaNewLabel(label(), label());
 }

@@ -40,10 +40,12 @@ class StatusItem final : public QObject {
     Q_PROPERTY(QString Category READ category CONSTANT)
     Q_PROPERTY(QString Id READ id CONSTANT)
     Q_PROPERTY(QString Title READ name CONSTANT)
-    Q_PROPERTY(QString Status READ status CONSTANT)
+    Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(int WindowId READ windowId CONSTANT)
     Q_PROPERTY(QString IconName READ iconName CONSTANT)
     Q_PROPERTY(tacla::StatusPixmaps IconPixmap READ pixmaps)
+    Q_PROPERTY(QString AttentionIconName READ iconName CONSTANT)
+    Q_PROPERTY(tacla::StatusPixmaps AttentionIconPixmap READ pixmaps)
     Q_PROPERTY(QString IconAccessibleDesc READ name CONSTANT)
     Q_PROPERTY(tacla::StatusToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
@@ -55,11 +57,12 @@ class StatusItem final : public QObject {
     explicit StatusItem(QDBusConnection);
     ~StatusItem() override;
 
-    // What stands in the tray: the number of open tasks in the icon, and the two texts.
+    // What stands in the tray: the number of open tasks in the icon, the two texts, and whether something is wrong.
     struct Content {
         std::size_t open = 0;
         std::string title, toolTip;
         QColor colour;
+        bool needsAttention = false;
         bool operator==(const Content&) const = default;
     };
     void show(const Content&);
@@ -72,10 +75,12 @@ class StatusItem final : public QObject {
     QString category() const { return QStringLiteral("ApplicationStatus"); }
     QString id() const { return QStringLiteral("fr.dravel.Tacla"); }
     QString name() const { return QStringLiteral("Tacla"); }
-    QString status() const { return QStringLiteral("Active"); }
+    QString status() const {
+        return content_.needsAttention ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
+    }
     int windowId() const { return 0; }
     QString iconName() const { return {}; }
-    StatusPixmaps pixmaps() const;
+    StatusPixmaps pixmaps() const; // also of the item that needs attention: hosts swap the icons
     StatusToolTip toolTip() const;
     bool itemIsMenu() const { return true; }
     QDBusObjectPath menu() const { return QDBusObjectPath(QLatin1String(MenuServer::path)); }
@@ -90,6 +95,7 @@ class StatusItem final : public QObject {
   Q_SIGNALS:
     void NewTitle();
     void NewIcon();
+    void NewAttentionIcon();
     void NewToolTip();
     void NewStatus(const QString& status);
     void XAyatanaNewLabel(const QString& label, const QString& guide);

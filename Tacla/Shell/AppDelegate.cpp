@@ -116,8 +116,10 @@ void AppDelegate::installMenu() {
 
 void AppDelegate::refreshTray() {
     if (!item_) return;
-    const auto open = ports_.model.state().openCount();
-    item_->show({open, statusTitle(open), statusToolTip(open), trayColour(ports_.scheme.preference())});
+    const auto& state = ports_.model.state();
+    const auto open = state.openCount();
+    item_->show({open, statusTitle(open), statusToolTip(state), trayColour(ports_.scheme.preference()),
+                 state.fileError.has_value()});
     ports_.menu.refresh();
 }
 

@@ -20,10 +20,10 @@ MenuEntry command(std::string label, MenuCommand::Kind kind, std::optional<char>
 }
 
 MenuEntry taskEntry(const TaskItem& task, const std::string& label) {
-    return {.label = menuLabel(label),
-            .checked = task.done,
-            .toolTip = task.title,
-            .command = {.kind = MenuCommand::Kind::toggle, .task = task}};
+    MenuEntry entry{.label = menuLabel(label), .checked = task.done, .toolTip = drawnTitle(task.title)};
+    entry.command = {.kind = MenuCommand::Kind::toggle, .task = task};
+    entry.command.task->title = entry.toolTip;
+    return entry;
 }
 
 std::string lateLabel(const TaskItem& task, Day today) {
@@ -94,7 +94,9 @@ Menu statusMenu(const ModelState& state, bool updatesAvailable) {
 
 std::string statusTitle(std::size_t open) { return open > 0 ? " " + std::to_string(open) : ""; }
 
-std::string statusToolTip(std::size_t open) {
+std::string statusToolTip(const ModelState& state) {
+    if (state.fileError) return "Tacla · " + *state.fileError;
+    const auto open = state.openCount();
     return open > 0 ? "Tacla · " + std::to_string(open) + " à faire" : "Tacla · tout est coché";
 }
 

@@ -40,8 +40,8 @@ using Menu = std::vector<MenuEntry>;
 // What the tray menu shows for that state: late tasks, today's, what is coming, and the program's own entries.
 Menu statusMenu(const ModelState&, bool updatesAvailable);
 
-// The texts beside and over the tray icon, by the number of open tasks.
-std::string statusTitle(std::size_t open);   // " 3", or nothing
-std::string statusToolTip(std::size_t open); // "Tacla · 3 à faire"
+// The texts beside and over the tray icon.
+std::string statusTitle(std::size_t open);    // " 3", or nothing
+std::string statusToolTip(const ModelState&); // "Tacla · 3 à faire", or what is wrong with the list
 
 }

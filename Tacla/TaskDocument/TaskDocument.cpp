@@ -1,6 +1,8 @@
 #include "Tacla/TaskDocument/TaskDocument.h"
 
 #include "DravelKit/Foundation/FileCopies.h"
+#include "DravelKit/Foundation/Hash.h"
+#include "Tacla/TaskList/Labels.h"
 #include "Tacla/TaskList/TaskFile.h"
 
 #include <algorithm>
@@ -16,7 +18,7 @@ using Text = std::optional<std::string>;
 namespace {
 
 std::string naming(const std::string& what, const std::string& title) {
-    const auto plain = TaskFile::dropStrongMark(title);
+    const auto plain = menuLabel(drawnTitle(title));
     return plain.empty() ? what : what + " : " + plain;
 }
 
@@ -26,17 +28,20 @@ std::string keyAfter(const RenamedKeys::Map& renamed, const std::string& key) {
 }
 
 // None when neither the title nor the moment changes anything.
-Text changed(std::string_view text, std::string key, const Text& title, std::optional<Day> day,
-             std::optional<Clock> time, Day today) {
+Text changed(std::string_view text, std::string key, const TaskChange& change, Day today) {
     Text result;
-    if (title) {
-        if (auto renamed = TaskFile::rename(text, key, *title)) {
+    if (change.title) {
+        if (auto renamed = TaskFile::rename(text, key, *change.title)) {
             key = keyAfter(renamed->keys, key);
             result = std::move(renamed->text);
         }
     }
-    if (!day) return result;
-    auto rescheduled = TaskFile::reschedule(result ? *result : text, key, *day, time, today);
+    if (!change.day && !change.time) return result;
+    const std::string_view retitled = result ? *result : text;
+    const auto task = TaskFile::find(retitled, key);
+    if (!task) return {};
+    auto rescheduled = TaskFile::reschedule(retitled, key, change.day.value_or(task->day.value_or(today)),
+                                            change.time.value_or(task->time), today);
     return rescheduled ? rescheduled : result;
 }
 
@@ -104,18 +109,12 @@ UserEdit UserEdit::reschedule(const TaskItem& task, Day to, std::optional<Clock>
             })};
 }
 
-UserEdit UserEdit::change(const TaskItem& task, const std::string& title, std::optional<Day> day,
-                          std::optional<Clock> time, Day today) {
-    const auto newTitle = writableTitle(title);
-    TaskItem retitled = task;
-    if (day) {
-        retitled.day = day;
-        retitled.time = time;
-    }
-    return {naming("Tâche modifiée", newTitle.value_or(task.title)),
-            whereStill(task, [=, key = task.key](
-                                 std::string_view text) { return changed(text, key, newTitle, day, time, today); }),
-            std::move(retitled)};
+UserEdit UserEdit::change(const TaskItem& task, const TaskChange& asked, Day today) {
+    auto change = asked;
+    if (change.title) change.title = writableTitle(*change.title);
+    return {naming("Tâche modifiée", change.title.value_or(task.title)),
+            whereStill(task, [=, key = task.key](std::string_view text) { return changed(text, key, change, today); }),
+            task.key};
 }
 
 UserEdit UserEdit::remove(const TaskItem& task) {
@@ -123,10 +122,29 @@ UserEdit UserEdit::remove(const TaskItem& task) {
             whereStill(task, [key = task.key](std::string_view text) { return TaskFile::remove(text, key); })};
 }
 
-std::optional<UserEdit> UserEdit::add(const std::string& title, Day day, std::optional<Clock> time, bool strong) {
+std::optional<UserEdit> UserEdit::add(const std::string& title, Day day, std::optional<Clock> time, bool strong,
+                                      Day today) {
     const auto newTitle = writableTitle(title);
     if (!newTitle) return {};
-    return UserEdit{{}, [=](std::string_view text) { return Text(TaskFile::add(text, *newTitle, day, time, strong)); }};
+    return UserEdit{day == today ? "Tâche ajoutée" : "Ajoutée pour " + day.longLabel(),
+                    [=](std::string_view text) { return Text(TaskFile::add(text, *newTitle, day, time, strong)); }};
+}
+
+UndoStep::UndoStep(const SafeFile::Change& change) : left_(dravel::sha256(change.after)) {
+    const auto &before = change.before, &after = change.after;
+    const auto shorter = std::min(before.size(), after.size());
+    at_ = static_cast<std::size_t>(
+        std::mismatch(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(shorter), after.begin()).first -
+        before.begin());
+    std::size_t same = 0; // at the end
+    while (same < shorter - at_ && before[before.size() - 1 - same] == after[after.size() - 1 - same]) ++same;
+    before_ = before.substr(at_, before.size() - at_ - same);
+    after_ = after.substr(at_, after.size() - at_ - same);
+}
+
+Text UndoStep::takenBackFrom(std::string_view text) const {
+    if (dravel::sha256(text) != left_) return {};
+    return std::string(text.substr(0, at_)) + before_ + std::string(text.substr(at_ + after_.size()));
 }
 
 TaskDocument::TaskDocument(path file, dravel::UserFolders folders)
@@ -134,7 +152,7 @@ TaskDocument::TaskDocument(path file, dravel::UserFolders folders)
 
 void TaskDocument::open(path file) {
     file_ = std::move(file);
-    last_.reset();
+    steps_.clear();
 }
 
 void TaskDocument::createIfMissing(const path& file) { SafeFile::create(file, TaskFile::newFileText); }
@@ -182,16 +200,17 @@ std::optional<TaskDocument::Change> TaskDocument::save(const SafeFile::Edit& edi
     }
 }
 
-const TaskDocument::Change* TaskDocument::edit(const SafeFile::Edit& edit, Instant now) {
+std::optional<TaskDocument::Change> TaskDocument::edit(const SafeFile::Edit& edit, Instant now) {
     auto change = save(edit, now);
-    if (!change) return nullptr;
-    last_ = std::move(change);
-    return &*last_;
+    if (!change) return {};
+    steps_.emplace_back(*change);
+    if (steps_.size() > undoLevels) steps_.pop_front();
+    return change;
 }
 
 std::optional<std::string> TaskDocument::failureOfEdit(const SafeFile::Edit& change, Instant now, std::string refused) {
     try {
-        if (edit(change, now) != nullptr) return {};
+        if (edit(change, now)) return {};
         return refused;
     } catch (const dravel::FileError&) {
         return readIfPossible() ? refused : unreadable(file_);
@@ -199,10 +218,12 @@ std::optional<std::string> TaskDocument::failureOfEdit(const SafeFile::Edit& cha
 }
 
 TaskDocument::Undone TaskDocument::undo(Instant now) {
-    const auto restore = [this](std::string_view text) { return text == last_->after ? Text(last_->before) : Text(); };
-    const bool restored = save(restore, now).has_value();
-    Undone result{.changedSince = !restored, .change = std::move(*std::exchange(last_, {})), .keys = {}};
-    if (!restored) return result;
+    const auto& step = steps_.back();
+    auto change = save([&](std::string_view text) { return step.takenBackFrom(text); }, now);
+    steps_.pop_back();
+    if (!change) return {.changedSince = true, .change = {}, .keys = {}};
+    std::swap(change->before, change->after);
+    Undone result{.change = std::move(*change), .keys = {}};
     result.keys = keysGivenBack(result.change);
     renamed_.remember(result.keys);
     return result;

@@ -7,6 +7,9 @@
 #include "Tacla/TaskDocument/RenamedKeys.h"
 #include "Tacla/TaskList/TaskViews.h"
 
+#include <array>
+#include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -40,20 +43,40 @@ bool isStill(const TaskItem& seen, const TaskItem& now);
 // Applies an edit of the task to a text that still holds it; none for any other text.
 dravel::SafeFile::Edit whereStill(const TaskItem& seen, dravel::SafeFile::Edit);
 
+// What a user changed about a task. The rest stays as the file has it by then.
+struct TaskChange {
+    std::optional<std::string> title{};
+    std::optional<Day> day{};
+    std::optional<std::optional<Clock>> time{}; // none within: no time any more
+
+    bool operator==(const TaskChange&) const = default;
+};
+
 // One edit as a user asks for it. It names the task as the user saw it, and changes no other.
 struct UserEdit {
-    std::optional<std::string> said;       // in the bar that offers to undo it; what is plain to see is not said
-    dravel::SafeFile::Edit apply;          // copies all it needs
-    std::optional<TaskItem> retitled = {}; // the task as the edit leaves it, but for its new key
+    std::string said;                         // in the bar that offers to undo it
+    dravel::SafeFile::Edit apply;             // copies all it needs
+    std::optional<std::string> retitled = {}; // the key of a task that may have another one afterwards
 
     static UserEdit setDone(const TaskItem&, bool done, Day today);
     static UserEdit reschedule(const TaskItem&, Day to, std::optional<Clock>, Day today);
     // The new title, unless it cannot be written, then the new moment.
-    static UserEdit change(const TaskItem&, const std::string& title, std::optional<Day>, std::optional<Clock>,
-                           Day today);
+    static UserEdit change(const TaskItem&, const TaskChange&, Day today);
     static UserEdit remove(const TaskItem&);
     // None when the title cannot be written.
-    static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong);
+    static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong, Day today);
+};
+
+// A change of the text, as small as it is: enough to take it back from the text that it left, and from no other.
+class UndoStep {
+  public:
+    explicit UndoStep(const dravel::SafeFile::Change&);
+    std::optional<std::string> takenBackFrom(std::string_view text) const;
+
+  private:
+    std::size_t at_;
+    std::string before_, after_;        // what stood there, and what stands there now
+    std::array<std::uint8_t, 32> left_; // the digest of the whole text
 };
 
 // The list as the user has it: one text file, which editors and other processes change as well. All but the questions
@@ -81,9 +104,10 @@ class TaskDocument {
     const Stamp& lastRead() const { return lastRead_; }                // of the last successful read
     bool isStale(const Stamp& stamp) const { return unreadable_ || stamp != lastRead_; }
 
-    // What the edit changed, none when nothing; it can be undone, and stands here until the next one. The text that it
-    // replaces is kept as a copy, unless that would stand in the way.
-    const Change* edit(const dravel::SafeFile::Edit&, Instant now);
+    // What the edit changed, none when nothing; the last ten can be undone. The text that it replaces is kept as a
+    // copy, unless that would stand in the way.
+    static constexpr std::size_t undoLevels = 10;
+    std::optional<Change> edit(const dravel::SafeFile::Edit&, Instant now);
 
     // The same for a command of the terminal: none when it was saved, else what to say, which is `refused` as long as
     // the file can be read at all.
@@ -95,7 +119,7 @@ class TaskDocument {
         Change change;
         Keys keys; // from those that the edit gave to those that its tasks get back
     };
-    bool canUndo() const { return last_.has_value(); }
+    bool canUndo() const { return !steps_.empty(); }
     Undone undo(Instant now);
 
     // The keys that an edit of a title changed; they are followed from here on.
@@ -110,8 +134,8 @@ class TaskDocument {
     std::filesystem::path file_;
     dravel::UserFolders folders_;
     Stamp lastRead_;
-    bool unreadable_ = false; // the last read failed: the file may come back just as it was
-    std::optional<Change> last_;
+    bool unreadable_ = false;    // the last read failed: the file may come back just as it was
+    std::deque<UndoStep> steps_; // the last one at the end
     RenamedKeys renamed_;
 };
 

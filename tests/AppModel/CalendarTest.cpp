@@ -36,9 +36,9 @@ TEST(AppModel, SyncsOnceForABurstOfEdits) {
 TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
     Mirrored world("- [ ] A · 2025-03-05\n");
     const auto a = world.task("A").key;
-    world.model.edit(world.task("A"), "B", {}, {});
+    world.model.edit(world.task("A"), {.title = "B"});
     const auto b = world.task("B").key;
-    world.model.edit(world.task("B"), "C", {}, {});
+    world.model.edit(world.task("B"), {.title = "C"});
     const auto c = world.task("C").key;
     world.calendar.failure = "hors ligne";
     world.loop.advance(1s);
@@ -47,8 +47,8 @@ TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
 
     world.background.held = true;
     world.model.sync();
-    world.model.edit(world.task("C"), "D", {}, {}); // while the sync runs
-    world.loop.advance(1s);                         // finds it running
+    world.model.edit(world.task("C"), {.title = "D"}); // while the sync runs
+    world.loop.advance(1s);                            // finds it running
     EXPECT_EQ(world.background.waiting(), 1U);
     world.background.runOne();
     world.model.sync();

@@ -28,10 +28,15 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
          "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs, "Tâche cochée : Pain"},
         {[](World w) { w.model.reschedule(w.task("Lait").key, tomorrow); },
          pain + "  - [ ] Lait · 2025-03-05 07:00 · due 2025-03-01\n" + eggs, "Tâche reportée : Lait"},
-        {[](World w) { w.model.edit(w.task("❗ Pain"), "Sel", ninth, early); },
+        {[](World w) {
+             w.model.edit(w.task("❗ Pain"), {"Sel", ninth, early});
+         },
          "- [ ] ❗ Sel · 2025-03-09 09:05\n" + lait + eggs, "Tâche modifiée : Sel"},
         {[](World w) { w.model.remove(w.task("❗ Pain")); }, lait + eggs, "Tâche supprimée : Pain"},
-        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04", nullptr},
+        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04",
+         "Tâche ajoutée"},
+        {[](World w) { w.model.add("Sel", ninth, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-09",
+         "Ajoutée pour dimanche 9 mars"},
     };
     for (const auto& [act, text, said] : table) {
         ModelWorld world("2025-03-04 08:00", list);
@@ -42,7 +47,7 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
         act(world);
         EXPECT_EQ(world.text(), "# Liste\r\n" + text) << text;
         EXPECT_EQ(world.told, 1) << text;
-        const auto bar = said == nullptr ? std::nullopt : std::optional(UndoBar{said, true});
+        const auto bar = std::optional(UndoBar{said, true});
         world.loop.advance(9999ms);
         EXPECT_EQ(world.state().undoBar, bar) << text;
         world.loop.advance(1ms);
@@ -74,6 +79,24 @@ TEST(Undo, WritesNothingOnceTheFileChanged) {
     EXPECT_EQ(world.state().undoBar, std::nullopt);
 }
 
+TEST(Undo, TakesTheLastTenChangesBack) {
+    ModelWorld world("2025-03-04 08:00", list);
+    world.start();
+    std::vector<std::string> texts;
+    for (int i = 0; i < 12; ++i) {
+        texts.push_back(world.text());
+        if (i % 3 == 0)
+            world.model.add("Sel", ninth, {}, false);
+        else
+            world.model.toggle(world.task("Lait"));
+    }
+    for (; texts.size() > 2; texts.pop_back()) {
+        world.model.undo();
+        EXPECT_EQ(world.text(), texts.back());
+    }
+    EXPECT_FALSE(world.model.canUndo());
+}
+
 TEST(Undo, CanBeTriedAgainAfterItCouldNotBeWritten) {
     ModelWorld world("2025-03-04 08:00", list);
     world.start();
@@ -92,7 +115,7 @@ TEST(Undo, CarriesRemindersAndEventsBack) {
     world.model.setCalendarSync(true);
     world.loop.advance(1s);
     const auto before = world.task("B").key;
-    world.model.edit(world.task("B"), "C", Day{2025, 3, 4}, Clock{9, 0});
+    world.model.edit(world.task("B"), {"C", Day{2025, 3, 4}, Clock{9, 0}});
     const auto after = world.task("C").key;
     world.loop.advance(1s);
     EXPECT_EQ(world.calendar.runs.back(), (std::map<std::string, std::string>{{before, after}}));

@@ -3,8 +3,10 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
+#include "DravelKit/DravelUI/TextLabel.h"
 
 #include <QMenu>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QTest>
 
@@ -86,7 +88,54 @@ TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
     EXPECT_EQ(title.cursorPosition(), 3);
 
     window.fileBecomes("- [ ] Eau · 2026-11-20\n- [x] Pain · 2026-11-24\n- [ ] Autre chose · 2026-11-21\n");
-    EXPECT_EQ(window.view->findChild<TaskEditor*>(), nullptr) << "the task is gone, and its draft with it";
+    EXPECT_EQ(window.control<dravel::TextLabel>("editor.note").isVisible(), true)
+        << "the task is gone, what was typed is not";
+    EXPECT_EQ(title.text().toStdString(), "Vin rouge");
+    const auto text = window.world.text();
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.world.text(), text);
+    EXPECT_EQ(title.text().toStdString(), "Vin rouge");
+    window.press(Qt::Key_Escape);
+    EXPECT_EQ(window.view->findChild<TaskEditor*>(), nullptr);
+    EXPECT_EQ(window.rows().size(), 3U);
+}
+
+TEST(TaskEditor, KeepsWhatWasTypedUntilItIsInTheFile) {
+    TestWindow window("- [ ] Pain · 2026-11-24 9:05\n");
+    window.row("Pain").startEditing();
+    auto& title = window.control<dravel::TextField>("editor.title");
+    title.setText(u"Sel"_s);
+    std::filesystem::rename(window.world.file, window.world.folder / "aside");
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(title.text().toStdString(), "Sel");
+    EXPECT_TRUE(window.control<dravel::TextLabel>("editor.note").text().startsWith(u"Impossible d'écrire "_s));
+    std::filesystem::rename(window.world.folder / "aside", window.world.file);
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.world.text(), "- [ ] Sel · 2026-11-24 9:05\n");
+    EXPECT_EQ(window.view->findChild<TaskEditor*>(), nullptr);
+}
+
+TEST(TaskRow, ChecksOneTaskWithADoubleClick) {
+    for (const int later : {80, 200, 350}) {
+        TestWindow window("- [ ] Pain · 2026-11-20\n- [ ] Vin · 2026-11-21\n- [ ] Sel · 2026-11-22\n");
+        window.page(Section::late);
+        const auto click = [&](const char* title, quint64 moment) {
+            auto* check = window.row(title).findChild<QWidget*>(u"check"_s);
+            const QPointF inside(16, 16);
+            for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+                QMouseEvent event(type, inside, check->mapToGlobal(inside), Qt::LeftButton,
+                                  type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {});
+                event.setTimestamp(moment);
+                QApplication::sendEvent(check, &event);
+            }
+            window.settle();
+        };
+        click("Pain", 1000);
+        click("Vin", static_cast<quint64>(1000 + later)); // where the first one was
+        EXPECT_EQ(window.rows().size(), 2U) << later;
+        click("Vin", 3000);
+        EXPECT_EQ(window.rows().size(), 1U) << later;
+    }
 }
 
 TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {

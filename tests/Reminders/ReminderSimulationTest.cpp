@@ -104,7 +104,7 @@ class Simulation {
         const auto task = oneOf(tasks);
         switch (pick(4)) {
         case 0: return model.toggle(task);
-        case 1: return model.edit(task, oneOf(titles), someDay(), someTime());
+        case 1: model.edit(task, {oneOf(titles), someDay(), someTime()}); return;
         case 2: return model.reschedule(task, someDay(), someTime());
         default: return model.remove(task);
         }

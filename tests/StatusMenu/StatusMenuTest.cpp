@@ -91,3 +91,10 @@ TEST(StatusMenu, CutsALongLabelAndNamesTheTaskAsItIs) {
         EXPECT_EQ(statusMenu(twins, false).at(i + 1).command,
                   (MenuCommand{MenuCommand::Kind::toggle, twins.tasks.at(i)}));
 }
+
+TEST(StatusMenu, SaysOverTheIconWhatIsWrongWithTheList) {
+    auto state = stateOf("- [ ] Pain · 2026-11-24\n");
+    EXPECT_EQ(statusToolTip(state), "Tacla · 1 à faire");
+    state.fileError = "Impossible d'écrire /t.md : Permission non accordée";
+    EXPECT_EQ(statusToolTip(state), "Tacla · Impossible d'écrire /t.md : Permission non accordée");
+}

@@ -29,7 +29,7 @@ struct List {
     }
 
     bool write(const std::string& text, Instant now) const {
-        return TaskDocument(file, folders).edit([&](std::string_view) { return text; }, now) != nullptr;
+        return TaskDocument(file, folders).edit([&](std::string_view) { return text; }, now).has_value();
     }
     std::map<std::string, std::string> copies() const {
         std::map<std::string, std::string> texts;

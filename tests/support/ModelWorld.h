@@ -64,6 +64,7 @@ struct ModelWorld {
     std::filesystem::path file;
     VirtualLoop loop;
     VirtualBackground background{loop};
+    dravel::UserFolders folders;
     Preferences preferences;
     RecordedNotifications notifications{loop};
     RecordedCalendar calendar;

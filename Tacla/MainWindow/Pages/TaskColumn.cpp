@@ -8,8 +8,11 @@
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QFocusEvent>
+#include <QGuiApplication>
+#include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QStyleHints>
 
 #include <algorithm>
 
@@ -86,7 +89,8 @@ TaskColumn::TaskColumn(dravel::DravelPage& page, AppModel& model, const dravel::
 }
 
 void TaskColumn::setGroups(TaskGroups groups, Day today) {
-    if (today == today_ && groups == groups_) return;
+    keepsDrafts_ = keepDrafts(groups);
+    if (today == today_ && groups == groups_ && !keepsDrafts_) return;
     const auto focus = focused();
     const auto anchors = anchorsInView();
     std::swap(groups_, groups);
@@ -103,6 +107,30 @@ void TaskColumn::setGroups(TaskGroups groups, Day today) {
         row->hide();
         row->deleteLater(); // it may be in the middle of the click that took it away
     }
+}
+
+// A row whose editor holds something typed stays where it was, even if its task is gone.
+bool TaskColumn::keepDrafts(TaskGroups& groups) const {
+    bool any = false;
+    for (const auto& [index, row] : rows_) {
+        if (!row->holdsDraft()) continue;
+        const auto& task = row->task();
+        const auto has = [&](const TaskGroup& group) {
+            return std::ranges::count(group.tasks, task.key, &TaskItem::key) > 0;
+        };
+        if (std::ranges::any_of(groups, has)) continue;
+        any = true;
+        const auto card = layout_.cardOf(index);
+        auto group = std::ranges::find(groups, groups_[card].title(), &TaskGroup::title);
+        if (group == groups.end()) {
+            group = groups.insert(groups.begin() + static_cast<std::ptrdiff_t>(std::min(card, groups.size())),
+                                  groups_[card]);
+            group->tasks.clear();
+        }
+        const auto place = std::min(index - layout_.rowsOf(card).first, group->tasks.size());
+        group->tasks.insert(group->tasks.begin() + static_cast<std::ptrdiff_t>(place), task);
+    }
+    return any;
 }
 
 // Rows of tasks that are still there move to their new places, without a jump on the screen; the others are handed
@@ -225,6 +253,17 @@ void TaskColumn::heightChanged() {
     for (const auto& [index, row] : rows_)
         if (row->isEditing()) keepEndBehind(*row); // an editor brings controls of its own
     fill();
+    const bool given = std::ranges::none_of(rows_, [](const auto& entry) { return entry.second->isEditing(); });
+    if (given && std::exchange(keepsDrafts_, false)) draftsGivenUp();
+}
+
+// The task of a row may have left, and the next one may have slid under the pointer, while a double click lasts.
+bool TaskColumn::isRepeated(const QMouseEvent& press) {
+    const auto before = std::exchange(lastPress_, {press.timestamp(), press.globalPosition()});
+    const auto* hints = QGuiApplication::styleHints();
+    const auto interval = static_cast<std::uint64_t>(hints->mouseDoubleClickInterval());
+    return before.time != 0 && press.timestamp() - before.time < interval &&
+           (press.globalPosition() - before.place).manhattanLength() <= hints->mouseDoubleClickDistance();
 }
 
 TaskListCard& TaskColumn::builtCard(std::size_t index) {

@@ -4,8 +4,10 @@
 #include "Tacla/MainWindow/Pages/ColumnPlan.h"
 #include "Tacla/MainWindow/Rows/TaskRow.h"
 
+#include <QPointF>
 #include <QWidget>
 
+#include <cstdint>
 #include <map>
 
 namespace dravel {
@@ -23,6 +25,9 @@ class TaskListCard;
 // paints their shadows. It also is the Tab stop that leads into the rows from above, and `end_` the one from below.
 class TaskColumn final : public QWidget, private TaskRow::Container {
     Q_OBJECT
+
+  Q_SIGNALS:
+    void draftsGivenUp(); // the groups shall be told anew: they hold a row without a task
 
   public:
     TaskColumn(dravel::DravelPage&, AppModel&, const dravel::Now&);
@@ -51,10 +56,12 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     bool tab(const TaskRow&, bool forward) override;
     void heightChanged() override;
     void highlightChanged() override { separate(); }
+    bool isRepeated(const QMouseEvent& press) override;
 
     std::optional<Focus> focused() const;
     std::vector<Anchor> anchorsInView() const;
     void keepInView(const Anchor&);
+    bool keepDrafts(TaskGroups&) const;
     Rows carryOver(const TaskGroups& before, const std::vector<Anchor>&);
 
     // In the order in which they follow each other: heights of all rows, widgets for those in view, what these really
@@ -85,7 +92,11 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     Rows rows_;
     std::map<std::size_t, TaskListCard*> cards_;
     QWidget* end_;
-    bool filling_ = false;
+    bool filling_ = false, keepsDrafts_ = false;
+    struct {
+        std::uint64_t time = 0; // of the event, in milliseconds; 0: none yet
+        QPointF place;
+    } lastPress_; // of a check button
 };
 
 }

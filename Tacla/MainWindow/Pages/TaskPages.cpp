@@ -128,6 +128,7 @@ TodayPage::TodayPage(AppModel& model, const dravel::Now& now, QWidget* parent)
     setAccessibleName(toQt(title(Section::today)));
     for (QWidget* card : std::initializer_list<QWidget*>{hero_, add_, problems_, tasks_}) add(card);
     new RefreshWhileVisible(*this, model.changed, [this] { refresh(); });
+    connect(tasks_, &TaskColumn::draftsGivenUp, this, &TodayPage::refresh);
     refresh();
 }
 
@@ -152,7 +153,9 @@ ListPage::ListPage(Section section, AppModel& model, const dravel::Now& now, QWi
     auto contents = listContents(section, model.state());
     empty_ = new dravel::EmptyCard(contents.emptySymbol, toQt(contents.empty), &stage());
     for (QWidget* card : std::initializer_list<QWidget*>{problems_, empty_, tasks_}) add(card);
-    new RefreshWhileVisible(*this, model.changed, [this, section] { refresh(listContents(section, model_.state())); });
+    const auto refreshed = [this, section] { refresh(listContents(section, model_.state())); };
+    new RefreshWhileVisible(*this, model.changed, refreshed);
+    connect(tasks_, &TaskColumn::draftsGivenUp, this, refreshed);
     refresh(std::move(contents));
 }
 

@@ -4,6 +4,7 @@
 #include "DravelKit/DravelUI/Disc.h"
 #include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/FlowLayout.h"
+#include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/QtValues.h"
 
@@ -80,7 +81,8 @@ void CheckButton::paint(QPainter& painter) {
 }
 
 TaskEditor::TaskEditor(const TaskDraft& draft, Day today, QWidget* parent)
-    : QWidget(parent), draft_(draft),
+    : QWidget(parent), draft_(draft), opened_(draft),
+      note_(new dravel::TextLabel(Theme::Typography::body, Theme::dangerText, {}, this)),
       title_(new dravel::TextField(dravel::TextField::Kind::Boxed, u"Titre de la tâche"_s, this)),
       date_(new dravel::DateField(u"Date"_s, this)), hasTime_(new dravel::Switch(u"Heure"_s)),
       time_(new dravel::TimeField(u"Heure de la tâche"_s, this)),
@@ -127,6 +129,22 @@ void TaskEditor::arrange() {
     line->addWidget(cancel_);
     line->addWidget(save_);
     column->addLayout(line);
+    column->addWidget(note_);
+    column->addStretch();
+    note_->setObjectName(u"editor.note"_s);
+    note_->setWraps(true);
+    note_->setSelectable(true);
+    note_->hide();
+}
+
+int TaskEditor::neededHeight(int width) const {
+    constexpr int fields = 68, gap = 8;
+    return note_->isHidden() ? fields : fields + gap + note_->heightForWidth(width);
+}
+
+void TaskEditor::say(const QString& note) {
+    note_->setText(note);
+    note_->setVisible(!note.isEmpty());
 }
 
 void TaskEditor::followFields() {

@@ -19,6 +19,7 @@ class Chip;
 class DateField;
 class Switch;
 class TextField;
+class TextLabel;
 class TimeField;
 }
 
@@ -55,11 +56,14 @@ class TaskEditor final : public QWidget {
     Q_OBJECT
 
   public:
-    static constexpr int titleHeight = 32, editorHeight = 68;
+    static constexpr int titleHeight = 32;
 
     TaskEditor(const TaskDraft&, Day today, QWidget* parent);
 
-    const TaskDraft& draft() const { return draft_; }
+    TaskChange change(Day today) const { return changeOf(draft_, opened_, today); }
+    bool isTouched() const { return draft_ != opened_; }
+    void say(const QString&); // why nothing was saved; nothing: no more
+    int neededHeight(int width) const;
     void setToday(Day);
     std::vector<QWidget*> stops() const; // in the order of the Tab key
 
@@ -75,7 +79,8 @@ class TaskEditor final : public QWidget {
     void arrange();
     void followFields();
 
-    TaskDraft draft_;
+    TaskDraft draft_, opened_;
+    dravel::TextLabel* note_;
     dravel::TextField* title_;
     dravel::DateField* date_;
     dravel::Switch* hasTime_;

@@ -6,13 +6,14 @@
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/Rows/TaskControls.h"
-#include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/Labels.h"
 
 #include <QContextMenuEvent>
 #include <QFocusEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
 
@@ -37,6 +38,9 @@ void paintSeparator(QPainter& painter, int left, int right, const QColor& colour
     painter.fillRect(QRectF(left, (std::round(top) - top) / ratio, right - left, std::floor(ratio) / ratio), colour);
     painter.setRenderHint(QPainter::Antialiasing);
 }
+
+const QString taskIsGone =
+    u"Cette tâche n'est plus dans la liste : elle a été renommée ou supprimée ailleurs. Votre saisie reste ici."_s;
 
 Theme::TextStyle titleStyle(bool done) { return Theme::Typography::taskTitle.struckOut(done); }
 
@@ -72,7 +76,7 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
     task_ = task;
     today_ = today;
     if (titleChanged) {
-        titleText_ = toQt(TaskFile::dropStrongMark(task.title));
+        titleText_ = toQt(drawnTitle(task.title));
         title_.reset();
         check_->setTask(titleText_, task.done, task.strong());
         setAccessibleName(titleText_);
@@ -84,7 +88,10 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
         tags_.push_back({std::move(tag), {}});
     }
     setAccessibleDescription(texts.join(u", "_s));
-    if (editor_) editor_->setToday(today);
+    if (editor_) {
+        editor_->setToday(today);
+        editor_->say(model_.holds(edited_) ? QString() : taskIsGone);
+    }
     placeTags(width());
     update();
 }
@@ -104,7 +111,7 @@ int TaskRow::heightOf(int titleLines, int tagLines) {
 }
 
 int TaskRow::heightFor(int width) {
-    if (editor_) return padding + TaskEditor::editorHeight + editorBottom;
+    if (editor_) return padding + editor_->neededHeight(width - textLeft - padding) + editorBottom;
     const int titleLines = title(width).height() / Theme::Typography::taskTitle.line;
     return heightOf(titleLines, placeTags(width));
 }
@@ -137,7 +144,12 @@ void TaskRow::placeControls() {
     const int checkMiddle = editor_ ? padding + TaskEditor::titleHeight / 2 : firstLine;
     check_->setGeometry(padding + 10 - hitArea / 2, checkMiddle - hitArea / 2, hitArea, hitArea);
     menuButton_->setGeometry(width() - padding - (menuFace + hitArea) / 2, firstLine - hitArea / 2, hitArea, hitArea);
-    if (editor_) editor_->setGeometry(textLeft, padding, width() - textLeft - padding, TaskEditor::editorHeight);
+    if (editor_) editor_->setGeometry(editorPlace());
+}
+
+QRect TaskRow::editorPlace() const {
+    const int room = width() - textLeft - padding;
+    return {textLeft, padding, room, editor_->neededHeight(room)};
 }
 
 void TaskRow::resizeEvent(QResizeEvent*) {
@@ -228,6 +240,8 @@ bool TaskRow::eventFilter(QObject* watched, QEvent* event) {
         const auto* key = static_cast<QKeyEvent*>(event);
         return keyPressed(watched == check_ ? Stop::check : Stop::menu, key->key(), key->modifiers());
     }
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
+        return watched == check_ && container_.isRepeated(*static_cast<QMouseEvent*>(event));
     return QWidget::eventFilter(watched, event);
 }
 
@@ -296,6 +310,7 @@ void TaskRow::perform(RowCommand command, const TaskItem& task) {
 void TaskRow::startEditing() {
     if (editor_) return;
     const auto today = currentDay();
+    edited_ = task_;
     editor_ = new TaskEditor(draftOf(task_, today), today, this);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
@@ -323,12 +338,25 @@ void TaskRow::cancelEdit(Qt::FocusReason reason) {
     if (editor_) closeEditor(reason);
 }
 
+bool TaskRow::holdsDraft() const { return editor_ && editor_->isTouched(); }
+
+void TaskRow::explain(const QString& whyNotSaved) {
+    editor_->say(whyNotSaved);
+    placeControls();
+    container_.heightChanged();
+}
+
 void TaskRow::commitEdit(Qt::FocusReason reason) {
     if (!editor_) return; // a second Return, or a late click
-    const auto edit = editOf(editor_->draft(), currentDay());
-    const TaskItem task = task_;
-    closeEditor(reason);
-    model_.edit(task, edit.title, edit.day, edit.time);
+    const auto change = editor_->change(currentDay());
+    if (change == TaskChange()) return closeEditor(reason);
+    // The model reloads at once and may take the row away: it gets a copy.
+    switch (model_.edit(TaskItem(edited_), change, [this, reason] { closeEditor(reason); })) {
+    case AppModel::Outcome::saved: return;
+    case AppModel::Outcome::unchanged: return closeEditor(reason);
+    case AppModel::Outcome::gone: return explain(taskIsGone);
+    case AppModel::Outcome::failed: return explain(toQt(model_.state().fileError.value_or("")));
+    }
 }
 
 }
