@@ -12,6 +12,9 @@ using Happened = MirrorEvent::Kind;
 using dravel::FileError;
 using std::filesystem::path;
 
+// What could not be written is said long enough to be read, whether or not the list can be.
+static constexpr auto shownAtLeast = 6s;
+
 AppModel::AppModel(Ports ports, path file, bool passive)
     : ports_(std::move(ports)), document_(std::move(file), ports_.folders),
       mirror_(ports_.loop, ports_.background, ports_.preferences, ports_.calendar, state_.tasks, document_.renamed(),
@@ -33,10 +36,7 @@ void AppModel::start() {
     reload();
     document_.pruneCopies(now());
     poll_.emplace(ports_.loop, 2s, [this] { checkFile(); });
-    periodic_.emplace(ports_.loop, 600s, [this] {
-        if (state_.fileError) reload(); // it may be over by now, and no sync runs before
-        tellOf(Happened::periodPassed);
-    });
+    periodic_.emplace(ports_.loop, 600s, [this] { tellOf(Happened::periodPassed); });
     tellOf(Happened::started);
     permission_.refreshWhenServersComeAndGo();
 }
@@ -74,10 +74,12 @@ void AppModel::reload() {
 }
 
 void AppModel::checkFile() {
+    ports_.preferences.check();
     const bool newZone = dravel::wall::refreshZone();
     const auto moment = now();
     const auto stamp = document_.onDisk();
-    if (!newZone && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
+    const bool mayBeOver = state_.fileError && moment - failed_ >= shownAtLeast;
+    if (!newZone && !mayBeOver && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
         if (Clock::of(moment) == Clock::of(state_.now)) return;
         state_.now = moment;
         if (reminders_) reminders_->minutePassed(state_.tasks, moment);
@@ -105,6 +107,7 @@ bool AppModel::attempt(std::string_view deed, const path& file, const std::funct
     return true;
 } catch (const FileError& error) {
     state_.fileError = sentence(impossible(deed, file, error));
+    failed_ = now();
     mirror_.handle({Happened::listUnreadable});
     return false;
 }

@@ -103,6 +103,7 @@ class AppModel {
 
     Ports ports_;
     ModelState state_;
+    Instant failed_{}; // since when there is a fileError
     TaskDocument document_;
     CalendarMirror mirror_;
     NotificationPermission permission_;

@@ -24,6 +24,13 @@ std::string keyAfter(const RenamedKeys::Map& renamed, const std::string& key) {
     return found == renamed.end() ? key : found->second;
 }
 
+// As it is in a folder that somebody has deleted: no file is found there.
+path fromHere(const path& file) {
+    std::error_code gone;
+    const auto absolute = std::filesystem::absolute(file, gone);
+    return gone ? file : absolute;
+}
+
 // None when neither the title nor the moment changes anything.
 Text changed(std::string_view text, std::string key, const Text& title, std::optional<Day> day,
              std::optional<Clock> time, Day today) {
@@ -50,9 +57,8 @@ RenamedKeys::Map keysGivenBack(const SafeFile::Change& change) {
 path documentsTaskFile(const dravel::UserFolders& folders) { return folders.documents / "Tacla" / "taches.md"; }
 
 path resolvedFile(const std::string& taclaFile, const Preferences& preferences, const dravel::UserFolders& folders) {
-    if (!taclaFile.empty()) return std::filesystem::absolute(taclaFile);
-    if (const auto chosen = preferences.taskFilePath(); chosen && !chosen->empty())
-        return std::filesystem::absolute(*chosen);
+    if (!taclaFile.empty()) return fromHere(taclaFile);
+    if (const auto chosen = preferences.taskFilePath(); chosen && !chosen->empty()) return fromHere(*chosen);
     const auto earlier = folders.home / "quillo" / "taches.md";
     std::error_code unreachable;
     return std::filesystem::exists(earlier, unreachable) ? earlier : documentsTaskFile(folders);

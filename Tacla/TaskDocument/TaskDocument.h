@@ -19,7 +19,7 @@ namespace tacla {
 std::filesystem::path documentsTaskFile(const dravel::UserFolders&);
 
 // The task file in use: TACLA_FILE (empty counts as unset), else the chosen path, else ~/quillo/taches.md where that
-// exists, else documentsTaskFile. Absolute.
+// exists, else documentsTaskFile. Absolute, but for a relative one in a deleted folder.
 std::filesystem::path resolvedFile(const std::string& taclaFile, const Preferences&, const dravel::UserFolders&);
 
 // Where the list is kept as it was before each change: <state>/Tacla/copies.
@@ -68,7 +68,7 @@ class TaskDocument {
     // The text in pieces of whole lines, so that it never stands in memory; they count once the last one came.
     void readByLines(const std::function<void(std::string_view lines)>&) const;
 
-    // When the file was modified. Good enough to notice a change, never to prove that there was none.
+    // What one stat tells of the file. Good enough to notice a change, never to prove that there was none.
     using Stamp = std::optional<dravel::SafeFile::Modified>;           // none: no such file
     Stamp onDisk() const { return dravel::SafeFile::modified(file_); } // one stat
     const Stamp& lastRead() const { return lastRead_; }                // of the last successful read

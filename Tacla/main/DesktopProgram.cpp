@@ -127,8 +127,9 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     std::optional<Watchdog> watchdog;
     if (const auto file = environment("TACLA_WATCHDOG"); !file.empty()) watchdog.emplace(file);
     std::optional<std::string> damage;
+    std::function<void(const std::string&)> report = [&](const std::string& message) { damage = message; };
     Preferences preferences(preferencesFile(paths.folders), paths.folders.locks,
-                            [&](const std::string& message) { damage = message; });
+                            [&](const std::string& message) { report(message); });
     makeCommandLineLink(commandLineLink(paths.folders.home, environment("PATH"), paths.program, existsOrDangles));
 
     Bus system(Bus::Kind::system);
@@ -145,6 +146,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     if (damage) model.report(*damage);
+    report = [&](const std::string& message) { loop.post([&model, message] { model.report(message); }); };
 
     ColourScheme scheme;
     WakeWatch wake;

@@ -14,8 +14,8 @@ TEST(AppModel, EditsTitleAndMomentByTheirRules) {
         {"PAIN", {}, {}, "- [ ] ❗ PAIN · 2025-03-06\n"},
         {"a · b · · c", {}, {}, "- [ ] ❗ a - b - - c · 2025-03-06\n"},
         {"  ", Day{2025, 3, 7}, {}, "- [ ] ❗ Pain · 2025-03-07\n"},
-        {"two\nlines", Day{2025, 3, 7}, {}, "- [ ] ❗ Pain · 2025-03-07\n"},
-        {"two\u2028lines", {}, {}, "- [ ] ❗ Pain · 2025-03-06\n"},
+        {"two\r\nlines", Day{2025, 3, 7}, {}, "- [ ] ❗ two lines · 2025-03-07\n"},
+        {"\u2028three\u2028\u0085 \flines", {}, {}, "- [ ] ❗ three   lines · 2025-03-06\n"},
     };
     for (const auto& [title, day, time, text] : table) {
         ModelWorld world("2025-03-04 08:00", "- [ ] ❗ Pain · 2025-03-06\n");

@@ -36,7 +36,7 @@ TEST(AppModel, OpensTheDesktopsSettingsWhenNotificationsStayForbidden) {
 
 TEST(AppModel, TurnsAPreferenceThatCannotBeStoredIntoAStatusText) {
     ModelWorld world("2025-03-04 08:00", "");
-    writeBytes(world.folder / "locks", ""); // where the lock's folder should be
+    std::filesystem::create_directory(world.folder / "preferences.json");
     world.model.setCalendarSync(true);
     EXPECT_TRUE(world.state().syncError.value().starts_with("Impossible d'écrire "));
     EXPECT_FALSE(world.state().calendarSync);

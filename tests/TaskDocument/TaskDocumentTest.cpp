@@ -84,6 +84,19 @@ TEST(TaskDocument, LeavesNoCopyOfWhatWasNotReplaced) {
     EXPECT_EQ(list.copies(), (std::map<std::string, std::string>{{"2025-03-04 08h00m00s taches.md", "by an editor"}}));
 }
 
+TEST(TaskDocument, SeesASaveThatKeepsTheModificationTime) {
+    const List list;
+    writeBytes(list.file, "- [ ] Pain\n");
+    TaskDocument document(list.file, list.folders);
+    document.read();
+    EXPECT_FALSE(document.isStale(document.onDisk()));
+    const auto modified = fs::last_write_time(list.file);
+    writeBytes(list.folder / "new", "- [ ] Lait\n");
+    fs::last_write_time(list.folder / "new", modified);
+    fs::rename(list.folder / "new", list.file); // as a program that synchronises folders does
+    EXPECT_TRUE(document.isStale(document.onDisk()));
+}
+
 TEST(FileCopies, AreAtMostFiftyTwentyMebibytesAndThirtyDays) {
     using dravel::FileCopies::Copy;
     const auto left = [](std::vector<Copy> copies, std::optional<std::uintmax_t> joining) {
