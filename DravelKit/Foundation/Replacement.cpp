@@ -129,7 +129,12 @@ class Lease {
     Lease(const Lease&) = delete;
     Lease& operator=(const Lease&) = delete;
 
-    bool isWanted() const { return held_ && ::fcntl(descriptor_, F_GETLEASE) != F_RDLCK; }
+    // Lets those in who wait, and looks whether there were any.
+    bool isWanted() {
+        if (!held_) return false;
+        ::fcntl(descriptor_, F_SETLEASE, F_UNLCK);
+        return !tried();
+    }
 
   private:
     // False while somebody has the file open to write. The usual signal would end the process; this one is ignored.
@@ -238,7 +243,7 @@ void giveBack(TemporaryFile& temporary, const Path& target) {
 
 // True when what the exchange brought out is still what was read, and nobody waits to write into it: an editor may have
 // saved after the last look at it.
-bool broughtOut(const TemporaryFile& temporary, const Snapshot& before, const Lease& lease) {
+bool broughtOut(const TemporaryFile& temporary, const Snapshot& before, Lease& lease) {
     const auto old = Snapshot::of(temporary.path());
     return old.identity.sameFile(before.identity) && old.text == before.text && !lease.isWanted();
 }
@@ -246,7 +251,7 @@ bool broughtOut(const TemporaryFile& temporary, const Snapshot& before, const Le
 enum class Exchange { done, changed, impossible };
 
 Exchange exchange(TemporaryFile& temporary, const Path& target, const Snapshot& before, const OpenFile& folder) {
-    const Lease lease(before.file, target);
+    Lease lease(before.file, target);
     if (Snapshot::ifThere(target) != before) return Exchange::changed;
     if (!swap(temporary.path(), target)) {
         switch (errno) {

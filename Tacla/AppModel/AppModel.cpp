@@ -62,6 +62,7 @@ void AppModel::refresh() {
     state_.now = now();
     attempt("de lire", document_.file(), [this] {
         state_.tasks = document_.read();
+        state_.unreadDates = document_.unreadDates();
         state_.fileError.reset();
         mirror_.handle({Happened::listRead});
     });
@@ -173,6 +174,14 @@ void AppModel::add(const std::string& title, std::optional<Day> day, std::option
     if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong)) apply(*edit);
 }
 
+void AppModel::bringBack(const path& copy) {
+    std::string text;
+    if (!attempt("de lire", copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
+    if (!document_.isStale(document_.onDisk())) return apply(UserEdit::bringBack(std::move(text)));
+    show(UndoBar{"Le fichier a changé depuis : rien n'a été rétabli.", false});
+    reload(); // what was to be replaced is not what was looked at
+}
+
 void AppModel::use(const path& file) {
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
     document_.open(file);
@@ -199,7 +208,14 @@ void AppModel::enableCalendarSync() {
 
 void AppModel::applyLaunchAtLogin() {
     if (ports_.loginItem == nullptr || ports_.preferences.wantsLaunchAtLogin() == false) return;
-    if (!ports_.loginItem->isEnabled()) setLaunchAtLogin(true);
+    switch (ports_.loginItem->status()) {
+    case LoginItem::Status::enabled: return;
+    case LoginItem::Status::switchedOff: // in the desktop's settings: the same choice in another place
+        return store([&] { ports_.preferences.setWantsLaunchAtLogin(false); });
+    case LoginItem::Status::absent:
+    case LoginItem::Status::foreign:
+        if (ports_.loginItem->mayComeUnasked()) setLaunchAtLogin(true);
+    }
 }
 
 void AppModel::setLaunchAtLogin(bool on) {

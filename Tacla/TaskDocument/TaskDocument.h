@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/Foundation/FileCopies.h"
 #include "DravelKit/Foundation/Instant.h"
 #include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/UserFolders.h"
@@ -12,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tacla {
 
@@ -47,6 +49,8 @@ struct UserEdit {
     static UserEdit remove(const TaskItem&);
     // None when the title cannot be written.
     static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong);
+    static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
+    static UserEdit bringBack(std::string copy);
 };
 
 // The list as the user has it: one text file, which editors and other processes change as well. All but the questions
@@ -64,6 +68,7 @@ class TaskDocument {
     static void createIfMissing(const std::filesystem::path&); // with the new-file text
 
     Tasks read();
+    std::size_t unreadDates() const { return unreadDates_; } // lines whose date a carriage return hides, at that time
     std::optional<Tasks> readIfPossible();
     // The text in pieces of whole lines, so that it never stands in memory; they count once the last one came.
     void readByLines(const std::function<void(std::string_view lines)>&) const;
@@ -95,7 +100,8 @@ class TaskDocument {
     Keys follow(const Change&);
     RenamedKeys& renamed() { return renamed_; }
 
-    void pruneCopies(Instant now) const; // those that have become too old
+    std::vector<dravel::FileCopies::Copy> copies() const; // of this list, the latest first
+    void pruneCopies(Instant now) const;                  // those that have become too old
 
   private:
     std::optional<Change> save(const dravel::SafeFile::Edit&, Instant now) const;
@@ -103,6 +109,7 @@ class TaskDocument {
     std::filesystem::path file_;
     dravel::UserFolders folders_;
     Stamp lastRead_;
+    std::size_t unreadDates_ = 0;
     bool unreadable_ = false; // the last read failed: the file may come back just as it was
     std::optional<Change> last_;
     RenamedKeys renamed_;

@@ -17,13 +17,16 @@
 #include <QApplication>
 #include <QPalette>
 #include <QSessionManager>
+#include <QSocketNotifier>
 #include <QUrl>
 #include <QUuid>
 
 #include <pthread.h>
+#include <sys/eventfd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -105,6 +108,26 @@ void setUp(QApplication& application, dravel::Appearance appearance) {
     dravel::installLook(application, appearance);
 }
 
+// The end of a session, `kill`, Ctrl+C: the program ends in order, as by « Quitter ». A second one ends it at once.
+class EndSignals {
+  public:
+    EndSignals() : notifier_(wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), QSocketNotifier::Read) {
+        QObject::connect(&notifier_, &QSocketNotifier::activated, [] { QCoreApplication::exit(); });
+        for (const int number : {SIGTERM, SIGINT}) {
+            struct sigaction action {};
+            if (::sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue; // as by nohup
+            action = {};
+            action.sa_handler = [](int) { ::eventfd_write(wakeUp, 1); };
+            action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+            ::sigaction(number, &action, nullptr);
+        }
+    }
+
+  private:
+    static inline int wakeUp = -1; // all that a handler may touch
+    QSocketNotifier notifier_;
+};
+
 DesktopActions desktopActions(Bus& session, const dravel::UserFolders& folders) {
     DesktopActions actions;
     actions.openFile = FreedesktopActions::openFile;
@@ -173,6 +196,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .activationToken = activationToken,
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
+    const EndSignals endSignals;
     return QCoreApplication::exec();
 }
 

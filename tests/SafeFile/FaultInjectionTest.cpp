@@ -169,7 +169,10 @@ TEST(SafeFile, KeepsWhatAnEditorSavesAtTheLastMoment) {
                 EXPECT_EQ(world.failure(), "");
                 EXPECT_EQ(editor < 0 ? 0 : finished(editor), 0);
                 EXPECT_EQ(saved, !hardLinked || moment != std::string("renameat2"));
-                EXPECT_EQ(world.text(), mark + (saved ? "- [ ] Beurre\n" : "- [ ] Pain\n")) << moment;
+                const std::string text = saved ? "- [ ] Beurre\n" : "- [ ] Pain\n";
+                // An editor that had to wait may also come after us: then it has the last word.
+                EXPECT_TRUE(world.text() == mark + text || (editor >= 0 && world.text() == text))
+                    << moment << world.text();
             }
 }
 
