@@ -1,6 +1,5 @@
 #include "Tacla/Preferences/Preferences.h"
 
-#include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -95,6 +94,7 @@ SettingsFile::SettingsFile(std::filesystem::path file, std::filesystem::path loc
 
 // None when the file is damaged, as one is that lost all that was known; other failures are thrown.
 std::optional<json> SettingsFile::settingsThere() const {
+    seen_ = dravel::SafeFile::modified(file_);
     try {
         auto text = dravel::SafeFile::readText(file_);
         if (isBlank(text) && !known_.empty()) return {};
@@ -119,6 +119,10 @@ json SettingsFile::read() const {
             report_("réglages illisibles (" + file_.string() + ") : " + error.description());
     }
     return json::object();
+}
+
+void SettingsFile::check() const {
+    if (dravel::SafeFile::modified(file_) != seen_) read();
 }
 
 // Looks again under the lock: another process may have put good settings there meanwhile.
@@ -154,8 +158,6 @@ std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {
 
 Preferences::Preferences(std::filesystem::path file, std::filesystem::path lockFolder, Report report)
     : file_(std::move(file), std::move(lockFolder), std::move(report)) {}
-
-void Preferences::check() const { file_.read(); }
 
 std::optional<std::string> Preferences::taskFilePath() const { return text(at(file_.read(), "taskFilePath")); }
 

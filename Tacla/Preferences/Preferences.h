@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/UserFolders.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -26,6 +27,7 @@ class SettingsFile {
     // Empty when there is no file. A damaged file is moved to "….broken" and reported; what this process knew of it is
     // written back, and so is read. One that cannot be read is reported, once.
     nlohmann::json read() const;
+    void check() const; // the same, unless one stat tells that nothing has changed
 
     // Reads, changes and saves under one lock; writes nothing when nothing changed. Throws dravel::FileError.
     void change(const std::function<void(nlohmann::json& object)>&);
@@ -38,6 +40,7 @@ class SettingsFile {
     Report report_;
     mutable bool reported_ = false;
     mutable std::string known_; // the last good text
+    mutable std::optional<dravel::SafeFile::Modified> seen_;
 };
 
 // What a settings file says; none when it is damaged. A number beyond all bounds counts as the greatest one.
@@ -53,7 +56,7 @@ class Preferences {
 
     Preferences(std::filesystem::path file, std::filesystem::path lockFolder, Report report = {});
 
-    void check() const; // so that damage is told, and mended, at once
+    void check() const { file_.check(); } // so that damage is told, and mended, at once
 
     std::optional<std::string> taskFilePath() const;
     bool calendarSync() const; // when absent: whether there is a calendarID
