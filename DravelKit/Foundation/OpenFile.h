@@ -38,6 +38,8 @@ class OpenFile {
     void write(std::string_view bytes) const;     // at the start
     void overwrite(std::string_view bytes) const; // in place: the bytes, the length, and down to the disk
     void sync() const;
+    // What root has just made in a user's folder is that user's. Best effort.
+    void joinItsFolder() const;
 
   private:
     std::size_t length() const;
@@ -73,7 +75,7 @@ struct Identity {
 // folder).
 std::filesystem::path followedLinks(const std::filesystem::path&);
 
-// The folder and those above it, 0700 where missing.
+// The folder and those above it, 0700 where missing; in a user's folder, that user's.
 void makeFolders(const std::filesystem::path&);
 
 // A file as it was read. Keeps it open, for the attributes that a new version must take over.

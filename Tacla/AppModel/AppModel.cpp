@@ -13,6 +13,9 @@ using Happened = MirrorEvent::Kind;
 using dravel::FileError;
 using std::filesystem::path;
 
+// What could not be written is said long enough to be read, whether or not the list can be.
+static constexpr auto shownAtLeast = 6s;
+
 AppModel::AppModel(Ports ports, path file, bool passive)
     : ports_(std::move(ports)), document_(std::move(file), ports_.folders),
       mirror_(ports_.loop, ports_.background, ports_.preferences, ports_.calendar, state_.tasks, document_.renamed(),
@@ -34,10 +37,7 @@ void AppModel::start() {
     reload();
     document_.pruneCopies(now());
     poll_.emplace(ports_.loop, 2s, [this] { checkFile(); });
-    periodic_.emplace(ports_.loop, 600s, [this] {
-        if (state_.fileError) reload(); // it may be over by now, and no sync runs before
-        tellOf(Happened::periodPassed);
-    });
+    periodic_.emplace(ports_.loop, 600s, [this] { tellOf(Happened::periodPassed); });
     tellOf(Happened::started);
     permission_.refreshWhenServersComeAndGo();
 }
@@ -64,6 +64,7 @@ void AppModel::refresh() {
     state_.now = now();
     attempt("de lire", document_.file(), [this] {
         state_.tasks = document_.read();
+        state_.unreadDates = document_.unreadDates();
         state_.fileError.reset();
         mirror_.handle({Happened::listRead});
     });
@@ -76,10 +77,12 @@ void AppModel::reload() {
 }
 
 void AppModel::checkFile() {
+    ports_.preferences.check();
     const bool newZone = dravel::wall::refreshZone();
     const auto moment = now();
     const auto stamp = document_.onDisk();
-    if (!newZone && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
+    const bool mayBeOver = state_.fileError && moment - failed_ >= shownAtLeast;
+    if (!newZone && !mayBeOver && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
         if (Clock::of(moment) == Clock::of(state_.now)) return;
         state_.now = moment;
         if (reminders_) reminders_->minutePassed(state_.tasks, moment);
@@ -107,6 +110,7 @@ bool AppModel::attempt(std::string_view deed, const path& file, const std::funct
     return true;
 } catch (const FileError& error) {
     state_.fileError = sentence(impossible(deed, file, error));
+    failed_ = now();
     mirror_.handle({Happened::listUnreadable});
     return false;
 }
@@ -194,6 +198,14 @@ void AppModel::add(const std::string& title, std::optional<Day> day, std::option
     if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today())) apply(*edit);
 }
 
+void AppModel::bringBack(const path& copy) {
+    std::string text;
+    if (!attempt("de lire", copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
+    if (!document_.isStale(document_.onDisk())) return apply(UserEdit::bringBack(std::move(text)));
+    show(UndoBar{"Le fichier a changé depuis : rien n'a été rétabli.", false});
+    reload(); // what was to be replaced is not what was looked at
+}
+
 void AppModel::use(const path& file) {
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
     document_.open(file);
@@ -220,7 +232,14 @@ void AppModel::enableCalendarSync() {
 
 void AppModel::applyLaunchAtLogin() {
     if (ports_.loginItem == nullptr || ports_.preferences.wantsLaunchAtLogin() == false) return;
-    if (!ports_.loginItem->isEnabled()) setLaunchAtLogin(true);
+    switch (ports_.loginItem->status()) {
+    case LoginItem::Status::enabled: return;
+    case LoginItem::Status::switchedOff: // in the desktop's settings: the same choice in another place
+        return store([&] { ports_.preferences.setWantsLaunchAtLogin(false); });
+    case LoginItem::Status::absent:
+    case LoginItem::Status::foreign:
+        if (ports_.loginItem->mayComeUnasked()) setLaunchAtLogin(true);
+    }
 }
 
 void AppModel::setLaunchAtLogin(bool on) {

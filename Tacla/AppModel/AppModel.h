@@ -55,6 +55,10 @@ class AppModel {
     void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
     void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
+    void convertLineEnds() { apply(UserEdit::plainLineEnds()); }
+    std::vector<dravel::FileCopies::Copy> copies() const { return document_.copies(); }
+    void bringBack(const std::filesystem::path& copy);
+
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();
     bool canUndo() const { return document_.canUndo(); } // whether the file still holds it is known when it is undone
@@ -109,6 +113,7 @@ class AppModel {
 
     Ports ports_;
     ModelState state_;
+    Instant failed_{}; // since when there is a fileError
     TaskDocument document_;
     CalendarMirror mirror_;
     NotificationPermission permission_;

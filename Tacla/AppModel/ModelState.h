@@ -18,7 +18,8 @@ struct UndoBar {
 
 // Everything that the menu and the pages show: a value, so that what they decide is a function of it.
 struct ModelState {
-    Tasks tasks; // every task of the file, in file order
+    Tasks tasks;                 // every task of the file, in file order
+    std::size_t unreadDates = 0; // lines whose date a carriage return hides
     Day today{1970, 1, 1};
     Instant now{}; // the last minute tick
     std::filesystem::path file;

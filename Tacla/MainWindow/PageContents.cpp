@@ -43,6 +43,11 @@ TaskGroups grouped(Tasks tasks, DayOf dayOf, Make make) {
     return groups;
 }
 
+std::string unreadDatesText(std::size_t lines) {
+    if (lines == 1) return "1 ligne finit par un retour chariot : sa date n'est pas lue";
+    return std::to_string(lines) + " lignes finissent par un retour chariot : leur date n'est pas lue";
+}
+
 bool inTrouble(const ModelState& state) {
     return state.fileError || (state.calendarSync && (state.syncError || state.connection == Connection::signedOut));
 }
@@ -201,6 +206,7 @@ TaskGroups doneGroups(const ModelState& state) {
 std::vector<Problem> problems(const ModelState& state) {
     std::vector<Problem> found;
     if (state.fileError) found.push_back({*state.fileError, ColourRole::danger});
+    if (state.unreadDates > 0) found.push_back({unreadDatesText(state.unreadDates), ColourRole::warning, true});
     if (state.calendarSync && state.syncError) found.push_back({"Agenda : " + *state.syncError, ColourRole::warning});
     return found;
 }
@@ -248,6 +254,11 @@ std::string syncText(const ModelState& state, const TimeText& timeText) {
     if (state.syncing) return "En cours";
     if (state.lastSync) return "Dernière : " + timeText(*state.lastSync) + ", puis à chaque modification de la liste";
     return "Pas encore faite";
+}
+
+std::string copyText(Instant made, Day today) {
+    const auto day = Day::of(made);
+    return (day == today ? "Aujourd'hui" : capitalised(day.longLabel())) + " à " + Clock::of(made).description();
 }
 
 std::string calendarSyncText(bool on) {

@@ -54,6 +54,7 @@ TaskGroups doneGroups(const ModelState&);
 struct Problem {
     std::string text;
     ColourRole role;
+    bool offersLineEnds = false; // a button converts the list's ends of lines
 
     bool operator==(const Problem&) const = default;
 };
@@ -87,5 +88,6 @@ SyncBadgeContent syncBadge(const ModelState&, const TimeText&);
 
 std::string syncText(const ModelState&, const TimeText&);
 std::string calendarSyncText(bool on);
+std::string copyText(Instant made, Day today); // when a copy of the list was kept
 
 }

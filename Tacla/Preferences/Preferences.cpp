@@ -1,13 +1,14 @@
 #include "Tacla/Preferences/Preferences.h"
 
-#include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/Text.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -18,24 +19,36 @@ namespace {
 using dravel::FileError;
 using nlohmann::json;
 
-// None when the text is no JSON object. An empty file is what a crash of the system can leave of a new one: no
-// settings.
-std::optional<json> parsed(std::string_view text) {
-    if (dravel::trimmedOfWhiteSpaceAndLineBreaks(text).empty()) return json::object();
-    auto value = json::parse(text, nullptr, false);
-    if (!value.is_object()) return {};
-    return value;
+// Settings of any version stay far below; each level costs stack when values are copied and written.
+constexpr int deepest = 100;
+
+bool isBlank(std::string_view text) { return dravel::trimmedOfWhiteSpaceAndLineBreaks(text).empty(); }
+
+// Behind the string that begins there.
+std::size_t endOfString(std::string_view text, std::size_t begin) {
+    for (auto at = begin + 1; at < text.size(); ++at) {
+        if (text[at] == '"') return at + 1;
+        if (text[at] == '\\') ++at;
+    }
+    return text.size();
 }
 
-// None when the file is damaged; other failures are thrown.
-std::optional<json> settingsIn(const std::filesystem::path& file) {
-    try {
-        return parsed(dravel::SafeFile::readText(file));
-    } catch (const FileError& error) {
-        if (error.kind == FileError::Kind::notUtf8) return {};
-        if (error.kind == FileError::Kind::system && error.code == ENOENT) return json::object();
-        throw;
+// The text with the greatest number in place of those that no double holds, which the parser refuses.
+std::string withinBounds(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        auto end = at + 1;
+        if (text[at] == '"') {
+            end = endOfString(text, at);
+        } else if ((text[at] >= '0' && text[at] <= '9')) {
+            end = std::min(text.find_first_not_of("0123456789.eE+-", at), text.size());
+        }
+        const std::string piece(text.substr(at, end - at));
+        const bool isBeyond = piece.size() > 1 && piece[0] != '"' && std::isinf(std::strtod(piece.c_str(), nullptr));
+        result += isBeyond ? "1.7976931348623157e308" : piece;
+        at = end;
     }
+    return result;
 }
 
 // The value of a key, null where there is none: null is no value of any type here.
@@ -66,13 +79,41 @@ std::optional<int> length(const json& value) {
 
 }
 
+// An empty file is what a crash of the system can leave of a new one: no settings.
+std::optional<json> parsedSettings(std::string_view text) {
+    if (isBlank(text)) return json::object();
+    bool tooDeep = false;
+    const auto look = [&](int depth, json::parse_event_t, const json&) { return !(tooDeep |= depth > deepest); };
+    auto value = json::parse(withinBounds(text), look, false);
+    if (tooDeep || !value.is_object()) return {};
+    return value;
+}
+
 SettingsFile::SettingsFile(std::filesystem::path file, std::filesystem::path lockFolder, Report report)
     : file_(std::move(file)), lockFolder_(std::move(lockFolder)), report_(std::move(report)) {}
 
+// None when the file is damaged, as one is that lost all that was known; other failures are thrown.
+std::optional<json> SettingsFile::settingsThere() const {
+    seen_ = dravel::SafeFile::modified(file_);
+    try {
+        auto text = dravel::SafeFile::readText(file_);
+        if (isBlank(text) && !known_.empty()) return {};
+        auto settings = parsedSettings(text);
+        if (settings) known_ = std::move(text);
+        return settings;
+    } catch (const FileError& error) {
+        if (error.kind == FileError::Kind::notUtf8) return {};
+        if (error.kind != FileError::Kind::system || error.code != ENOENT) throw;
+        known_.clear(); // who removes it wants to begin anew
+        return json::object();
+    }
+}
+
 json SettingsFile::read() const {
     try {
-        if (auto settings = settingsIn(file_)) return std::move(*settings);
+        if (auto settings = settingsThere()) return std::move(*settings);
         setAsideIfDamaged();
+        return parsedSettings(known_).value_or(json::object());
     } catch (const FileError& error) {
         if (report_ && !std::exchange(reported_, true))
             report_("réglages illisibles (" + file_.string() + ") : " + error.description());
@@ -80,18 +121,24 @@ json SettingsFile::read() const {
     return json::object();
 }
 
+void SettingsFile::check() const {
+    if (dravel::SafeFile::modified(file_) != seen_) read();
+}
+
 // Looks again under the lock: another process may have put good settings there meanwhile.
 void SettingsFile::setAsideIfDamaged() const {
-    const auto aside = file_.string() + ".broken";
-    const auto isDamaged = [this] { return !settingsIn(file_); };
-    if (dravel::SafeFile::moveAside(file_, aside, isDamaged, lockFolder_) && report_)
-        report_("réglages endommagés, mis de côté dans " + aside);
+    const auto isDamaged = [this] { return !settingsThere(); };
+    const auto aside = dravel::SafeFile::moveAside(file_, ".broken", isDamaged, lockFolder_);
+    if (!aside) return;
+    const auto known = [this](std::string_view there) { return there.empty() ? std::optional(known_) : std::nullopt; };
+    if (!known_.empty()) dravel::SafeFile::editOwn(file_, known, lockFolder_);
+    if (report_) report_("réglages endommagés, mis de côté dans " + aside->string());
 }
 
 void SettingsFile::change(const std::function<void(json&)>& change) {
-    if (!settingsIn(file_)) setAsideIfDamaged();
+    if (!settingsThere()) setAsideIfDamaged();
     const auto edited = [&](std::string_view text) -> std::optional<std::string> {
-        const auto before = parsed(text);
+        const auto before = parsedSettings(text);
         if (!before) throw FileError(FileError::Kind::changed, file_);
         auto after = *before;
         change(after);

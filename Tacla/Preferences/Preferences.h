@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/UserFolders.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -8,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tacla {
@@ -22,30 +24,39 @@ class SettingsFile {
 
     SettingsFile(std::filesystem::path file, std::filesystem::path lockFolder, Report report);
 
-    // Empty when there is no file. A damaged file is moved to "….broken" and reported, and so is read as empty; one
-    // that cannot be read is reported, once.
+    // Empty when there is no file. A damaged file is moved to "….broken" and reported; what this process knew of it is
+    // written back, and so is read. One that cannot be read is reported, once.
     nlohmann::json read() const;
+    void check() const; // the same, unless one stat tells that nothing has changed
 
     // Reads, changes and saves under one lock; writes nothing when nothing changed. Throws dravel::FileError.
     void change(const std::function<void(nlohmann::json& object)>&);
 
   private:
     void setAsideIfDamaged() const;
+    std::optional<nlohmann::json> settingsThere() const;
 
     std::filesystem::path file_, lockFolder_;
     Report report_;
     mutable bool reported_ = false;
+    mutable std::string known_; // the last good text
+    mutable std::optional<dravel::SafeFile::Modified> seen_;
 };
+
+// What a settings file says; none when it is damaged. A number beyond all bounds counts as the greatest one.
+std::optional<nlohmann::json> parsedSettings(std::string_view utf8);
 
 // The settings that the application and the terminal share: one JSON object in a file, read at each question, written
 // one key at a time under a lock, so that two processes never lose each other's keys. A value of another type than its
-// key's counts as absent. A damaged file is kept aside as "preferences.json.broken", reported once, and read as empty.
-// Setters throw dravel::FileError.
+// key's counts as absent. A damaged file is kept aside as "preferences.json.broken" and reported; what was known goes
+// on. Setters throw dravel::FileError.
 class Preferences {
   public:
     using Report = SettingsFile::Report;
 
     Preferences(std::filesystem::path file, std::filesystem::path lockFolder, Report report = {});
+
+    void check() const { file_.check(); } // so that damage is told, and mended, at once
 
     std::optional<std::string> taskFilePath() const;
     bool calendarSync() const; // when absent: whether there is a calendarID

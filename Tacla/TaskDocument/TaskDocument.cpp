@@ -2,8 +2,10 @@
 
 #include "DravelKit/Foundation/FileCopies.h"
 #include "DravelKit/Foundation/Hash.h"
+#include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/Labels.h"
 #include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskLines.h"
 
 #include <algorithm>
 #include <tuple>
@@ -25,6 +27,24 @@ std::string naming(const std::string& what, const std::string& title) {
 std::string keyAfter(const RenamedKeys::Map& renamed, const std::string& key) {
     const auto found = renamed.find(key);
     return found == renamed.end() ? key : found->second;
+}
+
+// As it is in a folder that somebody has deleted: no file is found there.
+path fromHere(const path& file) {
+    std::error_code gone;
+    const auto absolute = std::filesystem::absolute(file, gone);
+    return gone ? file : absolute;
+}
+
+// The carriage return is a part of the line's last part, which then says nothing.
+std::size_t countUnreadDates(std::string_view text) {
+    if (text.find('\r') == text.npos) return 0;
+    return static_cast<std::size_t>(std::ranges::count_if(dravel::split(text, "\n"), [](std::string_view line) {
+        if (!line.ends_with('\r')) return false;
+        const auto read = readTaskLine(line, 0), meant = readTaskLine(line.substr(0, line.size() - 1), 0);
+        return read.isTask() && (read.day != meant.day || read.time != meant.time || read.due != meant.due ||
+                                 read.doneOn != meant.doneOn);
+    }));
 }
 
 // None when neither the title nor the moment changes anything.
@@ -56,9 +76,8 @@ RenamedKeys::Map keysGivenBack(const SafeFile::Change& change) {
 path documentsTaskFile(const dravel::UserFolders& folders) { return folders.documents / "Tacla" / "taches.md"; }
 
 path resolvedFile(const std::string& taclaFile, const Preferences& preferences, const dravel::UserFolders& folders) {
-    if (!taclaFile.empty()) return std::filesystem::absolute(taclaFile);
-    if (const auto chosen = preferences.taskFilePath(); chosen && !chosen->empty())
-        return std::filesystem::absolute(*chosen);
+    if (!taclaFile.empty()) return fromHere(taclaFile);
+    if (const auto chosen = preferences.taskFilePath(); chosen && !chosen->empty()) return fromHere(*chosen);
     const auto earlier = folders.home / "quillo" / "taches.md";
     std::error_code unreachable;
     return std::filesystem::exists(earlier, unreachable) ? earlier : documentsTaskFile(folders);
@@ -147,6 +166,22 @@ Text UndoStep::takenBackFrom(std::string_view text) const {
     return std::string(text.substr(0, at_)) + before_ + std::string(text.substr(at_ + after_.size()));
 }
 
+UserEdit UserEdit::plainLineEnds() {
+    return {"Fins de ligne converties", [](std::string_view text) {
+                auto plain = dravel::replacedAll(text, "\r\n", "\n");
+                if (plain.ends_with('\r')) plain.pop_back();
+                return Text(std::move(plain));
+            }};
+}
+
+// An editor's save in between is not what the user wants to give up.
+UserEdit UserEdit::bringBack(std::string copy) {
+    return {"Copie de la liste rétablie", [copy = std::move(copy), seen = Text()](std::string_view text) mutable {
+                if (!seen) seen = text;
+                return *seen == text ? Text(copy) : Text();
+            }};
+}
+
 TaskDocument::TaskDocument(path file, dravel::UserFolders folders)
     : file_(std::move(file)), folders_(std::move(folders)) {}
 
@@ -164,6 +199,7 @@ Tasks TaskDocument::read() {
     const auto text = SafeFile::readText(file_);
     unreadable_ = false;
     lastRead_ = stamp;
+    unreadDates_ = countUnreadDates(text);
     return TaskFile::parse(text);
 }
 
@@ -233,6 +269,10 @@ TaskDocument::Keys TaskDocument::follow(const Change& change) {
     auto keys = TaskFile::renamedKeys(change.before, change.after);
     renamed_.remember(keys);
     return keys;
+}
+
+std::vector<dravel::FileCopies::Copy> TaskDocument::copies() const {
+    return dravel::FileCopies::of(copiesFolder(folders_), file_);
 }
 
 void TaskDocument::pruneCopies(Instant now) const { dravel::FileCopies::prune(copiesFolder(folders_), now); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/Foundation/FileCopies.h"
 #include "DravelKit/Foundation/Instant.h"
 #include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/UserFolders.h"
@@ -15,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tacla {
 
@@ -22,7 +24,7 @@ namespace tacla {
 std::filesystem::path documentsTaskFile(const dravel::UserFolders&);
 
 // The task file in use: TACLA_FILE (empty counts as unset), else the chosen path, else ~/quillo/taches.md where that
-// exists, else documentsTaskFile. Absolute.
+// exists, else documentsTaskFile. Absolute, but for a relative one in a deleted folder.
 std::filesystem::path resolvedFile(const std::string& taclaFile, const Preferences&, const dravel::UserFolders&);
 
 // Where the list is kept as it was before each change: <state>/Tacla/copies.
@@ -65,6 +67,8 @@ struct UserEdit {
     static UserEdit remove(const TaskItem&);
     // None when the title cannot be written.
     static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong, Day today);
+    static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
+    static UserEdit bringBack(std::string copy);
 };
 
 // A change of the text, as small as it is: enough to take it back from the text that it left, and from no other.
@@ -94,11 +98,12 @@ class TaskDocument {
     static void createIfMissing(const std::filesystem::path&); // with the new-file text
 
     Tasks read();
+    std::size_t unreadDates() const { return unreadDates_; } // lines whose date a carriage return hides, at that time
     std::optional<Tasks> readIfPossible();
     // The text in pieces of whole lines, so that it never stands in memory; they count once the last one came.
     void readByLines(const std::function<void(std::string_view lines)>&) const;
 
-    // When the file was modified. Good enough to notice a change, never to prove that there was none.
+    // What one stat tells of the file. Good enough to notice a change, never to prove that there was none.
     using Stamp = std::optional<dravel::SafeFile::Modified>;           // none: no such file
     Stamp onDisk() const { return dravel::SafeFile::modified(file_); } // one stat
     const Stamp& lastRead() const { return lastRead_; }                // of the last successful read
@@ -126,7 +131,8 @@ class TaskDocument {
     Keys follow(const Change&);
     RenamedKeys& renamed() { return renamed_; }
 
-    void pruneCopies(Instant now) const; // those that have become too old
+    std::vector<dravel::FileCopies::Copy> copies() const; // of this list, the latest first
+    void pruneCopies(Instant now) const;                  // those that have become too old
 
   private:
     std::optional<Change> save(const dravel::SafeFile::Edit&, Instant now) const;
@@ -134,6 +140,7 @@ class TaskDocument {
     std::filesystem::path file_;
     dravel::UserFolders folders_;
     Stamp lastRead_;
+    std::size_t unreadDates_ = 0;
     bool unreadable_ = false;    // the last read failed: the file may come back just as it was
     std::deque<UndoStep> steps_; // the last one at the end
     RenamedKeys renamed_;

@@ -106,10 +106,11 @@ NewKeys changedKeys(const std::vector<KeyedTitle>& before, const std::vector<Key
 
 std::optional<std::string> writableTitle(std::string typed) {
     if (!dravel::isValidUtf8(typed)) return {};
+    typed = dravel::withoutLineBreaks(typed);
     // Replacing one can bring two others together.
     while (typed.find(separator) != typed.npos) typed = dravel::replacedAll(typed, separator, " - ");
     const auto title = withoutStrongMark(dravel::trimmedOfWhiteSpaceAndLineBreaks(typed));
-    if (title.empty() || dravel::holdsLineBreak(title)) return {};
+    if (title.empty()) return {};
     return std::string(title);
 }
 

@@ -17,13 +17,16 @@
 #include <QApplication>
 #include <QPalette>
 #include <QSessionManager>
+#include <QSocketNotifier>
 #include <QUrl>
 #include <QUuid>
 
 #include <pthread.h>
+#include <sys/eventfd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -105,6 +108,26 @@ void setUp(QApplication& application, dravel::Appearance appearance) {
     dravel::installLook(application, appearance);
 }
 
+// The end of a session, `kill`, Ctrl+C: the program ends in order, as by « Quitter ». A second one ends it at once.
+class EndSignals {
+  public:
+    EndSignals() : notifier_(wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), QSocketNotifier::Read) {
+        QObject::connect(&notifier_, &QSocketNotifier::activated, [] { QCoreApplication::exit(); });
+        for (const int number : {SIGTERM, SIGINT}) {
+            struct sigaction action {};
+            if (::sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue; // as by nohup
+            action = {};
+            action.sa_handler = [](int) { ::eventfd_write(wakeUp, 1); };
+            action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+            ::sigaction(number, &action, nullptr);
+        }
+    }
+
+  private:
+    static inline int wakeUp = -1; // all that a handler may touch
+    QSocketNotifier notifier_;
+};
+
 DesktopActions desktopActions(Bus& session, const dravel::UserFolders& folders) {
     DesktopActions actions;
     actions.openFile = FreedesktopActions::openFile;
@@ -127,8 +150,9 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     std::optional<Watchdog> watchdog;
     if (const auto file = environment("TACLA_WATCHDOG"); !file.empty()) watchdog.emplace(file);
     std::optional<std::string> damage;
+    std::function<void(const std::string&)> report = [&](const std::string& message) { damage = message; };
     Preferences preferences(preferencesFile(paths.folders), paths.folders.locks,
-                            [&](const std::string& message) { damage = message; });
+                            [&](const std::string& message) { report(message); });
     makeCommandLineLink(commandLineLink(paths.folders.home, environment("PATH"), paths.program, existsOrDangles));
 
     Bus system(Bus::Kind::system);
@@ -145,6 +169,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     if (damage) model.report(*damage);
+    report = [&](const std::string& message) { loop.post([&model, message] { model.report(message); }); };
 
     ColourScheme scheme;
     WakeWatch wake;
@@ -171,6 +196,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .activationToken = activationToken,
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
+    const EndSignals endSignals;
     return QCoreApplication::exec();
 }
 

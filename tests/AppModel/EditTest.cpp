@@ -15,8 +15,8 @@ TEST(AppModel, EditsTitleAndMomentByTheirRules) {
         {{.title = "PAIN"}, "❗ Pain · 2025-03-06", "❗ PAIN · 2025-03-06"},
         {{.title = "a · b · · c"}, "❗ Pain · 2025-03-06", "❗ a - b - - c · 2025-03-06"},
         {{"  ", Day{2025, 3, 7}}, "❗ Pain · 2025-03-06", "❗ Pain · 2025-03-07"},
-        {{"two\nlines", Day{2025, 3, 7}}, "❗ Pain · 2025-03-06", "❗ Pain · 2025-03-07"},
-        {{.title = "two\u2028lines"}, "❗ Pain · 2025-03-06", "❗ Pain · 2025-03-06"},
+        {{"two\r\nlines", Day{2025, 3, 7}}, "❗ Pain · 2025-03-06", "❗ two lines · 2025-03-07"},
+        {{.title = "\u2028three\u2028\u0085 \flines"}, "❗ Pain · 2025-03-06", "❗ three   lines · 2025-03-06"},
         // What was not touched stays as the file has it, in its own spelling.
         {{.title = "Lait"}, "Pain · 2025-03-07 9:05", "Lait · 2025-03-07 9:05"},
         {{.title = "Lait"}, "Pain · 2027-02-30", "Lait · 2027-02-30"},

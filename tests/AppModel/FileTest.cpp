@@ -39,19 +39,19 @@ TEST(AppModel, SeesAnEditorsSaveWithinTwoSecondsAndLeavesTheSyncToThePeriodOrAWa
     EXPECT_EQ(world.calendar.runs.size(), 3U);
 }
 
-TEST(AppModel, TicksEachMinuteWithoutReadingTheFileAndReadsItAtMidnight) {
+TEST(AppModel, TicksEachMinuteAndSeesASaveThatKeepsTheModificationTime) {
     ModelWorld world("2025-03-04 23:57", "- [ ] A\n");
     world.start();
-    const auto modified = fs::last_write_time(world.file);
-    writeBytes(world.file, "- [ ] B\n");
-    fs::last_write_time(world.file, modified);
     world.loop.advance(2min);
     EXPECT_EQ(world.told, 2);
     EXPECT_EQ(world.state().now, moment("2025-03-04 23:59"));
-    EXPECT_EQ(world.task("A").line, 0);
     world.loop.advance(1min);
     EXPECT_EQ(world.state().today, (Day{2025, 3, 5}));
-    EXPECT_EQ(world.task("B").line, 0);
+    const auto modified = fs::last_write_time(world.file);
+    writeBytes(world.file, "- [ ] Beurre\n");
+    fs::last_write_time(world.file, modified); // as `touch -r` does
+    world.loop.advance(2s);
+    EXPECT_EQ(world.task("Beurre").line, 0);
 }
 
 TEST(AppModel, KeepsTheTasksOfAFileThatCannotBeReadAndRecoversByItself) {
@@ -97,6 +97,19 @@ TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     EXPECT_FALSE(world.task("A").done);
     EXPECT_EQ(world.model.reminders()->pending, pending);
     EXPECT_EQ(world.told, 1);
+    world.loop.advance(4s);
+    EXPECT_TRUE(world.state().fileError);
+    world.loop.advance(4s);
+    EXPECT_FALSE(world.state().fileError);
+}
+
+TEST(AppModel, MendsDamagedSettingsWithinTwoSeconds) {
+    ModelWorld world("2025-03-04 08:00", "");
+    world.start();
+    world.preferences.setOnboardingDone(true);
+    writeBytes(world.folder / "preferences.json", "{");
+    world.loop.advance(2s);
+    EXPECT_EQ(readBytes(world.folder / "preferences.json"), "{\n  \"onboardingDone\": true\n}\n");
 }
 
 TEST(AppModel, FollowsTheZone) {

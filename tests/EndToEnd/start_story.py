@@ -47,6 +47,17 @@ class Twice(Story):
         self.until_menu("(Aujourd'hui)", "Pain")
 
 
+class Ended(Story):
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_by_a_signal_ends_in_order(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            program = self.launch()
+            self.tray.wait()
+            program.send_signal(number)
+            self.assertEqual(program.wait(20), 0)
+
+
 class FromTheLauncher(Story):
     def test_a_new_task_can_be_typed_at_once(self):
         service = self.desktop.folder / "services/fr.dravel.Tacla.service"

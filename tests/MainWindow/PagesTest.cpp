@@ -6,6 +6,7 @@
 #include "DravelKit/DravelUI/SettingsCard.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
+#include <QMenu>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -71,6 +72,44 @@ TEST(Pages, TellWhatIsWrongWithTheFile) {
     EXPECT_EQ(problem.find("Impossible de lire " + window.world.file.string() + " : "), 0u) << problem;
     EXPECT_EQ(window.shown(), "Pain [20/11]\n") << "the last list that could be read";
     EXPECT_NE(texts(window.control<QWidget>("syncBadge")).find("Liste illisible"), std::string::npos);
+}
+
+TEST(Pages, OfferToConvertALineEndThatHidesADate) {
+    const std::string tasks = "- [ ] Pain · 2026-11-24\r\n";
+    TestWindow window(tasks);
+    const auto problem = texts(window.control<QWidget>("problems"));
+    EXPECT_NE(problem.find("1 ligne finit par un retour chariot : sa date n'est pas lue"), std::string::npos)
+        << problem;
+    EXPECT_EQ(window.shown(), "");
+    window.control<Button>("problem.lineEnds").click();
+    window.settle();
+    EXPECT_FALSE(window.control<QWidget>("problems").isVisible());
+    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n");
+    window.world.model.undo();
+    EXPECT_EQ(window.world.text(), tasks);
+}
+
+TEST(SettingsPage, LooksAtACopyAndBringsItBack) {
+    TestWindow window("- [ ] Pain\n");
+    window.world.model.toggle(window.world.task("Pain"));
+    window.page(Section::settings);
+    const auto choose = [&](int action) {
+        window.control<Button>("copies.bringBack").click();
+        auto& menu = window.control<QMenu>("copies");
+        EXPECT_EQ(menu.actions().at(0)->text(), u"Aujourd'hui à 10:40"_s);
+        menu.actions().at(0)->menu()->actions().at(action)->trigger();
+        menu.close();
+        window.settle();
+    };
+    choose(0);
+    EXPECT_TRUE(window.asked.at(0).starts_with("open 2026-11-24 10h40m00s ")) << window.asked.at(0);
+    testing::writeBytes(window.world.file, "- [ ] Lait\n"); // since the list was last looked at
+    choose(1);
+    EXPECT_EQ(window.world.text(), "- [ ] Lait\n");
+    choose(1);
+    EXPECT_EQ(window.world.text(), "- [ ] Pain\n");
+    window.world.model.undo();
+    EXPECT_EQ(window.world.text(), "- [ ] Lait\n");
 }
 
 TEST(SettingsPage, AsksTheDesktopAndFollowsItsAnswers) {

@@ -44,7 +44,12 @@ class RecordedLoginItem final : public LoginItem {
     bool enabled = false;
     std::optional<dravel::FileError> failure;
 
-    bool isEnabled() const override { return enabled; }
+    bool switchedOff = false, unasked = true;
+
+    Status status() const override {
+        return switchedOff ? Status::switchedOff : enabled ? Status::enabled : Status::absent;
+    }
+    bool mayComeUnasked() const override { return unasked; }
     void enable() override { set(true); }
     void disable() override { set(false); }
 

@@ -9,6 +9,7 @@
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 
 #include <QHBoxLayout>
+#include <QMenu>
 
 namespace tacla {
 
@@ -21,6 +22,8 @@ using dravel::Switch;
 using dravel::Symbol;
 
 namespace {
+
+constexpr std::size_t mostCopiesOffered = 30;
 
 // A button at the right of a row. Several buttons of a page say "Ouvrir": the accessible name tells them apart.
 template <class Action>
@@ -86,10 +89,29 @@ void SettingsPage::addListCard() {
     });
 
     auto* copies = addRow(*card, Symbol::Files, u"copies"_s, u"Copies de la liste"_s,
-                          u"Une copie est gardée avant chaque changement, pendant 30 jours au plus."_s);
+                          u"Une copie est gardée avant chaque changement : toutes celles du jour, puis une par heure "
+                          u"pendant 7 jours, puis une par jour pendant 30 jours, 200 Mo en tout."_s);
+    auto* bringBack = neutral(u"Rétablir…"_s);
+    addButton(bringBack, *copies, "copies.bringBack", u"Rétablir une copie de la liste"_s,
+              [this, bringBack] { offerCopies(*bringBack); });
     addButton(neutral(u"Afficher les copies"_s), *copies, "copies.show", u"Afficher les copies"_s,
               [this] { actions_.showCopies(); });
     add(card);
+}
+
+void SettingsPage::offerCopies(QWidget& button) {
+    auto* menu = new QMenu(this);
+    menu->setObjectName(u"copies"_s);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    auto copies = model_.copies();
+    if (copies.empty()) menu->addAction(u"Aucune copie de cette liste"_s)->setEnabled(false);
+    if (copies.size() > mostCopiesOffered) copies.resize(mostCopiesOffered); // the others stand in the folder
+    for (const auto& copy : copies) {
+        auto* one = menu->addMenu(toQt(copyText(copy.made, model_.state().today)));
+        one->addAction(u"Regarder"_s, this, [this, path = copy.path] { actions_.openFile(path); });
+        one->addAction(u"Rétablir"_s, this, [this, path = copy.path] { model_.bringBack(path); });
+    }
+    menu->popup(button.mapToGlobal(button.rect().bottomLeft())); // not exec(), for those on the accessibility bus
 }
 
 void SettingsPage::addNotificationsCard() {

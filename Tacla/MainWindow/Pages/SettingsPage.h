@@ -22,6 +22,7 @@ class SettingsPage final : public dravel::DravelPage {
 
   private:
     void addListCard();
+    void offerCopies(QWidget& button);
     void addNotificationsCard();
     void addCalendarCard();
     void addSystemCard();
