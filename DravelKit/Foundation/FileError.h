@@ -15,6 +15,7 @@ class FileError : public std::runtime_error {
         notRegular, // a pipe, a socket, a device
         changed,    // somebody else kept saving the file while we tried to
         busy,       // another process held the lock for too long
+        damaged,    // the text is not what such a file holds
     };
 
     FileError(Kind kind, std::filesystem::path path, int code = 0);

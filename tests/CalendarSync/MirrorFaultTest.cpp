@@ -59,6 +59,7 @@ struct Disturbed : ::testing::Test {
     CalendarSync impatient{mirror.auth,
                            mirror.preferences,
                            mirror.endpoints.calendar,
+                           mirror.home / "locks",
                            mirror.time,
                            {.silence = patience, .exchange = patience}};
     Json calendars, strangers;
