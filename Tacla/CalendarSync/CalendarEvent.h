@@ -42,8 +42,8 @@ struct CalendarEvent {
     bool operator==(const CalendarEvent&) const = default;
 };
 
-// None for a task without a day, or on one that the service does not know: of the year 0, or ending after 9999. An event
-// with a time lasts half an hour.
+// None for a task without a day, or on one that the service does not know: of the year 0, or ending after 9999. An
+// event with a time lasts half an hour.
 std::optional<CalendarEvent> calendarEvent(const TaskItem&, const std::string& timeZone);
 
 // An event of the calendar that carries our marker.

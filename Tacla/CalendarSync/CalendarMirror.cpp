@@ -21,7 +21,7 @@ MirrorEvent failed(Kind kind, const std::exception_ptr& thrown) {
     try {
         std::rethrow_exception(thrown);
     } catch (const CalendarService::NotSignedIn& error) {
-        return {.kind = kind, .message = error.what(), .hint = error.hint, .account = Connection::signedOut};
+        return {.kind = kind, .message = error.what(), .account = Connection::signedOut, .hint = error.hint};
     } catch (const CalendarService::Failure& error) {
         return {.kind = kind, .message = error.what(), .hint = error.hint, .passing = error.passing};
     } catch (const std::exception& error) {
@@ -63,15 +63,17 @@ bool CalendarMirror::perform(const MirrorAction& action) {
     switch (action.kind) {
     case MirrorAction::Kind::askAccount:
         start<Connection>([service = service_](std::stop_token stop) { return service->account(std::move(stop)); },
-              Kind::accountTold, Kind::accountFailed);
+                          Kind::accountTold, Kind::accountFailed);
         return false;
     case MirrorAction::Kind::signIn:
-        start<Connection>([service = service_](std::stop_token stop) { return service->signIn(stop), Connection::signedIn; },
-              Kind::signedIn, Kind::signInFailed);
+        start<Connection>(
+            [service = service_](std::stop_token stop) { return service->signIn(stop), Connection::signedIn; },
+            Kind::signedIn, Kind::signInFailed);
         return false;
     case MirrorAction::Kind::signOut:
-        start<Connection>([service = service_](std::stop_token stop) { return service->signOut(stop), Connection::signedOut; },
-              Kind::signedOut, Kind::signOutFailed);
+        start<Connection>(
+            [service = service_](std::stop_token stop) { return service->signOut(stop), Connection::signedOut; },
+            Kind::signedOut, Kind::signOutFailed);
         return false;
     case MirrorAction::Kind::takeTurn: takeTurn(); return false;
     case MirrorAction::Kind::send: send(); return false;

@@ -60,7 +60,7 @@ std::string joined(const std::vector<std::string>& parts, std::string_view betwe
     return all;
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     return "« " + std::string(dravel::firstCharacters(text, shownCharacters)) + " »";
 }
 
@@ -73,9 +73,9 @@ std::string adviceOn(long status, bool aboutTask) {
 std::string hint(SyncError::Kind kind, long status, const std::string& body, const std::string& task) {
     if (kind != SyncError::Kind::http) return {};
     const auto said = serviceMessage(body);
-    const auto google = said.empty() ? said : "Google dit : " + quoted(said);
+    const auto google = said.empty() ? said : "Google dit : " + inQuotes(said);
     if (refusesForPace(status, body)) return joined({google, later}, ". ");
-    return joined({task.empty() ? task : "Tâche refusée : " + quoted(task), google, adviceOn(status, !task.empty())},
+    return joined({task.empty() ? task : "Tâche refusée : " + inQuotes(task), google, adviceOn(status, !task.empty())},
                   ". ");
 }
 
@@ -159,8 +159,7 @@ struct CalendarSync::Pass {
         }
         const bool gone = request.method == "DELETE" && (response.status == 404 || response.status == 410);
         if (gone || (response.status >= 200 && response.status < 300)) return std::move(response.body);
-        if (refusesForPace(response.status, response.body))
-            sync.pace_.refused(sync.time_.now(), response.retryAfter);
+        if (refusesForPace(response.status, response.body)) sync.pace_.refused(sync.time_.now(), response.retryAfter);
         throw SyncError::http(response.status, response.body, task);
     }
 
@@ -235,7 +234,8 @@ struct CalendarSync::Pass {
             request(method, url, std::move(body), task);
         };
         const auto event = [&](const std::string& id) { return events + "/" + dravel::percentEncoded(id); };
-        for (const auto& patch : plan.patch) send("PATCH", event(patch.id), patch.event.patchBody(), patch.event.summary);
+        for (const auto& patch : plan.patch)
+            send("PATCH", event(patch.id), patch.event.patchBody(), patch.event.summary);
         for (const auto& post : plan.post) send("POST", events, post.postBody(), post.summary);
         for (const auto& id : plan.remove) send("DELETE", event(id), std::nullopt, "");
     }
@@ -314,10 +314,11 @@ std::string CalendarSync::Result::hint() const {
     constexpr std::size_t named = 3;
     std::vector<std::string> titles;
     for (const auto& title : leftOut) {
-        if (titles.size() < named) titles.push_back(quoted(title));
+        if (titles.size() < named) titles.push_back(inQuotes(title));
     }
     if (leftOut.size() > named) titles.emplace_back("…");
-    return leftOut.empty() ? "" : "Sans événement, car Google Agenda ne connaît pas leur date : " + joined(titles, ", ");
+    return leftOut.empty() ? ""
+                           : "Sans événement, car Google Agenda ne connaît pas leur date : " + joined(titles, ", ");
 }
 
 }

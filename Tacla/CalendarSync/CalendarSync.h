@@ -38,7 +38,7 @@ class SyncError : public std::runtime_error {
     std::string description() const { return what(); } // in French
 
     const Kind kind;
-    const long status; // of http
+    const long status;      // of http
     const std::string hint; // see hintOf
     const bool passing;     // see passes
 };

@@ -48,10 +48,11 @@ class TerminalSync(unittest.TestCase):
         self.fails(f"{self.list} illisible", "sync")
         self.list.write_text(LIST)
         self.google.fault(at=1, kind="text", status=403, body="é" * 300)
-        self.fails("Google Agenda a répondu 403 " + "é" * 120, "sync")
+        self.fails("Google Agenda a répondu 403 " + "é" * 120 + "\ntacla : Activez l'API Google Calendar dans votre projet "
+                   "Google, ou reconnectez-vous", "sync")
         self.google.ask("/control", {"faults": [], "revoke": True})
         self.assertEqual(self.tacla("rename", "baguette", "Pain")[0], 1, "no such task any more")
-        self.fails("Pas connecté à Google", "sync")
+        self.fails("Pas connecté à Google\ntacla : Reconnectez-vous dans les réglages de Tacla", "sync")
         self.preferences.write_text('{"calendarSync": false}')
         self.fails("la recopie dans Google Agenda est désactivée (Réglages de Tacla)", "sync")
 
