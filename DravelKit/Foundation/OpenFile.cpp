@@ -192,6 +192,18 @@ void makeFolders(const std::filesystem::path& folder) {
     if (errno != EEXIST) throwSystemError(folder);
 }
 
+std::optional<OpenFile> tryLock(const std::filesystem::path& path, int flags) {
+    while (true) {
+        OpenFile file(path, flags, 0600);
+        if (!file.lock()) return {};
+        if ((flags & O_CREAT) != 0) file.joinItsFolder();
+        // Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
+        struct stat now {};
+        const bool stillThere = ::stat(path.c_str(), &now) == 0;
+        if (stillThere && Identity::of(now).sameFile(Identity::of(file.status()))) return file;
+    }
+}
+
 OpenFile openToRead(const std::filesystem::path& path) { return OpenFile(path, readFlags); }
 
 Snapshot Snapshot::of(const std::filesystem::path& path) { return snapshotOf(openToRead(path)); }

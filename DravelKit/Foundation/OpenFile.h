@@ -2,6 +2,7 @@
 
 #include "DravelKit/Foundation/FileError.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -53,6 +54,11 @@ class OpenFile {
     Path path_;
     int descriptor_;
 };
+
+// The lock over all processes that stands for this file, which is made where missing and stays; none while another one
+// holds it. Dropping it ends the lock, as does the end of its holder, however it comes.
+inline constexpr int lockFileFlags = O_RDWR | O_CREAT | O_NOFOLLOW;
+std::optional<OpenFile> tryLock(const std::filesystem::path&, int flags = lockFileFlags);
 
 OpenFile openToRead(const std::filesystem::path&);
 

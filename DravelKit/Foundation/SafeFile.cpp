@@ -22,24 +22,14 @@ constexpr auto pause = std::chrono::milliseconds(4);
 constexpr int mostAttempts = 1 + 3; // an editor may save in between three times
 constexpr int mostAside = 1000;
 
-// Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
-bool stillThere(const OpenFile& file, const Path& path) {
-    struct stat now {};
-    return ::stat(path.c_str(), &now) == 0 && Identity::of(now).sameFile(Identity::of(file.status()));
-}
-
 // The one lock under which all processes of this program change a file: advisory, and gone with its holder however that
 // one ends. Its file stands in the lock folder and stays there. Waits for a while, then throws FileError (busy).
 OpenFile acquired(const Path& path, int flags, const Path& target) {
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (true) {
-        OpenFile file(path, flags, 0600);
-        while (!file.lock()) {
-            if (std::chrono::steady_clock::now() >= deadline) throw FileError(FileError::Kind::busy, target);
-            std::this_thread::sleep_for(pause);
-        }
-        if ((flags & O_CREAT) != 0) file.joinItsFolder();
-        if (stillThere(file, path)) return file;
+        if (auto lock = tryLock(path, flags)) return std::move(*lock);
+        if (std::chrono::steady_clock::now() >= deadline) throw FileError(FileError::Kind::busy, target);
+        std::this_thread::sleep_for(pause);
     }
 }
 
@@ -47,13 +37,12 @@ OpenFile lockedIn(const Path& lockFolder, const Path& target) {
     makeFolders(lockFolder);
     const auto digest = sha256(target.native());
     const Path path = lockFolder / (base64Url(std::span(digest).first(18)) + ".lock");
-    constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW;
     try {
-        return acquired(path, flags, target);
+        return acquired(path, lockFileFlags, target);
     } catch (const FileError& error) { // somebody else's: the folder's owner may always make a new one
         if (error.code != EACCES || ::unlink(path.c_str()) != 0) throw;
     }
-    return acquired(path, flags, target);
+    return acquired(path, lockFileFlags, target);
 }
 
 // A home that cannot be written, no session, a full runtime folder: then the list's own folder is what all meet at.

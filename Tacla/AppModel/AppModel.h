@@ -37,6 +37,7 @@ class AppModel {
     void checkFile();                        // the two-second poll
     void wokeUp();                           // after a suspend
     void report(const std::string& message); // shown in the general status line (syncError)
+    void networkBack() { tellOf(MirrorEvent::Kind::networkBack); }
     // The keyring answers again: an account that is still unknown is asked for.
     void accountStoreAppeared() { tellOf(MirrorEvent::Kind::accountStoreAppeared); }
 

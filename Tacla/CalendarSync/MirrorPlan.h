@@ -3,6 +3,7 @@
 #include "DravelKit/Foundation/Instant.h"
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,8 +19,13 @@ struct MirrorState {
     bool on = false;          // the user's switch
     bool listReadable = true; // else nothing is sent, or an unreadable list would empty the calendar
     Connection connection = Connection::unknown;
-    bool asking = false; // for the account
-    bool running = false;
+    bool asking = false;                     // for the account
+    bool leaving = false;                    // a sign-out is under way
+    bool running = false;                    // also while it waits for its turn
+    bool stopping = false;                   // the run of now, whatever it comes to
+    bool again = false;                      // a run was asked for during the run of now
+    bool due = false;                        // the next run has its time
+    std::size_t retries = 0;                 // since the last success
     std::optional<dravel::Instant> lastSync; // end of the last successful run
     std::optional<std::string> status;       // what failed last; the application's general line
     std::optional<std::string> syncHint;     // beside it: what Google itself says, and what to do
@@ -34,12 +40,15 @@ struct MirrorEvent {
         accountStoreAppeared,
         periodPassed,
         wokeUp,
+        networkBack,
         listRead,
         listUnreadable,
         edited,
         savedWhileRead,
         listChosen,
         syncDue,
+        runWaits,
+        turnCame,
         runEnded,
         runFailed,
         accountTold,
@@ -61,10 +70,14 @@ struct MirrorEvent {
     Connection account = Connection::unknown; // accountTold; signedOut where a run found no account
     bool on = false;                          // of a switch
     dravel::Instant at = {};                  // of an outcome
+    std::string hint = {};                    // of a run: beside the message, or about what was left out
+    bool passing = false;                     // of a failure that may be over a little later
+    bool listChanged = false;                 // of a run: the tasks are no longer those that it sent
 };
 
 struct MirrorAction {
-    enum class Kind { askAccount, signIn, signOut, run, storeSwitch, syncAfter };
+    // takeTurn begins a run, send goes on with it; stopRun lets nothing more of it go out.
+    enum class Kind { askAccount, signIn, signOut, takeTurn, send, stopRun, storeSwitch, syncAfter };
     Kind kind;
     bool on = false;                    // storeSwitch
     std::chrono::milliseconds delay{0}; // syncAfter: takes the place of an earlier one

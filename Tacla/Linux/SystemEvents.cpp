@@ -66,6 +66,17 @@ void WakeWatch::prepareForSleep(bool goingDown) {
     if (!goingDown) wokeUp();
 }
 
+void NetworkWatch::watch(QDBusConnection system) {
+    system.connect({}, QStringLiteral("/org/freedesktop/NetworkManager"),
+                   QStringLiteral("org.freedesktop.NetworkManager"), QStringLiteral("StateChanged"), this,
+                   SLOT(stateChanged(uint)));
+}
+
+void NetworkWatch::stateChanged(uint state) {
+    constexpr uint connectedSite = 60, connectedGlobal = 70; // whether the internet is there, not everybody checks
+    if (state == connectedSite || state == connectedGlobal) back();
+}
+
 void SecretStoreWatch::watch(QDBusConnection session) {
     auto* watcher = new QDBusServiceWatcher(QStringLiteral("org.freedesktop.secrets"), session,
                                             QDBusServiceWatcher::WatchForRegistration, this);

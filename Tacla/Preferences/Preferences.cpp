@@ -110,6 +110,7 @@ std::optional<json> SettingsFile::settingsThere() const {
 }
 
 json SettingsFile::read() const {
+    const std::scoped_lock one(using_);
     try {
         if (auto settings = settingsThere()) return std::move(*settings);
         setAsideIfDamaged();
@@ -122,7 +123,15 @@ json SettingsFile::read() const {
 }
 
 void SettingsFile::check() const {
+    const std::scoped_lock one(using_);
     if (dravel::SafeFile::modified(file_) != seen_) read();
+}
+
+json SettingsFile::readOrThrow() const {
+    const std::scoped_lock one(using_);
+    if (auto settings = settingsThere()) return std::move(*settings);
+    setAsideIfDamaged();
+    throw FileError(FileError::Kind::damaged, file_);
 }
 
 // Looks again under the lock: another process may have put good settings there meanwhile.
@@ -136,8 +145,7 @@ void SettingsFile::setAsideIfDamaged() const {
 }
 
 void SettingsFile::change(const std::function<void(json&)>& change) {
-    if (!settingsThere()) setAsideIfDamaged();
-    const auto edited = [&](std::string_view text) -> std::optional<std::string> {
+    editText([&](std::string_view text) -> std::optional<std::string> {
         const auto before = parsedSettings(text);
         if (!before) throw FileError(FileError::Kind::changed, file_);
         auto after = *before;
@@ -148,8 +156,19 @@ void SettingsFile::change(const std::function<void(json&)>& change) {
         } catch (const json::type_error&) { // a path or an identifier in another encoding
             throw FileError(FileError::Kind::notUtf8, file_);
         }
-    };
-    dravel::SafeFile::editOwn(file_, edited, lockFolder_);
+    });
+}
+
+void SettingsFile::proveWritable() {
+    editText([](std::string_view text) -> std::optional<std::string> {
+        return text.ends_with("\n\n") ? std::string(text.substr(0, text.size() - 1)) : std::string(text) + "\n";
+    });
+}
+
+void SettingsFile::editText(const std::function<std::optional<std::string>(std::string_view text)>& edit) {
+    const std::scoped_lock one(using_);
+    if (!settingsThere()) setAsideIfDamaged();
+    dravel::SafeFile::editOwn(file_, edit, lockFolder_);
 }
 
 std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {
@@ -170,6 +189,13 @@ std::optional<std::string> Preferences::calendarID() const { return text(at(file
 
 bool Preferences::calendarCreatedByTacla() const {
     return flag(at(file_.read(), "calendarCreatedByTacla")).value_or(false);
+}
+
+std::optional<Preferences::Calendar> Preferences::calendar() const {
+    const auto settings = file_.readOrThrow();
+    auto id = text(at(settings, "calendarID"));
+    if (!id) return {};
+    return Calendar{std::move(*id), flag(at(settings, "calendarCreatedByTacla")).value_or(false)};
 }
 
 std::vector<std::string> Preferences::notifiedTasks() const { return texts(at(file_.read(), "notifiedTasks")); }

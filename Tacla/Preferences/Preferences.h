@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,16 +29,22 @@ class SettingsFile {
     // written back, and so is read. One that cannot be read is reported, once.
     nlohmann::json read() const;
     void check() const; // the same, unless one stat tells that nothing has changed
+    // For what must not take lost settings for empty ones: throws dravel::FileError where `read` would report.
+    nlohmann::json readOrThrow() const;
 
     // Reads, changes and saves under one lock; writes nothing when nothing changed. Throws dravel::FileError.
     void change(const std::function<void(nlohmann::json& object)>&);
 
+    void proveWritable(); // by writing a blank line; throws dravel::FileError
+
   private:
+    void editText(const std::function<std::optional<std::string>(std::string_view text)>&);
     void setAsideIfDamaged() const;
     std::optional<nlohmann::json> settingsThere() const;
 
     std::filesystem::path file_, lockFolder_;
     Report report_;
+    mutable std::recursive_mutex using_; // background jobs ask as well; guards what follows
     mutable bool reported_ = false;
     mutable std::string known_; // the last good text
     mutable std::optional<dravel::SafeFile::Modified> seen_;
@@ -62,6 +69,12 @@ class Preferences {
     bool calendarSync() const; // when absent: whether there is a calendarID
     std::optional<std::string> calendarID() const;
     bool calendarCreatedByTacla() const;
+    struct Calendar {
+        std::string id;
+        bool createdByTacla = false;
+    };
+    std::optional<Calendar> calendar() const; // throws dravel::FileError when the settings are lost
+    void proveWritable() { file_.proveWritable(); }
     std::vector<std::string> notifiedTasks() const;
     std::optional<bool> wantsLaunchAtLogin() const;
     bool onboardingDone() const;

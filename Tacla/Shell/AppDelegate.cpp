@@ -45,7 +45,10 @@ void AppDelegate::launch() {
     }
     ports_.loop.post([this] { // after the first picture
         ports_.model.applyLaunchAtLogin();
-        ports_.system.whenOpen([this](const QDBusConnection& connection) { ports_.wake.watch(connection); });
+        ports_.system.whenOpen([this](const QDBusConnection& connection) {
+            ports_.wake.watch(connection);
+            ports_.network.watch(connection);
+        });
         ports_.system.open();
     });
     connections_.push_back(ports_.session.lost.connect([this] { doWithoutSession(); }));
@@ -64,6 +67,7 @@ void AppDelegate::observe() {
     keep(ports_.notifications.responded.connect([this](const auto& response) { respond(response); }));
     keep(ports_.scheme.changed.connect([this] { followColours(); }));
     keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
+    keep(ports_.network.back.connect([this] { ports_.model.networkBack(); }));
     keep(ports_.secrets.appeared.connect([this] { ports_.model.accountStoreAppeared(); }));
 }
 

@@ -33,6 +33,7 @@ class AppDelegate {
         DesktopNotifications& notifications;
         ColourScheme& scheme;
         WakeWatch& wake;
+        NetworkWatch& network;
         SecretStoreWatch& secrets;
         Preferences& preferences;
         AppModel& model;

@@ -149,10 +149,10 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     QtMainLoop loop;
     std::optional<Watchdog> watchdog;
     if (const auto file = environment("TACLA_WATCHDOG"); !file.empty()) watchdog.emplace(file);
-    std::optional<std::string> damage;
-    std::function<void(const std::string&)> report = [&](const std::string& message) { damage = message; };
-    Preferences preferences(preferencesFile(paths.folders), paths.folders.locks,
-                            [&](const std::string& message) { report(message); });
+    AppModel* told = nullptr;
+    Preferences preferences(preferencesFile(paths.folders), paths.folders.locks, [&](const std::string& message) {
+        loop.post([&told, message] { told->report(message); }); // read in background jobs as well
+    });
     makeCommandLineLink(commandLineLink(paths.folders.home, environment("PATH"), paths.program, existsOrDangles));
 
     Bus system(Bus::Kind::system);
@@ -160,6 +160,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
     GoogleCalendarService calendar({.preferences = preferences,
                                     .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
+                                    .locks = paths.folders.locks,
                                     .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
                                     .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
                                     .openBrowser = [&loop](const std::string& url) {
@@ -168,11 +169,11 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
     AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
-    if (damage) model.report(*damage);
-    report = [&](const std::string& message) { loop.post([&model, message] { model.report(message); }); };
+    told = &model;
 
     ColourScheme scheme;
     WakeWatch wake;
+    NetworkWatch network;
     SecretStoreWatch secrets;
     dravel::Updater updater;
     const auto actions = desktopActions(session, paths.folders);
@@ -185,6 +186,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .notifications = notifications,
                           .scheme = scheme,
                           .wake = wake,
+                          .network = network,
                           .secrets = secrets,
                           .preferences = preferences,
                           .model = model,

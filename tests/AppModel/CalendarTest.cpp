@@ -15,6 +15,7 @@ struct Mirrored : ModelWorld {
         model.setCalendarSync(true);
         loop.advance(1s);
         calendar.runs.clear();
+        calendar.sent.clear();
     }
 };
 
@@ -31,6 +32,59 @@ TEST(AppModel, SyncsOnceForABurstOfEdits) {
     world.loop.advance(10s);
     EXPECT_EQ(world.calendar.runs.size(), 1U);
     EXPECT_EQ(world.state().lastSync, moment("2025-03-04 08:00") + 1900ms);
+}
+
+TEST(AppModel, SyncsAgainHalfASecondAfterARunThatAnEditOvertook) {
+    Mirrored world("- [ ] A\n");
+    world.background.held = true;
+    world.model.sync();
+    world.model.toggle(world.task("A")); // while it waits for its turn: it goes with it
+    world.background.runOne();
+    world.save("- [ ] B\n"); // an editor, while it sends
+    world.loop.advance(2s);
+    world.background.runOne();
+    world.background.held = false;
+    EXPECT_EQ(world.calendar.sent, std::vector<std::string>{"A: done"});
+    world.loop.advance(500ms);
+    EXPECT_EQ(world.calendar.sent, (std::vector<std::string>{"A: done", "B"}));
+    world.loop.advance(9min);
+    EXPECT_EQ(world.calendar.runs.size(), 2U);
+}
+
+TEST(AppModel, TriesAgainLaterAndLaterAndAtOnceWhenTheNetworkIsBack) {
+    Mirrored world("- [ ] A\n");
+    world.calendar.passing = true;
+    world.model.sync();
+    world.loop.advance(0s);
+    for (const auto wait : {15s, 30s, 60s, 120s, 240s}) {
+        const auto before = world.calendar.runs.size();
+        world.loop.advance(wait - 1s);
+        EXPECT_EQ(world.calendar.runs.size(), before);
+        world.loop.advance(1s);
+        EXPECT_EQ(world.calendar.runs.size(), before + 1);
+    }
+    EXPECT_EQ(world.state().syncHint, "attendre");
+    world.calendar.passing = false;
+    world.model.networkBack();
+    world.loop.advance(0s);
+    EXPECT_EQ(world.calendar.runs.size(), 7U);
+    EXPECT_EQ(world.state().syncError, std::nullopt);
+    EXPECT_EQ(world.state().syncHint, std::nullopt);
+    world.model.networkBack();
+    world.loop.advance(1min);
+    EXPECT_EQ(world.calendar.runs.size(), 7U);
+}
+
+TEST(AppModel, StopsTheRunWhenTheUserSaysNo) {
+    for (const bool signsOut : {false, true}) {
+        Mirrored world("- [ ] A\n");
+        world.background.held = true;
+        world.model.sync();
+        world.background.runOne(); // its turn
+        signsOut ? world.model.signOut() : world.model.setCalendarSync(false);
+        world.background.runOne();
+        EXPECT_TRUE(world.calendar.stopped);
+    }
 }
 
 TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {

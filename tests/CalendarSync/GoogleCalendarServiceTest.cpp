@@ -17,6 +17,7 @@ struct SigningIn : ::testing::Test {
     std::jthread browser;
     GoogleCalendarService service{{.preferences = mirror.preferences,
                                    .folders = {mirror.home.path(), mirror.home.path()},
+                                   .locks = mirror.home / "locks",
                                    .endpoints = mirror.endpoints,
                                    .keyring = mirror.keyring,
                                    .openBrowser = [this](const std::string& url) {
@@ -61,10 +62,10 @@ TEST_F(SigningIn, GivesAnAccountThatMirrorsUntilItIsGone) {
     EXPECT_NE(opened.find("calendar.app.created"), opened.npos);
 
     const auto tasks = TaskFile::parse("- [ ] Pain · 2025-03-04\n");
-    service.run(tasks, {}, {});
+    service.run({}, tasks, {}, {});
     EXPECT_EQ(mirror.google.state("calendars").begin()->at("events").size(), 1U);
     mirror.google.control({{"revoke", true}, {"forget_tokens", true}});
-    EXPECT_THROW(service.run(tasks, {}, {}), CalendarService::NotSignedIn);
+    EXPECT_THROW(service.run({}, tasks, {}, {}), CalendarService::NotSignedIn);
     EXPECT_EQ(service.account({}), Connection::signedOut);
 
     EXPECT_EQ(signIn("allow"), "signed in");
@@ -86,7 +87,7 @@ TEST_F(SigningIn, TellsNoSecretToAnybody) {
             told += signIn("allow");
             browser.join();
             try {
-                service.run(TaskFile::parse("- [ ] Pain · 2025-03-04\n"), {}, {});
+                service.run({}, TaskFile::parse("- [ ] Pain · 2025-03-04\n"), {}, {});
             } catch (const std::exception& error) {
                 told += error.what();
             }

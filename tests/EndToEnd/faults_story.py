@@ -236,7 +236,7 @@ class Network(Story):
         self.screen.wait("Agenda : Connexion impossible à 127.0.0.1")
         run("ip", "address", "add", "127.0.0.1/8", "dev", "lo")
         self.google.fault(at=3, kind="reset", after=True)
-        self.synchronise()
+        self.desktop.network_back()
         self.screen.wait("Agenda : Connexion perdue avec 127.0.0.1")
         self.synchronise()
         self.until_mirrored()

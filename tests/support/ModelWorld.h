@@ -22,15 +22,24 @@ class RecordedCalendar final : public CalendarService {
     Connection present = Connection::signedIn;
     std::optional<std::string> failure;                   // of the next calls
     bool signedOutMeanwhile = false;                      // run finds no account
+    bool passing = false;                                 // run meets a trouble that passes
+    bool stopped = false;                                 // whether the last run was
     std::vector<std::map<std::string, std::string>> runs; // the renamed keys that each sync was given
+    std::vector<std::string> sent;                        // the first task of each
 
     Connection account(std::stop_token) override { return present; }
     void signIn(std::stop_token) override { failIfTold(); }
     void signOut(std::stop_token) override { failIfTold(); }
-    void run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override {
+    Turn takeTurn(std::stop_token, const std::function<void()>&) override { return {}; }
+    std::string run(const Turn&, const Tasks& tasks, const std::map<std::string, std::string>& renamed,
+                    std::stop_token stop) override {
         runs.push_back(renamed);
+        sent.push_back(tasks.empty() ? "" : tasks[0].title + (tasks[0].done ? ": done" : ""));
+        stopped = stop.stop_requested();
         if (signedOutMeanwhile) throw NotSignedIn("Non connecté");
+        if (passing) throw Failure("hors ligne", "attendre", true);
         failIfTold();
+        return {};
     }
 
   private:

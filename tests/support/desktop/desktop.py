@@ -155,6 +155,11 @@ class Desktop:
                       GLib.Variant("(sssav)", ("org.freedesktop.login1.Manager", "PrepareForSleep", "b",
                                                [GLib.Variant("b", asleep)])), self.system)
 
+    def network_back(self):
+        """What NetworkManager says when the machine is connected."""
+        path, interface = "/org/freedesktop/NetworkManager", "org.freedesktop.NetworkManager"
+        self.system.emit_signal(None, path, interface, "StateChanged", GLib.Variant("(u)", (70,)))
+
     def lock_keyring(self):
         self.call(self.NAMES["secrets"], "/org/freedesktop/secrets", "org.freedesktop.Secret.Service", "Lock",
                   GLib.Variant("(ao)", (["/org/freedesktop/secrets/collection/login"],)))
