@@ -1,21 +1,15 @@
 #pragma once
 
-#include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Control.h"
-#include "DravelKit/Foundation/Instant.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <QWidget>
 
-#include <array>
 #include <vector>
 
-// What a task is checked, edited and typed with.
-class QBoxLayout;
-
+// What a task is checked and edited with.
 namespace dravel {
 class Button;
-class Chip;
 class DateField;
 class Switch;
 class TextField;
@@ -23,8 +17,6 @@ class TimeField;
 }
 
 namespace tacla {
-
-class AppModel;
 
 // The circle before a task. A click says clicked(); whether the task is done is the task file's to say.
 class CheckButton final : public dravel::Control {
@@ -81,38 +73,6 @@ class TaskEditor final : public QWidget {
     dravel::Switch* hasTime_;
     dravel::TimeField* time_;
     dravel::Button *cancel_, *save_;
-};
-
-// Where a new task is typed. Its day follows today until another one is picked.
-class AddTaskCard final : public dravel::Card {
-    Q_OBJECT
-
-  public:
-    AddTaskCard(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
-    void setToday(Day);
-    void focusTitle(); // ready to type
-
-  private:
-    void nameFields();
-    void arrange();
-    QBoxLayout* fieldLine();
-    QBoxLayout* choices();
-    void followFields();
-    void pick(Day);
-    void add();
-    void showDraft();
-    Day currentDay() const { return Day::of(now_()); }
-
-    AppModel& model_;
-    const dravel::Now& now_;
-    NewTaskDraft draft_;
-    Day today_;
-    dravel::TextField* title_;
-    std::array<dravel::Chip*, 3> chips_;
-    dravel::DateField* date_;
-    dravel::Switch *hasTime_, *strong_;
-    dravel::TimeField* time_;
-    dravel::Button* add_;
 };
 
 }
