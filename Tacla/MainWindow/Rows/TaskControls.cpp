@@ -2,6 +2,7 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
+#include "DravelKit/DravelUI/TextField.h"
 #include "Tacla/MainWindow/QtValues.h"
 
 #include <QKeyEvent>
@@ -74,22 +75,23 @@ void CheckButton::paint(QPainter& painter) {
     painter.drawPolyline(QPolygonF{{6, 10.4}, {8.8, 13.1}, {14, 7.4}});
 }
 
-TaskEditor::TaskEditor(const TaskDraft& draft, Day today, QWidget* parent)
-    : QWidget(parent), draft_(draft),
+TaskEditor::TaskEditor(const TaskDraft& draft, const dravel::Now& now, QWidget* parent)
+    : QWidget(parent), draft_(draft), now_(now),
       title_(new dravel::TextField(dravel::TextField::Kind::Boxed, u"Titre de la tâche"_s, this)),
-      date_(new dravel::DateField(u"Date"_s, this)), hasTime_(new dravel::Switch(u"Heure"_s)),
-      time_(new dravel::TimeField(u"Heure de la tâche"_s, this)),
+      offer_(new dravel::Offer(*title_, this)), date_(new dravel::DateField(u"Date"_s, this)),
+      hasTime_(new dravel::Switch(u"Heure"_s)), time_(new dravel::TimeField(u"Heure de la tâche"_s, this)),
       cancel_(new Button(Button::Kind::Neutral, u"Annuler"_s, this)),
       save_(new Button(Button::Kind::Prominent, u"Enregistrer"_s, this)) {
     setObjectName(u"editor"_s);
     title_->setObjectName(u"editor.title"_s);
     title_->setAccessibleName(u"Titre de la tâche"_s);
+    offer_->setObjectName(u"editor.offer"_s);
     date_->setObjectName(u"editor.date"_s);
     hasTime_->setObjectName(u"editor.hasTime"_s);
     time_->setObjectName(u"editor.time"_s);
     cancel_->setObjectName(u"editor.cancel"_s);
     save_->setObjectName(u"editor.save"_s);
-    setToday(today);
+    setToday(Day::of(now_()));
     fill();
     arrange();
     followFields();
@@ -112,6 +114,7 @@ void TaskEditor::arrange() {
     column->setSpacing(8);
     title_->setFixedHeight(titleHeight);
     column->addWidget(title_);
+    column->addWidget(offer_);
     auto* line = new QHBoxLayout;
     line->setSpacing(8);
     line->addWidget(date_);
@@ -125,7 +128,13 @@ void TaskEditor::arrange() {
 }
 
 void TaskEditor::followFields() {
-    connect(title_, &QLineEdit::textChanged, this, [this](const QString& text) { draft_.title = fromQt(text); });
+    connect(title_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        draft_.title = fromQt(text);
+        offer();
+    });
+    connect(offer_, &QAbstractButton::clicked, this, [this] {
+        if (told_) take(MomentWords(*told_));
+    });
     connect(date_, &QDateEdit::dateChanged, this, [this](QDate date) { draft_.day = fromQt(date); });
     connect(time_, &QTimeEdit::timeChanged, this, [this](QTime time) { draft_.time = fromQt(time); });
     connect(hasTime_, &QAbstractButton::toggled, this, [this](bool on) {
@@ -134,6 +143,29 @@ void TaskEditor::followFields() {
     });
     connect(cancel_, &QAbstractButton::clicked, this, [this] { Q_EMIT cancelled(Qt::OtherFocusReason); });
     connect(save_, &QAbstractButton::clicked, this, [this] { Q_EMIT saved(Qt::OtherFocusReason); });
+}
+
+int TaskEditor::neededHeight() const { return offer_->isVisibleTo(this) ? 104 : 68; }
+
+// A priority is not the editor's: words that tell one stay in the title.
+void TaskEditor::offer() {
+    const auto today = Day::of(now_());
+    told_ = momentWords(draft_.title, today, Clock::of(now_()));
+    if (told_ && told_->strong) told_.reset();
+    const int before = neededHeight();
+    offer_->make(told_ ? toQt(label(*told_, today)) : QString());
+    if (neededHeight() != before) Q_EMIT heightChanged();
+}
+
+void TaskEditor::take(const MomentWords& told) {
+    draft_ = taking(told, draft_);
+    title_->selectAll();
+    title_->insert(toQt(draft_.title)); // undo brings the words back
+    const auto taken = draft_;
+    date_->setDate(toQt(taken.day));
+    time_->setTime(toQt(taken.time));
+    hasTime_->setChecked(taken.hasTime);
+    title_->setFocus(Qt::OtherFocusReason);
 }
 
 std::vector<QWidget*> TaskEditor::stops() const {

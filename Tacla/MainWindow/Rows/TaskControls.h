@@ -1,16 +1,19 @@
 #pragma once
 
 #include "DravelKit/DravelUI/Control.h"
+#include "DravelKit/Foundation/Instant.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <QWidget>
 
+#include <optional>
 #include <vector>
 
 // What a task is checked and edited with.
 namespace dravel {
 class Button;
 class DateField;
+class Offer;
 class Switch;
 class TextField;
 class TimeField;
@@ -47,17 +50,19 @@ class TaskEditor final : public QWidget {
     Q_OBJECT
 
   public:
-    static constexpr int titleHeight = 32, editorHeight = 68;
+    static constexpr int titleHeight = 32;
 
-    TaskEditor(const TaskDraft&, Day today, QWidget* parent);
+    TaskEditor(const TaskDraft&, const dravel::Now&, QWidget* parent);
 
     const TaskDraft& draft() const { return draft_; }
     void setToday(Day);
+    int neededHeight() const;
     std::vector<QWidget*> stops() const; // in the order of the Tab key
 
   Q_SIGNALS:
     void saved(Qt::FocusReason);
     void cancelled(Qt::FocusReason);
+    void heightChanged();
 
   protected:
     void keyPressEvent(QKeyEvent*) override;
@@ -66,9 +71,14 @@ class TaskEditor final : public QWidget {
     void fill();
     void arrange();
     void followFields();
+    void offer();
+    void take(const MomentWords&);
 
     TaskDraft draft_;
+    const dravel::Now& now_;
     dravel::TextField* title_;
+    dravel::Offer* offer_;
+    std::optional<MomentWords> told_;
     dravel::DateField* date_;
     dravel::Switch* hasTime_;
     dravel::TimeField* time_;
