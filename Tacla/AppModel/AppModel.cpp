@@ -194,14 +194,20 @@ void AppModel::reschedule(const std::string& key, Day to) {
     if (const auto* task = find(document_.renamed().latest(key))) reschedule(TaskItem(*task), to, task->time);
 }
 
-void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong) {
-    if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today())) apply(*edit);
+std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
+                                         bool strong) {
+    const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today());
+    if (!edit) return "Ce titre ne peut pas être écrit.";
+    return apply(*edit) == Outcome::failed ? state_.fileError : std::nullopt;
 }
 
 void AppModel::bringBack(const path& copy) {
     std::string text;
     if (!attempt("de lire", copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
-    if (!document_.isStale(document_.onDisk())) return apply(UserEdit::bringBack(std::move(text)));
+    if (!document_.isStale(document_.onDisk())) {
+        apply(UserEdit::bringBack(std::move(text)));
+        return;
+    }
     show(UndoBar{"Le fichier a changé depuis : rien n'a été rétabli.", false});
     reload(); // what was to be replaced is not what was looked at
 }
