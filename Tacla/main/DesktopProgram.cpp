@@ -20,10 +20,12 @@
 #include <QUrl>
 #include <QUuid>
 
+#include <langinfo.h>
 #include <pthread.h>
 
 #include <algorithm>
 #include <chrono>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -50,6 +52,17 @@ int fail(const std::string& message) {
 }
 
 std::string environment(const char* name) { return qgetenv(name).toStdString(); }
+
+// Qt wants a locale whose texts are UTF-8, and complains of any other. LC_ALL would overrule what is chosen here: what it
+// says for the other categories goes on as LANG.
+void speakUtf8() {
+    if (std::setlocale(LC_CTYPE, "") != nullptr && std::string_view(::nl_langinfo(CODESET)) == "UTF-8") return;
+    if (const auto all = environment("LC_ALL"); !all.empty()) {
+        qputenv("LANG", QByteArray::fromStdString(all));
+        qunsetenv("LC_ALL");
+    }
+    qputenv("LC_CTYPE", "C.UTF-8");
+}
 
 // Platforms other than X11 and Wayland, such as "offscreen", need no display.
 bool hasScreen() {
@@ -253,6 +266,7 @@ int runSnapshot(int& argc, char** argv) {
 int main(int argc, char** argv) {
     ::pthread_setname_np(::pthread_self(), "tacla"); // as which the user knows this process
     const std::string_view command = argc > 1 ? argv[1] : "";
+    speakUtf8();
     try {
         if (command == "--notify-test") return runNotifyTest(argc, argv);
         if (command == "--snapshot") return runSnapshot(argc, argv);
