@@ -283,11 +283,20 @@ QPalette themePalette(Appearance appearance) {
     return palette;
 }
 
+// A desktop that changes its theme puts its own style into every running program, and so ends the kit's: which then is
+// set again. When the application ends there is nobody left to tell.
+void setKitStyle(QApplication& application) {
+    auto* style = new KitStyle;
+    QObject::connect(
+        style, &QObject::destroyed, &application, [&application] { setKitStyle(application); }, Qt::QueuedConnection);
+    QApplication::setStyle(style);
+}
+
 }
 
 void installLook(QApplication& application, Appearance appearance) {
     QAccessible::installFactory(kitAccessible);
-    application.setStyle(new KitStyle);
+    setKitStyle(application);
     QApplication::setFont(Theme::font(Theme::Typography::body));
     setAppearance(appearance);
 }

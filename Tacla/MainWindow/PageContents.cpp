@@ -107,6 +107,11 @@ std::optional<Section> sectionNamed(std::string_view name) {
     return std::nullopt;
 }
 
+Section sectionOf(const TaskItem& task, Day today) {
+    if (task.done) return Section::done;
+    return task.day && *task.day <= today ? Section::today : Section::upcoming;
+}
+
 std::string TaskGroup::title() const {
     if (!day) return heading;
     return heading.empty() ? capitalised(day->longLabel()) : heading + day->longLabel();
@@ -248,6 +253,12 @@ std::string syncText(const ModelState& state, const TimeText& timeText) {
     if (state.syncing) return "En cours";
     if (state.lastSync) return "Dernière : " + timeText(*state.lastSync) + ", puis à chaque modification de la liste";
     return "Pas encore faite";
+}
+
+std::string trayText(const ModelState& state) {
+    if (!state.withoutTray) return "";
+    return "Ce bureau n'a pas de zone de notification : fenêtre fermée, les rappels continuent. Tacla se rouvre depuis le "
+           "lanceur ou la vue d'ensemble ; sur GNOME, l'extension AppIndicator apporte son icône.";
 }
 
 std::string calendarSyncText(bool on) {

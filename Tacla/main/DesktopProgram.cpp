@@ -1,6 +1,7 @@
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/Text.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "DravelKit/Run/Background.h"
 #include "Tacla/CalendarSync/GoogleCalendarService.h"
@@ -89,15 +90,23 @@ void report(QtMsgType type, const QMessageLogContext& context, const QString& me
     std::fputs((qFormatLogMessage(type, context, message).toStdString() + "\n").c_str(), stderr);
 }
 
+bool onGnome() {
+    const auto desktops = environment("XDG_CURRENT_DESKTOP");
+    const auto names = dravel::split(desktops, ":");
+    return std::ranges::find(names, "GNOME") != names.end();
+}
+
 struct Paths {
     dravel::UserFolders folders = dravel::UserFolders::fromEnvironment();
     path program = installationPrefix() / "bin" / "tacla"; // by which the application is started
     path share = installationPrefix() / "share";
 
+    bool isInstalled() const { return share == "/usr/share"; }
+
     // The icon by its name, or by its file where it is not installed for the whole desktop.
     QString notificationIcon() const {
         const auto file = share / "icons/hicolor/scalable/apps/fr.dravel.Tacla.svg";
-        if (share == "/usr/share" || !std::filesystem::exists(file)) return QStringLiteral("fr.dravel.Tacla");
+        if (isInstalled() || !std::filesystem::exists(file)) return QStringLiteral("fr.dravel.Tacla");
         return QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
     }
 };
@@ -146,6 +155,8 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
 
     Bus system(Bus::Kind::system);
     DesktopNotifications notifications(paths.notificationIcon());
+    std::optional<GnomeNotifications> gnomeNotifications;
+    if (onGnome()) gnomeNotifications.emplace(notifications);
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
     GoogleCalendarService calendar({.preferences = preferences,
                                     .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
@@ -155,7 +166,9 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                                         loop.post([url] { FreedesktopActions::openAddress(url); });
                                     }});
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
-    AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
+    NotificationServer* const server = gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications)
+                                                          : &notifications;
+    AppModel model({loop, background, preferences, paths.folders, server, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     if (damage) model.report(*damage);
 
@@ -164,13 +177,19 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     SecretStoreWatch secrets;
     dravel::Updater updater;
     const auto actions = desktopActions(session, paths.folders);
-    MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); });
+    auto trayHost = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
+    trayHost.coloursSymbols = trayHost.coloursSymbols && paths.isInstalled(); // the symbol is
+    MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); }, trayHost.drawsBoxes);
+    DesktopSearch search([&](const std::string& typed) { return searchEntries(model.state(), typed); });
     MainWindowController window(model, preferences, actions, [&loop] { return loop.now(); });
     AppDelegate delegate({.loop = loop,
                           .session = session,
                           .system = system,
                           .instance = instance,
                           .notifications = notifications,
+                          .gnomeNotifications = gnomeNotifications ? &*gnomeNotifications : nullptr,
+                          .search = search,
+                          .trayHost = trayHost,
                           .scheme = scheme,
                           .wake = wake,
                           .secrets = secrets,
@@ -182,6 +201,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .actions = actions,
                           .platformAppearance = appearance,
                           .activationToken = activationToken,
+                          .startedByBus = !environment("DBUS_STARTER_ADDRESS").empty(),
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
     return QCoreApplication::exec();
