@@ -60,7 +60,11 @@ QList<RunnerMatch> DesktopSearch::Match(const QString& query) {
     constexpr uint possibleMatch = 30; // of KRunner's kinds
     QList<RunnerMatch> matches;
     for (const auto& entry : find_(query.toStdString()))
-        matches.append({text(entry.key), text(entry.title), QStringLiteral("fr.dravel.Tacla"), possibleMatch, 0.8,
+        matches.append({text(entry.key),
+                        text(entry.title),
+                        QStringLiteral("fr.dravel.Tacla"),
+                        possibleMatch,
+                        0.8,
                         {{QStringLiteral("subtext"), text(entry.when)}}});
     return matches;
 }

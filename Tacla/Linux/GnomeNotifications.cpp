@@ -38,7 +38,8 @@ QVariantMap notification(const NotificationContent& content) {
 }
 
 GnomeNotifications::GnomeNotifications(NotificationServer& other)
-    : other_(other), otherResponded_(other.responded.connect([this](const Response& response) { responded(response); })),
+    : other_(other),
+      otherResponded_(other.responded.connect([this](const Response& response) { responded(response); })),
       otherChanged_(other.changed.connect([this] { changed(); })) {
     qDBusRegisterMetaType<QList<QVariantMap>>();
 }

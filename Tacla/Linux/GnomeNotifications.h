@@ -9,8 +9,8 @@
 
 namespace tacla {
 
-// Reminders as GNOME keeps them until they are answered: org.gtk.Notifications, urgent. They stay in the list with their
-// buttons, also when the program ends; what is chosen comes as an action of the program itself (org.freedesktop.
+// Reminders as GNOME keeps them until they are answered: org.gtk.Notifications, urgent. They stay in the list with
+// their buttons, also when the program ends; what is chosen comes as an action of the program itself (org.freedesktop.
 // Application), which it starts if need be. Where GNOME does not know the program, the other server shows them.
 class GnomeNotifications final : public QObject, public NotificationServer {
     Q_OBJECT

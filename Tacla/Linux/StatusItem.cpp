@@ -136,8 +136,9 @@ void StatusItem::announceCount() {
         QDBusMessage::createSignal(QStringLiteral("/fr/dravel/Tacla/launcher"),
                                    QStringLiteral("com.canonical.Unity.LauncherEntry"), QStringLiteral("Update"));
     message << QStringLiteral("application://fr.dravel.Tacla.desktop")
-            << QVariantMap{{QStringLiteral("count"), QVariant::fromValue<qlonglong>(static_cast<qlonglong>(content_.open))},
-                           {QStringLiteral("count-visible"), content_.open > 0}};
+            << QVariantMap{
+                   {QStringLiteral("count"), QVariant::fromValue<qlonglong>(static_cast<qlonglong>(content_.open))},
+                   {QStringLiteral("count-visible"), content_.open > 0}};
     connection_.send(message);
 }
 

@@ -42,10 +42,10 @@ class WelcomeView final : public QWidget {
 WelcomeView::WelcomeView(AppModel& model, const DesktopActions& actions, QWidget* parent)
     : QWidget(parent), model_(model), actions_(actions) {
     auto* page = page_ = new dravel::WelcomePage(dravel::tickIcon(), u"Tacla"_s,
-                                         u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
-                                         u"notification, rappelées à l'heure dite et, "
-                                         u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
-                                         u"C'est parti"_s, this);
+                                                 u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
+                                                 u"notification, rappelées à l'heure dite et, "
+                                                 u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
+                                                 u"C'est parti"_s, this);
     page->setObjectName(u"welcome"_s);
     page->setAccessibleName(u"Bienvenue"_s);
     auto* all = new QVBoxLayout(this);

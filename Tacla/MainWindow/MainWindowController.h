@@ -40,7 +40,7 @@ class MainWindowController {
 
     // Brings the window forward, with the activation token that the desktop gave, if any.
     void show(const std::string& activationToken = {});
-    void beginTask(); // the window gets ready to type a new task
+    void beginTask();                      // the window gets ready to type a new task
     void showTask(const std::string& key); // on its page, with the focus; nothing when there is none of that key
     void close();
     bool isShown() const;

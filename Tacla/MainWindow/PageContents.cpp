@@ -257,7 +257,8 @@ std::string syncText(const ModelState& state, const TimeText& timeText) {
 
 std::string trayText(const ModelState& state) {
     if (!state.withoutTray) return "";
-    return "Ce bureau n'a pas de zone de notification : fenêtre fermée, les rappels continuent. Tacla se rouvre depuis le "
+    return "Ce bureau n'a pas de zone de notification : fenêtre fermée, les rappels continuent. Tacla se rouvre depuis "
+           "le "
            "lanceur ou la vue d'ensemble ; sur GNOME, l'extension AppIndicator apporte son icône.";
 }
 

@@ -71,7 +71,8 @@ Menu upcomingBlock(const ModelState& state) {
     if (tasks.empty()) return {};
     tasks.resize(std::min(tasks.size(), upcomingShown), tasks.front());
     MenuEntry submenu{.kind = MenuEntry::Kind::submenu, .label = "À venir"};
-    for (const auto& task : tasks) submenu.children.push_back(taskEntry(task, when(task, state.today) + "  " + task.title));
+    for (const auto& task : tasks)
+        submenu.children.push_back(taskEntry(task, when(task, state.today) + "  " + task.title));
     return {separator(), std::move(submenu)};
 }
 

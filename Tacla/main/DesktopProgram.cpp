@@ -54,8 +54,8 @@ int fail(const std::string& message) {
 
 std::string environment(const char* name) { return qgetenv(name).toStdString(); }
 
-// Qt wants a locale whose texts are UTF-8, and complains of any other. LC_ALL would overrule what is chosen here: what it
-// says for the other categories goes on as LANG.
+// Qt wants a locale whose texts are UTF-8, and complains of any other. LC_ALL would overrule what is chosen here: what
+// it says for the other categories goes on as LANG.
 void speakUtf8() {
     if (std::setlocale(LC_CTYPE, "") != nullptr && std::string_view(::nl_langinfo(CODESET)) == "UTF-8") return;
     if (const auto all = environment("LC_ALL"); !all.empty()) {
@@ -166,8 +166,8 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                                         loop.post([url] { FreedesktopActions::openAddress(url); });
                                     }});
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
-    NotificationServer* const server = gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications)
-                                                          : &notifications;
+    NotificationServer* const server =
+        gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications) : &notifications;
     AppModel model({loop, background, preferences, paths.folders, server, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     if (damage) model.report(*damage);
