@@ -23,6 +23,7 @@
 
 #include <langinfo.h>
 #include <pthread.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -57,7 +58,12 @@ std::string environment(const char* name) { return qgetenv(name).toStdString(); 
 // Qt wants a locale whose texts are UTF-8, and complains of any other. LC_ALL would overrule what is chosen here: what
 // it says for the other categories goes on as LANG.
 void speakUtf8() {
-    if (std::setlocale(LC_CTYPE, "") != nullptr && std::string_view(::nl_langinfo(CODESET)) == "UTF-8") return;
+    const bool known = std::setlocale(LC_ALL, "") != nullptr;
+    if (known && std::string_view(::nl_langinfo(CODESET)) == "UTF-8") return;
+    if (!known) {
+        qputenv("LC_ALL", "C.UTF-8");
+        return;
+    }
     if (const auto all = environment("LC_ALL"); !all.empty()) {
         qputenv("LANG", QByteArray::fromStdString(all));
         qunsetenv("LC_ALL");
@@ -201,7 +207,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .actions = actions,
                           .platformAppearance = appearance,
                           .activationToken = activationToken,
-                          .startedByBus = !environment("DBUS_STARTER_ADDRESS").empty(),
+                          .startedByBus = !environment("DBUS_STARTER_ADDRESS").empty() && !::isatty(STDIN_FILENO),
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
     return QCoreApplication::exec();

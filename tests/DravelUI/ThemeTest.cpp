@@ -57,10 +57,10 @@ TEST(Theme, KeepsTextReadable) {
     check({Theme::warningText}, {Theme::warningSoft}, 4.5);
     check({Theme::dangerText}, {Theme::dangerSoft}, 4.5);
     check({Theme::onAccent}, {Theme::accent, Theme::accentHover, Theme::accentPressed}, 4.5);
-    check({Theme::outline}, {Theme::surface}, 3);            // of fields, and of buttons on dark cards
+    check({Theme::outline}, {Theme::surface}, 3);             // of fields, and of buttons on dark cards
     check({Theme::accent}, {Theme::surface, Theme::tile}, 3); // the ring of the chosen chip
     check({Theme::textTertiary}, {Theme::background}, 3);     // the scroll bar's thumb
-    check({Theme::textTertiary}, {Theme::rowHover}, 3); // the outline of a hovered row
+    check({Theme::textTertiary}, {Theme::rowHover}, 3);       // the outline of a hovered row
     check({Theme::white}, {Theme::danger}, 3);
 }
 
