@@ -136,8 +136,8 @@ void MainWindow::present(const std::string& activationToken) {
     if (!isVisible() && !isMaximized() && !isFullScreen()) takePlace();
     placed_ = true;
     comeForward(activationToken);
-    // A desktop may refuse the token, or overlook it.
-    if (onWayland() && !activationToken.empty()) activation_.start();
+    // A desktop may refuse the token, or may just be taking the focus away.
+    if (onWayland()) activation_.start();
 }
 
 void MainWindow::comeForward(const std::string& activationToken) {

@@ -195,7 +195,7 @@ class Reminder(Sway):
         for title, action in (("Pain", "DONE"), ("Vin", "TOMORROW")):
             subprocess.run(["makoctl", "invoke", "-n", str(shown[title]), action], env=self.env, check=True)
         tomorrow = datetime.date.today() + datetime.timedelta(1)
-        wanted = f"- [x] Pain · {TODAY} 00:00 · ✅ {TODAY}\n- [ ] Vin · {tomorrow} 00:01 · due {TODAY}\n"
+        wanted = f"- [x] Pain · {TODAY} 00:00 · ✅ {TODAY}\n- [ ] Vin · {tomorrow} 00:01\n"
         until(lambda: self.file.read_text() == wanted, "both answers")
         self.assertEqual(self.windows(), {}, "answering opens no window")
 

@@ -99,7 +99,7 @@ class OnGnome(Story):
         program.kill()
         program.wait()
         choose(said["Vin"]["buttons"][1])
-        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Vin · {day(1)} 00:01 · due {day()}")
+        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Vin · {day(1)} 00:01")
         self.assertEqual((bubbles.shown, self.desktop.windows()), ([], []))
         self.tray.click("Quitter Tacla")
 
