@@ -143,8 +143,12 @@ void DravelShell::setSidebarWidth(int wanted) {
 void DravelShell::resizeEvent(QResizeEvent*) { arrange(); }
 
 void DravelShell::arrange() {
-    sidebarWidth_ = std::max(std::min(wantedSidebar_, width() - narrowestPage), minimumSidebar);
+    const bool folded = width() < foldsBelow;
+    sidebarWidth_ =
+        folded ? foldedSidebar : std::max(std::min(wantedSidebar_, width() - narrowestPage), minimumSidebar);
     const int room = sidebarWidth_ - 1 - 2 * sidePadding; // 1: the line at its right
+    brand_->setHidden(folded);
+    handle_->setHidden(folded);
     const int textLeft = iconLeft + iconSide + brandGap;
     brand_->setGeometry(textLeft, iconTop + 4, sidebarWidth_ - 1 - textLeft - sidePadding, 20);
     list_->setGeometry(sidePadding, listTop, room, list_->sizeHint().height());
@@ -167,7 +171,8 @@ void DravelShell::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(0, 0, sidebarWidth_ - 1, height(), Theme::surface.on(*this));
     painter.fillRect(sidebarWidth_ - 1, 0, 1, height(), Theme::border.on(*this));
-    icon_.paint(&painter, iconLeft, iconTop, iconSide, iconSide);
+    const int left = brand_->isHidden() ? (sidebarWidth_ - 1 - iconSide) / 2 : iconLeft;
+    icon_.paint(&painter, left, iconTop, iconSide, iconSide);
 }
 
 }

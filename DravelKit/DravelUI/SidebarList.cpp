@@ -37,9 +37,14 @@ void SidebarRow::paint(QPainter& painter) {
     const auto& ink = lit ? Theme::accentOnSoft : isHovered() ? Theme::text : Theme::textSecondary;
     const auto& symbolInk = lit ? ink : Theme::textTertiary;
     paintSymbol(painter, QRectF(rowPadding, 0, symbolSize, height()), symbol_, symbolSize, symbolInk.on(*this));
+    if (isFolded()) return;
     paintLine(painter, rect().adjusted(rowPadding + symbolSize + symbolGap, 0, -rowPadding, 0),
               Theme::Typography::bodyMedium, ink.on(*this), text());
 }
+
+bool SidebarRow::isFolded() const { return width() < 2 * rowPadding + 2 * symbolSize + symbolGap; }
+
+void SidebarRow::resizeEvent(QResizeEvent*) { setToolTip(isFolded() ? text() : QString()); }
 
 // Inside the row, not around it.
 void SidebarRow::showRing(bool on) {
@@ -131,8 +136,10 @@ void SidebarBadge::setContent(const Content& content) {
 
 void SidebarBadge::resizeEvent(QResizeEvent*) {
     constexpr int padding = 12, gap = 10, disc = 28, lines = 32; // 18 + 14
-    disc_->move(padding, (height() - disc) / 2);
     const int left = padding + disc + gap, room = width() - left - padding, top = (height() - lines) / 2;
+    const bool folded = room < disc; // the disc alone says how things stand
+    disc_->move(folded ? (width() - disc) / 2 : padding, (height() - disc) / 2);
+    for (auto* line : {title_, subtitle_}) line->setHidden(folded);
     title_->setGeometry(left, top, room, 18);
     subtitle_->setGeometry(left, top + 18, room, 14);
 }

@@ -83,6 +83,7 @@ class AppModel {
     void setLaunchAtLogin(bool);
 
     void beginOnboarding() { set(state_.onboarding, true); }
+    void tellOfTray(bool shown) { set(state_.withoutTray, !shown); }
     void finishOnboarding(); // stores onboardingDone
     void requestSection(std::optional<std::string> section) { set(state_.requestedSection, std::move(section)); }
 

@@ -35,6 +35,7 @@ struct ModelState {
     bool launchAtLogin = false;
     bool calendarSync = false;
     bool onboarding = false;
+    bool withoutTray = false;                    // the desktop shows no icons of programs
     std::optional<std::string> requestedSection; // a section that the window is asked to show
     std::optional<UndoBar> undoBar;              // for ten seconds
 

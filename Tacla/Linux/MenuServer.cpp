@@ -30,9 +30,10 @@ QString label(const std::string& text) {
     return QString::fromStdString(text).replace(QLatin1Char('_'), QLatin1String("__"));
 }
 
-QVariantMap properties(const MenuEntry& entry) {
+QVariantMap properties(const MenuEntry& entry, bool hostDrawsBoxes) {
     if (entry.kind == MenuEntry::Kind::separator) return {{QStringLiteral("type"), QStringLiteral("separator")}};
-    QVariantMap map{{QStringLiteral("label"), label(entry.label)}};
+    const std::string box = entry.checked == false && !hostDrawsBoxes ? "☐ " : "";
+    QVariantMap map{{QStringLiteral("label"), label(box + entry.label)}};
     if (!entry.enabled || entry.kind == MenuEntry::Kind::header) map[QStringLiteral("enabled")] = false;
     if (entry.kind == MenuEntry::Kind::submenu) map[QStringLiteral("children-display")] = QStringLiteral("submenu");
     if (entry.checked) {
@@ -70,7 +71,8 @@ const MenuNode* findIn(const MenuNode& node, int id) {
 
 }
 
-MenuServer::MenuServer(std::function<Menu()> content) : content_(std::move(content)) {
+MenuServer::MenuServer(std::function<Menu()> content, bool hostDrawsBoxes)
+    : content_(std::move(content)), hostDrawsBoxes_(hostDrawsBoxes) {
     registerTypes();
     root_.properties[QStringLiteral("children-display")] = QStringLiteral("submenu");
     new DbusmenuAdaptor(this);
@@ -94,7 +96,7 @@ bool MenuServer::refresh() {
 
 void MenuServer::number(const Menu& menu, MenuNode& parent) {
     for (const auto& entry : menu) {
-        MenuNode node{++lastId_, properties(entry), {}};
+        MenuNode node{++lastId_, properties(entry, hostDrawsBoxes_), {}};
         commands_[node.id] = entry.command;
         number(entry.children, node);
         parent.children.append(std::move(node));

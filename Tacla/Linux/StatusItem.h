@@ -11,9 +11,10 @@
 #include <QObject>
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace tacla {
 
@@ -33,6 +34,15 @@ QDBusArgument& operator<<(QDBusArgument&, const StatusPixmap&);
 const QDBusArgument& operator>>(const QDBusArgument&, StatusPixmap&);
 QDBusArgument& operator<<(QDBusArgument&, const StatusToolTip&);
 const QDBusArgument& operator>>(const QDBusArgument&, StatusToolTip&);
+
+// What is known of the tray of a desktop by the name of the desktop ("ubuntu:GNOME"): hosts do not tell it themselves.
+struct TrayHost {
+    bool showsTitle = false;     // beside the icon, which then has no number
+    bool drawsBoxes = true;      // before the menu's entries that can be checked
+    bool coloursSymbols = false; // gives a symbolic icon the panel's own colour
+
+    static TrayHost of(std::string_view currentDesktop);
+};
 
 // The program's icon in the tray of any desktop that hosts StatusNotifierItems: with whichever watcher appears.
 class StatusItem final : public QObject {
@@ -54,7 +64,7 @@ class StatusItem final : public QObject {
     Q_PROPERTY(QString XAyatanaLabelGuide READ label)
 
   public:
-    explicit StatusItem(QDBusConnection);
+    StatusItem(QDBusConnection, TrayHost);
     ~StatusItem() override;
 
     // What stands in the tray: the number of open tasks in the icon, the two texts, and whether something is wrong.
@@ -67,10 +77,13 @@ class StatusItem final : public QObject {
     };
     void show(const Content&);
 
-    // Tells whether a host shows the icon.
-    void askIfShown(std::function<void(bool)>);
+    dravel::Signal<bool> shown; // whether a host shows the icon: at the start, and when hosts come and go
 
-    dravel::Signal<const std::string&> activated; // a plain click where the host does not open the menu; with its token
+    // With the token of the click: a plain one where the host does not open the menu, and one with the middle button.
+    dravel::Signal<const std::string&> activated, middleClicked;
+
+    // What the host handed over before the last click: for the window that the click opens.
+    std::string takeActivationToken() { return std::exchange(activationToken_, {}); }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
     QString id() const { return QStringLiteral("fr.dravel.Tacla"); }
@@ -79,7 +92,7 @@ class StatusItem final : public QObject {
         return content_.needsAttention ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
     }
     int windowId() const { return 0; }
-    QString iconName() const { return {}; }
+    QString iconName() const;
     StatusPixmaps pixmaps() const; // also of the item that needs attention: hosts swap the icons
     StatusToolTip toolTip() const;
     bool itemIsMenu() const { return true; }
@@ -100,10 +113,15 @@ class StatusItem final : public QObject {
     void NewStatus(const QString& status);
     void XAyatanaNewLabel(const QString& label, const QString& guide);
 
+  private Q_SLOTS:
+    void askIfShown();
+
   private:
     void registerWithWatcher();
+    void announceCount();
 
     QDBusConnection connection_;
+    TrayHost host_;
     Content content_;
     mutable std::optional<StatusPixmaps> pixmaps_; // drawn at the first question, then kept
     std::string activationToken_;

@@ -6,6 +6,7 @@
 #include "DravelKit/DravelUI/WelcomePage.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
+#include "Tacla/MainWindow/Pages/TaskColumn.h"
 #include "Tacla/MainWindow/Pages/TaskPages.h"
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
@@ -13,6 +14,8 @@
 #include <QShortcut>
 #include <QStackedLayout>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace tacla {
 
@@ -32,16 +35,17 @@ class WelcomeView final : public QWidget {
 
     AppModel& model_;
     const DesktopActions& actions_;
-    dravel::WelcomeStep *list_ = nullptr, *notifications_ = nullptr, *agenda_ = nullptr;
+    dravel::WelcomeStep *list_ = nullptr, *notifications_ = nullptr, *agenda_ = nullptr, *tray_ = nullptr;
+    dravel::WelcomePage* page_;
 };
 
 WelcomeView::WelcomeView(AppModel& model, const DesktopActions& actions, QWidget* parent)
     : QWidget(parent), model_(model), actions_(actions) {
-    auto* page = new dravel::WelcomePage(dravel::tickIcon(), u"Tacla"_s,
-                                         u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
-                                         u"notification, rappelées à l'heure dite et, "
-                                         u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
-                                         u"C'est parti"_s, this);
+    auto* page = page_ = new dravel::WelcomePage(dravel::tickIcon(), u"Tacla"_s,
+                                                 u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
+                                                 u"notification, rappelées à l'heure dite et, "
+                                                 u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
+                                                 u"C'est parti"_s, this);
     page->setObjectName(u"welcome"_s);
     page->setAccessibleName(u"Bienvenue"_s);
     auto* all = new QVBoxLayout(this);
@@ -91,6 +95,11 @@ void WelcomeView::refresh() {
     const auto& state = model_.state();
     notifications_->setDone(state.notificationsAllowed);
     const bool signedIn = state.connection == Connection::signedIn;
+    if (const auto text = toQt(trayText(state)); tray_ == nullptr && !text.isEmpty()) {
+        tray_ = page_->addStep(new WelcomeStep(u"Sans icône"_s, text));
+        tray_->setButton({});
+    }
+    if (tray_ != nullptr) tray_->setVisible(state.withoutTray);
     agenda_->setDone(signedIn && state.calendarSync);
     if (state.connection == Connection::signingIn)
         agenda_->setButton({});
@@ -186,6 +195,15 @@ void MainView::beginTask() {
     if (views_->currentWidget() != shell_) return;
     select(Section::today);
     static_cast<TodayPage*>(shell_->page())->beginTask();
+}
+
+void MainView::showTask(const std::string& key) {
+    if (views_->currentWidget() != shell_) return;
+    const auto& state = model_.state();
+    const auto task = std::ranges::find(state.tasks, key, &TaskItem::key);
+    if (task == state.tasks.end()) return;
+    select(sectionOf(*task, state.today));
+    for (auto* column : shell_->page()->findChildren<TaskColumn*>()) column->focusTask(key);
 }
 
 void MainView::showPage() {

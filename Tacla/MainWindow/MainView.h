@@ -32,7 +32,8 @@ class MainView final : public QWidget {
     MainView(AppModel&, DesktopActions, dravel::Now, QWidget* parent = nullptr);
 
     void select(Section);
-    void beginTask(); // on the today page, unless the welcome shows
+    void beginTask();                      // on the today page, unless the welcome shows
+    void showTask(const std::string& key); // likewise: its row, on the page where it is
 
   private:
     void modelChanged();

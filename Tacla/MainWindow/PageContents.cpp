@@ -112,6 +112,11 @@ std::optional<Section> sectionNamed(std::string_view name) {
     return std::nullopt;
 }
 
+Section sectionOf(const TaskItem& task, Day today) {
+    if (task.done) return Section::done;
+    return task.day && *task.day <= today ? Section::today : Section::upcoming;
+}
+
 std::string TaskGroup::title() const {
     if (!day) return heading;
     return heading.empty() ? capitalised(day->longLabel()) : heading + day->longLabel();
@@ -259,6 +264,13 @@ std::string syncText(const ModelState& state, const TimeText& timeText) {
 std::string copyText(Instant made, Day today) {
     const auto day = Day::of(made);
     return (day == today ? "Aujourd'hui" : capitalised(day.longLabel())) + " à " + Clock::of(made).description();
+}
+
+std::string trayText(const ModelState& state) {
+    if (!state.withoutTray) return "";
+    return "Ce bureau n'a pas de zone de notification : fenêtre fermée, les rappels continuent. Tacla se rouvre depuis "
+           "le "
+           "lanceur ou la vue d'ensemble ; sur GNOME, l'extension AppIndicator apporte son icône.";
 }
 
 std::string calendarSyncText(bool on) {

@@ -22,6 +22,7 @@ inline constexpr std::array sections{Section::today, Section::late, Section::upc
 std::string_view rawValue(Section); // "today"
 std::string_view title(Section);    // "Aujourd'hui"
 dravel::Symbol symbol(Section);
+Section sectionOf(const TaskItem&, Day today); // where it is found
 std::optional<Section> sectionNamed(std::string_view rawValue);
 
 // One card of tasks. A day's name is made when the card comes into view: there may be thousands.
@@ -89,5 +90,6 @@ SyncBadgeContent syncBadge(const ModelState&, const TimeText&);
 std::string syncText(const ModelState&, const TimeText&);
 std::string calendarSyncText(bool on);
 std::string copyText(Instant made, Day today); // when a copy of the list was kept
+std::string trayText(const ModelState&); // how to live without the icon; nothing where it shows
 
 }

@@ -72,9 +72,18 @@ std::vector<std::string> texts(const json& value) {
     return value.get<std::vector<std::string>>();
 }
 
-std::optional<int> length(const json& value) {
-    if (!value.is_number_integer() || value <= 0 || value > std::numeric_limits<std::int16_t>::max()) return {};
+// Of a screen, as X11 counts them.
+std::optional<int> coordinate(const json& value) {
+    using Limits = std::numeric_limits<std::int16_t>;
+    if (!value.is_number_integer() || value < Limits::min() || value > Limits::max()) return {};
     return value.get<int>();
+}
+
+std::optional<std::pair<int, int>> coordinates(const json& value) {
+    if (!value.is_array() || value.size() != 2) return {};
+    const auto first = coordinate(value[0]), second = coordinate(value[1]);
+    if (!first || !second) return {};
+    return std::pair(*first, *second);
 }
 
 }
@@ -207,11 +216,15 @@ bool Preferences::onboardingDone() const { return flag(at(file_.read(), "onboard
 bool Preferences::launchedOnce() const { return flag(at(file_.read(), "launchedOnce")).value_or(false); }
 
 std::optional<Preferences::Size> Preferences::windowSize() const {
-    const auto size = at(file_.read(), "windowSize");
-    if (!size.is_array() || size.size() != 2) return {};
-    const auto width = length(size[0]), height = length(size[1]);
-    if (!width || !height) return {};
-    return Size{*width, *height};
+    const auto size = coordinates(at(file_.read(), "windowSize"));
+    if (!size || size->first <= 0 || size->second <= 0) return {};
+    return Size{size->first, size->second};
+}
+
+std::optional<Preferences::Position> Preferences::windowPosition() const {
+    const auto position = coordinates(at(file_.read(), "windowPosition"));
+    if (!position) return {};
+    return Position{position->first, position->second};
 }
 
 void Preferences::setTaskFilePath(const std::string& path) {
@@ -237,8 +250,11 @@ void Preferences::setOnboardingDone(bool done) {
     file_.change([&](json& settings) { settings["onboardingDone"] = done; });
 }
 
-void Preferences::setWindowSize(Size size) {
-    file_.change([&](json& settings) { settings["windowSize"] = {size.width, size.height}; });
+void Preferences::setWindow(Size size, std::optional<Position> position) {
+    file_.change([&](json& settings) {
+        settings["windowSize"] = {size.width, size.height};
+        if (position) settings["windowPosition"] = {position->x, position->y};
+    });
 }
 
 void Preferences::updateNotifiedTasks(const std::function<Notified(Notified)>& update) {

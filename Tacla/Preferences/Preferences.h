@@ -83,13 +83,18 @@ class Preferences {
         int width, height;
     };
     std::optional<Size> windowSize() const;
+    struct Position {
+        int x, y;
+        bool operator==(const Position&) const = default;
+    };
+    std::optional<Position> windowPosition() const; // of its frame
 
     void setTaskFilePath(const std::string&);
     void setCalendarSync(bool);
     void setCalendar(const std::string& identifier, bool createdByTacla); // both keys at once, synced to disk
     void setWantsLaunchAtLogin(bool);
     void setOnboardingDone(bool);
-    void setWindowSize(Size);
+    void setWindow(Size, std::optional<Position>); // no position: the one before stays
 
     // Read, changed and written under one lock.
     using Notified = std::vector<std::string>;

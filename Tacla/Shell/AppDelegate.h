@@ -7,6 +7,8 @@
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/Linux/Bus.h"
 #include "Tacla/Linux/DesktopNotifications.h"
+#include "Tacla/Linux/DesktopSearch.h"
+#include "Tacla/Linux/GnomeNotifications.h"
 #include "Tacla/Linux/MenuServer.h"
 #include "Tacla/Linux/StatusItem.h"
 #include "Tacla/Linux/SystemEvents.h"
@@ -31,6 +33,9 @@ class AppDelegate {
         Bus &session, &system;
         SingleInstance& instance;
         DesktopNotifications& notifications;
+        GnomeNotifications* gnomeNotifications; // on GNOME only
+        DesktopSearch& search;
+        TrayHost trayHost;
         ColourScheme& scheme;
         WakeWatch& wake;
         NetworkWatch& network;
@@ -43,6 +48,7 @@ class AppDelegate {
         DesktopActions actions;
         dravel::Appearance platformAppearance; // where the desktop prefers neither light nor dark
         std::string activationToken;
+        bool startedByBus; // for whoever called: that call says what is wanted
         std::function<void()> quit;
     };
     explicit AppDelegate(Ports);
@@ -54,7 +60,8 @@ class AppDelegate {
     void joinSession(const QDBusConnection&);
     void doWithoutSession();
     void showWindow(const std::string& activationToken = {});
-    void showWindowWithoutTray();
+    void trayAnswered(bool shown);
+    void showTask(const std::string& key, const std::string& activationToken = {});
     void installMenu();
     void refreshTray();
     void refreshTraySoon();
@@ -69,7 +76,6 @@ class AppDelegate {
     bool menuInstalled_ = false;
     bool refreshPending_ = false;
     std::vector<dravel::Connection> connections_;
-    dravel::Timer trayPatience_;
 };
 
 }

@@ -49,20 +49,24 @@ SingleInstance::Role SingleInstance::claim(QDBusConnection connection, const std
     return Role::second;
 }
 
-void SingleInstance::Activate(const QVariantMap& platformData) { tell(platformData, {}); }
+void SingleInstance::Activate(const QVariantMap& platformData) { tell(platformData); }
 
-void SingleInstance::Open(const QStringList&, const QVariantMap& platformData) { tell(platformData, {}); }
+void SingleInstance::Open(const QStringList&, const QVariantMap& platformData) { tell(platformData); }
 
-void SingleInstance::ActivateAction(const QString& action, const QVariantList&, const QVariantMap& platformData) {
-    tell(platformData, action.toStdString());
+void SingleInstance::ActivateAction(const QString& action, const QVariantList& parameter,
+                                    const QVariantMap& platformData) {
+    tell(platformData, action, parameter.value(0).toString());
 }
 
-void SingleInstance::tell(const QVariantMap& platformData, std::optional<std::string> action) {
+void SingleInstance::tell(const QVariantMap& platformData, const QString& action, const QString& key) {
     auto token = platformData.value(QStringLiteral("activation-token")).toString();
     if (token.isEmpty()) token = platformData.value(QStringLiteral("desktop-startup-id")).toString();
     // The caller waits for the answer, not for the window.
     QMetaObject::invokeMethod(
-        this, [this, activation = Activation{token.toStdString(), std::move(action)}] { activated(activation); },
+        this,
+        [this, activation = Activation{token.toStdString(), action.toStdString(), key.toStdString()}] {
+            activated(activation);
+        },
         Qt::QueuedConnection);
 }
 

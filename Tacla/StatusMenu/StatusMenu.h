@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tacla {
@@ -39,6 +40,14 @@ using Menu = std::vector<MenuEntry>;
 
 // What the tray menu shows for that state: late tasks, today's, what is coming, and the program's own entries.
 Menu statusMenu(const ModelState&, bool updatesAvailable);
+
+// A task that the desktop's own search found.
+struct SearchEntry {
+    std::string key, title, when; // "demain 14:30"
+};
+
+// The open tasks whose titles hold all words that were typed, ten at most.
+std::vector<SearchEntry> searchEntries(const ModelState&, std::string_view typed);
 
 // The texts beside and over the tray icon.
 std::string statusTitle(std::size_t open);    // " 3", or nothing

@@ -1,6 +1,7 @@
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/Text.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "DravelKit/Run/Background.h"
 #include "Tacla/CalendarSync/GoogleCalendarService.h"
@@ -21,11 +22,14 @@
 #include <QUrl>
 #include <QUuid>
 
+#include <langinfo.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -54,6 +58,22 @@ int fail(const std::string& message) {
 
 std::string environment(const char* name) { return qgetenv(name).toStdString(); }
 
+// Qt wants a locale whose texts are UTF-8, and complains of any other. LC_ALL would overrule what is chosen here: what
+// it says for the other categories goes on as LANG.
+void speakUtf8() {
+    const bool known = std::setlocale(LC_ALL, "") != nullptr;
+    if (known && std::string_view(::nl_langinfo(CODESET)) == "UTF-8") return;
+    if (!known) {
+        qputenv("LC_ALL", "C.UTF-8");
+        return;
+    }
+    if (const auto all = environment("LC_ALL"); !all.empty()) {
+        qputenv("LANG", QByteArray::fromStdString(all));
+        qunsetenv("LC_ALL");
+    }
+    qputenv("LC_CTYPE", "C.UTF-8");
+}
+
 // Platforms other than X11 and Wayland, such as "offscreen", need no display.
 bool hasScreen() {
     const auto platform = environment("QT_QPA_PLATFORM");
@@ -79,15 +99,23 @@ void report(QtMsgType type, const QMessageLogContext& context, const QString& me
     std::fputs((qFormatLogMessage(type, context, message).toStdString() + "\n").c_str(), stderr);
 }
 
+bool onGnome() {
+    const auto desktops = environment("XDG_CURRENT_DESKTOP");
+    const auto names = dravel::split(desktops, ":");
+    return std::ranges::find(names, "GNOME") != names.end();
+}
+
 struct Paths {
     dravel::UserFolders folders = dravel::UserFolders::fromEnvironment();
     path program = installationPrefix() / "bin" / "tacla"; // by which the application is started
     path share = installationPrefix() / "share";
 
+    bool isInstalled() const { return share == "/usr/share"; }
+
     // The icon by its name, or by its file where it is not installed for the whole desktop.
     QString notificationIcon() const {
         const auto file = share / "icons/hicolor/scalable/apps/fr.dravel.Tacla.svg";
-        if (share == "/usr/share" || !std::filesystem::exists(file)) return QStringLiteral("fr.dravel.Tacla");
+        if (isInstalled() || !std::filesystem::exists(file)) return QStringLiteral("fr.dravel.Tacla");
         return QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
     }
 };
@@ -157,6 +185,8 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
 
     Bus system(Bus::Kind::system);
     DesktopNotifications notifications(paths.notificationIcon());
+    std::optional<GnomeNotifications> gnomeNotifications;
+    if (onGnome()) gnomeNotifications.emplace(notifications);
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
     GoogleCalendarService calendar({.preferences = preferences,
                                     .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
@@ -167,7 +197,9 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                                         loop.post([url] { FreedesktopActions::openAddress(url); });
                                     }});
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
-    AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
+    NotificationServer* const server =
+        gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications) : &notifications;
+    AppModel model({loop, background, preferences, paths.folders, server, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     told = &model;
 
@@ -177,13 +209,19 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     SecretStoreWatch secrets;
     dravel::Updater updater;
     const auto actions = desktopActions(session, paths.folders);
-    MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); });
+    auto trayHost = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
+    trayHost.coloursSymbols = trayHost.coloursSymbols && paths.isInstalled(); // the symbol is
+    MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); }, trayHost.drawsBoxes);
+    DesktopSearch search([&](const std::string& typed) { return searchEntries(model.state(), typed); });
     MainWindowController window(model, preferences, actions, [&loop] { return loop.now(); });
     AppDelegate delegate({.loop = loop,
                           .session = session,
                           .system = system,
                           .instance = instance,
                           .notifications = notifications,
+                          .gnomeNotifications = gnomeNotifications ? &*gnomeNotifications : nullptr,
+                          .search = search,
+                          .trayHost = trayHost,
                           .scheme = scheme,
                           .wake = wake,
                           .network = network,
@@ -196,6 +234,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .actions = actions,
                           .platformAppearance = appearance,
                           .activationToken = activationToken,
+                          .startedByBus = !environment("DBUS_STARTER_ADDRESS").empty() && !::isatty(STDIN_FILENO),
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
     const EndSignals endSignals;
@@ -281,6 +320,7 @@ int runSnapshot(int& argc, char** argv) {
 int main(int argc, char** argv) {
     ::pthread_setname_np(::pthread_self(), "tacla"); // as which the user knows this process
     const std::string_view command = argc > 1 ? argv[1] : "";
+    speakUtf8();
     try {
         if (command == "--notify-test") return runNotifyTest(argc, argv);
         if (command == "--snapshot") return runSnapshot(argc, argv);

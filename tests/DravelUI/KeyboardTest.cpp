@@ -25,7 +25,7 @@ struct Window {
         for (QWidget* one : content) column->addWidget(one);
         widget.resize(400, 300);
         widget.show();
-        QApplication::setActiveWindow(&widget);
+        widget.activateWindow();
         (void)QTest::qWaitForWindowActive(&widget);
     }
     void press(int key, Qt::KeyboardModifiers modifiers = {}) {

@@ -37,7 +37,8 @@ struct Window {
         column->addWidget(date);
         window.setCentralWidget(content);
         window.show();
-        QApplication::setActiveWindow(&window);
+        window.activateWindow();
+        (void)QTest::qWaitForWindowActive(&window);
         field->setFocus();
     }
     QAction& entry(const char* name) { return *window.findChild<QAction*>(QString::fromUtf8(name)); }

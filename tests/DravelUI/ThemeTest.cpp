@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QStyle>
+
 #include <algorithm>
 #include <cmath>
 
@@ -45,7 +48,18 @@ TEST(Theme, KeepsTextReadable) {
     check({Theme::warningText}, {Theme::warningSoft}, 4.5);
     check({Theme::dangerText}, {Theme::dangerSoft}, 4.5);
     check({Theme::onAccent}, {Theme::accent, Theme::accentHover, Theme::accentPressed}, 4.5);
-    check({Theme::outline}, {Theme::surface}, 3);
-    check({Theme::textTertiary}, {Theme::rowHover}, 3); // the outline of a hovered row
+    check({Theme::outline}, {Theme::surface}, 3);             // of fields, and of buttons on dark cards
+    check({Theme::accent}, {Theme::surface, Theme::tile}, 3); // the ring of the chosen chip
+    check({Theme::textTertiary}, {Theme::background}, 3);     // the scroll bar's thumb
+    check({Theme::textTertiary}, {Theme::rowHover}, 3);       // the outline of a hovered row
     check({Theme::white}, {Theme::danger}, 3);
+}
+
+TEST(Look, ComesBackWhenTheDesktopSetsAStyleOfItsOwn) {
+    for (int again = 0; again < 2; ++again) {
+        QApplication::setStyle(QStringLiteral("Windows"));
+        QCoreApplication::processEvents();
+        EXPECT_EQ(QApplication::style()->pixelMetric(QStyle::PM_MenuBarItemSpacing), 2);
+        EXPECT_EQ(QApplication::style()->pixelMetric(QStyle::PM_ScrollBarExtent), 14);
+    }
 }

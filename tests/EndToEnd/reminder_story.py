@@ -1,7 +1,10 @@
 """Reminders through the notification daemon, answered there."""
 import datetime
+import subprocess
 
-from story import Bubbles, Story, day, main, until
+from gi.repository import GLib
+
+from story import TACLA, Bubbles, Story, day, main, until
 
 
 class Reminders(Story):
@@ -62,6 +65,43 @@ class Reminders(Story):
         done = self.run_tacla("--notify-test")
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
         self.assertEqual(self.bubbles.wait("Notification d'essai")["body"], "L'icône du castor doit apparaître à gauche.")
+
+
+class OnGnome(Story):
+    tasks = f"- [ ] Pain · {day()} 00:00\n- [ ] Vin · {day()} 00:01\n"
+    SERVER = ("org.gtk.Notifications", "/org/gtk/Notifications", "org.gtk.Notifications")
+
+    def mock(self, member, signature, *arguments):
+        return self.desktop.call(*self.SERVER[:2], "org.freedesktop.DBus.Mock", member, GLib.Variant(signature, arguments))
+
+    def listed(self):
+        return {call[1][2]["title"]: call[1] for call in self.mock("GetMethodCalls", "(s)", "AddNotification")[0]}
+
+    def test_lists_it_until_it_is_answered_also_after_the_program_ended(self):
+        self.desktop.run(["/usr/bin/python3", "-m", "dbusmock", "--session", *self.SERVER], "gtk")
+        until(lambda: self.desktop.owned(self.SERVER[0]), "the server")
+        self.mock("AddMethod", "(sssss)", self.SERVER[2], "AddNotification", "ssa{sv}", "", "")
+        bubbles = Bubbles(self.desktop)
+        self.desktop.env["XDG_CURRENT_DESKTOP"] = "GNOME"
+        self.desktop.offer_service("fr.dravel.Tacla", TACLA)
+        program = self.launch()
+        until(lambda: self.listed().keys() == {"Pain", "Vin"}, "both reminders")
+        said = {title: call[2] for title, call in self.listed().items()}
+        self.assertEqual({call[0] for call in self.listed().values()}, {"fr.dravel.Tacla"})
+        self.assertEqual((said["Pain"]["body"], said["Pain"]["priority"]), ("Prévue à 00:00", "urgent"))
+        self.assertEqual([button["label"] for button in said["Pain"]["buttons"]], ["Fait", "Demain"])
+
+        def choose(button):  # as GNOME does
+            action = [button["action"].removeprefix("app."), f"'{button['target']}'"]
+            subprocess.run(["gapplication", "action", "fr.dravel.Tacla", *action], env=self.desktop.env, check=True)
+        choose(said["Pain"]["buttons"][0])
+        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Vin · {day()} 00:01")
+        program.kill()
+        program.wait()
+        choose(said["Vin"]["buttons"][1])
+        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Vin · {day(1)} 00:01")
+        self.assertEqual((bubbles.shown, self.desktop.windows()), ([], []))
+        self.tray.click("Quitter Tacla")
 
 
 class NoDaemon(Story):

@@ -149,8 +149,8 @@ void SettingsPage::addCalendarCard() {
 void SettingsPage::addSystemCard() {
     auto* card = new SettingsCard(&stage());
     const auto title = u"Ouvrir Tacla à l'ouverture de session"_s;
-    auto* login = addRow(*card, Symbol::Power, u"login"_s, title);
-    loginOn_ = addSwitch(*login, "login.switch", title, [this](bool on) {
+    login_ = addRow(*card, Symbol::Power, u"login"_s, title);
+    loginOn_ = addSwitch(*login_, "login.switch", title, [this](bool on) {
         if (on == model_.state().launchAtLogin) return;
         model_.setLaunchAtLogin(on);
         refresh(); // the desktop may have refused
@@ -158,7 +158,7 @@ void SettingsPage::addSystemCard() {
     auto* terminal =
         addRow(*card, Symbol::Terminal, u"terminal"_s, u"En ligne de commande"_s,
                pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);
-    login->setTextsSelectable(true);
+    login_->setTextsSelectable(true);
     terminal->setTextsSelectable(true);
     add(card);
 }
@@ -189,6 +189,7 @@ void SettingsPage::refresh() {
     allow_->setVisible(!state.notificationsAllowed);
     test_->setNote(state.notificationTest ? toQt(*state.notificationTest) : QString());
     loginOn_->setChecked(state.launchAtLogin);
+    login_->setDetail(toQt(trayText(state)));
     refreshCalendar();
 }
 

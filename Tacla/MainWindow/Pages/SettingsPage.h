@@ -32,7 +32,7 @@ class SettingsPage final : public dravel::DravelPage {
 
     AppModel& model_;
     const DesktopActions& actions_;
-    dravel::SettingRow *file_, *reminders_, *test_, *account_, *mirror_, *sync_;
+    dravel::SettingRow *file_, *reminders_, *test_, *account_, *mirror_, *sync_, *login_;
     dravel::Button *allow_, *signIn_;
     dravel::Switch *mirrorOn_, *loginOn_;
 };

@@ -344,6 +344,15 @@ void TaskColumn::focusRow(std::size_t index, TaskRow::Stop stop, Qt::FocusReason
     fill();
 }
 
+void TaskColumn::focusTask(const std::string& key) {
+    std::size_t row = 0;
+    for (const auto& group : groups_)
+        for (const auto& task : group.tasks) {
+            if (task.key == key) return focusRow(row, TaskRow::Stop::check, Qt::TabFocusReason);
+            ++row;
+        }
+}
+
 void TaskColumn::step(const TaskRow& row, int by, TaskRow::Stop stop) {
     const auto index = indexOf(row);
     if (by < 0 ? index == 0 : index + 1 == rowCount()) return;

@@ -33,6 +33,7 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     TaskColumn(dravel::DravelPage&, AppModel&, const dravel::Now&);
 
     void setGroups(TaskGroups, Day today);
+    void focusTask(const std::string& key); // scrolls it into view; nothing when it is not here
 
   protected:
     void moveEvent(QMoveEvent*) override { fill(); }

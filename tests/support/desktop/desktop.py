@@ -145,6 +145,13 @@ class Desktop:
     def owned(self, name, bus=None):
         return self.ask_bus("NameHasOwner", GLib.Variant("(s)", (name,)), bus)
 
+    def offer_service(self, name, program):
+        """Lets the session bus start the program for those who call its name."""
+        (self.folder / "services" / f"{name}.service").write_text(f"[D-BUS Service]\nName={name}\nExec={program}\n")
+        for member, arguments in (("UpdateActivationEnvironment", GLib.Variant("(a{ss})", (self.env,))),
+                                  ("ReloadConfig", None)):
+            self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member, arguments)
+
     def connections(self):
         return sum(name.startswith(":") for name in self.ask_bus("ListNames"))
 
