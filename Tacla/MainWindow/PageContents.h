@@ -90,6 +90,6 @@ SyncBadgeContent syncBadge(const ModelState&, const TimeText&);
 std::string syncText(const ModelState&, const TimeText&);
 std::string calendarSyncText(bool on);
 std::string copyText(Instant made, Day today); // when a copy of the list was kept
-std::string trayText(const ModelState&); // how to live without the icon; nothing where it shows
+std::string trayText(const ModelState&);       // how to live without the icon; nothing where it shows
 
 }
