@@ -190,8 +190,11 @@ void AppModel::reschedule(const std::string& key, Day to) {
     if (const auto* task = find(document_.renamed().latest(key))) reschedule(TaskItem(*task), to, task->time);
 }
 
-void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong) {
-    if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today())) apply(*edit);
+std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
+                                         bool strong) {
+    const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today());
+    if (!edit) return "Ce titre ne peut pas être écrit.";
+    return apply(*edit) == Outcome::failed ? state_.fileError : std::nullopt;
 }
 
 void AppModel::use(const path& file) {

@@ -53,7 +53,8 @@ class AppModel {
     Outcome edit(const TaskItem&, const TaskChange&, const std::function<void()>& saved = {});
     bool holds(const TaskItem& seen) const; // the list, as it was read last
     void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
-    void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
+    // None when the task is in the file, else why it is not.
+    std::optional<std::string> add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();

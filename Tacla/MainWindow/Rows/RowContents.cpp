@@ -85,11 +85,37 @@ TaskChange changeOf(const TaskDraft& draft, const TaskDraft& opened, Day today) 
     if (draft.day != opened.day && (draft.dated || draft.day != today)) change.day = draft.day;
     const auto timeOf = [](const TaskDraft& one) { return one.hasTime ? std::optional(one.time) : std::nullopt; };
     if (timeOf(draft) != timeOf(opened)) change.time = timeOf(draft);
-    if (!draft.dated && draft.hasTime) change.day = draft.day;
+    if (draft.dated != opened.dated || (!draft.dated && draft.hasTime)) change.day = draft.day;
     return change;
 }
 
-void NewTaskDraft::pick(Day day, Day today) { picked = day == today ? std::nullopt : std::optional(day); }
+void NewTaskDraft::pick(Day day, Day today) {
+    picked = day == today ? std::nullopt : std::optional(day);
+    said.reset();
+}
+
+void NewTaskDraft::dropPast(Day today) {
+    for (auto* day : {&picked, &said})
+        if (*day && **day < today) day->reset();
+}
+
+NewTaskDraft taking(const MomentWords& told, NewTaskDraft draft) {
+    draft.title = withoutWords(draft.title, told);
+    if (told.day) draft.said = told.day;
+    if (told.clock) draft.hasTime = true;
+    draft.time = told.clock.value_or(draft.time);
+    draft.strong = draft.strong || told.strong;
+    return draft;
+}
+
+TaskDraft taking(const MomentWords& told, TaskDraft draft) {
+    draft.title = withoutWords(draft.title, told);
+    draft.day = told.day.value_or(draft.day);
+    draft.dated = draft.dated || told.day;
+    if (told.clock) draft.hasTime = true;
+    draft.time = told.clock.value_or(draft.time);
+    return draft;
+}
 
 std::optional<NewTask> newTask(const NewTaskDraft& draft, Day today) {
     const auto title = dravel::trimmedOfWhiteSpaceAndLineBreaks(draft.title);

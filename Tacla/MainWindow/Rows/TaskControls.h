@@ -1,22 +1,19 @@
 #pragma once
 
-#include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Control.h"
 #include "DravelKit/Foundation/Instant.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <QWidget>
 
-#include <array>
+#include <optional>
 #include <vector>
 
-// What a task is checked, edited and typed with.
-class QBoxLayout;
-
+// What a task is checked and edited with.
 namespace dravel {
 class Button;
-class Chip;
 class DateField;
+class Offer;
 class Switch;
 class TextField;
 class TextLabel;
@@ -24,8 +21,6 @@ class TimeField;
 }
 
 namespace tacla {
-
-class AppModel;
 
 // The circle before a task. A click says clicked(); whether the task is done is the task file's to say.
 class CheckButton final : public dravel::Control {
@@ -58,7 +53,7 @@ class TaskEditor final : public QWidget {
   public:
     static constexpr int titleHeight = 32;
 
-    TaskEditor(const TaskDraft&, Day today, QWidget* parent);
+    TaskEditor(const TaskDraft&, const dravel::Now&, QWidget* parent);
 
     TaskChange change(Day today) const { return changeOf(draft_, opened_, today); }
     bool isTouched() const { return draft_ != opened_; }
@@ -70,6 +65,7 @@ class TaskEditor final : public QWidget {
   Q_SIGNALS:
     void saved(Qt::FocusReason);
     void cancelled(Qt::FocusReason);
+    void heightChanged();
 
   protected:
     void keyPressEvent(QKeyEvent*) override;
@@ -78,46 +74,20 @@ class TaskEditor final : public QWidget {
     void fill();
     void arrange();
     void followFields();
+    int fieldsHeight() const;
+    void offer();
+    void take(const MomentWords&);
 
     TaskDraft draft_, opened_;
-    dravel::TextLabel* note_;
+    const dravel::Now& now_;
     dravel::TextField* title_;
+    dravel::Offer* offer_;
+    std::optional<MomentWords> told_;
     dravel::DateField* date_;
     dravel::Switch* hasTime_;
     dravel::TimeField* time_;
     dravel::Button *cancel_, *save_;
-};
-
-// Where a new task is typed. Its day follows today until another one is picked.
-class AddTaskCard final : public dravel::Card {
-    Q_OBJECT
-
-  public:
-    AddTaskCard(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
-    void setToday(Day);
-    void focusTitle(); // ready to type
-
-  private:
-    void nameFields();
-    void arrange();
-    QBoxLayout* fieldLine();
-    QBoxLayout* choices();
-    void followFields();
-    void pick(Day);
-    void add();
-    void showDraft();
-    Day currentDay() const { return Day::of(now_()); }
-
-    AppModel& model_;
-    const dravel::Now& now_;
-    NewTaskDraft draft_;
-    Day today_;
-    dravel::TextField* title_;
-    std::array<dravel::Chip*, 3> chips_;
-    dravel::DateField* date_;
-    dravel::Switch *hasTime_, *strong_;
-    dravel::TimeField* time_;
-    dravel::Button* add_;
+    dravel::TextLabel* note_;
 };
 
 }

@@ -309,11 +309,14 @@ void TaskRow::perform(RowCommand command, const TaskItem& task) {
 
 void TaskRow::startEditing() {
     if (editor_) return;
-    const auto today = currentDay();
     edited_ = task_;
-    editor_ = new TaskEditor(draftOf(task_, today), today, this);
+    editor_ = new TaskEditor(draftOf(task_, currentDay()), now_, this);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
+    connect(editor_, &TaskEditor::heightChanged, this, [this] {
+        placeControls();
+        container_.heightChanged();
+    });
     placeControls();
     editor_->show();
     menuButton_->hide();
