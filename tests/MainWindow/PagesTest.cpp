@@ -42,6 +42,7 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     window.press(Qt::Key_Return);
     EXPECT_EQ(window.world.text(), "- [ ] ❗ Appeler la banque · 2026-11-25 10:00\n- [ ] Relancer · 2026-11-25\n")
         << "the day stays, time and priority do not";
+    EXPECT_FALSE(title.isUndoAvailable()) << "what was added is the list's to take back";
     QTest::keyClicks(&title, u"   "_s);
     window.press(Qt::Key_Return);
     EXPECT_EQ(title.text(), QString());

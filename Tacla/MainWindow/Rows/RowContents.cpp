@@ -86,7 +86,7 @@ TaskChange changeOf(const TaskDraft& draft, const TaskDraft& opened, Day today) 
     if (saidInWords || (draft.day != opened.day && (draft.dated || draft.day != today))) change.day = draft.day;
     const auto timeOf = [](const TaskDraft& one) { return one.hasTime ? std::optional(one.time) : std::nullopt; };
     if (timeOf(draft) != timeOf(opened)) change.time = timeOf(draft);
-    if (!draft.dated && draft.hasTime) change.day = draft.day;
+    if (draft.dated != opened.dated || (!draft.dated && draft.hasTime)) change.day = draft.day;
     return change;
 }
 

@@ -74,12 +74,16 @@ class TaskEditor final : public QWidget {
     void fill();
     void arrange();
     void followFields();
+    int fieldsHeight() const;
     void offer();
     void take(const MomentWords&);
 
     TaskDraft draft_, opened_;
     const dravel::Now& now_;
+<<<<<<< HEAD
     dravel::TextLabel* note_;
+=======
+>>>>>>> rightline
     dravel::TextField* title_;
     dravel::Offer* offer_;
     std::optional<MomentWords> told_;
@@ -87,6 +91,7 @@ class TaskEditor final : public QWidget {
     dravel::Switch* hasTime_;
     dravel::TimeField* time_;
     dravel::Button *cancel_, *save_;
+    dravel::TextLabel* note_;
 };
 
 }
