@@ -149,7 +149,7 @@ void SettingsFile::change(const std::function<void(json&)>& change) {
             throw FileError(FileError::Kind::notUtf8, file_);
         }
     };
-    dravel::SafeFile::editOwn(file_, edited, lockFolder_);
+    if (auto written = dravel::SafeFile::editOwn(file_, edited, lockFolder_)) known_ = std::move(written->after);
 }
 
 std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {
