@@ -182,7 +182,10 @@ std::optional<std::string> AppModel::add(const std::string& title, std::optional
 void AppModel::bringBack(const path& copy) {
     std::string text;
     if (!attempt("de lire", copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
-    if (!document_.isStale(document_.onDisk())) return apply(UserEdit::bringBack(std::move(text)));
+    if (!document_.isStale(document_.onDisk())) {
+        apply(UserEdit::bringBack(std::move(text)));
+        return;
+    }
     show(UndoBar{"Le fichier a changé depuis : rien n'a été rétabli.", false});
     reload(); // what was to be replaced is not what was looked at
 }
