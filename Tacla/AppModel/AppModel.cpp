@@ -199,7 +199,6 @@ std::optional<std::string> AppModel::add(const std::string& title, std::optional
     const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today());
     if (!edit) return "Ce titre ne peut pas être écrit.";
     return apply(*edit) == Outcome::failed ? state_.fileError : std::nullopt;
-<<<<<<< HEAD
 }
 
 void AppModel::bringBack(const path& copy) {
@@ -211,8 +210,6 @@ void AppModel::bringBack(const path& copy) {
     }
     show(UndoBar{"Le fichier a changé depuis : rien n'a été rétabli.", false});
     reload(); // what was to be replaced is not what was looked at
-=======
->>>>>>> rightline
 }
 
 void AppModel::use(const path& file) {

@@ -32,7 +32,7 @@ std::string quotedArgument(const std::string& text) {
 std::optional<std::string_view> value(std::string_view text, std::string_view key) {
     bool inside = false;
     for (const auto line : dravel::split(text, "\n")) {
-        if (line.starts_with('[')) inside = line == "[Desktop Entry]";
+        if (line.starts_with('[')) inside = dravel::trimmedOfWhiteSpaceAndLineBreaks(line) == "[Desktop Entry]";
         const auto equals = line.find('=');
         if (inside && equals != line.npos && dravel::trimmedOfWhiteSpace(line.substr(0, equals)) == key)
             return dravel::trimmedOfWhiteSpaceAndLineBreaks(line.substr(equals + 1));

@@ -177,7 +177,7 @@ void SettingsFile::proveWritable() {
 void SettingsFile::editText(const std::function<std::optional<std::string>(std::string_view text)>& edit) {
     const std::scoped_lock one(using_);
     if (!settingsThere()) setAsideIfDamaged();
-    dravel::SafeFile::editOwn(file_, edit, lockFolder_);
+    if (auto changed = dravel::SafeFile::editOwn(file_, edit, lockFolder_)) known_ = std::move(changed->after);
 }
 
 std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {

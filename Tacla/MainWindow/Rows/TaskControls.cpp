@@ -78,10 +78,6 @@ void CheckButton::paint(QPainter& painter) {
 
 TaskEditor::TaskEditor(const TaskDraft& draft, const dravel::Now& now, QWidget* parent)
     : QWidget(parent), draft_(draft), opened_(draft), now_(now),
-<<<<<<< HEAD
-      note_(new dravel::TextLabel(Theme::Typography::body, Theme::dangerText, {}, this)),
-=======
->>>>>>> rightline
       title_(new dravel::TextField(dravel::TextField::Kind::Boxed, u"Titre de la tâche"_s, this)),
       offer_(new dravel::Offer(*title_, this)), date_(new dravel::DateField(u"Date"_s, this)),
       hasTime_(new dravel::Switch(u"Heure"_s)), time_(new dravel::TimeField(u"Heure de la tâche"_s, this)),
@@ -139,15 +135,6 @@ void TaskEditor::arrange() {
     note_->hide();
 }
 
-<<<<<<< HEAD
-int TaskEditor::neededHeight(int width) const {
-    const int fields = offer_->isVisibleTo(this) ? 104 : 68;
-    constexpr int gap = 8;
-    return note_->isHidden() ? fields : fields + gap + note_->heightForWidth(width);
-}
-
-=======
->>>>>>> rightline
 void TaskEditor::say(const QString& note) {
     note_->setText(note);
     note_->setVisible(!note.isEmpty());
@@ -171,8 +158,6 @@ void TaskEditor::followFields() {
     connect(save_, &QAbstractButton::clicked, this, [this] { Q_EMIT saved(Qt::OtherFocusReason); });
 }
 
-<<<<<<< HEAD
-=======
 int TaskEditor::fieldsHeight() const { return offer_->isVisibleTo(this) ? 104 : 68; }
 
 int TaskEditor::neededHeight(int width) const {
@@ -180,21 +165,14 @@ int TaskEditor::neededHeight(int width) const {
     return note_->isHidden() ? fieldsHeight() : fieldsHeight() + gap + note_->heightForWidth(width);
 }
 
->>>>>>> rightline
 // A priority is not the editor's: words that tell one stay in the title.
 void TaskEditor::offer() {
     const auto today = Day::of(now_());
     told_ = momentWords(draft_.title, today, Clock::of(now_()));
     if (told_ && told_->strong) told_.reset();
-<<<<<<< HEAD
-    const int before = neededHeight(width());
-    offer_->make(told_ ? toQt(label(*told_, today)) : QString());
-    if (neededHeight(width()) != before) Q_EMIT heightChanged();
-=======
     const int before = fieldsHeight();
     offer_->make(told_ ? toQt(label(*told_, today)) : QString());
     if (fieldsHeight() != before) Q_EMIT heightChanged();
->>>>>>> rightline
 }
 
 void TaskEditor::take(const MomentWords& told) {

@@ -80,10 +80,6 @@ class TaskEditor final : public QWidget {
 
     TaskDraft draft_, opened_;
     const dravel::Now& now_;
-<<<<<<< HEAD
-    dravel::TextLabel* note_;
-=======
->>>>>>> rightline
     dravel::TextField* title_;
     dravel::Offer* offer_;
     std::optional<MomentWords> told_;
