@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
+#include <random>
 #include <set>
 
 namespace tacla {
@@ -40,6 +42,41 @@ struct List {
     }
 };
 
+}
+
+// Against a model that knows each task by its place: its key of now, and the one that the calendar knows it by.
+TEST(RenamedKeys, LeadFromWhatTheCalendarKnowsToTheKeysOfNowOverRandomRenamesDuringSyncs) {
+    std::mt19937 random(20250304);
+    const auto pick = [&](std::size_t n) { return random() % n; };
+    for (int history = 0; history < 300; ++history) {
+        RenamedKeys keys;
+        std::vector<std::string> now{"a", "b", "c", "d"}, known = now, sent;
+        RenamedKeys::Map given;
+        for (int step = 0; step < 30; ++step) {
+            const auto task = pick(now.size());
+            const auto to = std::string(1, static_cast<char>('a' + pick(7)));
+            const auto other = std::ranges::find(now, to);
+            RenamedKeys::Map renamed{{now[task], to}};
+            if (other != now.end()) { // takes the title of another one, which is numbered anew
+                const auto place = static_cast<std::size_t>(other - now.begin());
+                if (place == task) continue;
+                renamed[to] = now[place] = now[task];
+            }
+            now[task] = to;
+            keys.remember(renamed);
+            if (sent.empty() && pick(3) == 0) {
+                given = keys.sinceSync();
+                sent = now;
+            } else if (!sent.empty() && pick(2) == 0) {
+                keys.synced(given);
+                known = std::exchange(sent, {});
+            }
+            for (std::size_t i = 0; i < now.size(); ++i) {
+                const auto found = keys.sinceSync().find(known[i]);
+                ASSERT_EQ(found == keys.sinceSync().end() ? known[i] : found->second, now[i]);
+            }
+        }
+    }
 }
 
 TEST(TaskDocument, KeepsTheTextThatItReplacesForTheUserAlone) {
