@@ -52,6 +52,10 @@ class OpenFile {
     int descriptor_;
 };
 
+// The lock over all processes that stands for this file, which is made where missing and stays; none while another one
+// holds it. Dropping it ends the lock, as does the end of its holder, however it comes.
+std::optional<OpenFile> tryLock(const std::filesystem::path&);
+
 OpenFile openToRead(const std::filesystem::path&);
 
 // What makes a file the same one as a moment ago, besides its bytes.

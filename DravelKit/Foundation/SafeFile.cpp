@@ -21,23 +21,14 @@ constexpr auto patience = std::chrono::seconds(2);
 constexpr auto pause = std::chrono::milliseconds(4);
 constexpr int mostAttempts = 1 + 3; // an editor may save in between three times
 
-// Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
-bool stillThere(const OpenFile& file, const Path& path) {
-    struct stat now {};
-    return ::stat(path.c_str(), &now) == 0 && Identity::of(now).sameFile(Identity::of(file.status()));
-}
-
-// The one lock under which all processes of this program change a file: advisory, and gone with its holder however that
-// one ends. Its file stands in the lock folder and stays there. Waits for a while, then throws FileError (busy).
+// The one lock under which all processes of this program change a file. Waits for a while, then throws FileError
+// (busy).
 OpenFile acquired(const Path& path, const Path& target) {
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (true) {
-        OpenFile file(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
-        while (!file.lock()) {
-            if (std::chrono::steady_clock::now() >= deadline) throw FileError(FileError::Kind::busy, target);
-            std::this_thread::sleep_for(pause);
-        }
-        if (stillThere(file, path)) return file;
+        if (auto lock = tryLock(path)) return std::move(*lock);
+        if (std::chrono::steady_clock::now() >= deadline) throw FileError(FileError::Kind::busy, target);
+        std::this_thread::sleep_for(pause);
     }
 }
 
