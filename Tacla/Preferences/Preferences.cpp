@@ -80,6 +80,12 @@ json SettingsFile::read() const {
     return json::object();
 }
 
+json SettingsFile::readOrThrow() const {
+    if (auto settings = settingsIn(file_)) return std::move(*settings);
+    setAsideIfDamaged();
+    throw FileError(FileError::Kind::system, file_, EBADMSG);
+}
+
 // Looks again under the lock: another process may have put good settings there meanwhile.
 void SettingsFile::setAsideIfDamaged() const {
     const auto aside = file_.string() + ".broken";
@@ -89,8 +95,7 @@ void SettingsFile::setAsideIfDamaged() const {
 }
 
 void SettingsFile::change(const std::function<void(json&)>& change) {
-    if (!settingsIn(file_)) setAsideIfDamaged();
-    const auto edited = [&](std::string_view text) -> std::optional<std::string> {
+    editText([&](std::string_view text) -> std::optional<std::string> {
         const auto before = parsed(text);
         if (!before) throw FileError(FileError::Kind::changed, file_);
         auto after = *before;
@@ -101,8 +106,18 @@ void SettingsFile::change(const std::function<void(json&)>& change) {
         } catch (const json::type_error&) { // a path or an identifier in another encoding
             throw FileError(FileError::Kind::notUtf8, file_);
         }
-    };
-    dravel::SafeFile::editOwn(file_, edited, lockFolder_);
+    });
+}
+
+void SettingsFile::proveWritable() {
+    editText([](std::string_view text) -> std::optional<std::string> {
+        return text.ends_with("\n\n") ? std::string(text.substr(0, text.size() - 1)) : std::string(text) + "\n";
+    });
+}
+
+void SettingsFile::editText(const std::function<std::optional<std::string>(std::string_view text)>& edit) {
+    if (!settingsIn(file_)) setAsideIfDamaged();
+    dravel::SafeFile::editOwn(file_, edit, lockFolder_);
 }
 
 std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {
@@ -123,6 +138,13 @@ std::optional<std::string> Preferences::calendarID() const { return text(at(file
 
 bool Preferences::calendarCreatedByTacla() const {
     return flag(at(file_.read(), "calendarCreatedByTacla")).value_or(false);
+}
+
+std::optional<Preferences::Calendar> Preferences::calendar() const {
+    const auto settings = file_.readOrThrow();
+    auto id = text(at(settings, "calendarID"));
+    if (!id) return {};
+    return Calendar{std::move(*id), flag(at(settings, "calendarCreatedByTacla")).value_or(false)};
 }
 
 std::vector<std::string> Preferences::notifiedTasks() const { return texts(at(file_.read(), "notifiedTasks")); }

@@ -25,11 +25,16 @@ class SettingsFile {
     // Empty when there is no file. A damaged file is moved to "….broken" and reported, and so is read as empty; one
     // that cannot be read is reported, once.
     nlohmann::json read() const;
+    // For what must not take lost settings for empty ones: throws dravel::FileError where `read` would report.
+    nlohmann::json readOrThrow() const;
 
     // Reads, changes and saves under one lock; writes nothing when nothing changed. Throws dravel::FileError.
     void change(const std::function<void(nlohmann::json& object)>&);
 
+    void proveWritable(); // by writing a blank line; throws dravel::FileError
+
   private:
+    void editText(const std::function<std::optional<std::string>(std::string_view text)>&);
     void setAsideIfDamaged() const;
 
     std::filesystem::path file_, lockFolder_;
@@ -51,6 +56,12 @@ class Preferences {
     bool calendarSync() const; // when absent: whether there is a calendarID
     std::optional<std::string> calendarID() const;
     bool calendarCreatedByTacla() const;
+    struct Calendar {
+        std::string id;
+        bool createdByTacla = false;
+    };
+    std::optional<Calendar> calendar() const; // throws dravel::FileError when the settings are lost
+    void proveWritable() { file_.proveWritable(); }
     std::vector<std::string> notifiedTasks() const;
     std::optional<bool> wantsLaunchAtLogin() const;
     bool onboardingDone() const;
