@@ -21,6 +21,7 @@ constexpr std::pair<int, const char*> reasons[] = {
     {EDQUOT, "Le quota de disque est dépassé"},
     {EROFS, "Le système de fichiers est en lecture seule"},
     {EFBIG, "Le fichier est trop volumineux"},
+    {EBADMSG, "Le contenu est endommagé"},
     {EIO, "Erreur d'entrée-sortie"},
     {ENAMETOOLONG, "Le nom du fichier est trop long"},
     {ELOOP, "Trop de liens symboliques"},

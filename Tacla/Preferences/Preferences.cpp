@@ -140,7 +140,7 @@ json SettingsFile::readOrThrow() const {
     const std::scoped_lock one(using_);
     if (auto settings = settingsThere()) return std::move(*settings);
     setAsideIfDamaged();
-    throw FileError(FileError::Kind::damaged, file_);
+    throw FileError(FileError::Kind::system, file_, EBADMSG);
 }
 
 // Looks again under the lock: another process may have put good settings there meanwhile.

@@ -62,7 +62,7 @@ TEST(RenamedKeys, LeadFromWhatTheCalendarKnowsToTheKeysOfNowOverRandomRenamesDur
             if (other != now.end()) { // takes the title of another one, which is numbered anew
                 const auto place = static_cast<std::size_t>(other - now.begin());
                 if (place == task) continue;
-                renamed[to] = std::exchange(now[place], now[task]);
+                renamed[to] = now[place] = now[task];
             }
             now[task] = to;
             keys.remember(renamed);
