@@ -30,7 +30,7 @@ using dravel::FileError;
 
 namespace {
 
-// The least size is asked of the desktop. Where it gives less, as a tile, the view folds, down to its own.
+// The least size is asked of the desktop. As a tile, half of a small screen, the view folds, down to its own.
 constexpr QSize firstContent{980, 720}, leastContent{820, 560}, leastTile{480, 320};
 constexpr QSize usualFrame{8, 40};
 constexpr int usualPanel = 56;
@@ -122,7 +122,9 @@ void MainWindow::takePlace() {
     const bool chosen = placed_ || preferences_.windowSize(); // by somebody who saw the panels
     const QSize room = roomForContent(free.size(), chosen || !onWayland());
     const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0;
-    setMinimumSize(QSize(leastContent.width(), leastContent.height() + menuHeight).boundedTo(room));
+    // A Wayland desktop that gives less than a window asks for would see it cut off.
+    const QSize least = onWayland() ? leastTile : leastContent;
+    setMinimumSize(QSize(least.width(), least.height() + menuHeight).boundedTo(room));
     const QSize fitting = wantedSize().boundedTo(room);
     if (!placed_ || fitting != size()) resize(fitting);
     if (onWayland()) return;
