@@ -30,9 +30,10 @@ using dravel::FileError;
 
 namespace {
 
-// The least size is asked of the desktop. Where it gives less, as a tile, the view folds, down to its own.
+// The least size is asked of the desktop. As a tile, half of a small screen, the view folds, down to its own.
 constexpr QSize firstContent{980, 720}, leastContent{820, 560}, leastTile{480, 320};
-constexpr int usualTitleBar = 40, usualPanel = 56;
+constexpr QSize usualFrame{8, 40};
+constexpr int usualPanel = 56;
 
 bool onWayland() { return QGuiApplication::platformName().startsWith(u"wayland"); }
 
@@ -56,7 +57,7 @@ void write(const QImage& image, const fs::path& path) {
 }
 
 QSize roomForContent(QSize free, bool panelsKnown) {
-    return free - QSize(0, panelsKnown ? usualTitleBar : usualTitleBar + usualPanel);
+    return free - usualFrame - QSize(0, panelsKnown ? 0 : usualPanel);
 }
 
 // Title, size and life of the window around the main view.
@@ -118,13 +119,16 @@ void MainWindow::takePlace() {
     if (last && !onWayland())
         if (auto* there = QGuiApplication::screenAt({last->x + 32, last->y + 16})) target = there;
     const auto free = target->availableGeometry();
-    const QSize room = roomForContent(free.size(), !onWayland());
+    const bool chosen = placed_ || preferences_.windowSize(); // by somebody who saw the panels
+    const QSize room = roomForContent(free.size(), chosen || !onWayland());
     const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0;
-    setMinimumSize(QSize(leastContent.width(), leastContent.height() + menuHeight).boundedTo(room));
+    // A Wayland desktop that gives less than a window asks for would see it cut off.
+    const QSize least = onWayland() ? leastTile : leastContent;
+    setMinimumSize(QSize(least.width(), least.height() + menuHeight).boundedTo(room));
     const QSize fitting = wantedSize().boundedTo(room);
     if (!placed_ || fitting != size()) resize(fitting);
     if (onWayland()) return;
-    const QRect within(free.topLeft(), free.size() - fitting - QSize(0, usualTitleBar));
+    const QRect within(free.topLeft(), free.size() - fitting - usualFrame);
     if (last)
         move(std::clamp(last->x, within.left(), std::max(within.left(), within.right() + 1)),
              std::clamp(last->y, within.top(), std::max(within.top(), within.bottom() + 1)));

@@ -15,6 +15,8 @@ namespace tacla {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 // What the About panel tells of this program and of what it is made with.
 dravel::About aboutTacla(const std::string& version) {
     return {.appName = QStringLiteral("Tacla"),
@@ -49,7 +51,11 @@ void AppDelegate::launch() {
         ports_.system.open();
     });
     connections_.push_back(ports_.session.lost.connect([this] { doWithoutSession(); }));
-    if (ports_.session.isAbsent()) doWithoutSession();
+    if (ports_.session.isAbsent()) return doWithoutSession();
+    // Over a bus that stays silent neither an icon nor a launcher can bring the window.
+    busPatience_ = ports_.loop.after(10s, [this] {
+        if (!item_) showWindow();
+    });
 }
 
 void AppDelegate::observe() {

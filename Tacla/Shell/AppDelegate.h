@@ -76,6 +76,7 @@ class AppDelegate {
     bool menuInstalled_ = false;
     bool refreshPending_ = false;
     std::vector<dravel::Connection> connections_;
+    dravel::Timer busPatience_;
 };
 
 }

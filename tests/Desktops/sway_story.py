@@ -173,7 +173,8 @@ class Tile(Sway):
         self.sway('[app_id=".*"]', "floating", "disable")
         for width in (640, 480):
             self.sway("output", "HEADLESS-1", "resolution", f"{2 * width}x720")
-            until(lambda: self.windows()[NAME]["rect"]["width"] == width, f"{width} pixels")
+            until(lambda: self.windows()[NAME]["rect"]["width"] == width == self.windows()[NAME]["geometry"]["width"],
+                  f"{width} pixels, all of them drawn")
             self.picture(f"tile-{width}")
 
 
