@@ -11,6 +11,7 @@ namespace tacla {
 
 namespace {
 
+using namespace std::chrono_literals;
 using Kind = MirrorEvent::Kind;
 using dravel::Outcome;
 
@@ -53,16 +54,17 @@ void CalendarMirror::finish(MirrorEvent event) {
 bool CalendarMirror::perform(const MirrorAction& action) {
     switch (action.kind) {
     case MirrorAction::Kind::askAccount:
-        start([service = service_](std::stop_token stop) { return service->account(std::move(stop)); },
-              Kind::accountTold, Kind::accountFailed);
+        start([service = service_, ask = action.on](std::stop_token stop) { return service->account(ask, stop); },
+              Kind::accountTold, Kind::accountFailed, life_);
         return false;
-    case MirrorAction::Kind::signIn:
-        start([service = service_](std::stop_token stop) { return service->signIn(stop), Connection::signedIn; },
-              Kind::signedIn, Kind::signInFailed);
+    case MirrorAction::Kind::signIn: signIn(); return false;
+    case MirrorAction::Kind::countDown:
+        second_ = loop_.after(1s, [this] { finish({.kind = Kind::signInSecondPassed}); });
         return false;
+    case MirrorAction::Kind::stopSignIn: signIn_->stop.request_stop(); return false;
     case MirrorAction::Kind::signOut:
         start([service = service_](std::stop_token stop) { return service->signOut(stop), Connection::signedOut; },
-              Kind::signedOut, Kind::signOutFailed);
+              Kind::signedOut, Kind::signOutFailed, life_);
         return false;
     case MirrorAction::Kind::run: run(); return false;
     case MirrorAction::Kind::storeSwitch: return store(action.on);
@@ -89,11 +91,24 @@ void CalendarMirror::run() {
             service->run(tasks, renamed, std::move(stop));
             return Connection::signedIn;
         },
-        Kind::runEnded, Kind::runFailed);
+        Kind::runEnded, Kind::runFailed, life_);
 }
 
-void CalendarMirror::start(Job job, Kind done, Kind failed) {
-    background_.run<Connection>(std::move(job), life_.guard([this, done, failed](const Outcome<Connection>& outcome) {
+void CalendarMirror::signIn() {
+    auto& attempt = signIn_.emplace();
+    const auto hear = attempt.life.guard([this](const MirrorEvent& event) { finish(event); });
+    const auto tell = [&loop = loop_, hear](const MirrorEvent& event) { loop.post([hear, event] { hear(event); }); };
+    start(
+        [service = service_, tell, left = attempt.stop](std::stop_token quit) {
+            const std::stop_callback quitting(quit, [left]() mutable { left.request_stop(); });
+            service->signIn(tell, left.get_token());
+            return Connection::signedIn;
+        },
+        Kind::signedIn, Kind::signInFailed, attempt.life);
+}
+
+void CalendarMirror::start(Job job, Kind done, Kind failed, const dravel::Lifetime& life) {
+    background_.run<Connection>(std::move(job), life.guard([this, done, failed](const Outcome<Connection>& outcome) {
         auto event = outcomeOf(outcome, done, failed);
         if (event.kind == Kind::runEnded) renamed_.synced(std::exchange(sent_, {}));
         finish(std::move(event));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/GoogleAuth/OAuthClient.h"
 #include "DravelKit/Run/Background.h"
 #include "DravelKit/Run/MainLoop.h"
 #include "Tacla/CalendarSync/MirrorPlan.h"
@@ -7,7 +8,9 @@
 #include "Tacla/TaskDocument/RenamedKeys.h"
 #include "Tacla/TaskList/TaskViews.h"
 
+#include <filesystem>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <stop_token>
 #include <string>
@@ -21,9 +24,11 @@ class CalendarService {
   public:
     virtual ~CalendarService() = default;
 
-    virtual Connection account(std::stop_token) = 0; // unknown: the keyring does not answer, ask again later
+    // Unknown: the keyring does not answer, or would only after asking the user when that is not wanted.
+    virtual Connection account(bool mayAskUser, std::stop_token) = 0;
 
-    virtual void signIn(std::stop_token) = 0;
+    using Tell = std::function<void(const MirrorEvent&)>; // of the wait for the user; from any thread
+    virtual void signIn(const Tell&, std::stop_token) = 0;
     virtual void signOut(std::stop_token) = 0;
 
     // Thrown by run, and by nothing else, when there is no account any more.
@@ -32,6 +37,10 @@ class CalendarService {
     };
 
     virtual void run(const Tasks&, const RenamedKeys::Map& renamed, std::stop_token) = 0;
+
+    // The file without which nobody can sign in. These two do not block, and need no background job.
+    virtual dravel::OAuthClient::Source client() const = 0;
+    virtual void useClient(const std::filesystem::path& downloaded) = 0;
 };
 
 // Performs what planMirror decides: runs the background jobs, sets the one timer, stores the switch, and hands each
@@ -53,7 +62,8 @@ class CalendarMirror {
     bool perform(const MirrorAction&);
     bool store(bool on);
     void run();
-    void start(Job, MirrorEvent::Kind done, MirrorEvent::Kind failed);
+    void signIn();
+    void start(Job, MirrorEvent::Kind done, MirrorEvent::Kind failed, const dravel::Lifetime&);
     void finish(MirrorEvent);
 
     dravel::MainLoop& loop_;
@@ -66,7 +76,14 @@ class CalendarMirror {
 
     MirrorState state_;
     RenamedKeys::Map sent_; // with the run of now
-    dravel::Timer nextSync_;
+    dravel::Timer nextSync_, second_;
+
+    // The last attempt to sign in. What an earlier one comes to, which the user has left, is of no interest.
+    struct SignIn {
+        std::stop_source stop;
+        dravel::Lifetime life;
+    };
+    std::optional<SignIn> signIn_;
     dravel::Lifetime life_;
 };
 

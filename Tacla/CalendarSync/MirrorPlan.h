@@ -12,13 +12,23 @@ namespace tacla {
 // State of the Google account; unknown also while the keyring does not answer.
 enum class Connection { unknown, signedOut, signingIn, signedIn };
 
+// A sign-in that waits for the user in the browser.
+struct SignInWait {
+    std::string address; // for the browser, and for the user's eyes only
+    std::chrono::seconds left{};
+    bool noBrowser = false; // none could be opened
+
+    bool operator==(const SignInWait&) const = default;
+};
+
 // All that decides when the tasks go to the calendar.
 struct MirrorState {
     bool available = true;    // there is a calendar to speak of
     bool on = false;          // the user's switch
     bool listReadable = true; // else nothing is sent, or an unreadable list would empty the calendar
     Connection connection = Connection::unknown;
-    bool asking = false; // for the account
+    std::optional<SignInWait> signIn; // once the browser is asked for
+    bool asking = false;              // for the account
     bool running = false;
     std::optional<dravel::Instant> lastSync; // end of the last successful run
     std::optional<std::string> status;       // what failed last; the application's general line
@@ -44,8 +54,13 @@ struct MirrorEvent {
         accountTold,
         accountFailed,
         signInAsked,
+        signInWaits,
+        signInSecondPassed,
+        browserMissing,
+        signInLeft,
         signedIn,
         signInFailed,
+        clientChosen,
         signOutAsked,
         signedOut,
         signOutFailed,
@@ -56,16 +71,17 @@ struct MirrorEvent {
         reported,
     };
     Kind kind;
-    std::string message = {};                 // of a failure or a report
+    std::string message = {};                 // of a failure or a report; the address where the sign-in waits
     Connection account = Connection::unknown; // accountTold; signedOut where a run found no account
     bool on = false;                          // of a switch
     dravel::Instant at = {};                  // of an outcome
+    std::chrono::seconds left{};              // signInWaits
 };
 
 struct MirrorAction {
-    enum class Kind { askAccount, signIn, signOut, run, storeSwitch, syncAfter };
+    enum class Kind { askAccount, signIn, countDown, stopSignIn, signOut, run, storeSwitch, syncAfter };
     Kind kind;
-    bool on = false;                    // storeSwitch
+    bool on = false;                    // storeSwitch; askAccount: the user may be asked to unlock the keyring
     std::chrono::milliseconds delay{0}; // syncAfter: takes the place of an earlier one
 
     bool operator==(const MirrorAction&) const = default;

@@ -88,4 +88,8 @@ SyncBadgeContent syncBadge(const ModelState&, const TimeText&);
 std::string syncText(const ModelState&, const TimeText&);
 std::string calendarSyncText(bool on);
 
+// How the Google account stands, and what there is to do about it.
+std::string accountText(const ModelState&);
+std::string clientText(dravel::OAuthClient::Source);
+
 }

@@ -40,8 +40,7 @@ CalendarSync::Result mirror(const Tasks& tasks, const Keys& renamed, const drave
     dravel::GoogleAuth auth(taclaGoogle(preferences),
                             {.folders = {.data = folders.data, .resources = installationPrefix() / "share" / "tacla"},
                              .endpoints = endpoints,
-                             .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
-                             .openBrowser = {}});
+                             .keyring = std::make_shared<dravel::SecretServiceKeyring>()});
     CalendarSync sync(auth, preferences, endpoints.calendar);
     const ProgressLine line;
     line.show("Lecture de Google Agenda…");

@@ -29,6 +29,10 @@ const MirrorState off{.connection = signedIn};
 const MirrorState asking{.on = true, .asking = true};
 const dravel::Instant now{90s};
 
+MirrorState waiting(std::chrono::seconds left, bool noBrowser = false) {
+    return {.connection = signingIn, .signIn = SignInWait{"adresse", left, noBrowser}};
+}
+
 const Row rows[] = {
     {"a run", ready, {On::syncDue}, running, {{.kind = Do::run}}},
     {"never two runs", running, {On::syncDue}, running, {}},
@@ -43,7 +47,7 @@ const Row rows[] = {
      {On::syncDue},
      {.on = true, .connection = signedOut},
      {}},
-    {"it is asked for first", {.on = true}, {On::syncDue}, asking, {{.kind = Do::askAccount}}},
+    {"it is asked for first", {.on = true}, {On::syncDue}, asking, {{.kind = Do::askAccount, .on = true}}},
     {"once at a time", asking, {On::syncDue}, asking, {}},
     {"a run that ended",
      {.on = true, .connection = signedIn, .running = true, .status = "hors ligne"},
@@ -66,8 +70,8 @@ const Row rows[] = {
     {"a wake", ready, {On::wokeUp}, ready, after(2s)},
     {"another list", ready, {On::listChosen}, ready, after(0s)},
     {"a period", ready, {On::periodPassed}, ready, after(0s)},
-    {"a period without an answer", {.on = true}, {On::periodPassed}, asking, {{.kind = Do::askAccount}}},
-    {"the keyring comes", {.on = true}, {On::accountStoreAppeared}, asking, {{.kind = Do::askAccount}}},
+    {"a period without an answer", {.on = true}, {On::periodPassed}, asking, {{.kind = Do::askAccount, .on = true}}},
+    {"the keyring comes", {.on = true}, {On::accountStoreAppeared}, asking, {{.kind = Do::askAccount, .on = true}}},
     {"it is of no interest once the account is known", off, {On::accountStoreAppeared}, off, {}},
 
     {"the account is told",
@@ -102,6 +106,24 @@ const Row rows[] = {
      {On::signInFailed, "refusé"},
      {.connection = signedOut, .status = "refusé"},
      {}},
+    {"it waits in the browser",
+     {.connection = signingIn},
+     {.kind = On::signInWaits, .message = "adresse", .left = 300s},
+     waiting(300s),
+     {{.kind = Do::countDown}}},
+    {"a second less", waiting(300s), {On::signInSecondPassed}, waiting(299s), {{.kind = Do::countDown}}},
+    {"no browser", waiting(9s), {On::browserMissing}, waiting(9s, true), {}},
+    {"an end of the wait", waiting(9s), {On::signInFailed, "délai"}, {.connection = signedOut, .status = "délai"}, {}},
+    {"nothing to count", {.connection = signedOut}, {On::signInSecondPassed}, {.connection = signedOut}, {}},
+    {"left, and nobody is asked for a password to see what is there",
+     waiting(9s),
+     {On::signInLeft},
+     {.asking = true},
+     {{.kind = Do::stopSignIn}, {.kind = Do::askAccount}}},
+    {"what was left is silent", {.connection = signedOut}, {On::signInFailed, "?"}, {.connection = signedOut}, {}},
+    {"and undone where it had just been done", off, {On::signedIn}, off, {{.kind = Do::signOut}}},
+    {"nor does it wait", {.connection = signedOut}, {On::signInWaits, "adresse"}, {.connection = signedOut}, {}},
+    {"a look without mirroring asks nobody", {}, {On::started}, {.asking = true}, {{.kind = Do::askAccount}}},
     {"signed out",
      {.connection = signedIn, .status = "hors ligne"},
      {On::signedOut},
