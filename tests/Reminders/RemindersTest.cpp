@@ -28,21 +28,6 @@ TEST(NotificationCentre, ShowsWhatFellDueAsleepInTheOrderOfTheMoments) {
                                                 "12:00 D | Prévue aujourd'hui\n12:00 Z | Prévue aujourd'hui\n");
 }
 
-TEST(NotificationCentre, KeepsWhatIsDueUntilAServerComes) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-04 9:30\n- [ ] C · 2025-03-04\n");
-    world.notifications.capabilities.reachable = false;
-    world.start();
-    EXPECT_FALSE(world.state().notificationsAllowed);
-    world.loop.advanceTo(moment("2025-03-05 10:00"));
-    world.model.toggle(world.task("C"));
-    EXPECT_EQ(world.preferences.notifiedTasks(), Preferences::Notified{});
-    world.notifications.setReachable(true);
-    world.loop.runPosted();
-    EXPECT_TRUE(world.state().notificationsAllowed);
-    EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue aujourd'hui\n10:00 B | Prévue à 09:30\n");
-    EXPECT_EQ(world.preferences.notifiedTasks().size(), 2U);
-}
-
 TEST(NotificationCentre, TriesAgainWhatAServerRefused) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n");
     world.notifications.refusal = "full";

@@ -216,6 +216,7 @@ void SettingsPage::refreshCalendar() {
     mirrorOn_->setChecked(state.calendarSync);
     mirror_->setDetail(toQt(calendarSyncText(state.calendarSync)));
     sync_->setDetail(toQt(syncText(state, shortTime)), state.syncError ? Theme::dangerText : Theme::textSecondary);
+    sync_->setNote(toQt(state.syncHint.value_or("")));
 }
 
 }
