@@ -122,17 +122,18 @@ const TaskItem* AppModel::find(const std::string& key) const {
     return found == state_.tasks.end() ? nullptr : &*found;
 }
 
-void AppModel::apply(const UserEdit& edit) {
+bool AppModel::apply(const UserEdit& edit) {
     const TaskDocument::Change* change = nullptr;
     const auto write = [&] { change = document_.edit(edit.apply, now()); };
-    if (!attempt("d'écrire", document_.file(), write)) return tell();
-    if (change == nullptr) return;
+    if (!attempt("d'écrire", document_.file(), write)) return tell(), false;
+    if (change == nullptr) return true;
     show(edit.said ? std::optional(UndoBar{*edit.said, true}) : std::nullopt);
-    if (!edit.retitled) return wrote({}, {});
+    if (!edit.retitled) return wrote({}, {}), true;
     const auto keys = document_.follow(*change);
     auto task = *edit.retitled;
     if (const auto renamed = keys.find(task.key); renamed != keys.end()) task.key = renamed->second;
     wrote(keys, {task});
+    return true;
 }
 
 void AppModel::wrote(const TaskDocument::Keys& renamed, const Tasks& silenced) {
@@ -170,8 +171,11 @@ void AppModel::reschedule(const std::string& key, Day to) {
     if (const auto* task = find(document_.renamed().latest(key))) reschedule(*task, to, task->time);
 }
 
-void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong) {
-    if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong)) apply(*edit);
+std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
+                                         bool strong) {
+    const auto edit = UserEdit::add(title, day.value_or(today()), time, strong);
+    if (!edit) return "Ce titre ne peut pas être écrit.";
+    return apply(*edit) ? std::nullopt : state_.fileError;
 }
 
 void AppModel::use(const path& file) {

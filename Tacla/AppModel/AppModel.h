@@ -51,7 +51,8 @@ class AppModel {
         apply(UserEdit::change(task, title, day, time, today()));
     }
     void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
-    void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
+    // None when the task is in the file, else why it is not.
+    std::optional<std::string> add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();
@@ -99,7 +100,7 @@ class AppModel {
         return attempt("de créer", file, [&] { TaskDocument::createIfMissing(file); });
     }
     void store(const std::function<void()>& preference); // a failure becomes status text
-    void apply(const UserEdit&);
+    bool apply(const UserEdit&);                         // false when the file could not be written
     void wrote(const TaskDocument::Keys& renamed, const Tasks& silenced);
     void show(std::optional<UndoBar>);
 
