@@ -31,8 +31,8 @@ class IconLabel final : public QWidget {
 }
 
 WelcomeStep::WelcomeStep(const QString& title, const QString& text, QWidget* parent)
-    : Card(parent), disc_(new Disc({.diameter = discSide}, this)),
-      button_(new Button(Button::Kind::Neutral, {}, this)) {
+    : Card(parent), disc_(new Disc({.diameter = discSide}, this)), button_(new Button(Button::Kind::Neutral, {}, this)),
+      note_(new TextLabel(Theme::Typography::callout, Theme::textSecondary, {}, this)), buttons_(new QVBoxLayout) {
     setAccessibleName(title);
     auto* titleLabel = new TextLabel(Theme::Typography::cardTitle, Theme::text, title, this);
     titleLabel->setObjectName(QStringLiteral("stepTitle"));
@@ -41,19 +41,27 @@ WelcomeStep::WelcomeStep(const QString& title, const QString& text, QWidget* par
     textLabel->setWraps(true);
     button_->setObjectName(QStringLiteral("stepButton"));
     button_->hide();
+    note_->setObjectName(QStringLiteral("stepNote"));
+    note_->setWraps(true);
+    note_->hide();
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
     texts->addStretch();
     texts->addWidget(titleLabel);
     texts->addWidget(textLabel);
+    texts->addWidget(note_);
     texts->addStretch();
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(Theme::Space::md, Theme::Space::md, Theme::Space::lg, Theme::Space::md);
     row->setSpacing(Theme::Space::md);
     row->addWidget(disc_);
     row->addLayout(texts, 1);
-    row->addWidget(button_);
+    buttons_->setSpacing(Theme::Space::sm);
+    buttons_->addStretch();
+    buttons_->addWidget(button_);
+    buttons_->addStretch();
+    row->addLayout(buttons_);
     setMinimumHeight(76);
 }
 
@@ -72,6 +80,20 @@ void WelcomeStep::setButton(const QString& text, Button::Kind kind) {
     button_->setKind(kind);
     button_->updateGeometry();
     refresh();
+}
+
+Button& WelcomeStep::addSecondButton(const QString& text) {
+    auto* second = new Button(Button::Kind::Neutral, text, this);
+    second->hide();
+    buttons_->insertWidget(buttons_->count() - 1, second);
+    setTabOrder(button_, second);
+    return *second;
+}
+
+void WelcomeStep::setNote(const QString& text, const Theme::Tone& tone) {
+    note_->setText(text);
+    note_->setTone(tone);
+    note_->setHidden(text.isEmpty());
 }
 
 void WelcomeStep::refresh() {

@@ -21,6 +21,8 @@ class WelcomeStep final : public Card {
     void setDone(bool); // the number becomes a check, the button goes
     void setButton(const QString& text, Button::Kind = Button::Kind::Neutral); // "" hides it
     Button& button() const { return *button_; }
+    Button& addSecondButton(const QString& text);                            // under the button; hidden at first
+    void setNote(const QString&, const Theme::Tone& = Theme::textSecondary); // under the text; "" hides it
     void setNumber(int);
 
   private:
@@ -30,6 +32,8 @@ class WelcomeStep final : public Card {
     bool done_ = false;
     Disc* disc_;
     Button* button_;
+    TextLabel* note_;
+    QVBoxLayout* buttons_;
 };
 
 // Icon, title, introduction, steps and the closing button, centred; scrolls when the window is too low.

@@ -45,6 +45,9 @@ void AppModel::start() {
 void AppModel::tell() {
     const auto& mirror = mirror_.state();
     state_.connection = mirror.connection;
+    state_.signIn = mirror.signIn;
+    if (ports_.calendar != nullptr && mirror.connection != Connection::signedIn)
+        state_.googleClient = ports_.calendar->client();
     state_.lastSync = mirror.lastSync;
     state_.syncing = mirror.running;
     state_.syncError = mirror.status;
@@ -233,6 +236,18 @@ void AppModel::setCalendarSync(bool on) {
 
 void AppModel::enableCalendarSync() {
     mirror_.handle({Happened::enableAsked});
+    tell();
+}
+
+void AppModel::useGoogleClient(const path& downloaded) {
+    if (ports_.calendar == nullptr) return;
+    std::optional<std::string> failure;
+    try {
+        ports_.calendar->useClient(downloaded);
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+    mirror_.handle({failure ? Happened::reported : Happened::clientChosen, failure.value_or("")});
     tell();
 }
 

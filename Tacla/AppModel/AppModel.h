@@ -69,6 +69,8 @@ class AppModel {
     void createAndUse(const std::filesystem::path&); // with the new-file text, unless it exists
 
     void signIn() { tellOf(MirrorEvent::Kind::signInAsked); }
+    void leaveSignIn() { tellOf(MirrorEvent::Kind::signInLeft); }
+    void useGoogleClient(const std::filesystem::path& downloaded); // a failure becomes status text
     void signOut() { tellOf(MirrorEvent::Kind::signOutAsked); }
     void setCalendarSync(bool);
     void enableCalendarSync(); // after a sign-in: also forgets the last error

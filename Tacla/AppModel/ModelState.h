@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/GoogleAuth/OAuthClient.h"
 #include "Tacla/CalendarSync/MirrorPlan.h"
 #include "Tacla/TaskList/TaskViews.h"
 
@@ -25,6 +26,8 @@ struct ModelState {
     std::filesystem::path file;
 
     Connection connection = Connection::unknown;
+    std::optional<SignInWait> signIn; // while it waits in the browser
+    dravel::OAuthClient::Source googleClient = dravel::OAuthClient::Source::package;
     std::optional<Instant> lastSync; // end of the last successful calendar sync
     bool syncing = false;
     std::optional<std::string> syncError, fileError;

@@ -11,6 +11,7 @@ namespace tacla {
 
 namespace {
 
+using namespace std::chrono_literals;
 using Kind = MirrorEvent::Kind;
 using dravel::Outcome;
 
@@ -62,18 +63,19 @@ void CalendarMirror::finish(MirrorEvent event) {
 bool CalendarMirror::perform(const MirrorAction& action) {
     switch (action.kind) {
     case MirrorAction::Kind::askAccount:
-        start<Connection>([service = service_](std::stop_token stop) { return service->account(std::move(stop)); },
-                          Kind::accountTold, Kind::accountFailed);
-        return false;
-    case MirrorAction::Kind::signIn:
         start<Connection>(
-            [service = service_](std::stop_token stop) { return service->signIn(stop), Connection::signedIn; },
-            Kind::signedIn, Kind::signInFailed);
+            [service = service_, ask = action.on](std::stop_token stop) { return service->account(ask, stop); },
+            Kind::accountTold, Kind::accountFailed, life_);
         return false;
+    case MirrorAction::Kind::signIn: signIn(); return false;
+    case MirrorAction::Kind::countDown:
+        second_ = loop_.after(1s, [this] { finish({.kind = Kind::signInSecondPassed}); });
+        return false;
+    case MirrorAction::Kind::stopSignIn: signIn_->stop.request_stop(); return false;
     case MirrorAction::Kind::signOut:
         start<Connection>(
             [service = service_](std::stop_token stop) { return service->signOut(stop), Connection::signedOut; },
-            Kind::signedOut, Kind::signOutFailed);
+            Kind::signedOut, Kind::signOutFailed, life_);
         return false;
     case MirrorAction::Kind::takeTurn: takeTurn(); return false;
     case MirrorAction::Kind::send: send(); return false;
@@ -127,9 +129,22 @@ void CalendarMirror::send() {
         });
 }
 
+void CalendarMirror::signIn() {
+    auto& attempt = signIn_.emplace();
+    const auto hear = attempt.life.guard([this](const MirrorEvent& event) { finish(event); });
+    const auto tell = [&loop = loop_, hear](const MirrorEvent& event) { loop.post([hear, event] { hear(event); }); };
+    start<Connection>(
+        [service = service_, tell, left = attempt.stop](std::stop_token quit) {
+            const std::stop_callback quitting(quit, [left]() mutable { left.request_stop(); });
+            service->signIn(tell, left.get_token());
+            return Connection::signedIn;
+        },
+        Kind::signedIn, Kind::signInFailed, attempt.life);
+}
+
 template <class Result, class Job>
-void CalendarMirror::start(Job job, Kind whenDone, Kind whenFailed) {
-    background_.run<Result>(std::move(job), life_.guard([this, whenDone, whenFailed](const Outcome<Result>& outcome) {
+void CalendarMirror::start(Job job, Kind whenDone, Kind whenFailed, const dravel::Lifetime& life) {
+    background_.run<Result>(std::move(job), life.guard([this, whenDone, whenFailed](const Outcome<Result>& outcome) {
         finish(eventOf(outcome, whenDone, whenFailed));
     }));
 }

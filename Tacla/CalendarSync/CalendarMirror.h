@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/GoogleAuth/OAuthClient.h"
 #include "DravelKit/Run/Background.h"
 #include "DravelKit/Run/MainLoop.h"
 #include "Tacla/CalendarSync/MirrorPlan.h"
@@ -7,8 +8,10 @@
 #include "Tacla/TaskDocument/RenamedKeys.h"
 #include "Tacla/TaskList/TaskViews.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <stop_token>
 #include <string>
@@ -23,9 +26,11 @@ class CalendarService {
   public:
     virtual ~CalendarService() = default;
 
-    virtual Connection account(std::stop_token) = 0; // unknown: the keyring does not answer, ask again later
+    // Unknown: the keyring does not answer, or would only after asking the user when that is not wanted.
+    virtual Connection account(bool mayAskUser, std::stop_token) = 0;
 
-    virtual void signIn(std::stop_token) = 0;
+    using Tell = std::function<void(const MirrorEvent&)>; // of the wait for the user; from any thread
+    virtual void signIn(const Tell&, std::stop_token) = 0;
     virtual void signOut(std::stop_token) = 0;
 
     // How takeTurn and run fail, when there is more to say: a hint beside the message, and whether it is a trouble that
@@ -47,6 +52,10 @@ class CalendarService {
     virtual Turn takeTurn(std::stop_token, const std::function<void()>& waits) = 0;
     // Returns a hint about what went through, "" when there is nothing to say. Sends nothing more once it is stopped.
     virtual std::string run(const Turn&, const Tasks&, const RenamedKeys::Map& renamed, std::stop_token) = 0;
+
+    // The file without which nobody can sign in. These two do not block, and need no background job.
+    virtual dravel::OAuthClient::Source client() const = 0;
+    virtual void useClient(const std::filesystem::path& downloaded) = 0;
 };
 
 // Performs what planMirror decides: runs the background jobs, sets the one timer, stores the switch, and hands each
@@ -70,8 +79,9 @@ class CalendarMirror {
     bool store(bool on);
     void takeTurn();
     void send();
+    void signIn();
     template <class Result, class Job>
-    void start(Job, MirrorEvent::Kind done, MirrorEvent::Kind failed);
+    void start(Job, MirrorEvent::Kind done, MirrorEvent::Kind failed, const dravel::Lifetime&);
     template <class Result, class Job>
     void startStoppable(Job, std::function<void(const dravel::Outcome<Result>&)> done);
     void finish(MirrorEvent);
@@ -89,7 +99,14 @@ class CalendarMirror {
     Turn turn_;             // while it is decided what to do with it
     Tasks sentTasks_;
     RenamedKeys::Map sent_;
-    dravel::Timer nextSync_;
+    dravel::Timer nextSync_, second_;
+
+    // The last attempt to sign in. What an earlier one comes to, which the user has left, is of no interest.
+    struct SignIn {
+        std::stop_source stop;
+        dravel::Lifetime life;
+    };
+    std::optional<SignIn> signIn_;
     dravel::Lifetime life_;
 };
 

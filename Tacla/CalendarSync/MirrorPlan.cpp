@@ -30,7 +30,8 @@ void say(MirrorState& state, std::optional<std::string> status, const std::strin
 
 Actions ask(MirrorState& state) {
     if (!state.available || std::exchange(state.asking, true)) return {};
-    return {{.kind = Do::askAccount}};
+    // Who does not mirror is not troubled for a password.
+    return {{.kind = Do::askAccount, .on = state.on}};
 }
 
 Actions askIfUnknown(MirrorState& state) { return state.connection == Connection::unknown ? ask(state) : Actions(); }
@@ -124,10 +125,50 @@ Actions signIn(MirrorState& state) {
     return {{.kind = Do::signIn}};
 }
 
+Actions waits(MirrorState& state, const MirrorEvent& event) {
+    if (state.connection != Connection::signingIn) return {};
+    state.signIn = SignInWait{.address = event.message, .left = event.left};
+    return {{.kind = Do::countDown}};
+}
+
+Actions secondPassed(MirrorState& state) {
+    if (!state.signIn) return {};
+    if (state.signIn->left > 0s) --state.signIn->left;
+    return {{.kind = Do::countDown}};
+}
+
+// At once for the user. An account of before may still be there, and to look needs no password.
+Actions leaveSignIn(MirrorState& state) {
+    if (state.connection != Connection::signingIn) return {};
+    state.connection = Connection::unknown;
+    state.signIn.reset();
+    Actions actions{{.kind = Do::stopSignIn}};
+    if (!std::exchange(state.asking, true)) actions.push_back({.kind = Do::askAccount});
+    return actions;
+}
+
 Actions becomes(MirrorState& state, Connection connection, std::optional<std::string> status) {
     state.connection = connection;
     if (state.status != status) say(state, std::move(status));
     return {};
+}
+
+Actions noBrowser(MirrorState& state) {
+    if (state.signIn) state.signIn->noBrowser = true;
+    return {};
+}
+
+Actions signedIn(MirrorState& state) {
+    if (state.connection != Connection::signingIn) return {{.kind = Do::signOut}}; // left a moment too late
+    state.signIn.reset();
+    becomes(state, Connection::signedIn, {});
+    return storeSwitch(true);
+}
+
+Actions signInFailed(MirrorState& state, const MirrorEvent& event) {
+    if (state.connection != Connection::signingIn) return {}; // left by the user
+    state.signIn.reset();
+    return becomes(state, Connection::signedOut, event.message);
 }
 
 // Off is obeyed even when it cannot be remembered.
@@ -161,8 +202,13 @@ Actions next(MirrorState& state, const MirrorEvent& event) {
     case Kind::accountFailed: return told(state, Connection::signedOut);
 
     case Kind::signInAsked: return signIn(state);
-    case Kind::signedIn: return becomes(state, Connection::signedIn, {}), storeSwitch(true);
-    case Kind::signInFailed: return becomes(state, Connection::signedOut, event.message);
+    case Kind::signInWaits: return waits(state, event);
+    case Kind::signInSecondPassed: return secondPassed(state);
+    case Kind::browserMissing: return noBrowser(state);
+    case Kind::signInLeft: return leaveSignIn(state);
+    case Kind::signedIn: return signedIn(state);
+    case Kind::signInFailed: return signInFailed(state, event);
+    case Kind::clientChosen: return becomes(state, state.connection, {});
 
     case Kind::signOutAsked: return signOut(state);
     case Kind::signedOut: return state.leaving = false, becomes(state, Connection::signedOut, state.status);

@@ -9,7 +9,10 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QUrl>
+
+#include <unistd.h>
 
 #include <array>
 #include <string_view>
@@ -30,6 +33,13 @@ void openPanel(QWidget* parent, const Path& folder, const Chosen& chosen, const 
         if (!file.isEmpty()) chosen(Path(file.toStdString()));
     });
     panel->open();
+}
+
+// The desktop's own way to the browser, else the browser that the system knows.
+QString addressOpener() {
+    for (const auto* name : {"xdg-open", "x-www-browser"})
+        if (auto found = QStandardPaths::findExecutable(QLatin1StringView(name)); !found.isEmpty()) return found;
+    return {};
 }
 
 // The command that opens the notification settings of the desktops that XDG_CURRENT_DESKTOP names ("ubuntu:GNOME"),
@@ -53,7 +63,28 @@ std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
 
 void openFile(const Path& file) { QDesktopServices::openUrl(url(file)); }
 
-void openAddress(const std::string& address) { QDesktopServices::openUrl(QUrl(QString::fromStdString(address))); }
+void openAddress(const std::string& address, const std::function<void()>& failed) {
+    const auto tellFailure = [failed] {
+        if (failed) failed();
+    };
+    const auto opener = addressOpener();
+    if (opener.isEmpty()) return tellFailure();
+    // Without an owner: some openers live as long as the browser, which stays when we go.
+    auto* process = new QProcess;
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    process->setChildProcessModifier([] { ::setsid(); });
+    QObject::connect(process, &QProcess::finished, process, [process, tellFailure](int status) {
+        process->deleteLater();
+        if (status != 0) tellFailure();
+    });
+    QObject::connect(process, &QProcess::errorOccurred, process, [process, tellFailure](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart) return;
+        process->deleteLater();
+        tellFailure();
+    });
+    process->start(opener, {QString::fromStdString(address)});
+}
 
 void reveal(Bus& session, const Path& file) {
     const auto openFolder = [file] { QDesktopServices::openUrl(url(file.parent_path())); };
@@ -103,6 +134,17 @@ void createFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
         panel.setDefaultSuffix(QStringLiteral("md"));
         panel.selectFile(QStringLiteral("taches.md"));
         panel.setLabelText(QFileDialog::Accept, QStringLiteral("Enregistrer"));
+        panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
+    });
+}
+
+void chooseClient(QWidget* parent, const Chosen& chosen) {
+    const auto title = QStringLiteral("Choisissez le fichier que Google vous a donné (client_secret_….json).");
+    const auto downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation).toStdString();
+    openPanel(parent, downloads, chosen, title, [](QFileDialog& panel) {
+        panel.setFileMode(QFileDialog::ExistingFile);
+        panel.setNameFilter(QStringLiteral("Clients Google (*.json)"));
+        panel.setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
         panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
     });
 }

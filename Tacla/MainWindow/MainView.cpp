@@ -32,11 +32,13 @@ class WelcomeView final : public QWidget {
     void addSteps(dravel::WelcomePage&);
     void refresh();
     void connectAgenda();
+    void refreshAgenda();
 
     AppModel& model_;
     const DesktopActions& actions_;
     dravel::WelcomeStep *list_ = nullptr, *notifications_ = nullptr, *agenda_ = nullptr, *tray_ = nullptr;
     dravel::WelcomePage* page_;
+    Button* guide_ = nullptr;
 };
 
 WelcomeView::WelcomeView(AppModel& model, const DesktopActions& actions, QWidget* parent)
@@ -82,29 +84,52 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
                                      u"le téléphone. Tacla n'a accès qu'à cet agenda."_s));
     agenda_->button().setObjectName(u"welcome.agenda"_s);
     connect(&agenda_->button(), &QAbstractButton::clicked, this, &WelcomeView::connectAgenda);
+    guide_ = &agenda_->addSecondButton(u"Mode d'emploi"_s);
+    guide_->setObjectName(u"welcome.guide"_s);
+    connect(guide_, &QAbstractButton::clicked, this, [this] { actions_.openGuide(); });
+}
+
+static bool canSignIn(const ModelState& state) {
+    using Source = dravel::OAuthClient::Source;
+    return state.googleClient != Source::missing && state.googleClient != Source::unreadable;
 }
 
 void WelcomeView::connectAgenda() {
     if (model_.state().connection == Connection::signedIn)
         model_.enableCalendarSync();
-    else
+    else if (canSignIn(model_.state()))
         model_.signIn();
+    else
+        actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
 }
 
 void WelcomeView::refresh() {
     const auto& state = model_.state();
     notifications_->setDone(state.notificationsAllowed);
+    refreshAgenda();
+}
+
+void WelcomeView::refreshAgenda() {
+    const auto& state = model_.state();
     const bool signedIn = state.connection == Connection::signedIn;
     if (const auto text = toQt(trayText(state)); tray_ == nullptr && !text.isEmpty()) {
         tray_ = page_->addStep(new WelcomeStep(u"Sans icône"_s, text));
         tray_->setButton({});
     }
     if (tray_ != nullptr) tray_->setVisible(state.withoutTray);
+    const bool signingIn = state.connection == Connection::signingIn;
     agenda_->setDone(signedIn && state.calendarSync);
-    if (state.connection == Connection::signingIn)
-        agenda_->setButton({});
-    else
-        agenda_->setButton(signedIn ? u"Activer"_s : u"Se connecter…"_s, Button::Kind::Soft);
+    agenda_->setButton(signingIn          ? QString()
+                       : signedIn         ? u"Activer"_s
+                       : canSignIn(state) ? u"Se connecter…"_s
+                                          : u"Choisir le fichier client…"_s,
+                       Button::Kind::Soft);
+    guide_->setVisible(!signedIn && !signingIn && !canSignIn(state));
+    const bool failed = !signingIn && state.syncError;
+    agenda_->setNote(toQt(failed     ? *state.syncError
+                          : signedIn ? ""
+                                     : accountText(state)),
+                     failed ? dravel::Theme::dangerText : dravel::Theme::textSecondary);
 }
 
 namespace {

@@ -9,10 +9,16 @@
 namespace tacla {
 
 using dravel::Symbol;
+using Source = dravel::OAuthClient::Source;
 
 namespace {
 
 constexpr std::size_t nextShown = 5;
+
+std::string durationText(std::chrono::seconds time) {
+    const auto minutes = time.count() / 60;
+    return (minutes > 0 ? std::to_string(minutes) + " min " : "") + std::to_string(time.count() % 60) + " s";
+}
 
 std::string headline(std::size_t open, bool anyToday) {
     if (open >= 1) return counted(open, "tâche") + " à cocher";
@@ -276,6 +282,29 @@ std::string trayText(const ModelState& state) {
 std::string calendarSyncText(bool on) {
     return on ? "Dans un agenda à part, sans rappel sur le téléphone."
               : "Désactivé. Les événements déjà recopiés restent dans l'agenda.";
+}
+
+std::string accountText(const ModelState& state) {
+    if (state.connection == Connection::signedIn) return "Connecté à votre compte Google.";
+    if (state.signIn)
+        return (state.signIn->noBrowser
+                    ? "Aucun navigateur ne s'est ouvert. Copiez l'adresse et ouvrez-la dans un navigateur : encore "
+                    : "Répondez à Google dans votre navigateur : encore ") +
+               durationText(state.signIn->left) + ".";
+    if (state.connection == Connection::signingIn) return "Tacla s'assure que votre trousseau de clés répond.";
+    if (state.googleClient == Source::missing)
+        return "Il faut d'abord un fichier client, gratuit : le mode d'emploi montre comment l'obtenir.";
+    return "";
+}
+
+std::string clientText(Source source) {
+    switch (source) {
+    case Source::missing: return "Absent. Choisissez le fichier que Google vous a donné.";
+    case Source::unreadable: return "Illisible (attendu : client OAuth « Application de bureau »).";
+    case Source::own: return "En place.";
+    case Source::package: break;
+    }
+    return "";
 }
 
 }

@@ -92,4 +92,8 @@ std::string calendarSyncText(bool on);
 std::string copyText(Instant made, Day today); // when a copy of the list was kept
 std::string trayText(const ModelState&);       // how to live without the icon; nothing where it shows
 
+// How the Google account stands, and what there is to do about it.
+std::string accountText(const ModelState&);
+std::string clientText(dravel::OAuthClient::Source);
+
 }

@@ -162,9 +162,13 @@ DesktopActions desktopActions(Bus& session, const dravel::UserFolders& folders) 
     actions.reveal = [&session](const path& file) { FreedesktopActions::reveal(session, file); };
     actions.showCopies = [folder = copiesFolder(folders)] { FreedesktopActions::showFolder(folder); };
     actions.openAgenda = [] { FreedesktopActions::openAddress("https://calendar.google.com/calendar/r"); };
+    actions.openGuide = [guide = Paths().share / "doc/tacla-desktop/google-agenda.md"] {
+        FreedesktopActions::openFile(guide);
+    };
     actions.openNotificationSettings = FreedesktopActions::openNotificationSettings;
     actions.chooseFile = FreedesktopActions::chooseFile;
     actions.createFile = FreedesktopActions::createFile;
+    actions.chooseClient = FreedesktopActions::chooseClient;
     actions.version = TACLA_VERSION;
     actions.home = folders.home;
     return actions;
@@ -188,14 +192,15 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     std::optional<GnomeNotifications> gnomeNotifications;
     if (onGnome()) gnomeNotifications.emplace(notifications);
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
-    GoogleCalendarService calendar({.preferences = preferences,
-                                    .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
-                                    .locks = paths.folders.locks,
-                                    .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
-                                    .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
-                                    .openBrowser = [&loop](const std::string& url) {
-                                        loop.post([url] { FreedesktopActions::openAddress(url); });
-                                    }});
+    GoogleCalendarService calendar(
+        {.preferences = preferences,
+         .folders = {.data = paths.folders.data, .resources = paths.share / "tacla", .locks = paths.folders.locks},
+         .locks = paths.folders.locks,
+         .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
+         .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
+         .openBrowser = [&loop](const std::string& url, const auto& failed) {
+             loop.post([=] { FreedesktopActions::openAddress(url, failed); });
+         }});
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
     NotificationServer* const server =
         gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications) : &notifications;

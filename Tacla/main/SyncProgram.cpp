@@ -57,8 +57,7 @@ CalendarSync::Result sync(const Keys& renamed, Terminal& terminal) {
     dravel::GoogleAuth auth(taclaGoogle(preferences),
                             {.folders = {.data = folders.data, .resources = installationPrefix() / "share" / "tacla"},
                              .endpoints = endpoints,
-                             .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
-                             .openBrowser = {}});
+                             .keyring = std::make_shared<dravel::SecretServiceKeyring>()});
     CalendarSync calendar(auth, preferences, endpoints.calendar, folders.locks);
     const auto turn = calendar.takeTurn({}, sayThatItWaits);
     const auto tasks = currentTasks(preferences, folders);

@@ -31,7 +31,7 @@ struct MirrorFixture {
 
     explicit MirrorFixture(const std::string& scope = "calendar.app.created")
         : auth(taclaGoogle(preferences),
-               {.folders = {home.path(), home.path()}, .endpoints = endpoints, .keyring = keyring, .openBrowser = {}}) {
+               {.folders = {home.path(), home.path()}, .endpoints = endpoints, .keyring = keyring}) {
         std::filesystem::create_directories(home / "Tacla");
         writeBytes(home / "Tacla/client.json", google.clientFile());
         const auto grant = google.control({{"grant", "https://www.googleapis.com/auth/" + scope}});

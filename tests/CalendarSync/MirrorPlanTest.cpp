@@ -51,7 +51,14 @@ MirrorState with(MirrorState state, const char* status, bool isRunning) {
 MirrorState tried(std::size_t retries) {
     return {.on = true, .connection = signedIn, .retries = retries, .status = ""};
 }
-const Actions ask{{.kind = Do::askAccount}}, switchOn{{.kind = Do::storeSwitch, .on = true}};
+const Actions ask{{.kind = Do::askAccount, .on = true}}, switchOn{{.kind = Do::storeSwitch, .on = true}};
+
+MirrorState waiting(std::chrono::seconds left, bool noBrowser = false) {
+    return {.connection = signingIn, .signIn = SignInWait{"adresse", left, noBrowser}};
+}
+const Actions look{{.kind = Do::askAccount}}, leave{{.kind = Do::stopSignIn}, {.kind = Do::askAccount}};
+const MirrorEvent waits{.kind = On::signInWaits, .message = "adresse", .left = 300s};
+const Actions countDown{{.kind = Do::countDown}}, signOut{{.kind = Do::signOut}};
 
 const Row rows[] = {
     {"a run", ready, {On::syncDue}, running, {{.kind = Do::takeTurn}}},
@@ -98,6 +105,17 @@ const Row rows[] = {
     {"nowhere to sign in", nowhere, {On::signInAsked}, nowhere, {}},
     {"signed in", with(at(signingIn), "refusé"), {On::signedIn}, off, switchOn},
     {"refused", at(signingIn), {On::signInFailed, "refusé"}, with(at(signedOut), "refusé"), {}},
+    {"it waits in the browser", at(signingIn), waits, waiting(300s), countDown},
+    {"a second less", waiting(300s), {On::signInSecondPassed}, waiting(299s), countDown},
+    {"nothing to count", at(signedOut), {On::signInSecondPassed}, at(signedOut), {}},
+    {"no browser", waiting(9s), {On::browserMissing}, waiting(9s, true), {}},
+    {"a wait in vain", waiting(9s), {On::signInFailed, "délai"}, with(at(signedOut), "délai"), {}},
+    {"left, and no password to see what is there", waiting(9s), {On::signInLeft}, asked, leave},
+    {"what was left is silent", at(signedOut), {On::signInFailed, "?"}, at(signedOut), {}},
+    {"does not wait", at(signedOut), waits, at(signedOut), {}},
+    {"and is undone where it was done a moment before", off, {On::signedIn}, off, signOut},
+    {"a look without mirroring", {}, {On::started}, asked, look},
+    {"a client file", with(at(signedOut), "absent"), {On::clientChosen}, at(signedOut), {}},
     {"signed out", with(off, "hors ligne"), {On::signedOut}, with(at(signedOut), "hors ligne"), {}},
     {"a token that stays", off, {On::signOutFailed, "verrouillé"}, with(off, "verrouillé"), {}},
 

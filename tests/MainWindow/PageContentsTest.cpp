@@ -145,5 +145,16 @@ TEST(SyncBadge, TellsTheWorstFirst) {
     EXPECT_EQ(syncBadge(state, timeText).title, "Tout est coché");
 }
 
+TEST(AccountText, TellsHowLongTheSignInWaits) {
+    auto state = stateOf("");
+    state.connection = Connection::signingIn;
+    state.signIn = SignInWait{"https://accounts.google.com/?state=x", std::chrono::seconds(299)};
+    EXPECT_EQ(accountText(state), "Répondez à Google dans votre navigateur : encore 4 min 59 s.");
+    state.signIn->left = std::chrono::seconds(59);
+    state.signIn->noBrowser = true;
+    EXPECT_EQ(accountText(state),
+              "Aucun navigateur ne s'est ouvert. Copiez l'adresse et ouvrez-la dans un navigateur : encore 59 s.");
+}
+
 }
 }

@@ -220,15 +220,61 @@ TEST(SettingsPage, FollowsTheAccount) {
     auto& page = window.page(Section::settings);
     EXPECT_NE(texts(page).find("Connecté à votre compte Google."), std::string::npos);
     EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
-    window.world.model.signOut();
+    window.control<Button>("account.signOut").click();
     window.world.loop.runPosted();
     window.settle();
     EXPECT_TRUE(window.control<Button>("account.signIn").isVisible());
-    window.world.background.held = true;
+    EXPECT_FALSE(window.control<Button>("account.signOut").isVisible());
+
+    window.world.calendar.clientFile = dravel::OAuthClient::Source::missing;
+    window.world.model.reload();
+    window.settle();
+    EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
+    EXPECT_NE(texts(page).find("fichier client, gratuit"), std::string::npos) << texts(page);
+    window.control<Button>("account.guide").click();
+    window.chosen = "/tmp/photo.png";
+    window.world.calendar.failure = "Client Google illisible";
+    window.control<Button>("client.choose").click();
+    window.settle();
+    EXPECT_NE(texts(page).find("Client Google illisible\n"), std::string::npos);
+    window.world.calendar.failure.reset();
+    window.chosen = "/tmp/client_secret_1.json";
+    window.control<Button>("client.choose").click();
+    window.settle();
+    EXPECT_EQ(texts(page).find("Client Google illisible\n"), std::string::npos);
+    EXPECT_TRUE(window.control<Button>("account.signIn").isVisible());
+    EXPECT_EQ(window.asked, (std::vector<std::string>{"guide", "client", "client"}));
+    window.world.calendar.clientFile = dravel::OAuthClient::Source::package;
+    window.world.model.reload();
+    window.settle();
+    EXPECT_FALSE(window.control<Button>("client.choose").isVisible()) << "the maker's own";
+}
+
+TEST(SettingsPage, LetsTheUserLeaveTheSignIn) {
+    TestWindow window("");
+    auto& world = window.world;
+    auto& page = window.page(Section::settings);
+    world.model.signOut();
+    world.loop.runPosted();
+    bool stopped = false;
+    world.calendar.duringSignIn = [&](const auto&, const auto& stop) {
+        stopped = stop.stop_requested();
+        if (stopped) throw std::runtime_error("Connexion Google interrompue");
+    };
+    world.background.held = true;
     window.control<Button>("account.signIn").click();
     window.settle();
     EXPECT_NE(texts(page).find("Connexion\n"), std::string::npos);
-    EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
+    world.calendar.present = Connection::signedOut;
+    window.control<Button>("account.leave").click();
+    window.settle();
+    EXPECT_TRUE(window.control<Button>("account.signIn").isVisible()) << "at once, whatever the job does";
+    world.background.held = false;
+    while (world.background.waiting() > 0) world.background.runOne();
+    world.loop.runPosted();
+    EXPECT_TRUE(stopped);
+    EXPECT_EQ(world.state().connection, Connection::signedOut);
+    EXPECT_EQ(world.state().syncError, std::nullopt) << "it is no failure";
 }
 
 TEST(Welcome, OffersTheThreeSteps) {

@@ -27,8 +27,23 @@ class RecordedCalendar final : public CalendarService {
     std::vector<std::map<std::string, std::string>> runs; // the renamed keys that each sync was given
     std::vector<std::string> sent;                        // the first task of each
 
-    Connection account(std::stop_token) override { return present; }
-    void signIn(std::stop_token) override { failIfTold(); }
+    std::vector<bool> mayAskUser; // for each look at the account
+    std::function<void(const Tell&, const std::stop_token&)> duringSignIn;
+    dravel::OAuthClient::Source clientFile = dravel::OAuthClient::Source::own;
+
+    Connection account(bool mayAsk, std::stop_token) override {
+        mayAskUser.push_back(mayAsk);
+        return present;
+    }
+    void signIn(const Tell& tell, std::stop_token stop) override {
+        if (duringSignIn) duringSignIn(tell, stop);
+        failIfTold();
+    }
+    dravel::OAuthClient::Source client() const override { return clientFile; }
+    void useClient(const std::filesystem::path& downloaded) override {
+        failIfTold();
+        clientFile = downloaded.extension() == ".json" ? dravel::OAuthClient::Source::own : clientFile;
+    }
     void signOut(std::stop_token) override { failIfTold(); }
     Turn takeTurn(std::stop_token, const std::function<void()>&) override { return {}; }
     std::string run(const Turn&, const Tasks& tasks, const std::map<std::string, std::string>& renamed,

@@ -8,6 +8,8 @@
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QMenu>
 
@@ -131,9 +133,7 @@ void SettingsPage::addNotificationsCard() {
 void SettingsPage::addCalendarCard() {
     auto* card = new SettingsCard(Symbol::Calendar3, u"Google Agenda"_s,
                                   u"Facultatif : pour voir vos tâches datées dans Google Agenda."_s, &stage());
-    account_ = addRow(*card, Symbol::PersonCircle, u"account"_s, u"Compte Google"_s);
-    signIn_ = new Button(Button::Kind::Soft, u"Se connecter…"_s);
-    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
+    addAccountRows(*card);
     const auto mirror = u"Recopier les tâches dans l'agenda"_s;
     mirror_ = addRow(*card, Symbol::CalendarPlus, u"mirror"_s, mirror);
     mirrorOn_ = addSwitch(*mirror_, "mirror.switch", mirror, [this](bool on) {
@@ -144,6 +144,28 @@ void SettingsPage::addCalendarCard() {
     auto* web = addRow(*card, Symbol::Compass, u"web"_s, u"Google Agenda"_s);
     addButton(neutral(u"Ouvrir"_s), *web, "web.open", u"Ouvrir Google Agenda"_s, [this] { actions_.openAgenda(); });
     add(card);
+}
+
+void SettingsPage::addAccountRows(SettingsCard& card) {
+    account_ = addRow(card, Symbol::PersonCircle, u"account"_s, u"Compte Google"_s);
+    addButton(neutral(u"Mode d'emploi"_s), *account_, "account.guide", u"Mode d'emploi de Google Agenda"_s,
+              [this] { actions_.openGuide(); });
+    copyAddress_ = neutral(u"Copier l'adresse"_s);
+    addButton(copyAddress_, *account_, "account.copyAddress", u"Copier l'adresse de connexion"_s, [this] {
+        if (const auto& wait = model_.state().signIn) QGuiApplication::clipboard()->setText(toQt(wait->address));
+    });
+    leave_ = neutral(u"Annuler"_s);
+    addButton(leave_, *account_, "account.leave", u"Annuler la connexion à Google"_s, [this] { model_.leaveSignIn(); });
+    signIn_ = new Button(Button::Kind::Soft, u"Se connecter…"_s);
+    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
+    signOut_ = neutral(u"Se déconnecter"_s);
+    addButton(signOut_, *account_, "account.signOut", u"Se déconnecter de Google"_s, [this] { model_.signOut(); });
+
+    client_ = addRow(card, Symbol::FileEarmark, u"client"_s, u"Fichier client"_s);
+    addButton(neutral(u"Choisir le fichier client…"_s), *client_, "client.choose", u"Choisir le fichier client"_s,
+              [this] {
+                  actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
+              });
 }
 
 void SettingsPage::addSystemCard() {
@@ -190,20 +212,34 @@ void SettingsPage::refresh() {
     test_->setNote(state.notificationTest ? toQt(*state.notificationTest) : QString());
     loginOn_->setChecked(state.launchAtLogin);
     login_->setDetail(toQt(trayText(state)));
+    refreshAccount();
     refreshCalendar();
+}
+
+void SettingsPage::refreshAccount() {
+    using Source = dravel::OAuthClient::Source;
+    const auto& state = model_.state();
+    const bool signedIn = state.connection == Connection::signedIn;
+    const bool signingIn = state.connection == Connection::signingIn;
+    const bool noBrowser = state.signIn && state.signIn->noBrowser;
+    account_->setDetail(toQt(accountText(state)), noBrowser ? Theme::dangerText : Theme::textSecondary);
+    account_->setDone(signedIn, u"Connecté"_s);
+    account_->setStatus(signingIn ? u"Connexion"_s : QString());
+    copyAddress_->setVisible(noBrowser);
+    leave_->setVisible(signingIn);
+    signIn_->setVisible(!signedIn && !signingIn && state.googleClient != Source::missing);
+    signOut_->setVisible(signedIn);
+    client_->setVisible(!signedIn && !signingIn && state.googleClient != Source::package);
+    client_->setDetail(toQt(clientText(state.googleClient)),
+                       state.googleClient == Source::unreadable ? Theme::dangerText : Theme::textSecondary);
 }
 
 void SettingsPage::refreshCalendar() {
     const auto& state = model_.state();
-    const bool signedIn = state.connection == Connection::signedIn;
-    const bool signingIn = state.connection == Connection::signingIn;
-    account_->setDetail(signedIn ? u"Connecté à votre compte Google."_s : QString());
-    account_->setDone(signedIn, u"Connecté"_s);
-    account_->setStatus(signingIn ? u"Connexion"_s : QString());
-    signIn_->setVisible(!signedIn && !signingIn);
     mirrorOn_->setChecked(state.calendarSync);
     mirror_->setDetail(toQt(calendarSyncText(state.calendarSync)));
     sync_->setDetail(toQt(syncText(state, shortTime)), state.syncError ? Theme::dangerText : Theme::textSecondary);
+    sync_->setNote(toQt(state.syncHint.value_or("")));
 }
 
 }
