@@ -51,7 +51,6 @@ std::string describe(FileError::Kind kind, int code) {
     case FileError::Kind::changed: return "Un autre programme ne cesse de modifier le fichier";
     case FileError::Kind::open: return "Un autre programme est en train d'écrire ce fichier";
     case FileError::Kind::busy: return "Tacla est déjà en train d'écrire ce fichier";
-    case FileError::Kind::damaged: return "Le contenu est endommagé";
     }
     return {};
 }

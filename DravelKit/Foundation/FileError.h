@@ -16,7 +16,6 @@ class FileError : public std::runtime_error {
         changed,    // somebody else kept saving the file while we tried to
         open,       // somebody else has the file open to write into it
         busy,       // another process held the lock for too long
-        damaged,    // the text is not what such a file holds
     };
 
     FileError(Kind kind, std::filesystem::path path, int code = 0);
