@@ -1,8 +1,8 @@
 #include "Tacla/AppModel/AppModel.h"
 
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "Tacla/TaskList/TaskFile.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace tacla {
@@ -23,14 +23,16 @@ AppModel::AppModel(Ports ports, path file, bool passive)
     state_.calendarSync = mirror_.state().on;
     state_.launchAtLogin = ports_.loginItem != nullptr && ports_.loginItem->isEnabled();
     if (passive || ports_.notifications == nullptr) return;
-    reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences,
+    reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences, ports_.folders.locks / "bubbles",
                        [this](const FileError& error) { report(sentence(impossibleToWrite(error))); });
+    answered_ = reminders_->answered.connect([this](const auto& response) { respond(response); });
 }
 
 void AppModel::start() {
     dravel::wall::refreshZone(); // the zone of today; the poll notices another one
     if (document_.file() == documentsTaskFile(ports_.folders)) create(document_.file());
     reload();
+    if (reminders_) reminders_->adopt(document_.file(), state_.tasks);
     document_.pruneCopies(now());
     poll_.emplace(ports_.loop, 2s, [this] { checkFile(); });
     periodic_.emplace(ports_.loop, 600s, [this] {
@@ -39,6 +41,10 @@ void AppModel::start() {
     });
     tellOf(Happened::started);
     permission_.refreshWhenServersComeAndGo();
+}
+
+void AppModel::end() {
+    if (reminders_) reminders_->closeAll();
 }
 
 void AppModel::tell() {
@@ -57,15 +63,19 @@ void AppModel::tellOf(Happened what) {
     if (mirror_.handle({what})) tell();
 }
 
-void AppModel::refresh() {
+void AppModel::refresh(const Tasks& silenced) {
     state_.today = today();
     state_.now = now();
     attempt("de lire", document_.file(), [this] {
-        state_.tasks = document_.read();
+        auto tasks = document_.read();
+        if (reminders_) reminders_->follow(state_.tasks, tasks);
+        state_.tasks = std::move(tasks);
         state_.fileError.reset();
         mirror_.handle({Happened::listRead});
     });
-    if (reminders_) reminders_->reconcile(state_.tasks, state_.now);
+    if (!reminders_) return;
+    for (const auto& task : silenced) reminders_->skipIfPast(task, state_.now);
+    reminders_->reconcile(state_.tasks, state_.now);
 }
 
 void AppModel::reload() {
@@ -77,7 +87,8 @@ void AppModel::checkFile() {
     const bool newZone = dravel::wall::refreshZone();
     const auto moment = now();
     const auto stamp = document_.onDisk();
-    if (!newZone && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
+    const bool setBack = moment < state_.now; // what has rung is to come once more
+    if (!newZone && !setBack && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
         if (Clock::of(moment) == Clock::of(state_.now)) return;
         state_.now = moment;
         if (reminders_) reminders_->minutePassed(state_.tasks, moment);
@@ -113,29 +124,28 @@ void AppModel::store(const std::function<void()>& preference) try { preference()
     mirror_.handle({Happened::reported, sentence(impossibleToWrite(error))});
 }
 
-const TaskItem* AppModel::find(const std::string& key) const {
-    const auto found = std::ranges::find(state_.tasks, key, &TaskItem::key);
-    return found == state_.tasks.end() ? nullptr : &*found;
-}
-
-void AppModel::apply(const UserEdit& edit) {
+bool AppModel::apply(const UserEdit& edit) {
     const TaskDocument::Change* change = nullptr;
     const auto write = [&] { change = document_.edit(edit.apply, now()); };
-    if (!attempt("d'écrire", document_.file(), write)) return tell();
-    if (change == nullptr) return;
+    if (!attempt("d'écrire", document_.file(), write)) {
+        tell();
+        return false;
+    }
+    if (change == nullptr) return false;
     show(edit.said ? std::optional(UndoBar{*edit.said, true}) : std::nullopt);
-    if (!edit.retitled) return wrote({}, {});
-    const auto keys = document_.follow(*change);
-    auto task = *edit.retitled;
-    if (const auto renamed = keys.find(task.key); renamed != keys.end()) task.key = renamed->second;
-    wrote(keys, {task});
+    Tasks silenced;
+    if (edit.retitled) {
+        const auto keys = document_.follow(*change);
+        silenced.push_back(*edit.retitled);
+        if (const auto renamed = keys.find(silenced[0].key); renamed != keys.end()) silenced[0].key = renamed->second;
+    }
+    wrote(silenced);
+    return true;
 }
 
-void AppModel::wrote(const TaskDocument::Keys& renamed, const Tasks& silenced) {
-    if (reminders_ && !renamed.empty()) reminders_->rekey(renamed);
-    for (const auto& task : silenced)
-        if (reminders_) reminders_->skipIfPast(task, now());
-    reload();
+void AppModel::wrote(const Tasks& silenced) {
+    refresh(silenced);
+    tell();
     tellOf(Happened::edited);
 }
 
@@ -153,17 +163,35 @@ void AppModel::undo() {
     show(undone.changedSince ? std::optional(UndoBar{"Le fichier a changé depuis : rien n'a été annulé.", false})
                              : std::nullopt);
     if (undone.changedSince) return tell();
-    wrote(undone.keys, reminders_ ? remindersGivenBack(undone.change) : Tasks());
+    wrote(remindersGivenBack(undone.change));
 }
 
-void AppModel::setDone(const std::string& key) {
-    const auto latest = document_.renamed().latest(key);
-    const auto* task = find(latest);
-    apply(UserEdit::setDone(latest, task != nullptr ? task->title : "", true, today()));
+namespace {
+
+std::string naming(const TaskItem& task) { return "La tâche « " + TaskFile::dropStrongMark(task.title) + " »"; }
+
+// Why a button of a reminder does nothing any more.
+std::string outlived(const RungTask& task) {
+    if (!task.now) return naming(task.shown) + " n'est plus dans la liste.";
+    return naming(*task.now) + (task.now->done ? " est déjà cochée." : " a changé entre-temps.");
 }
 
-void AppModel::reschedule(const std::string& key, Day to) {
-    if (const auto* task = find(document_.renamed().latest(key))) reschedule(*task, to, task->time);
+}
+
+void AppModel::respond(const NotificationServer::Response& response) {
+    reloadIfStale(); // what was edited elsewhere a moment ago counts
+    const auto task = reminders_->take(response.bubble);
+    const bool wantsWindow = response.action == NotificationServer::Action::opened;
+    if (!wantsWindow && !task.hasEnded() && perform(response.action, *task.now)) return;
+    if (!wantsWindow && !state_.fileError) show(UndoBar{outlived(task), false});
+    requestSection("today");
+    windowAsked(response.activationToken);
+}
+
+bool AppModel::perform(NotificationServer::Action action, const TaskItem& task) {
+    if (action == NotificationServer::Action::done)
+        return apply(UserEdit::setDone(task.key, task.title, true, today()));
+    return apply(UserEdit::reschedule(task, today().plusDays(1), task.time, today()));
 }
 
 void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong) {
@@ -174,6 +202,7 @@ void AppModel::use(const path& file) {
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
     document_.open(file);
     state_.file = file;
+    if (reminders_) reminders_->follow(std::exchange(state_.tasks, {}), {}); // each list has its own
     show({});
     reload();
     tellOf(Happened::listChosen);

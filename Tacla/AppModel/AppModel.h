@@ -29,10 +29,13 @@ class AppModel {
     AppModel(Ports, std::filesystem::path file, bool passive = false); // does not read the file
 
     const ModelState& state() const { return state_; }
-    const ReminderRecord* reminders() const { return reminders_ ? &reminders_->record() : nullptr; }
+    const Moments* pendingReminders() const { return reminders_ ? &reminders_->pending() : nullptr; }
     dravel::Signal<> changed; // told once per change of the state
+    // A reminder wants the window; the token lets it come to the front.
+    dravel::Signal<const std::string& /* activationToken */> windowAsked;
 
     void start();
+    void end(); // the program ends in order: no bubble stays behind
     void reload();
     void checkFile();                        // the two-second poll
     void wokeUp();                           // after a suspend
@@ -42,11 +45,9 @@ class AppModel {
 
     // Edits of the file. A task that is no longer there changes nothing.
     void toggle(const TaskItem& task) { apply(UserEdit::setDone(task.key, task.title, !task.done, today())); }
-    void setDone(const std::string& key);
     void reschedule(const TaskItem& task, Day to, std::optional<Clock> time) {
         apply(UserEdit::reschedule(task, to, time, today()));
     }
-    void reschedule(const std::string& key, Day to); // keeps its time
     void edit(const TaskItem& task, const std::string& title, std::optional<Day> day, std::optional<Clock> time) {
         apply(UserEdit::change(task, title, day, time, today()));
     }
@@ -81,7 +82,6 @@ class AppModel {
   private:
     Instant now() const { return ports_.loop.now(); }
     Day today() const { return Day::of(now()); }
-    const TaskItem* find(const std::string& key) const;
 
     void tell(); // publishes what the parts say
     template <class Value>
@@ -90,16 +90,21 @@ class AppModel {
         tell();
     }
     void tellOf(MirrorEvent::Kind);
-    void refresh(); // reload, without telling
+    void refresh(const Tasks& silenced = {}); // reload, without telling; those never ring if they are past
+    void reloadIfStale() {
+        if (document_.isStale(document_.onDisk())) reload();
+    }
     // False, and the file's status says why, when the deed fails.
     bool attempt(std::string_view deed, const std::filesystem::path&, const std::function<void()>& act);
     bool create(const std::filesystem::path& file) {
         return attempt("de créer", file, [&] { TaskDocument::createIfMissing(file); });
     }
     void store(const std::function<void()>& preference); // a failure becomes status text
-    void apply(const UserEdit&);
-    void wrote(const TaskDocument::Keys& renamed, const Tasks& silenced);
+    bool apply(const UserEdit&);                         // whether anything was written
+    void wrote(const Tasks& silenced);
     void show(std::optional<UndoBar>);
+    void respond(const NotificationServer::Response&);
+    bool perform(NotificationServer::Action, const TaskItem&); // of a reminder's button
 
     Ports ports_;
     ModelState state_;
@@ -107,6 +112,7 @@ class AppModel {
     CalendarMirror mirror_;
     NotificationPermission permission_;
     std::optional<Reminders> reminders_;
+    dravel::Connection answered_;
     dravel::Timer undoBarEnd_;
     std::optional<dravel::RepeatingTimer> poll_, periodic_;
 };

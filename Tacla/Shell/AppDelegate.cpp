@@ -62,7 +62,7 @@ void AppDelegate::observe() {
     keep(ports_.model.changed.connect([this] { refreshTraySoon(); }));
     keep(ports_.menu.chosen.connect([this](const MenuCommand& command) { perform(command); }));
     keep(ports_.instance.activated.connect([this](const auto& activation) { activate(activation); }));
-    keep(ports_.notifications.responded.connect([this](const auto& response) { respond(response); }));
+    keep(ports_.model.windowAsked.connect([this](const std::string& token) { showWindow(token); }));
     keep(ports_.scheme.changed.connect([this] { followColours(); }));
     keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
     keep(ports_.secrets.appeared.connect([this] { ports_.model.accountStoreAppeared(); }));
@@ -156,17 +156,6 @@ void AppDelegate::toggle(const std::string& key) {
     const auto& tasks = ports_.model.state().tasks;
     const auto task = std::find_if(tasks.begin(), tasks.end(), [&](const TaskItem& item) { return item.key == key; });
     if (task != tasks.end()) ports_.model.toggle(TaskItem(*task)); // a copy: the list is replaced meanwhile
-}
-
-void AppDelegate::respond(const NotificationServer::Response& response) {
-    switch (response.action) {
-    case NotificationServer::Action::done: return ports_.model.setDone(response.key);
-    case NotificationServer::Action::tomorrow:
-        return ports_.model.reschedule(response.key, Day::of(ports_.loop.now()).plusDays(1));
-    case NotificationServer::Action::opened:
-        ports_.model.requestSection("today");
-        return showWindow(response.activationToken);
-    }
 }
 
 void AppDelegate::activate(const SingleInstance::Activation& activation) {

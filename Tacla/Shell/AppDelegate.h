@@ -61,7 +61,6 @@ class AppDelegate {
 
     void perform(const MenuCommand&);
     void toggle(const std::string& key);
-    void respond(const NotificationServer::Response&);
     void activate(const SingleInstance::Activation&);
 
     Ports ports_;

@@ -22,8 +22,6 @@ void RenamedKeys::remember(const Map& renamed) {
     for (const auto& [from, to] : renamed) {
         if (!currentBefore.contains(from)) sinceSync_[from] = to;
     }
-    pointAtNewKeys(aliases_, renamed);
-    for (const auto& [from, to] : renamed) aliases_[from] = to;
 }
 
 void RenamedKeys::synced(const Map& given) {
@@ -34,11 +32,6 @@ void RenamedKeys::synced(const Map& given) {
         sinceSync_.erase(entry);
         if (current != then) sinceSync_.emplace(then, current);
     }
-}
-
-std::string RenamedKeys::latest(const std::string& key) const {
-    const auto alias = aliases_.find(key);
-    return alias == aliases_.end() ? key : alias->second;
 }
 
 }

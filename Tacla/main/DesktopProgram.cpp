@@ -18,7 +18,6 @@
 #include <QPalette>
 #include <QSessionManager>
 #include <QUrl>
-#include <QUuid>
 
 #include <pthread.h>
 
@@ -171,7 +170,10 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .activationToken = activationToken,
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
-    return QCoreApplication::exec();
+    const int status = QCoreApplication::exec();
+    model.end();
+    notifications.flush();
+    return status;
 }
 
 int runApplication(int& argc, char** argv) {
@@ -204,11 +206,10 @@ int runNotifyTest(int& argc, char** argv) {
     else
         notifications.doWithout();
 
-    const NotificationRequest request{QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(),
-                                      {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""},
-                                      {}};
+    const NotificationRequest request{
+        .content = {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""}};
     notifications.ask([&](auto) {
-        notifications.show(request, [](const NotificationServer::Error& error) {
+        notifications.show(request, [](const NotificationServer::Error& error, const auto&) {
             if (error) std::fputs((*error + "\n").c_str(), stderr);
             QCoreApplication::exit();
         });
