@@ -13,7 +13,7 @@
 # core to link anything but ICU, nettle, libacl, libattr and the header-only JSON library.
 get_filename_component(TACLA_ROOT ${CMAKE_CURRENT_LIST_DIR} DIRECTORY) # whoever takes a room
 set(TACLA_LAYERS core net engine desktop)
-set(TACLA_CORE_LIBRARIES ICU::uc ICU::i18n ICU::data PkgConfig::NETTLE PkgConfig::ACL PkgConfig::ATTR
+set(TACLA_CORE_LIBRARIES ICU::uc ICU::i18n ICU::data PkgConfig::NETTLE dravel_attributes
     nlohmann_json::nlohmann_json Threads::Threads)
 
 function(tacla_layer_rank layer result)

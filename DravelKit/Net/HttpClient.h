@@ -50,7 +50,7 @@ struct HttpRequest {
 struct HttpResponse {
     int status = 0;
     std::optional<std::chrono::seconds> retryAfter; // how long the server asks to be left alone
-    std::string contentType; // "text/html; charset=utf-8"; empty when the server does not say
+    std::string contentType;                        // "text/html; charset=utf-8"; empty when the server does not say
     std::string body;
 };
 

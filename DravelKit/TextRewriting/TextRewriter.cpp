@@ -172,8 +172,7 @@ std::string answerTo(const HttpRequest& request, const HttpLimits& limits, const
         RewriteError::Wait seconds;
         if (answer.retryAfter) seconds = std::min<std::chrono::seconds>(*answer.retryAfter, std::chrono::hours(24));
         if (answer.status != 200) throw errorOf(json::parse(answer.body, nullptr, false), answer.status, seconds);
-        if (!answer.contentType.starts_with("text/event-stream"))
-            throw RewriteError(Kind::unreadable);
+        if (!answer.contentType.starts_with("text/event-stream")) throw RewriteError(Kind::unreadable);
     } catch (const HttpError& error) {
         if (error.kind == HttpError::Kind::cancelled) throw RewriteError(Kind::stopped);
         if (!stream.isWhole()) throw RewriteError(Kind::network, error.description());

@@ -53,6 +53,7 @@ void AppModel::tell() {
     state_.lastSync = mirror.lastSync;
     state_.syncing = mirror.running;
     state_.syncError = mirror.status;
+    state_.syncHint = mirror.syncHint;
     state_.calendarSync = mirror.on;
     state_.notificationsAllowed = permission_.allowed;
     state_.notificationTest = permission_.testResult;

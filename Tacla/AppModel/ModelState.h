@@ -27,6 +27,7 @@ struct ModelState {
     std::optional<Instant> lastSync; // end of the last successful calendar sync
     bool syncing = false;
     std::optional<std::string> syncError, fileError;
+    std::optional<std::string> syncHint; // a second line for the mirror: more about syncError, or what was left out
 
     bool notificationsAllowed = false;
     std::optional<std::string> notificationTest; // the result of the last test notification

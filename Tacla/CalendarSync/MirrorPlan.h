@@ -22,6 +22,7 @@ struct MirrorState {
     bool running = false;
     std::optional<dravel::Instant> lastSync; // end of the last successful run
     std::optional<std::string> status;       // what failed last; the application's general line
+    std::optional<std::string> syncHint;     // beside it: what Google itself says, and what to do
 
     bool operator==(const MirrorState&) const = default;
 };

@@ -23,108 +23,66 @@ struct Row {
     Actions actions;
 };
 
-const MirrorState ready{.on = true, .connection = signedIn};
-const MirrorState running{.on = true, .connection = signedIn, .running = true};
-const MirrorState off{.connection = signedIn};
-const MirrorState asking{.on = true, .asking = true};
+MirrorEvent told(Connection account) { return {On::accountTold, "", account}; }
+MirrorState at(Connection connection) { return {.connection = connection}; }
+MirrorState with(MirrorState state, const char* status) {
+    state.status = status;
+    return state;
+}
+
+const MirrorState ready{.on = true, .connection = signedIn}, lost{.on = true, .connection = signedOut};
+const MirrorState running{.on = true, .connection = signedIn, .running = true}, off = at(signedIn);
+const MirrorState unasked{.on = true}, asking{.on = true, .asking = true}, asked{.asking = true},
+    nowhere{.available = false};
+const MirrorState unreadable{.on = true, .listReadable = false, .connection = signedIn};
 const dravel::Instant now{90s};
+const MirrorState synced{.on = true, .connection = signedIn, .lastSync = now};
+const Actions ask{{.kind = Do::askAccount}}, switchOn{{.kind = Do::storeSwitch, .on = true}};
 
 const Row rows[] = {
     {"a run", ready, {On::syncDue}, running, {{.kind = Do::run}}},
     {"never two runs", running, {On::syncDue}, running, {}},
     {"nothing is sent while off", off, {On::syncDue}, off, {}},
-    {"nor of a list that cannot be read",
-     {.on = true, .listReadable = false, .connection = signedIn},
-     {On::syncDue},
-     {.on = true, .listReadable = false, .connection = signedIn},
-     {}},
-    {"nor without an account",
-     {.on = true, .connection = signedOut},
-     {On::syncDue},
-     {.on = true, .connection = signedOut},
-     {}},
-    {"it is asked for first", {.on = true}, {On::syncDue}, asking, {{.kind = Do::askAccount}}},
+    {"nor of a list that cannot be read", unreadable, {On::syncDue}, unreadable, {}},
+    {"nor without an account", lost, {On::syncDue}, lost, {}},
+    {"it is asked for first", unasked, {On::syncDue}, asking, ask},
     {"once at a time", asking, {On::syncDue}, asking, {}},
-    {"a run that ended",
-     {.on = true, .connection = signedIn, .running = true, .status = "hors ligne"},
-     {.kind = On::runEnded, .at = now},
-     {.on = true, .connection = signedIn, .lastSync = now},
-     {}},
-    {"a run that failed",
-     running,
-     {On::runFailed, "hors ligne"},
-     {.on = true, .connection = signedIn, .status = "hors ligne"},
-     {}},
-    {"a run that found no account",
-     running,
-     {On::runFailed, "Non connecté", signedOut},
-     {.on = true, .connection = signedOut, .status = "Non connecté"},
-     {}},
+    {"a run that ended", with(running, "hors ligne"), {.kind = On::runEnded, .at = now}, synced, {}},
+    {"a run that failed", running, {On::runFailed, "hors ligne"}, with(ready, "hors ligne"), {}},
+    {"one that found no account", running, {On::runFailed, "Non connecté", signedOut}, with(lost, "Non connecté"), {}},
 
     {"an edit", running, {On::edited}, running, after(500ms)},
     {"a save while it was read", ready, {On::savedWhileRead}, ready, after(1s)},
     {"a wake", ready, {On::wokeUp}, ready, after(2s)},
     {"another list", ready, {On::listChosen}, ready, after(0s)},
     {"a period", ready, {On::periodPassed}, ready, after(0s)},
-    {"a period without an answer", {.on = true}, {On::periodPassed}, asking, {{.kind = Do::askAccount}}},
-    {"the keyring comes", {.on = true}, {On::accountStoreAppeared}, asking, {{.kind = Do::askAccount}}},
+    {"a period without an answer", unasked, {On::periodPassed}, asking, ask},
+    {"the keyring comes", unasked, {On::accountStoreAppeared}, asking, ask},
     {"it is of no interest once the account is known", off, {On::accountStoreAppeared}, off, {}},
 
-    {"the account is told",
-     {.on = true, .asking = true, .status = silent},
-     {On::accountTold, "", signedIn},
-     ready,
-     after(0s)},
-    {"another message stays",
-     {.asking = true, .status = "réglages"},
-     {On::accountTold, "", signedOut},
-     {.connection = signedOut, .status = "réglages"},
-     after(0s)},
-    {"no answer while mirroring", asking, {On::accountTold, "", unknown}, {.on = true, .status = silent}, {}},
-    {"no answer that anybody waits for", {.asking = true}, {On::accountTold, "", unknown}, {}, {}},
-    {"an answer that fails", {.asking = true}, {On::accountFailed, "?"}, {.connection = signedOut}, after(0s)},
-    {"a sign-in was faster",
-     {.connection = signingIn, .asking = true},
-     {On::accountTold, "", signedOut},
-     {.connection = signingIn},
-     {}},
+    {"the account is told", with(asking, silent), told(signedIn), ready, after(0s)},
+    {"another message stays", with(asked, "réglages"), told(signedOut), with(at(signedOut), "réglages"), after(0s)},
+    {"no answer while mirroring", asking, told(unknown), with(unasked, silent), {}},
+    {"no answer that anybody waits for", asked, told(unknown), {}, {}},
+    {"an answer that fails", asked, {On::accountFailed, "?"}, at(signedOut), after(0s)},
+    {"a sign-in was faster", {.connection = signingIn, .asking = true}, told(signedOut), at(signingIn), {}},
 
-    {"a sign-in", {.connection = signedOut}, {On::signInAsked}, {.connection = signingIn}, {{.kind = Do::signIn}}},
-    {"never two", {.connection = signingIn}, {On::signInAsked}, {.connection = signingIn}, {}},
-    {"nowhere to sign in", {.available = false}, {On::signInAsked}, {.available = false}, {}},
-    {"signed in",
-     {.connection = signingIn, .status = "refusé"},
-     {On::signedIn},
-     {.connection = signedIn},
-     {{.kind = Do::storeSwitch, .on = true}}},
-    {"refused",
-     {.connection = signingIn},
-     {On::signInFailed, "refusé"},
-     {.connection = signedOut, .status = "refusé"},
-     {}},
-    {"signed out",
-     {.connection = signedIn, .status = "hors ligne"},
-     {On::signedOut},
-     {.connection = signedOut, .status = "hors ligne"},
-     {}},
-    {"a token that stays",
-     off,
-     {On::signOutFailed, "verrouillé"},
-     {.connection = signedIn, .status = "verrouillé"},
-     {}},
+    {"a sign-in", at(signedOut), {On::signInAsked}, at(signingIn), {{.kind = Do::signIn}}},
+    {"never two", at(signingIn), {On::signInAsked}, at(signingIn), {}},
+    {"nowhere to sign in", nowhere, {On::signInAsked}, nowhere, {}},
+    {"signed in", with(at(signingIn), "refusé"), {On::signedIn}, off, switchOn},
+    {"refused", at(signingIn), {On::signInFailed, "refusé"}, with(at(signedOut), "refusé"), {}},
+    {"signed out", with(off, "hors ligne"), {On::signedOut}, with(at(signedOut), "hors ligne"), {}},
+    {"a token that stays", off, {On::signOutFailed, "verrouillé"}, with(off, "verrouillé"), {}},
 
     {"switched on", off, {.kind = On::switched, .on = true}, ready, after(0s)},
     {"on only where it can be remembered",
      off,
-     {.kind = On::switchFailed, .message = "plein", .on = true},
-     {.connection = signedIn, .status = "plein"},
+     {On::switchFailed, "plein", unknown, true},
+     with(off, "plein"),
      after(0s)},
-    {"off in any case", ready, {On::switchFailed, "plein"}, {.connection = signedIn, .status = "plein"}, after(0s)},
-    {"enabled anew",
-     {.connection = signedIn, .status = "plein"},
-     {On::enableAsked},
-     off,
-     {{.kind = Do::storeSwitch, .on = true}}},
+    {"off in any case", ready, {On::switchFailed, "plein"}, with(off, "plein"), after(0s)},
+    {"enabled anew", with(off, "plein"), {On::enableAsked}, off, switchOn},
 };
 
 TEST(MirrorPlan, IsWhatBecomesOfTheMirrorAndWhatThereIsToDo) {

@@ -19,12 +19,6 @@ namespace {
 
 QAccessibleInterface& reader(QWidget& widget) { return *QAccessible::queryAccessibleInterface(&widget); }
 
-// Does the first action that the reader offers.
-void act(QWidget& widget) {
-    auto* actions = reader(widget).actionInterface();
-    actions->doAction(actions->actionNames().constFirst());
-}
-
 }
 
 TEST(Accessibility, GivesEveryControlItsRoleAndName) {
@@ -68,36 +62,6 @@ TEST(Accessibility, GivesEveryControlItsRoleAndName) {
     ASSERT_TRUE(value);
     EXPECT_EQ(value->currentValue().toInt(), 2);
     EXPECT_EQ(value->maximumValue().toInt(), 6);
-}
-
-TEST(Accessibility, SwitchesASwitchAndPressesAChipWithoutSelectingIt) {
-    Switch one(u"Heure"_s);
-    act(one);
-    EXPECT_TRUE(reader(one).state().checked);
-    one.setEnabled(false);
-    EXPECT_TRUE(reader(one).state().disabled);
-    Chip chip(u"Demain"_s);
-    int clicks = 0;
-    QObject::connect(&chip, &QAbstractButton::clicked, [&] { ++clicks; });
-    act(chip);
-    EXPECT_EQ(clicks, 1);
-    EXPECT_FALSE(reader(chip).state().checked);
-    chip.setSelected(true);
-    EXPECT_TRUE(reader(chip).state().checked);
-}
-
-TEST(Accessibility, ReadsTheSidebarAsAListWithOneSelectedRow) {
-    SidebarList list(u"Sections"_s);
-    list.addRow(Symbol::Sun, u"Aujourd'hui"_s, u"today"_s);
-    list.addRow(Symbol::Gear, u"Réglages"_s, u"settings"_s);
-    auto& settings = *list.findChild<SidebarRow*>(u"settings"_s);
-    EXPECT_EQ(reader(list).childCount(), 2);
-    EXPECT_EQ(reader(settings).role(), QAccessible::ListItem);
-    EXPECT_EQ(reader(settings).text(QAccessible::Name), u"Réglages"_s);
-    EXPECT_FALSE(reader(settings).state().selected);
-    act(settings);
-    EXPECT_TRUE(reader(settings).state().selected);
-    EXPECT_EQ(list.current(), 1);
 }
 
 TEST(Accessibility, NamesEveryDayOfThePopup) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QFontInfo>
-
 #include <algorithm>
 #include <cmath>
 
@@ -31,14 +29,6 @@ double contrast(RGB a, RGB b) {
 
 }
 
-TEST(Theme, MixesEachChannelAloneAndRoundsHalvesUp) {
-    EXPECT_EQ(name(RGB{0x000000}.mixed(RGB{0xFFFFFF}, 0.5)), "#808080");
-    EXPECT_EQ(name(RGB{0xFFFFFF}.mixed(RGB{0x000000}, 0.5)), "#808080");
-    EXPECT_EQ(name(RGB{0x0000FF}.mixed(RGB{0xFF0000}, 1)), "#FF0000");
-    EXPECT_EQ(name(RGB{0x102030}.mixed(RGB{0x203040}, 0.25)), "#142434");
-    for (const double t : {-2.0, 0.0, 0.3, 1.0, 7.0}) EXPECT_EQ(RGB{0x524FF1}.mixed(RGB{0x524FF1}, t), RGB{0x524FF1});
-}
-
 TEST(Theme, KeepsTextReadable) {
     const auto check = [](std::initializer_list<Tone> inks, std::initializer_list<Tone> grounds, double least) {
         for (const auto appearance : {Appearance::Light, Appearance::Dark})
@@ -58,21 +48,4 @@ TEST(Theme, KeepsTextReadable) {
     check({Theme::outline}, {Theme::surface}, 3);
     check({Theme::textTertiary}, {Theme::rowHover}, 3); // the outline of a hovered row
     check({Theme::white}, {Theme::danger}, 3);
-}
-
-TEST(Typography, HasItsSizesWithOrWithoutTheBrandFonts) {
-    using namespace Theme::Typography;
-    for (const auto& style : {pageTitle, Theme::Typography::stat, cardTitle, subtitle, body, bodyMedium, callout,
-                              caption, captionStrong, footnote}) {
-        const QFont& font = Theme::font(style);
-        EXPECT_EQ(QFontInfo(font).pixelSize(), style.size);
-        EXPECT_EQ(font.weight(), style.weight);
-        EXPECT_NE(QFontInfo(font).family(), QStringLiteral("Noto Color Emoji")); // which has digits, too
-        EXPECT_EQ(font.families().constLast(), QStringLiteral("Noto Color Emoji"));
-        if (Theme::hasBrandFont() && !style.display) {
-            EXPECT_EQ(QFontInfo(font).family(), QStringLiteral("Atkinson Hyperlegible Next"));
-        }
-    }
-    EXPECT_EQ(&Theme::font(bodyMedium), &Theme::font(taskTitle)); // another line box, the same type
-    EXPECT_TRUE(Theme::font(taskTitle.struckOut()).strikeOut());
 }

@@ -24,12 +24,16 @@ def run(*command):
 
 
 @contextlib.contextmanager
-def mounted(at, *options):
-    run("mount", *options, at)
+def between(do, undo):
+    do()
     try:
         yield
     finally:
-        run("umount", "--lazy", at)
+        undo()
+
+
+def mounted(at, *options):
+    return between(lambda: run("mount", *options, at), lambda: run("umount", "--lazy", at))
 
 
 @contextlib.contextmanager
@@ -49,29 +53,17 @@ def full(folder):
     ball.unlink()
 
 
-@contextlib.contextmanager
 def with_mode(path, mode):
     before = path.stat().st_mode
-    path.chmod(mode)
-    yield
-    path.chmod(before)
+    return between(lambda: path.chmod(mode), lambda: path.chmod(before))
 
 
-@contextlib.contextmanager
 def gone(path):
-    away = path.with_name("ailleurs")
-    path.rename(away)
-    yield
-    away.rename(path)
+    return between(lambda: path.rename(path.with_name("ailleurs")), lambda: path.with_name("ailleurs").rename(path))
 
 
-@contextlib.contextmanager
 def stopped(process):
-    os.killpg(process.pid, signal.SIGSTOP)
-    try:
-        yield
-    finally:
-        os.killpg(process.pid, signal.SIGCONT)
+    return between(lambda: os.killpg(process.pid, signal.SIGSTOP), lambda: os.killpg(process.pid, signal.SIGCONT))
 
 
 class Disk(Story):

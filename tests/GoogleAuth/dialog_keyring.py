@@ -11,25 +11,17 @@ from gi.repository import Gio, GLib  # noqa: E402
 
 ROOT, ITEM, PROMPT, SESSION = (f"/org/freedesktop/secrets{path}" for path in ("", "/collection/login/1", "/prompt/1", "/session/1"))
 INTERFACES = """<node>
-<interface name="org.freedesktop.Secret.Service">
- <method name="OpenSession"><arg type="s" direction="in"/><arg type="v" direction="in"/>
-  <arg type="v" direction="out"/><arg type="o" direction="out"/></method>
- <method name="SearchItems"><arg type="a{ss}" direction="in"/><arg type="ao" direction="out"/><arg type="ao" direction="out"/></method>
- <method name="Unlock"><arg type="ao" direction="in"/><arg type="ao" direction="out"/><arg type="o" direction="out"/></method>
- <method name="GetSecrets"><arg type="ao" direction="in"/><arg type="o" direction="in"/>
-  <arg type="a{o(oayays)}" direction="out"/></method>
- <property name="Collections" type="ao" access="read"/>
-</interface>
-<interface name="org.freedesktop.Secret.Item">
- <method name="GetSecret"><arg type="o" direction="in"/><arg type="(oayays)" direction="out"/></method>
+<interface name="org.freedesktop.Secret.Service"><property name="Collections" type="ao" access="read"/>
+ <method name="OpenSession"><arg type="s"/><arg type="v"/><arg type="v" direction="out"/><arg type="o" direction="out"/></method>
+ <method name="SearchItems"><arg type="a{ss}"/><arg type="ao" direction="out"/><arg type="ao" direction="out"/></method>
+ <method name="Unlock"><arg type="ao"/><arg type="ao" direction="out"/><arg type="o" direction="out"/></method>
+ <method name="GetSecrets"><arg type="ao"/><arg type="o"/><arg type="a{o(oayays)}" direction="out"/></method></interface>
+<interface name="org.freedesktop.Secret.Item"><method name="GetSecret"><arg type="o"/><arg type="(oayays)" direction="out"/></method>
  <property name="Locked" type="b" access="read"/><property name="Attributes" type="a{ss}" access="read"/>
  <property name="Label" type="s" access="read"/><property name="Created" type="t" access="read"/>
- <property name="Modified" type="t" access="read"/>
-</interface>
-<interface name="org.freedesktop.Secret.Prompt">
- <method name="Prompt"><arg type="s" direction="in"/></method><method name="Dismiss"/>
- <signal name="Completed"><arg type="b"/><arg type="v"/></signal>
-</interface>
+ <property name="Modified" type="t" access="read"/></interface>
+<interface name="org.freedesktop.Secret.Prompt"><method name="Prompt"><arg type="s"/></method><method name="Dismiss"/>
+ <signal name="Completed"><arg type="b"/><arg type="v"/></signal></interface>
 </node>"""
 
 

@@ -8,19 +8,7 @@
 namespace tacla {
 namespace {
 
-using Range = ColumnLayout::Range;
 using Span = ColumnLayout::Span;
-
-TEST(ColumnLayout, StacksCardsWithTheirRows) {
-    const ColumnLayout layout({3, 0, 1}, {58, 58, 58, 40});
-    EXPECT_EQ(layout.row(2), (Span{160, 58}));
-    EXPECT_EQ(layout.card(1), (Span{242, 86})) << "says that it is empty";
-    EXPECT_EQ(layout.card(2), (Span{344, 92}));
-    EXPECT_EQ(layout.row(3), (Span{388, 40}));
-    EXPECT_EQ(layout.height(), 436);
-    EXPECT_EQ(layout.cardOf(3), 2u);
-    EXPECT_EQ(ColumnLayout().rowsBetween(0, 100), (Range{0, 0}));
-}
 
 TEST(ColumnLayout, MovesWhatStandsBelowAMeasuredRow) {
     ColumnLayout layout({2, 1}, {58, 58, 58});

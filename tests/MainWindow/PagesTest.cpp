@@ -73,15 +73,6 @@ TEST(Pages, TellWhatIsWrongWithTheFile) {
     EXPECT_NE(texts(window.control<QWidget>("syncBadge")).find("Liste illisible"), std::string::npos);
 }
 
-TEST(Pages, SayThatThereIsNothing) {
-    TestWindow window("");
-    for (const auto& [section, text] : {std::pair{Section::today, "Journée libre\n0 faite\n"},
-                                        {Section::late, "Aucun retard. 👌\n"},
-                                        {Section::upcoming, "Rien de prévu pour la suite.\n"},
-                                        {Section::done, "Rien de coché pour l'instant.\n"}})
-        EXPECT_NE(texts(window.page(section)).find(text), std::string::npos) << texts(window.page());
-}
-
 TEST(SettingsPage, AsksTheDesktopAndFollowsItsAnswers) {
     TestWindow window("");
     auto& page = window.page(Section::settings);

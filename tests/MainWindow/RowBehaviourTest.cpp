@@ -4,7 +4,6 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
 
-#include <QAccessible>
 #include <QMenu>
 #include <QScrollBar>
 #include <QTest>
@@ -174,23 +173,6 @@ TEST(TaskColumn, TakesAnyTitleAndDay) {
         EXPECT_GE(top, bottom) << row->task().title.substr(0, 20);
         bottom = top + row->height();
     }
-}
-
-TEST(TaskRow, TellsScreenReadersWhatItIs) {
-    TestWindow window("- [x] Pain · 2026-11-24 · ✅ 2026-11-24\n");
-    auto& row = window.row("Pain");
-    const auto* item = QAccessible::queryAccessibleInterface(&row);
-    EXPECT_EQ(item->role(), QAccessible::ListItem);
-    EXPECT_EQ(item->text(QAccessible::Name).toStdString(), "Pain");
-    auto* check = QAccessible::queryAccessibleInterface(row.findChild<QWidget*>(u"check"_s));
-    EXPECT_EQ(check->role(), QAccessible::CheckBox);
-    EXPECT_EQ(check->text(QAccessible::Name).toStdString(), "Décocher Pain");
-    EXPECT_TRUE(check->state().checked);
-    EXPECT_FALSE(check->actionInterface()->actionNames().isEmpty());
-    check->actionInterface()->doAction(check->actionInterface()->actionNames().front());
-    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n");
-    const auto* menu = QAccessible::queryAccessibleInterface(row.findChild<QWidget*>(u"menu"_s));
-    EXPECT_EQ(menu->text(QAccessible::Name).toStdString(), "Modifier, reporter ou supprimer");
 }
 
 }
