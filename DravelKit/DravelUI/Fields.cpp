@@ -10,7 +10,6 @@
 #include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
@@ -20,36 +19,9 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace dravel {
-
-TextField::TextField(Kind kind, const QString& placeholder, QWidget* parent) : QLineEdit(parent), kind_(kind) {
-    setPlaceholderText(placeholder);
-    setAccessibleName(placeholder);
-    setFrame(kind == Kind::Boxed);
-    // QLineEdit keeps 2 px of its own before the text, and rounds its middle down.
-    if (kind == Kind::Boxed)
-        setTextMargins(8, 0, 8, 1);
-    else
-        setTextMargins(-2, 0, -2, 1);
-    const auto fit = [this](const QString& text) {
-        setFont(Theme::font(text.isEmpty() ? Theme::Typography::body : Theme::Typography::bodyMedium));
-    };
-    fit({});
-    connect(this, &QLineEdit::textChanged, this, fit);
-}
-
-QSize TextField::sizeHint() const { return {200, kind_ == Kind::Boxed ? 32 : 40}; }
-
-void TextField::focusInEvent(QFocusEvent* event) {
-    QLineEdit::focusInEvent(event);
-    Q_EMIT focusChanged(true);
-}
-
-void TextField::focusOutEvent(QFocusEvent* event) {
-    QLineEdit::focusOutEvent(event);
-    Q_EMIT focusChanged(false);
-}
 
 namespace {
 
@@ -267,7 +239,44 @@ QSize sizeFor(const QString& text) {
 
 }
 
-DateField::DateField(const QString& accessibleName, QWidget* parent) : QDateEdit(parent) {
+TypedSections::TypedSections(std::vector<Section> sections, QString separators)
+    : sections_(std::move(sections)), separators_(std::move(separators)) {
+    split();
+}
+
+bool TypedSections::take(const QKeyEvent& key, int currentSection) {
+    if (key.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) return false;
+    if (typed_.isEmpty()) first_ = currentSection;
+    if (key.key() == Qt::Key_Backspace && !typed_.isEmpty())
+        typed_.chop(1);
+    else if (key.text().size() == 1 && (key.text().front().isDigit() || separators_.contains(key.text())))
+        typed_ += key.text();
+    else
+        return false;
+    split();
+    return true;
+}
+
+void TypedSections::split() {
+    parts_ = QStringList(static_cast<qsizetype>(sections_.size()));
+    at_ = first_;
+    for (const QChar sign : std::as_const(typed_)) {
+        if (at_ == static_cast<int>(sections_.size())) return;
+        auto& part = parts_[at_];
+        const auto& [width, greatestFirst] = sections_[static_cast<std::size_t>(at_)];
+        if (sign.isDigit()) part += sign;
+        const bool full = part.size() == width || part.toInt() > greatestFirst;
+        if (full || (!sign.isDigit() && !part.isEmpty())) ++at_;
+    }
+}
+
+std::optional<int> TypedSections::number(int section) const {
+    const auto& part = parts_.at(section);
+    return part.isEmpty() ? std::nullopt : std::optional(part.toInt());
+}
+
+DateField::DateField(const QString& accessibleName, QWidget* parent)
+    : QDateEdit(parent), typed_({{2, 3}, {2, 1}, {4, 9999}}, QStringLiteral("/-. ")) {
     prepare(*this, QStringLiteral("dd/MM/yyyy"), accessibleName);
 }
 
@@ -289,7 +298,41 @@ void DateField::paintEvent(QPaintEvent*) { paintField(*this, Symbol::Calendar4, 
 void DateField::keyPressEvent(QKeyEvent* event) {
     const bool down = event->key() == Qt::Key_Down && event->modifiers().testFlag(Qt::AltModifier);
     if (down || event->key() == Qt::Key_F4) return openPopup();
-    QDateEdit::keyPressEvent(event);
+    if (!typed_.isTyping()) before_ = date();
+    if (!typed_.take(*event, currentSectionIndex())) {
+        typed_.clear();
+        return QDateEdit::keyPressEvent(event);
+    }
+    setDate(typedDate());
+    setSelectedSection(sectionAt(typed_.section()));
+}
+
+void DateField::focusOutEvent(QFocusEvent* event) {
+    typed_.clear();
+    QDateEdit::focusOutEvent(event);
+}
+
+// Without a year, and without a month, the next one: unless the field already stood in the past.
+QDate DateField::typedDate() const {
+    const auto built = [](int year, int month, int day) {
+        const QDate first(year, std::clamp(month, 1, 12), 1);
+        return first.addDays(std::clamp(day, 1, first.daysInMonth()) - 1);
+    };
+    const int day = typed_.number(0).value_or(before_.day()), month = typed_.number(1).value_or(before_.month());
+    const auto digits = typed_.digits(2);
+    const auto year = digits == 2 ? 2000 + *typed_.number(2) : digits == 4 ? *typed_.number(2) : before_.year();
+    const auto date = built(std::max(year, 1), month, day);
+    const auto today = today_.isValid() ? today_ : QDate::currentDate();
+    if (digits > 0 || date >= today || before_ < today) return date;
+    if (typed_.number(1)) return built(year + 1, month, day);
+    return built(year + month / 12, month % 12 + 1, day);
+}
+
+// By whatever way it came in, a year of two digits is meant to be one of this century.
+QDateTime DateField::dateTimeFromText(const QString& text) const {
+    auto read = QDateEdit::dateTimeFromText(text);
+    if (read.date().year() >= 100 || text == textFromDateTime(dateTime())) return read;
+    return read.addYears(2000);
 }
 
 void DateField::mousePressEvent(QMouseEvent* event) {
@@ -297,8 +340,26 @@ void DateField::mousePressEvent(QMouseEvent* event) {
     QDateEdit::mousePressEvent(event);
 }
 
-TimeField::TimeField(const QString& accessibleName, QWidget* parent) : QTimeEdit(parent) {
+TimeField::TimeField(const QString& accessibleName, QWidget* parent)
+    : QTimeEdit(parent), typed_({{2, 2}, {2, 5}}, QStringLiteral(":hH. ")) {
     prepare(*this, QStringLiteral("HH:mm"), accessibleName);
+}
+
+void TimeField::focusOutEvent(QFocusEvent* event) {
+    typed_.clear();
+    QTimeEdit::focusOutEvent(event);
+}
+
+void TimeField::keyPressEvent(QKeyEvent* event) {
+    if (!typed_.take(*event, currentSectionIndex())) {
+        typed_.clear();
+        return QTimeEdit::keyPressEvent(event);
+    }
+    const int hour = typed_.number(0).value_or(time().hour());
+    const bool hourAlone = typed_.section() == 1 && typed_.digits(1) == 0; // "14" is 14:00
+    const int minute = typed_.number(1).value_or(hourAlone ? 0 : time().minute());
+    setTime({std::min(hour, 23), std::min(minute, 59)});
+    setSelectedSection(sectionAt(typed_.section()));
 }
 
 QSize TimeField::sizeHint() const { return sizeFor(text()); }

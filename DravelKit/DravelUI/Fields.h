@@ -1,35 +1,18 @@
 #pragma once
 
 #include <QDateEdit>
-#include <QLineEdit>
 #include <QList>
 #include <QPointer>
+#include <QStringList>
 #include <QTimeEdit>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace dravel {
 
 class TextLabel;
-
-// A line of text to type: typed text in body medium, placeholder in body.
-class TextField final : public QLineEdit {
-    Q_OBJECT
-
-  public:
-    enum class Kind { Frameless, Boxed }; // boxed: 32 high on surface, accent border while focused
-
-    TextField(Kind, const QString& placeholder, QWidget* parent = nullptr);
-    QSize sizeHint() const override;
-
-  Q_SIGNALS:
-    void focusChanged(bool focused);
-
-  protected:
-    void focusInEvent(QFocusEvent*) override;
-    void focusOutEvent(QFocusEvent*) override;
-
-  private:
-    Kind kind_;
-};
 
 // A month to pick a day from. Arrows move by day and week, Page Up and Page Down by month, Return picks, Escape closes.
 class DatePopup final : public QWidget {
@@ -63,7 +46,32 @@ class DatePopup final : public QWidget {
     QList<DayCell*> cells_;
 };
 
-// dd/MM/yyyy with a calendar symbol. Up and Down change the section; Alt+Down or a click on the symbol opens the popup.
+// Digits typed over the sections of a field, from one of them on: "22/11", "240127", "14h30".
+class TypedSections {
+  public:
+    struct Section {
+        int width, greatestFirst; // a greater first digit is the whole number
+    };
+    TypedSections(std::vector<Section> sections, QString separators);
+
+    bool take(const QKeyEvent&, int currentSection); // false: the key is none of its own
+    void clear() { typed_.clear(); }
+    bool isTyping() const { return !typed_.isEmpty(); }
+    std::optional<int> number(int section) const; // none where nothing was typed
+    qsizetype digits(int section) const { return parts_.at(section).size(); }
+    int section() const { return std::min(at_, static_cast<int>(sections_.size()) - 1); } // the one that is typed next
+
+  private:
+    void split();
+
+    std::vector<Section> sections_;
+    QString separators_, typed_;
+    QStringList parts_;
+    int first_ = 0, at_ = 0;
+};
+
+// dd/MM/yyyy with a calendar symbol, one stop of the Tab key. A year of two digits is one of this century, and a date
+// typed without a year the next one. Up and Down change the section; Alt+Down or a click on the symbol opens the popup.
 class DateField final : public QDateEdit {
     Q_OBJECT
 
@@ -77,16 +85,22 @@ class DateField final : public QDateEdit {
     QSize minimumSizeHint() const override { return sizeHint(); }
 
   protected:
+    QDateTime dateTimeFromText(const QString&) const override;
+    bool focusNextPrevChild(bool forward) override { return QWidget::focusNextPrevChild(forward); }
     void paintEvent(QPaintEvent*) override;
+    void focusOutEvent(QFocusEvent*) override;
     void keyPressEvent(QKeyEvent*) override;
     void mousePressEvent(QMouseEvent*) override;
 
   private:
-    QDate today_;
+    QDate typedDate() const;
+
+    QDate today_, before_; // before: as it was when typing began
+    TypedSections typed_;
     QPointer<DatePopup> popup_;
 };
 
-// HH:mm with a clock symbol.
+// HH:mm with a clock symbol, one stop of the Tab key.
 class TimeField final : public QTimeEdit {
     Q_OBJECT
 
@@ -96,7 +110,13 @@ class TimeField final : public QTimeEdit {
     QSize minimumSizeHint() const override { return sizeHint(); }
 
   protected:
+    bool focusNextPrevChild(bool forward) override { return QWidget::focusNextPrevChild(forward); }
     void paintEvent(QPaintEvent*) override;
+    void focusOutEvent(QFocusEvent*) override;
+    void keyPressEvent(QKeyEvent*) override;
+
+  private:
+    TypedSections typed_;
 };
 
 }

@@ -195,8 +195,11 @@ bool AppModel::perform(NotificationServer::Action action, const TaskItem& task) 
     return apply(UserEdit::reschedule(task, today().plusDays(1), task.time, today()));
 }
 
-void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong) {
-    if (const auto edit = UserEdit::add(title, day.value_or(today()), time, strong)) apply(*edit);
+std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
+                                         bool strong) {
+    const auto edit = UserEdit::add(title, day.value_or(today()), time, strong);
+    if (!edit) return "Ce titre ne peut pas être écrit.";
+    return apply(*edit) ? std::nullopt : state_.fileError;
 }
 
 void AppModel::use(const path& file) {

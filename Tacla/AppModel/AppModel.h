@@ -52,7 +52,8 @@ class AppModel {
         apply(UserEdit::change(task, title, day, time, today()));
     }
     void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
-    void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
+    // None when the task is in the file, else why it is not.
+    std::optional<std::string> add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
 
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();

@@ -4,6 +4,7 @@
 #include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/SettingsCard.h"
 #include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/TextField.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
 #include <gtest/gtest.h>

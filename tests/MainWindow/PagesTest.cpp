@@ -4,8 +4,11 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/SettingsCard.h"
+#include "DravelKit/DravelUI/TextField.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -44,6 +47,81 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     EXPECT_EQ(window.world.state().tasks.size(), 2u) << "blanks are no title";
 }
 
+TEST(AddCard, OffersTheMomentThatTheTitleTells) {
+    TestWindow window("");
+    auto& title = window.control<dravel::TextField>("add.title");
+    auto& offer = window.control<dravel::Offer>("add.offer");
+    title.setFocus();
+    QTest::keyClicks(&title, u"Appeler Paul demain 14:30 prioritaire"_s);
+    window.settle();
+    EXPECT_TRUE(offer.isVisible());
+    EXPECT_EQ(offer.text().toStdString(), "demain 14:30 · prioritaire");
+    EXPECT_EQ(title.accessibleDescription().toStdString(), "demain 14:30 · prioritaire, touche Tab");
+    window.press(Qt::Key_Tab);
+    EXPECT_EQ(title.text().toStdString(), "Appeler Paul");
+    EXPECT_EQ(window.focused(), "add.title");
+    EXPECT_FALSE(offer.isVisible());
+    window.press(Qt::Key_Return);
+    const std::string paul = "- [ ] ❗ Appeler Paul · 2026-11-25 14:30\n", date = "- [ ] Pain demain · 2026-11-24\n";
+    EXPECT_EQ(window.world.text(), paul);
+    QTest::keyClicks(&title, u"Pain demain"_s);
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.world.text(), paul + date) << "as typed, on the day before the words; nothing changes unasked";
+    QTest::keyClicks(&title, u"Vin ce soir"_s);
+    QTest::mouseClick(&offer, Qt::LeftButton);
+    title.undo();
+    EXPECT_EQ(title.text().toStdString(), "Vin ce soir");
+    EXPECT_TRUE(offer.isVisible());
+}
+
+// A title, then the date, the time and the priority without a mouse: 14 keys.
+TEST(AddCard, TakesEverythingByKeys) {
+    TestWindow window("");
+    window.control<dravel::TextField>("add.title").setFocus();
+    const auto type = [&](const char* keys) {
+        for (const char* key = keys; *key != '\0'; ++key) QTest::keyClick(QApplication::focusWidget(), *key);
+    };
+    for (const auto& [day, time, line] : {std::tuple{"22/12", "1430", "2026-12-22 14:30"},
+                                          {"3/2", "9h5", "2027-02-03 09:05"},
+                                          {"240128", "930", "2028-01-24 09:30"},
+                                          {"31/12/26", "7", "2026-12-31 07:00"}}) {
+        type("Pain");
+        window.press(Qt::Key_Tab);
+        EXPECT_EQ(window.focused(), "add.date");
+        type(day);
+        window.press(Qt::Key_Tab);
+        type(time);
+        EXPECT_EQ(window.focused(), "add.time");
+        window.press(Qt::Key_Tab);
+        window.press(Qt::Key_Space);
+        window.press(Qt::Key_Return);
+        EXPECT_EQ(window.world.state().tasks.back().title, "❗ Pain");
+        EXPECT_EQ(window.world.state().tasks.back().when(), line);
+        EXPECT_EQ(window.focused(), "add.title");
+    }
+}
+
+TEST(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
+    TestWindow window("");
+    auto& title = window.control<dravel::TextField>("add.title");
+    QApplication::clipboard()->setText(u"Pain\nVin"_s);
+    title.paste();
+    EXPECT_EQ(title.text().toStdString(), "Pain Vin");
+    std::filesystem::remove(window.world.file);
+    std::filesystem::create_directory(window.world.file);
+    window.control<Button>("add.button").click();
+    EXPECT_EQ(title.text().toStdString(), "Pain Vin");
+    auto& reason = window.control<dravel::TextLabel>("add.reason");
+    EXPECT_TRUE(reason.isVisible());
+    EXPECT_EQ(reason.text().toStdString(), window.world.state().fileError.value_or("none"));
+    std::filesystem::remove(window.world.file);
+    testing::writeBytes(window.world.file, "");
+    window.control<Button>("add.button").click();
+    EXPECT_EQ(window.world.text(), "- [ ] Pain Vin · 2026-11-24\n");
+    EXPECT_EQ(title.text(), QString());
+    EXPECT_FALSE(reason.isVisible());
+}
+
 TEST(AddCard, MovesWithTheDayAtMidnight) {
     TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 23:59");
     EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 24));
@@ -59,6 +137,9 @@ TEST(AddCard, MovesWithTheDayAtMidnight) {
     window.world.loop.advance(std::chrono::hours(24));
     window.settle();
     EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 26)) << "picked by the user";
+    window.world.loop.advance(std::chrono::hours(24));
+    window.settle();
+    EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 27)) << "not a day that is past";
 }
 
 TEST(Pages, TellWhatIsWrongWithTheFile) {

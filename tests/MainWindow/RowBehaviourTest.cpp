@@ -3,7 +3,9 @@
 
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
+#include "DravelKit/DravelUI/TextField.h"
 
+#include <QApplication>
 #include <QMenu>
 #include <QScrollBar>
 #include <QTest>
@@ -52,6 +54,17 @@ TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
     window.press(Qt::Key_Return);
     EXPECT_EQ(window.world.text(), "- [ ] ❗ Pain complet · 2026-11-24 10:00\n- [ ] Vin · 2026-11-24 18:00\n");
     EXPECT_EQ(window.focused(), "❗ Pain complet check") << "the row that was renamed, now late";
+
+    window.press(Qt::Key_F2);
+    const int height = window.row("❗ Pain complet").height();
+    window.control<dravel::TextField>("editor.title").end(false);
+    QTest::keyClicks(QApplication::focusWidget(), u" pour demain 9h"_s);
+    window.settle();
+    EXPECT_GT(window.row("❗ Pain complet").height(), height) << "the words are offered";
+    window.press(Qt::Key_Tab);
+    EXPECT_EQ(window.row("❗ Pain complet").height(), height);
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.world.text(), "- [ ] ❗ Pain complet · 2026-11-25 09:00\n- [ ] Vin · 2026-11-24 18:00\n");
 }
 
 TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
@@ -89,7 +102,7 @@ TEST(TaskColumn, IsWalkedThroughByKeyboard) {
     TestWindow window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n- [ ] Devis · 2026-11-25\n");
     window.control<dravel::TextField>("add.title").setFocus(Qt::TabFocusReason);
     EXPECT_EQ(stopsUntil(window, "section.today"),
-              "add.title, add.today, add.tomorrow, add.monday, add.date, add.hasTime, add.strong, add.button, "
+              "add.title, add.date, add.hasTime, add.strong, add.button, "
               "Pain check, Pain menu, Vin check, Vin menu, Devis check, Devis menu, section.today, ");
     window.row("Pain").focus(TaskRow::Stop::menu, Qt::TabFocusReason);
     window.press(Qt::Key_Down);

@@ -232,7 +232,10 @@ class Simulation {
     void windowEdits() {
         auto& model = world_.model;
         const auto& tasks = world_.state().tasks;
-        if (tasks.empty() || pick(3) == 0) return model.add(oneOf(titles), someDay(), someTime(), pick(4) == 0);
+        if (tasks.empty() || pick(3) == 0) {
+            model.add(oneOf(titles), someDay(), someTime(), pick(4) == 0);
+            return;
+        }
         const auto task = oneOf(tasks);
         switch (pick(4)) {
         case 0: return model.toggle(task);

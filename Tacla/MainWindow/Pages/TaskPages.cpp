@@ -7,7 +7,7 @@
 #include "Tacla/MainWindow/Pages/TaskColumn.h"
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
-#include "Tacla/MainWindow/Rows/TaskControls.h"
+#include "Tacla/MainWindow/Rows/AddTaskCard.h"
 
 #include <QPainter>
 #include <QVBoxLayout>

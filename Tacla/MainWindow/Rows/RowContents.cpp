@@ -86,7 +86,33 @@ TaskEdit editOf(const TaskDraft& draft, Day today) {
     return {.title = draft.title, .day = draft.day, .time = draft.hasTime ? std::optional(draft.time) : std::nullopt};
 }
 
-void NewTaskDraft::pick(Day day, Day today) { picked = day == today ? std::nullopt : std::optional(day); }
+void NewTaskDraft::pick(Day day, Day today) {
+    picked = day == today ? std::nullopt : std::optional(day);
+    said.reset();
+}
+
+void NewTaskDraft::dropPast(Day today) {
+    for (auto* day : {&picked, &said})
+        if (*day && **day < today) day->reset();
+}
+
+NewTaskDraft taking(const MomentWords& told, NewTaskDraft draft) {
+    draft.title = withoutWords(draft.title, told);
+    if (told.day) draft.said = told.day;
+    if (told.clock) draft.hasTime = true;
+    draft.time = told.clock.value_or(draft.time);
+    draft.strong = draft.strong || told.strong;
+    return draft;
+}
+
+TaskDraft taking(const MomentWords& told, TaskDraft draft) {
+    draft.title = withoutWords(draft.title, told);
+    draft.day = told.day.value_or(draft.day);
+    draft.dated = draft.dated || told.day;
+    if (told.clock) draft.hasTime = true;
+    draft.time = told.clock.value_or(draft.time);
+    return draft;
+}
 
 std::optional<NewTask> newTask(const NewTaskDraft& draft, Day today) {
     const auto title = dravel::trimmedOfWhiteSpaceAndLineBreaks(draft.title);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tacla/TaskList/MomentWords.h"
 #include "Tacla/TaskList/TaskItem.h"
 
 #include <array>
@@ -51,7 +52,7 @@ struct TaskDraft {
     bool hasTime = false;
     Clock time;         // 10:00 for a task without a time
     Day openedOn;       // the day that the editor opened with
-    bool dated = false; // the task had a day
+    bool dated = false; // the task had a day, or words of its title told one
 
     bool operator==(const TaskDraft&) const = default;
 };
@@ -69,16 +70,17 @@ struct TaskEdit {
 
 TaskEdit editOf(const TaskDraft&, Day today);
 
-// What the add card holds. Its day follows today until the user picks another one.
+// What the add card holds. Its day follows today until the user picks another one, or says one for this task in words.
 struct NewTaskDraft {
     std::string title;
-    std::optional<Day> picked;
+    std::optional<Day> picked, said;
     bool hasTime = false;
     Clock time{10, 0};
     bool strong = false;
 
-    Day day(Day today) const { return picked.value_or(today); }
+    Day day(Day today) const { return said ? *said : picked.value_or(today); }
     void pick(Day day, Day today);
+    void dropPast(Day today); // a day that was picked when it was still to come
 };
 
 struct NewTask {
@@ -87,6 +89,10 @@ struct NewTask {
     std::optional<Clock> time;
     bool strong = false;
 };
+
+// The words left the title: what they say is set.
+NewTaskDraft taking(const MomentWords&, NewTaskDraft);
+TaskDraft taking(const MomentWords&, TaskDraft); // says nothing of a priority
 
 // None when the title is blank.
 std::optional<NewTask> newTask(const NewTaskDraft&, Day today);

@@ -1,30 +1,25 @@
 #pragma once
 
-#include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Control.h"
 #include "DravelKit/Foundation/Instant.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <QWidget>
 
-#include <array>
+#include <optional>
 #include <vector>
 
-// What a task is checked, edited and typed with.
-class QBoxLayout;
-
+// What a task is checked and edited with.
 namespace dravel {
 class Button;
-class Chip;
 class DateField;
+class Offer;
 class Switch;
 class TextField;
 class TimeField;
 }
 
 namespace tacla {
-
-class AppModel;
 
 // The circle before a task. A click says clicked(); whether the task is done is the task file's to say.
 class CheckButton final : public dravel::Control {
@@ -55,17 +50,19 @@ class TaskEditor final : public QWidget {
     Q_OBJECT
 
   public:
-    static constexpr int titleHeight = 32, editorHeight = 68;
+    static constexpr int titleHeight = 32;
 
-    TaskEditor(const TaskDraft&, Day today, QWidget* parent);
+    TaskEditor(const TaskDraft&, const dravel::Now&, QWidget* parent);
 
     const TaskDraft& draft() const { return draft_; }
     void setToday(Day);
+    int neededHeight() const;
     std::vector<QWidget*> stops() const; // in the order of the Tab key
 
   Q_SIGNALS:
     void saved(Qt::FocusReason);
     void cancelled(Qt::FocusReason);
+    void heightChanged();
 
   protected:
     void keyPressEvent(QKeyEvent*) override;
@@ -74,45 +71,18 @@ class TaskEditor final : public QWidget {
     void fill();
     void arrange();
     void followFields();
+    void offer();
+    void take(const MomentWords&);
 
     TaskDraft draft_;
+    const dravel::Now& now_;
     dravel::TextField* title_;
+    dravel::Offer* offer_;
+    std::optional<MomentWords> told_;
     dravel::DateField* date_;
     dravel::Switch* hasTime_;
     dravel::TimeField* time_;
     dravel::Button *cancel_, *save_;
-};
-
-// Where a new task is typed. Its day follows today until another one is picked.
-class AddTaskCard final : public dravel::Card {
-    Q_OBJECT
-
-  public:
-    AddTaskCard(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
-    void setToday(Day);
-    void focusTitle(); // ready to type
-
-  private:
-    void nameFields();
-    void arrange();
-    QBoxLayout* fieldLine();
-    QBoxLayout* choices();
-    void followFields();
-    void pick(Day);
-    void add();
-    void showDraft();
-    Day currentDay() const { return Day::of(now_()); }
-
-    AppModel& model_;
-    const dravel::Now& now_;
-    NewTaskDraft draft_;
-    Day today_;
-    dravel::TextField* title_;
-    std::array<dravel::Chip*, 3> chips_;
-    dravel::DateField* date_;
-    dravel::Switch *hasTime_, *strong_;
-    dravel::TimeField* time_;
-    dravel::Button* add_;
 };
 
 }

@@ -102,7 +102,7 @@ int TaskRow::heightOf(int titleLines, int tagLines) {
 }
 
 int TaskRow::heightFor(int width) {
-    if (editor_) return padding + TaskEditor::editorHeight + editorBottom;
+    if (editor_) return padding + editor_->neededHeight() + editorBottom;
     const int titleLines = title(width).height() / Theme::Typography::taskTitle.line;
     return heightOf(titleLines, placeTags(width));
 }
@@ -135,7 +135,7 @@ void TaskRow::placeControls() {
     const int checkMiddle = editor_ ? padding + TaskEditor::titleHeight / 2 : firstLine;
     check_->setGeometry(padding + 10 - hitArea / 2, checkMiddle - hitArea / 2, hitArea, hitArea);
     menuButton_->setGeometry(width() - padding - (menuFace + hitArea) / 2, firstLine - hitArea / 2, hitArea, hitArea);
-    if (editor_) editor_->setGeometry(textLeft, padding, width() - textLeft - padding, TaskEditor::editorHeight);
+    if (editor_) editor_->setGeometry(textLeft, padding, width() - textLeft - padding, editor_->neededHeight());
 }
 
 void TaskRow::resizeEvent(QResizeEvent*) {
@@ -292,10 +292,13 @@ void TaskRow::perform(RowCommand command) {
 
 void TaskRow::startEditing() {
     if (editor_) return;
-    const auto today = currentDay();
-    editor_ = new TaskEditor(draftOf(task_, today), today, this);
+    editor_ = new TaskEditor(draftOf(task_, currentDay()), now_, this);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
+    connect(editor_, &TaskEditor::heightChanged, this, [this] {
+        placeControls();
+        container_.heightChanged();
+    });
     placeControls();
     editor_->show();
     menuButton_->hide();

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "DravelKit/DravelUI/Card.h"
+#include "DravelKit/Foundation/Instant.h"
+#include "Tacla/MainWindow/Rows/RowContents.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+class QBoxLayout;
+
+namespace dravel {
+class Button;
+class Chip;
+class DateField;
+class Offer;
+class Switch;
+class TextField;
+class TextLabel;
+class TimeField;
+}
+
+namespace tacla {
+
+class AppModel;
+
+// Where a new task is typed. Its day follows today until another one is picked. The words for a moment in its title are
+// offered, and taken only when the user says so.
+class AddTaskCard final : public dravel::Card {
+    Q_OBJECT
+
+  public:
+    AddTaskCard(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
+    void setToday(Day);
+    void focusTitle(); // ready to type
+    void forgetDay();  // the day that was picked
+
+  Q_SIGNALS:
+    void added(); // and the task is in the file
+
+  protected:
+    bool eventFilter(QObject*, QEvent*) override;
+    void keyPressEvent(QKeyEvent*) override;
+    bool focusNextPrevChild(bool forward) override;
+
+  private:
+    std::vector<QWidget*> stops() const; // in the order of the Tab key
+    void nameFields();
+    void arrange();
+    QBoxLayout* fieldLine();
+    QBoxLayout* choices();
+    void followFields();
+    void pick(Day);
+    void offer();
+    void take(const MomentWords&);
+    void startTime(const QString& typed);
+    void add();
+    void explain(const QString& why);
+    void showDraft();
+    Day currentDay() const { return Day::of(now_()); }
+
+    AppModel& model_;
+    const dravel::Now& now_;
+    NewTaskDraft draft_;
+    Day today_;
+    dravel::TextField* title_;
+    dravel::Offer* offer_;
+    dravel::TextLabel* reason_; // why the task is not in the file
+    std::optional<MomentWords> told_;
+    std::array<dravel::Chip*, 3> chips_;
+    dravel::DateField* date_;
+    dravel::Switch *hasTime_, *strong_;
+    dravel::TimeField* time_;
+    dravel::Button* add_;
+};
+
+}
