@@ -3,7 +3,6 @@
 #include "DravelKit/Foundation/WallCalendar.h"
 #include "Tacla/TaskList/TaskFile.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace tacla {
@@ -27,19 +26,25 @@ AppModel::AppModel(Ports ports, path file, bool passive)
     state_.calendarSync = mirror_.state().on;
     state_.launchAtLogin = ports_.loginItem != nullptr && ports_.loginItem->isEnabled();
     if (passive || ports_.notifications == nullptr) return;
-    reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences,
+    reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences, ports_.folders.locks / "bubbles",
                        [this](const FileError& error) { report(sentence(impossibleToWrite(error))); });
+    answered_ = reminders_->answered.connect([this](const auto& response) { respond(response); });
 }
 
 void AppModel::start() {
     dravel::wall::refreshZone(); // the zone of today; the poll notices another one
     if (document_.file() == documentsTaskFile(ports_.folders)) create(document_.file());
     reload();
+    if (reminders_) reminders_->adopt(document_.file(), state_.tasks);
     document_.pruneCopies(now());
     poll_.emplace(ports_.loop, 2s, [this] { checkFile(); });
     periodic_.emplace(ports_.loop, 600s, [this] { tellOf(Happened::periodPassed); });
     tellOf(Happened::started);
     permission_.refreshWhenServersComeAndGo();
+}
+
+void AppModel::end() {
+    if (reminders_) reminders_->closeAll();
 }
 
 void AppModel::tell() {
@@ -62,16 +67,20 @@ void AppModel::tellOf(Happened what) {
     if (mirror_.handle({what})) tell();
 }
 
-void AppModel::refresh() {
+void AppModel::refresh(const Tasks& silenced) {
     state_.today = today();
     state_.now = now();
     attempt("de lire", document_.file(), [this] {
-        state_.tasks = document_.read();
+        auto tasks = document_.read();
+        if (reminders_) reminders_->follow(state_.tasks, tasks);
+        state_.tasks = std::move(tasks);
         state_.unreadDates = document_.unreadDates();
         state_.fileError.reset();
         mirror_.handle({Happened::listRead});
     });
-    if (reminders_) reminders_->reconcile(state_.tasks, state_.now);
+    if (!reminders_) return;
+    for (const auto& task : silenced) reminders_->skipIfPast(task, state_.now);
+    reminders_->reconcile(state_.tasks, state_.now);
 }
 
 void AppModel::reload() {
@@ -85,7 +94,8 @@ void AppModel::checkFile() {
     const auto moment = now();
     const auto stamp = document_.onDisk();
     const bool mayBeOver = state_.fileError && moment - failed_ >= shownAtLeast;
-    if (!newZone && !mayBeOver && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
+    const bool setBack = moment < state_.now; // what has rung is to come once more
+    if (!newZone && !setBack && !mayBeOver && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
         if (Clock::of(moment) == Clock::of(state_.now)) return;
         state_.now = moment;
         if (reminders_) reminders_->minutePassed(state_.tasks, moment);
@@ -139,18 +149,15 @@ AppModel::Outcome AppModel::apply(const UserEdit& edit, const std::function<void
     }
     show(UndoBar{edit.said, true});
     if (saved) saved();
-    if (edit.retitled)
-        wroteTitle(*change, *edit.retitled);
-    else
-        wrote({}, {});
+    wrote(edit.retitled ? retitled(*change, *edit.retitled) : Tasks());
     return Outcome::saved;
 }
 
-void AppModel::wroteTitle(const TaskDocument::Change& change, std::string key) {
+Tasks AppModel::retitled(const TaskDocument::Change& change, std::string key) {
     const auto keys = document_.follow(change);
     if (const auto renamed = keys.find(key); renamed != keys.end()) key = renamed->second;
     const auto task = TaskFile::find(change.after, key);
-    wrote(keys, task ? Tasks{*task} : Tasks());
+    return task ? Tasks{*task} : Tasks();
 }
 
 bool AppModel::holds(const TaskItem& seen) const {
@@ -162,11 +169,9 @@ AppModel::Outcome AppModel::edit(const TaskItem& task, const TaskChange& change,
     return outcome == Outcome::unchanged && !holds(task) ? Outcome::gone : outcome;
 }
 
-void AppModel::wrote(const TaskDocument::Keys& renamed, const Tasks& silenced) {
-    if (reminders_ && !renamed.empty()) reminders_->rekey(renamed);
-    for (const auto& task : silenced)
-        if (reminders_) reminders_->skipIfPast(task, now());
-    reload();
+void AppModel::wrote(const Tasks& silenced) {
+    refresh(silenced);
+    tell();
     tellOf(Happened::edited);
 }
 
@@ -184,7 +189,7 @@ void AppModel::undo() {
     show(undone.changedSince ? std::optional(UndoBar{"Le fichier a changé depuis : rien n'a été annulé.", false})
                              : std::nullopt);
     if (undone.changedSince) return tell();
-    wrote(undone.keys, reminders_ ? remindersGivenBack(undone.change) : Tasks());
+    wrote(remindersGivenBack(undone.change));
 }
 
 void AppModel::setDone(const std::string& key) {
@@ -195,6 +200,34 @@ void AppModel::setDone(const std::string& key) {
 void AppModel::reschedule(const std::string& key, Day to) {
     reloadIfStale();
     if (const auto* task = find(document_.renamed().latest(key))) reschedule(TaskItem(*task), to, task->time);
+}
+
+namespace {
+
+std::string naming(const TaskItem& task) { return "La tâche « " + TaskFile::dropStrongMark(task.title) + " »"; }
+
+// Why a button of a reminder does nothing any more.
+std::string outlived(const RungTask& task) {
+    if (!task.now) return naming(task.shown) + " n'est plus dans la liste.";
+    return naming(*task.now) + (task.now->done ? " est déjà cochée." : " a changé entre-temps.");
+}
+
+}
+
+void AppModel::respond(const NotificationServer::Response& response) {
+    reloadIfStale(); // what was edited elsewhere a moment ago counts
+    const auto task = reminders_->take(response.bubble);
+    const bool wantsWindow = response.action == NotificationServer::Action::opened;
+    if (!wantsWindow && !task.hasEnded() && perform(response.action, *task.now)) return;
+    if (!wantsWindow && !state_.fileError) show(UndoBar{outlived(task), false});
+    requestSection("today");
+    windowAsked(response.activationToken);
+}
+
+bool AppModel::perform(NotificationServer::Action action, const TaskItem& task) {
+    if (action == NotificationServer::Action::done)
+        return apply(UserEdit::setDone(task, true, today())) == Outcome::saved;
+    return apply(UserEdit::reschedule(task, today().plusDays(1), task.time, today())) == Outcome::saved;
 }
 
 std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
@@ -219,6 +252,7 @@ void AppModel::use(const path& file) {
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
     document_.open(file);
     state_.file = file;
+    if (reminders_) reminders_->follow(std::exchange(state_.tasks, {}), {}); // each list has its own
     show({});
     reload();
     tellOf(Happened::listChosen);

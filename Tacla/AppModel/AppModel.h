@@ -29,10 +29,13 @@ class AppModel {
     AppModel(Ports, std::filesystem::path file, bool passive = false); // does not read the file
 
     const ModelState& state() const { return state_; }
-    const ReminderRecord* reminders() const { return reminders_ ? &reminders_->record() : nullptr; }
+    const Moments* pendingReminders() const { return reminders_ ? &reminders_->pending() : nullptr; }
     dravel::Signal<> changed; // told once per change of the state
+    // A reminder wants the window; the token lets it come to the front.
+    dravel::Signal<const std::string& /* activationToken */> windowAsked;
 
     void start();
+    void end(); // the program ends in order: no bubble stays behind
     void reload();
     void checkFile();                        // the two-second poll
     void wokeUp();                           // after a suspend
@@ -92,7 +95,6 @@ class AppModel {
   private:
     Instant now() const { return ports_.loop.now(); }
     Day today() const { return Day::of(now()); }
-    const TaskItem* find(const std::string& key) const;
 
     void tell(); // publishes what the parts say
     template <class Value>
@@ -101,7 +103,7 @@ class AppModel {
         tell();
     }
     void tellOf(MirrorEvent::Kind);
-    void refresh(); // reload, without telling
+    void refresh(const Tasks& silenced = {}); // reload, without telling; those never ring if they are past
     void reloadIfStale() {
         if (document_.isStale(document_.onDisk())) reload();
     }
@@ -112,9 +114,11 @@ class AppModel {
     }
     void store(const std::function<void()>& preference); // a failure becomes status text
     Outcome apply(const UserEdit&, const std::function<void()>& saved = {});
-    void wroteTitle(const TaskDocument::Change&, std::string key);
-    void wrote(const TaskDocument::Keys& renamed, const Tasks& silenced);
+    Tasks retitled(const TaskDocument::Change&, std::string key); // what may ring under its new title
+    void wrote(const Tasks& silenced);
     void show(std::optional<UndoBar>);
+    void respond(const NotificationServer::Response&);
+    bool perform(NotificationServer::Action, const TaskItem&); // of a reminder's button
 
     Ports ports_;
     ModelState state_;
@@ -123,6 +127,7 @@ class AppModel {
     CalendarMirror mirror_;
     NotificationPermission permission_;
     std::optional<Reminders> reminders_;
+    dravel::Connection answered_;
     dravel::Timer undoBarEnd_;
     std::optional<dravel::RepeatingTimer> poll_, periodic_;
 };

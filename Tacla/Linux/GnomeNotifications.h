@@ -20,19 +20,22 @@ class GnomeNotifications final : public QObject, public NotificationServer {
 
     void use(const QDBusConnection& connection) { connection_ = connection; }
 
-    void show(const NotificationRequest&, std::function<void(Error)> shown) override;
-    void ask(std::function<void(Capabilities)> answer) override { other_.ask(std::move(answer)); }
+    static constexpr auto server = "org.gtk.Notifications"; // in the handles of what it shows
+
+    void show(const NotificationRequest&, std::function<void(const Error&, const BubbleHandle&)> shown) override;
+    void close(const BubbleHandle&) override;
+    void ask(std::function<void(Capabilities)>) override;
 
   private:
     NotificationServer& other_;
-    dravel::Connection otherResponded_, otherChanged_;
+    dravel::Connection otherResponded_, otherClosed_, otherChanged_;
     std::optional<QDBusConnection> connection_;
 };
 
 // The actions by which such a notification, and the desktop file, speak to the program.
 namespace ApplicationAction {
 inline constexpr auto newTask = "new-task", today = "today", late = "late";
-inline constexpr auto done = "done", tomorrow = "tomorrow", openTask = "open-task"; // with the task's key
+inline constexpr auto done = "done", tomorrow = "tomorrow", openTask = "open-task"; // with the notification's identifier
 }
 
 }

@@ -64,7 +64,7 @@ void AppDelegate::observe() {
     keep(ports_.menu.chosen.connect([this](const MenuCommand& command) { perform(command); }));
     keep(ports_.instance.activated.connect([this](const auto& activation) { activate(activation); }));
     keep(ports_.search.chosen.connect([this](const std::string& key) { showTask(key); }));
-    keep(ports_.notifications.responded.connect([this](const auto& response) { respond(response); }));
+    keep(ports_.model.windowAsked.connect([this](const std::string& token) { showWindow(token); }));
     keep(ports_.scheme.changed.connect([this] { followColours(); }));
     keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
     keep(ports_.network.back.connect([this] { ports_.model.networkBack(); }));
@@ -169,21 +169,15 @@ void AppDelegate::perform(const MenuCommand& command) {
     }
 }
 
-void AppDelegate::respond(const NotificationServer::Response& response) {
-    switch (response.action) {
-    case NotificationServer::Action::done: return ports_.model.setDone(response.key);
-    case NotificationServer::Action::tomorrow:
-        return ports_.model.reschedule(response.key, Day::of(ports_.loop.now()).plusDays(1));
-    case NotificationServer::Action::opened: return showTask(response.key, response.activationToken);
-    }
-}
-
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
     using Action = NotificationServer::Action;
-    const auto& [token, action, key] = activation;
-    if (action == ApplicationAction::done) return respond({Action::done, key, token});
-    if (action == ApplicationAction::tomorrow) return respond({Action::tomorrow, key, token});
-    if (action == ApplicationAction::openTask) return respond({Action::opened, key, token});
+    const auto& [token, action, target] = activation;
+    const auto answer = [&](Action chosen) {
+        ports_.notifications.responded({chosen, {GnomeNotifications::server, target}, token});
+    };
+    if (action == ApplicationAction::done) return answer(Action::done);
+    if (action == ApplicationAction::tomorrow) return answer(Action::tomorrow);
+    if (action == ApplicationAction::openTask) return answer(Action::opened);
     if (action == ApplicationAction::today || action == ApplicationAction::late) ports_.model.requestSection(action);
     showWindow(token);
     if (action == ApplicationAction::newTask) ports_.window.beginTask();

@@ -68,7 +68,6 @@ class AppDelegate {
     void followColours();
 
     void perform(const MenuCommand&);
-    void respond(const NotificationServer::Response&);
     void activate(const SingleInstance::Activation&);
 
     Ports ports_;

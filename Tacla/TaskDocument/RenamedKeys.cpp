@@ -23,8 +23,6 @@ void RenamedKeys::remember(const Map& renamed) {
     for (const auto& [from, to] : renamed) {
         if (!currentBefore.contains(from)) sinceSync_[from] = to;
     }
-    pointAtNewKeys(aliases_, renamed);
-    for (const auto& [from, to] : renamed) aliases_[from] = to;
 }
 
 // Into a map of its own: a key that the calendar knows now may be one that it knew another task by before.
@@ -36,11 +34,6 @@ void RenamedKeys::synced(const Map& given) {
         if (known != current) rest.emplace(known, current);
     }
     sinceSync_ = std::move(rest);
-}
-
-std::string RenamedKeys::latest(const std::string& key) const {
-    const auto alias = aliases_.find(key);
-    return alias == aliases_.end() ? key : alias->second;
 }
 
 }

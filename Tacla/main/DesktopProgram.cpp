@@ -20,7 +20,6 @@
 #include <QSessionManager>
 #include <QSocketNotifier>
 #include <QUrl>
-#include <QUuid>
 
 #include <langinfo.h>
 #include <pthread.h>
@@ -243,7 +242,10 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
     const EndSignals endSignals;
-    return QCoreApplication::exec();
+    const int status = QCoreApplication::exec();
+    model.end();
+    notifications.flush();
+    return status;
 }
 
 int runApplication(int& argc, char** argv) {
@@ -276,11 +278,10 @@ int runNotifyTest(int& argc, char** argv) {
     else
         notifications.doWithout();
 
-    const NotificationRequest request{QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(),
-                                      {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""},
-                                      {}};
+    const NotificationRequest request{
+        .content = {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""}};
     notifications.ask([&](auto) {
-        notifications.show(request, [](const NotificationServer::Error& error) {
+        notifications.show(request, [](const NotificationServer::Error& error, const auto&) {
             if (error) std::fputs((*error + "\n").c_str(), stderr);
             QCoreApplication::exit();
         });

@@ -84,7 +84,7 @@ TEST(AppModel, KeepsTheTasksOfAFileThatCannotBeReadAndRecoversByItself) {
 TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n");
     world.start();
-    const auto pending = world.model.reminders()->pending;
+    const auto pending = *world.model.pendingReminders();
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
@@ -95,7 +95,7 @@ TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible d'écrire " + world.file.string() + " : "));
     EXPECT_EQ(world.text(), "- [ ] A · 2025-03-04\n");
     EXPECT_FALSE(world.task("A").done);
-    EXPECT_EQ(world.model.reminders()->pending, pending);
+    EXPECT_EQ(*world.model.pendingReminders(), pending);
     EXPECT_EQ(world.told, 1);
     world.loop.advance(4s);
     EXPECT_TRUE(world.state().fileError);

@@ -24,9 +24,11 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
         {[](World w) { w.model.toggle(w.task("Lait")); },
          pain + "  - [x] Lait · 2025-03-04 07:00 · due 2025-03-01 · ✅ 2025-03-04\n" + eggs, "Tâche cochée : Lait"},
         {[](World w) { w.model.toggle(w.task("Œufs")); }, pain + lait + "- [ ] Œufs", "Tâche décochée : Œufs"},
-        {[](World w) { w.model.setDone(w.task("❗ Pain").key); },
-         "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs, "Tâche cochée : Pain"},
-        {[](World w) { w.model.reschedule(w.task("Lait").key, tomorrow); },
+        {[](World w) { w.model.toggle(w.task("❗ Pain")); }, "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs,
+         "Tâche cochée : Pain"},
+        {[](World w) {
+             w.model.reschedule(w.task("Lait"), tomorrow, Clock{7, 0});
+         },
          pain + "  - [ ] Lait · 2025-03-05 07:00 · due 2025-03-01\n" + eggs, "Tâche reportée : Lait"},
         {[](World w) {
              w.model.edit(w.task("❗ Pain"), {"Sel", ninth, early});
@@ -41,8 +43,10 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
     for (const auto& [act, text, said] : table) {
         ModelWorld world("2025-03-04 08:00", list);
         world.start();
-        world.model.setDone("0123456789abcdef");
-        world.model.reschedule("0123456789abcdef", tomorrow);
+        auto stranger = world.task("Lait");
+        stranger.key = "0123456789abcdef";
+        world.model.toggle(stranger);
+        world.model.reschedule(stranger, tomorrow, {});
         EXPECT_EQ(world.told, 0) << text;
         act(world);
         EXPECT_EQ(world.text(), "# Liste\r\n" + text) << text;
@@ -122,9 +126,6 @@ TEST(Undo, CarriesRemindersAndEventsBack) {
     world.model.undo();
     world.loop.advance(1s);
     EXPECT_EQ(world.calendar.runs.back(), (std::map<std::string, std::string>{{after, before}}));
-    world.model.setDone(after); // as an old notification would
-    EXPECT_EQ(world.text(), "- [x] B · 2025-03-05 08:00 · ✅ 2025-03-04\n");
-    world.model.undo();
     world.loop.advance(24h);
     EXPECT_EQ(world.notifications.transcript(), "08:00 B | Prévue à 08:00\n");
 }

@@ -183,7 +183,9 @@ class Time(Story):
         clock.set("2026-03-12 09:15:00")
         bubbles.wait("Thé")
         self.until_menu("(En retard)", "10/03  Pain")
-        self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Vin", "Thé"])
+        # What the clock set back made a thing to come rings again, in the place of what stands there.
+        self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Vin"] * 2 + ["Thé"])
+        self.assertEqual([b["replaces"] > 0 for b in bubbles.shown], [False] * 3 + [True] * 3 + [False])
         self.assertEqual(self.file.read_text(), self.tasks)
 
     def test_in_which_the_notification_server_is_frozen_repeats_no_reminder(self):

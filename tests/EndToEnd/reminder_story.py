@@ -1,10 +1,11 @@
 """Reminders through the notification daemon, answered there."""
 import datetime
 import subprocess
+import time
 
 from gi.repository import GLib
 
-from story import TACLA, Bubbles, Story, day, main, until
+from story import TACLA, Bubbles, Screen, Story, day, main, until
 
 
 class Reminders(Story):
@@ -19,7 +20,7 @@ class Reminders(Story):
         bubble = self.bubbles.wait("R&D <b>")
         self.assertEqual(bubble["body"], f"Prévue à 00:00 · prioritaire · due le {day(-3)[8:]}/{day(-3)[5:7]}")
         self.assertEqual(bubble["actions"][2:], ["DONE", "Fait", "TOMORROW", "Demain"])
-        self.assertEqual(bubble["hints"]["desktop-entry"], "fr.dravel.Tacla")
+        self.assertEqual((bubble["hints"]["desktop-entry"], bubble["timeout"]), ("fr.dravel.Tacla", 0))
         self.bubbles.answer("R&D <b>", "Fait")
         self.until_file(f"- [x] ❗ R&D <b> · {day()} 00:00 · due {day(-3)} · ✅ {day()}", f"- [ ] Pain · {day()} 00:00",
                         f"- [ ] Hier · {day(-1)} 10:00")
@@ -30,8 +31,38 @@ class Reminders(Story):
         self.bubbles.wait("Pain")
         self.assertEqual(self.run_tacla("rename", "Pain", "Pain bis").returncode, 0)
         until(lambda: "00:00  Pain bis" in self.tray.labels(), "the new title")
-        self.bubbles.answer("R&D <b>", "Demain")
-        until(lambda: f"- [ ] ❗ R&D <b> · {day(1)} 00:00 · due {day(-3)}\n" in self.file.read_text(), "the new day")
+        self.bubbles.answer("Pain", "Demain")
+        until(lambda: f"- [ ] Pain bis · {day(1)} 00:00\n" in self.file.read_text(), "the new day")
+
+    def test_ends_with_its_task(self):
+        self.launch()
+        ids = {name: self.bubbles.wait(name)["id"] for name in ("Pain", "R&D <b>")}
+        self.assertEqual(self.run_tacla("done", "Pain").returncode, 0)
+        until(lambda: ids["Pain"] in self.bubbles.closed, "the bubble of the checked task to close", 4)
+        self.file.write_text(self.file.read_text().replace(f"<b> · {day()}", f"<b> · {day(2)}"))
+        until(lambda: ids["R&D <b>"] in self.bubbles.closed, "the bubble of the moved task to close", 4)
+
+    def test_whose_task_is_gone_says_so_in_the_window(self):
+        self.launch()
+        self.bubbles.wait("Pain")
+        self.file.write_text(self.file.read_text().replace("Pain", "Vin", 1).replace(f"Vin · {day()}", f"Vin · {day(1)}"))
+        self.bubbles.answer("Pain", "Fait")
+        self.screen.wait("La tâche « Pain » n'est plus dans la liste.")
+
+    def test_outlives_a_killed_process_and_ends_with_one_that_is_told_to_quit(self):
+        program = self.launch()
+        ids = {name: self.bubbles.wait(name)["id"] for name in ("Pain", "R&D <b>")}
+        program.kill()
+        program.wait()
+        program = self.launch()
+        self.tray.wait()
+        self.bubbles.answer("Pain", "Fait")
+        until(lambda: f"- [x] Pain · {day()} 00:00 · ✅ {day()}\n" in self.file.read_text(), "the checked task")
+        self.assertNotIn(ids["R&D <b>"], self.bubbles.closed)
+        self.tray.click("Quitter Tacla")
+        self.assertEqual(program.wait(20), 0)
+        until(lambda: ids["R&D <b>"] in self.bubbles.closed, "the other bubble to close")
+        self.assertEqual(len(self.bubbles.shown), 2)
 
     def test_rings_at_its_moment_once(self):
         self.launch()
@@ -102,6 +133,46 @@ class OnGnome(Story):
         self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Vin · {day(1)} 00:01")
         self.assertEqual((bubbles.shown, self.desktop.windows()), ([], []))
         self.tray.click("Quitter Tacla")
+
+
+class Another(Story):
+    """Reminders through the daemon of Xfce, answered by its buttons."""
+
+    without = ("notify",)
+    tasks = f"- [ ] Pain · {day()} 00:00\n- [ ] Lait · {day()} 00:00\n- [ ] Vin · {day()} 00:00\n"
+
+    def test_daemon_shows_them_until_they_are_answered(self):
+        self.desktop.start("notify of xfce")
+        screen = Screen(self.desktop, "xfce4-notifyd")
+        program = self.launch()
+        screen.wait("Vin")
+        self.run_tacla("done", "Vin")
+        screen.wait_gone("Vin")
+        time.sleep(12)  # its own bubbles leave after ten seconds
+        program.kill()
+        program.wait()
+        program = self.launch()
+        self.tray.wait()
+        screen.press("Fait")
+        until(lambda: self.file.read_text().count("- [x] ") == 2, "the checked task")
+        screen.press("Demain")
+        until(lambda: f" · {day(1)} 00:00\n" in self.file.read_text(), "the moved task")
+        until(lambda: not screen.find("Fait"), "the bubbles to close")
+
+
+class Many(Story):
+    tasks = "".join(f"- [ ] Tâche {number} · {day()} 00:00\n" for number in range(1000))
+
+    def test_come_a_few_a_second_while_the_window_stays_prompt(self):
+        bubbles = Bubbles(self.desktop)
+        self.launch()
+        bubbles.wait("Tâche 0")
+        start, before = time.monotonic(), len(bubbles.shown)
+        self.open_window()
+        bubbles.wait("Tâche 23")
+        seconds, shown = time.monotonic() - start, len(bubbles.shown) - before
+        self.assertLess(shown / seconds, 6)
+        self.assertEqual([b["summary"] for b in bubbles.shown], [f"Tâche {number}" for number in range(len(bubbles.shown))])
 
 
 class NoDaemon(Story):

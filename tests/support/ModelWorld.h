@@ -7,6 +7,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualLoop.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -103,10 +104,14 @@ struct ModelWorld {
     dravel::Connection observer;
 
     void start();
+    void restart(const std::function<void()>& meanwhile = {}); // after a kill: nothing was brought to its end
     void save(std::string_view text) const; // as an editor does; the modification time differs for sure
     std::string text() const { return readBytes(file); }
     const ModelState& state() const { return model.state(); }
     const TaskItem& task(std::string_view title) const;
+
+  private:
+    AppModel::Ports ports();
 };
 
 }

@@ -57,7 +57,7 @@ class Desktop:
 
     ALL = ("wm", "a11y", "secrets", "notify", "logind", "panel")
     NAMES = {"notify": "org.freedesktop.Notifications", "secrets": "org.freedesktop.secrets", "a11y": "org.a11y.Bus",
-             "panel": "org.kde.StatusNotifierWatcher"}
+             "notify of xfce": "org.freedesktop.Notifications", "panel": "org.kde.StatusNotifierWatcher"}
 
     def __init__(self, without=(), size="1280x900"):
         self.parts = [part for part in self.ALL if part not in without]
@@ -117,6 +117,7 @@ class Desktop:
             "a11y": ["/usr/libexec/at-spi-bus-launcher", "--launch-immediately", "--a11y=1"],
             "secrets": ["sh", "-c", "echo | exec gnome-keyring-daemon --foreground --unlock --components=secrets"],
             "notify": ["dunst", "-conf", f"{self.folder}/dunstrc"],
+            "notify of xfce": ["/usr/lib/x86_64-linux-gnu/xfce4/notifyd/xfce4-notifyd"],
             "logind": ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"],
             "panel": ["xfce4-panel", "--disable-wm-check", "--sm-client-disable"],
         }[part]
