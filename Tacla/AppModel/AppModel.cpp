@@ -3,6 +3,7 @@
 #include "DravelKit/Foundation/WallCalendar.h"
 #include "Tacla/TaskList/TaskFile.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tacla {
@@ -132,11 +133,6 @@ void AppModel::store(const std::function<void()>& preference) try { preference()
     mirror_.handle({Happened::reported, sentence(impossibleToWrite(error))});
 }
 
-const TaskItem* AppModel::find(const std::string& key) const {
-    const auto found = std::ranges::find(state_.tasks, key, &TaskItem::key);
-    return found == state_.tasks.end() ? nullptr : &*found;
-}
-
 AppModel::Outcome AppModel::apply(const UserEdit& edit, const std::function<void()>& saved) {
     std::optional<TaskDocument::Change> change;
     if (!attempt("d'écrire", document_.file(), [&] { change = document_.edit(edit.apply, now()); })) {
@@ -190,16 +186,6 @@ void AppModel::undo() {
                              : std::nullopt);
     if (undone.changedSince) return tell();
     wrote(remindersGivenBack(undone.change));
-}
-
-void AppModel::setDone(const std::string& key) {
-    reloadIfStale();
-    if (const auto* task = find(document_.renamed().latest(key))) setDone(TaskItem(*task));
-}
-
-void AppModel::reschedule(const std::string& key, Day to) {
-    reloadIfStale();
-    if (const auto* task = find(document_.renamed().latest(key))) reschedule(TaskItem(*task), to, task->time);
 }
 
 namespace {

@@ -47,12 +47,10 @@ class AppModel {
     // Edits of the file, of a task as it was seen. One that is no longer there changes nothing.
     enum class Outcome { saved, unchanged, gone, failed };
     void toggle(const TaskItem& task) { apply(UserEdit::setDone(task, !task.done, today())); }
-    void setDone(const std::string& key);
     void setDone(const TaskItem& task) { apply(UserEdit::setDone(task, true, today())); }
     void reschedule(const TaskItem& task, Day to, std::optional<Clock> time) {
         apply(UserEdit::reschedule(task, to, time, today()));
     }
-    void reschedule(const std::string& key, Day to); // keeps its time
     // `saved` is called as soon as the file has it, before the list is read again.
     Outcome edit(const TaskItem&, const TaskChange&, const std::function<void()>& saved = {});
     bool holds(const TaskItem& seen) const; // the list, as it was read last

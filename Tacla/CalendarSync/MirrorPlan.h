@@ -85,15 +85,26 @@ struct MirrorEvent {
     Connection account = Connection::unknown; // accountTold; signedOut where a run found no account
     bool on = false;                          // of a switch
     dravel::Instant at = {};                  // of an outcome
-    std::string hint = {    std::chrono::seconds left{};              // signInWaits
-};                    // of a run: beside the message, or about what was left out
+    std::string hint = {};                    // of a run: beside the message, or about what was left out
     bool passing = false;                     // of a failure that may be over a little later
     bool listChanged = false;                 // of a run: the tasks are no longer those that it sent
+    std::chrono::seconds left{};              // signInWaits
 };
 
 struct MirrorAction {
     // takeTurn begins a run, send goes on with it; stopRun lets nothing more of it go out.
-    enum class Kind { askAccount, signIn, countDown, stopSignIn, signOut, takeTurn, send, stopRun, storeSwitch, syncAfter };
+    enum class Kind {
+        askAccount,
+        signIn,
+        countDown,
+        stopSignIn,
+        signOut,
+        takeTurn,
+        send,
+        stopRun,
+        storeSwitch,
+        syncAfter
+    };
     Kind kind;
     bool on = false;                    // storeSwitch; askAccount: the user may be asked to unlock the keyring
     std::chrono::milliseconds delay{0}; // syncAfter: takes the place of an earlier one
@@ -108,5 +119,4 @@ struct MirrorPlan {
 
 // The mirror as a machine: what becomes of it, and what there is to do.
 MirrorPlan planMirror(MirrorState, const MirrorEvent&);
-
 }

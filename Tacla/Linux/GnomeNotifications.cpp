@@ -70,7 +70,8 @@ void GnomeNotifications::show(const NotificationRequest& request,
                               std::function<void(const Error&, const BubbleHandle&)> shown) {
     if (!connection_ || request.content.key.empty()) return other_.show(request, std::move(shown));
     const bool replaces = request.replaced && request.replaced->server == server;
-    const auto id = replaces ? QString::fromStdString(request.replaced->id) : QUuid::createUuid().toString(QUuid::Id128);
+    const auto id =
+        replaces ? QString::fromStdString(request.replaced->id) : QUuid::createUuid().toString(QUuid::Id128);
     auto message = serverCall("AddNotification");
     message << QStringLiteral("fr.dravel.Tacla") << id << notification(request.content, id);
     // As with the other server: one that answers late has shown it all the same.

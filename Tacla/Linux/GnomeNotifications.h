@@ -35,7 +35,8 @@ class GnomeNotifications final : public QObject, public NotificationServer {
 // The actions by which such a notification, and the desktop file, speak to the program.
 namespace ApplicationAction {
 inline constexpr auto newTask = "new-task", today = "today", late = "late";
-inline constexpr auto done = "done", tomorrow = "tomorrow", openTask = "open-task"; // with the notification's identifier
+inline constexpr auto done = "done", tomorrow = "tomorrow",
+                      openTask = "open-task"; // with the notification's identifier
 }
 
 }

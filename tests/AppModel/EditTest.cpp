@@ -71,17 +71,6 @@ TEST(AppModel, ChangesTheTaskThatWasSeenOrNone) {
         }
 }
 
-TEST(AppModel, FindsATaskByAnyKeyItHadInThisRun) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] Pain · 2025-03-04\n- [ ] pain · 2025-03-04\n");
-    world.start();
-    const auto first = world.task("Pain").key, second = world.task("pain").key;
-    world.model.edit(world.task("Pain"), {.title = "Lait"}); // the second one becomes the first of its title
-    world.model.edit(world.task("Lait"), {.title = "Beurre"});
-    world.model.edit(world.task("pain"), {.title = "Sel"});
-    world.model.setDone(second);
-    EXPECT_EQ(world.text(), "- [ ] Beurre · 2025-03-04\n- [x] Sel · 2025-03-04 · ✅ 2025-03-04\n");
-}
-
 TEST(AppModel, StaysSilentAfterAnEditIntoThePastAndAfterARename) {
     ModelWorld world("2025-03-04 10:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-05\n");
     world.start();

@@ -107,7 +107,7 @@ using Action = NotificationServer::Action;
 TEST(Bubbles, BelongToTheTaskForWhichTheyWereShown) {
     ModelWorld world("2025-03-04 10:00", "- [ ] Courses · 2025-03-04\n- [ ] Pain · 2025-03-04\n");
     world.start();
-    world.model.edit(world.task("Courses"), "Courses de Noël", {}, {});
+    world.model.edit(world.task("Courses"), {.title = "Courses de Noël"});
     world.model.add("Courses", Day{2025, 3, 4}, {}, false);
     world.loop.advance(2s);
     world.notifications.press(world.notifications.shown.back().handle, Action::done); // the new one's
