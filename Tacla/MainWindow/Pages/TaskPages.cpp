@@ -93,7 +93,8 @@ class ProblemsCard final : public dravel::Card {
     QVBoxLayout* column_;
 };
 
-ProblemsCard::ProblemsCard(AppModel& model, QWidget* parent) : Card(parent), column_(new QVBoxLayout(this)) {
+ProblemsCard::ProblemsCard(AppModel& model, QWidget* parent)
+    : Card(parent), model_(model), column_(new QVBoxLayout(this)) {
     setObjectName(u"problems"_s);
     column_->setContentsMargins(textColumn, 12, Theme::Space::md, 12);
     column_->setSpacing(Theme::Space::sm);
