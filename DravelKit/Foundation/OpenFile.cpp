@@ -204,17 +204,6 @@ std::optional<OpenFile> tryLock(const std::filesystem::path& path, int flags) {
     }
 }
 
-std::optional<OpenFile> tryLock(const std::filesystem::path& path) {
-    while (true) {
-        OpenFile file(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
-        if (!file.lock()) return {};
-        // Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
-        struct stat now {};
-        const bool stillThere = ::stat(path.c_str(), &now) == 0;
-        if (stillThere && Identity::of(now).sameFile(Identity::of(file.status()))) return file;
-    }
-}
-
 OpenFile openToRead(const std::filesystem::path& path) { return OpenFile(path, readFlags); }
 
 Snapshot Snapshot::of(const std::filesystem::path& path) { return snapshotOf(openToRead(path)); }

@@ -191,7 +191,9 @@ struct World {
         case Do::signOut: signingOut = true; return;
         case Do::signIn: signingIn = true; return;
         case Do::storeSwitch: return tell({.kind = On::switched, .on = action.on});
+        case Do::stopSignIn: signingIn = false; return;
         case Do::askAccount:
+        case Do::countDown:
         case Do::syncAfter: return;
         }
     }
