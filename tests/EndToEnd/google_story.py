@@ -1,8 +1,10 @@
 """Signing in: from the settings page through a real browser to the mirrored calendar, and out of sight of everybody."""
+import pathlib
 import subprocess
 
 from story import Google, Story, day, main, until
 
+STAND_IN = pathlib.Path(__file__).parents[2] / "scripts/google-stand-in"
 BROWSER = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
            "--disable-background-networking", "--disable-component-update", "--virtual-time-budget=5000", "--dump-dom"]
 
@@ -10,11 +12,10 @@ BROWSER = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable
 class SignIn(Story):
     tasks = f"- [ ] Pain · {day()}\n- [ ] Loyer · {day(2)} 14:00\n- [ ] Sans date\n"
 
-    def settings(self, *options, client=True):
+    def settings(self, *options):
         """The settings page of a program that knows the stand-in."""
         self.google = self.enterContext(Google(*options))
-        if client:
-            self.google.give_client(self.home / ".local/share/Tacla")
+        self.google.give_client(self.home / ".local/share/Tacla")
         self.launch(TACLA_GOOGLE_BASE=self.google.base)
         self.open_window()
         self.screen.press("Réglages", "list item")
@@ -62,6 +63,17 @@ class SignIn(Story):
         until(lambda: "member=Unlock" in self.desktop.log("secret"), "the question for the password")
         self.screen.wait("Connexion Google échouée : le trousseau de clés est verrouillé")
         self.assertEqual(self.desktop.opened(), [], "nobody is sent to Google in vain")
+
+
+class StandIn(Story):
+    tasks = "- [ ] Pain\n"
+
+    def test_it_starts_what_it_starts_on_settings_of_its_own(self):
+        said = subprocess.run([STAND_IN, "--", "sh", "-c", 'echo "$TACLA_GOOGLE_BASE"; "$0" list; touch "$XDG_CONFIG_HOME/it"',
+                               *self.command], env=self.desktop.env, capture_output=True, text=True, timeout=60).stdout
+        self.assertRegex(said, r"^http://127\.0\.0\.1:\d+\n.*\w")
+        self.assertNotIn("Pain\n", said)
+        self.assertEqual([file.name for file in (self.home / ".config").iterdir() if file.name == "it"], [])
 
 
 if __name__ == "__main__":
