@@ -73,7 +73,7 @@ void AppModel::refresh(const Tasks& silenced) {
     state_.now = now();
     attempt("de lire", document_.file(), [this] {
         auto tasks = document_.read();
-        if (reminders_) reminders_->follow(state_.tasks, tasks);
+        if (reminders_ && !std::exchange(isOtherList_, false)) reminders_->follow(state_.tasks, tasks);
         state_.tasks = std::move(tasks);
         state_.unreadDates = document_.unreadDates();
         state_.fileError.reset();
@@ -236,9 +236,13 @@ void AppModel::bringBack(const path& copy) {
 
 void AppModel::use(const path& file) {
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
+    if (reminders_ && file != document_.file()) { // each list has its own
+        reminders_->follow(state_.tasks, {});
+        reminders_->adopt(file, {});
+        isOtherList_ = true;
+    }
     document_.open(file);
     state_.file = file;
-    if (reminders_) reminders_->follow(std::exchange(state_.tasks, {}), {}); // each list has its own
     show({});
     reload();
     tellOf(Happened::listChosen);

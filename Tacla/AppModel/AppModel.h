@@ -126,6 +126,7 @@ class AppModel {
     NotificationPermission permission_;
     std::optional<Reminders> reminders_;
     dravel::Connection answered_;
+    bool isOtherList_ = false; // than the one whose tasks still show
     dravel::Timer undoBarEnd_;
     std::optional<dravel::RepeatingTimer> poll_, periodic_;
 };
