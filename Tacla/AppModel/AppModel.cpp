@@ -218,7 +218,9 @@ bool AppModel::perform(NotificationServer::Action action, const TaskItem& task) 
 
 std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
                                          bool strong) {
-    const auto edit = UserEdit::add(title, day.value_or(today()), time, strong, today());
+    const auto on = day.value_or(today());
+    const auto edit =
+        UserEdit::add(title, on, time, strong, on == today() ? "Tâche ajoutée" : "Ajoutée pour " + on.longLabel());
     if (!edit) return "Ce titre ne peut pas être écrit.";
     return apply(*edit) == Outcome::failed ? state_.fileError : std::nullopt;
 }

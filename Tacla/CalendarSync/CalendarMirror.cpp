@@ -30,6 +30,13 @@ MirrorEvent failed(Kind kind, const std::exception_ptr& thrown) {
     }
 }
 
+// Without what nobody sees.
+MirrorState published(MirrorState state) {
+    state.asking = state.leaving = state.stopping = state.again = state.due = false;
+    state.retries = 0;
+    return state;
+}
+
 template <class Result>
 MirrorEvent eventOf(const Outcome<Result>& outcome, Kind whenDone, Kind whenFailed) {
     const auto* thrown = std::get_if<std::exception_ptr>(&outcome);
@@ -49,7 +56,7 @@ CalendarMirror::CalendarMirror(dravel::MainLoop& loop, dravel::Background& backg
 
 bool CalendarMirror::handle(const MirrorEvent& event) {
     auto plan = planMirror(state_, event);
-    bool different = plan.state != state_;
+    bool different = published(plan.state) != published(state_);
     state_ = std::move(plan.state);
     for (const auto& action : plan.actions) different |= perform(action);
     return different;

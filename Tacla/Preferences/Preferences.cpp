@@ -106,7 +106,7 @@ std::optional<json> SettingsFile::settingsThere() const {
     seen_ = dravel::SafeFile::modified(file_);
     try {
         auto text = dravel::SafeFile::readText(file_);
-        if (isBlank(text) && !known_.empty()) return {};
+        if (isBlank(text) && !isBlank(known_)) return {};
         auto settings = parsedSettings(text);
         if (settings) known_ = std::move(text);
         return settings;

@@ -142,10 +142,10 @@ UserEdit UserEdit::remove(const TaskItem& task) {
 }
 
 std::optional<UserEdit> UserEdit::add(const std::string& title, Day day, std::optional<Clock> time, bool strong,
-                                      Day today) {
+                                      std::string said) {
     const auto newTitle = writableTitle(title);
     if (!newTitle) return {};
-    return UserEdit{day == today ? "Tâche ajoutée" : "Ajoutée pour " + day.longLabel(),
+    return UserEdit{std::move(said),
                     [=](std::string_view text) { return Text(TaskFile::add(text, *newTitle, day, time, strong)); }};
 }
 

@@ -66,7 +66,8 @@ struct UserEdit {
     static UserEdit change(const TaskItem&, const TaskChange&, Day today);
     static UserEdit remove(const TaskItem&);
     // None when the title cannot be written.
-    static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong, Day today);
+    static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong,
+                                       std::string said);
     static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
     static UserEdit bringBack(std::string copy);
 };

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace tacla {
 
@@ -25,7 +26,13 @@ struct TaskItem {
     std::string when() const;          // "", "2025-03-04" or "2025-03-04 14:30"
     std::optional<Instant> at() const; // when it falls due: at its time, else at 9:00; none without a day
 
-    bool operator==(const TaskItem&) const = default;
+    // Whether a task stands alone says something of its list.
+    bool operator==(const TaskItem& other) const {
+        const auto all = [](const TaskItem& task) {
+            return std::tie(task.line, task.done, task.title, task.day, task.time, task.due, task.doneOn, task.key);
+        };
+        return all(*this) == all(other);
+    }
 };
 
 }

@@ -102,15 +102,18 @@ TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
     world.calendar.failure.reset();
 
     world.background.held = true;
+    const auto turn = [&] { world.background.runOne(); }, run = turn;
     world.model.sync();
+    turn();
     world.model.edit(world.task("C"), {.title = "D"}); // while the sync runs
     world.loop.advance(1s);                            // finds it running
     EXPECT_EQ(world.background.waiting(), 1U);
-    world.background.runOne();
-    world.model.sync();
-    world.background.runOne();
-    world.model.sync();
-    world.background.runOne();
+    run();
+    for (int i = 0; i < 2; ++i) {
+        world.model.sync();
+        turn();
+        run();
+    }
     EXPECT_EQ(world.calendar.runs, (std::vector<Renamed>{{{a, c}}, {{a, c}}, {{c, world.task("D").key}}, {}}));
     EXPECT_NE(b, c);
     EXPECT_EQ(world.state().syncError, std::nullopt);

@@ -39,7 +39,7 @@ class MemoryKeyring final : public dravel::Keyring {
 
   private:
     static std::string key(const Item& item) {
-        return item.account == "refresh-token" ? item.service : item.service + " " + item.account;
+        return item.account == "trial" ? item.service + " trial" : item.service;
     }
 
     // Who was not asked declined nothing.
