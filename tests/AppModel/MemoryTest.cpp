@@ -34,6 +34,8 @@ void liveADay(ModelWorld& world) {
     world.loop.advance(4h);
     world.notifications.shown.clear();
     world.calendar.runs.clear();
+    world.calendar.sent.clear();
+    world.calendar.mayAskUser.clear();
 }
 
 }
