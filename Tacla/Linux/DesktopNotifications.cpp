@@ -139,6 +139,14 @@ void DesktopNotifications::askServer() {
         server_ = Server{{.reachable = true, .actions = has("actions"), .body = has("body"), .server = identity(reply)},
                          has("body-markup"),
                          has("persistence")};
+        askItsName();
+    });
+}
+
+void DesktopNotifications::askItsName() {
+    call(serverCall(QStringLiteral("GetServerInformation")), [this](const QDBusMessage& reply) {
+        if (!server_) return askServer(); // another one came meanwhile
+        server_->capabilities.tellsOnlyOwner = reply.arguments().value(0).toString() == QLatin1String("dunst");
         learned(*server_);
     });
 }

@@ -119,6 +119,12 @@ const RungTask* Bubbles::find(const BubbleHandle& handle) const {
     return nullptr;
 }
 
+Tasks Bubbles::tasks() const {
+    Tasks tasks;
+    for (const auto& [handle, task] : up_) tasks.push_back(*task.now);
+    return tasks;
+}
+
 std::optional<BubbleHandle> Bubbles::of(const std::string& identifier) const {
     for (const auto& [handle, task] : up_)
         if (task.now && reminderIdentifier(*task.now) == identifier) return handle;

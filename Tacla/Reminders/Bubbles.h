@@ -31,6 +31,7 @@ class Bubbles {
     void follow(const Successors&);
 
     const RungTask* find(const BubbleHandle&) const;
+    Tasks tasks() const;                                                 // of those on the screen
     std::optional<BubbleHandle> of(const std::string& identifier) const; // the one that is up for that reminder
     void remove(const BubbleHandle&);                                    // closes it
     void closeAll();

@@ -50,6 +50,8 @@ class NotificationServer {
         bool reachable = false, actions = false, body = false;
         bool session = true;     // false: there is no desktop session that could have a server
         std::string server = {}; // as in the handles of what it shows
+        // It tells of a bubble's buttons only who has shown it last: an earlier process's is shown anew in its place.
+        bool tellsOnlyOwner = false;
     };
     virtual void ask(std::function<void(Capabilities)>) = 0;
 

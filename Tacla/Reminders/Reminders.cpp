@@ -143,7 +143,8 @@ void NotificationCentre::refused(const Leaving& leaving) {
 
 Reminders::Reminders(dravel::MainLoop& loop, NotificationServer& server, Preferences& preferences,
                      std::filesystem::path memoryOfBubbles, Report report)
-    : preferences_(preferences), report_(std::move(report)), bubbles_(server, std::move(memoryOfBubbles)),
+    : server_(server), preferences_(preferences), report_(std::move(report)),
+      bubbles_(server, std::move(memoryOfBubbles)),
       centre_(
           loop, server, bubbles_,
           {.showing =
@@ -157,7 +158,15 @@ Reminders::Reminders(dravel::MainLoop& loop, NotificationServer& server, Prefere
     });
 }
 
-void Reminders::adopt(const std::filesystem::path& list, const Tasks& tasks) { bubbles_.adopt(list, tasks); }
+void Reminders::adopt(const std::filesystem::path& list, const Tasks& tasks) {
+    bubbles_.adopt(list, tasks);
+    if (bubbles_.tasks().empty()) return;
+    server_.ask(life_.guard([this](const NotificationServer::Capabilities& present) {
+        if (!present.tellsOnlyOwner) return;
+        for (const auto& task : bubbles_.tasks()) centre_.put({reminderIdentifier(task), task, *task.at()});
+        centre_.deliver();
+    }));
+}
 
 void Reminders::follow(const Tasks& before, const Tasks& after) {
     if (before == after) return;

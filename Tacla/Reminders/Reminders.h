@@ -94,6 +94,7 @@ class Reminders {
     void store(const std::function<void(Notified&)>& change);
     void catchUpStoring();
 
+    NotificationServer& server_;
     Preferences& preferences_;
     Report report_;
     Bubbles bubbles_;
@@ -101,6 +102,7 @@ class Reminders {
     Notified notified_; // as it was last read or written here, and what could not be stored yet
     dravel::Connection responded_;
     bool full_ = false;
+    dravel::Lifetime life_;
 };
 
 }

@@ -49,12 +49,21 @@ class Reminders(Story):
         self.bubbles.answer("Pain", "Fait")
         self.screen.wait("La tâche « Pain » n'est plus dans la liste.")
 
-    def test_ends_with_a_program_that_is_told_to_quit(self):
+    def test_outlives_a_killed_process_and_ends_with_one_that_is_told_to_quit(self):
         program = self.launch()
-        ids = [self.bubbles.wait(name)["id"] for name in ("Pain", "R&D <b>")]
+        ids = {name: self.bubbles.wait(name)["id"] for name in ("Pain", "R&D <b>")}
+        memory = self.desktop.folder / "runtime/Tacla/bubbles"
+        until(lambda: memory.exists() and memory.read_text().count("\n") == 3, "both bubbles to be remembered")
+        program.kill()
+        program.wait()
+        program = self.launch()
+        self.bubbles.wait("Pain", 2)
+        self.bubbles.answer("Pain", "Fait")
+        until(lambda: f"- [x] Pain · {day()} 00:00 · ✅ {day()}\n" in self.file.read_text(), "the checked task")
+        self.assertEqual({b["replaces"] for b in self.bubbles.shown}, {0, *ids.values()})  # in the old ones' place
         self.tray.click("Quitter Tacla")
         self.assertEqual(program.wait(20), 0)
-        until(lambda: set(ids) <= set(self.bubbles.closed), "the bubbles to close")
+        until(lambda: set(ids.values()) <= set(self.bubbles.closed), "the bubbles to close")
 
     def test_rings_at_its_moment_once(self):
         self.launch()

@@ -117,7 +117,8 @@ class Simulation {
         const auto id = seen_.at(static_cast<std::size_t>(task->line));
         bubbles_[shown.handle] = {id, task->when()};
         owed_.erase({id, task->when()});
-        EXPECT_TRUE(rung_.insert({id, task->when()}).second) << "rang twice: " << task->title << " " << task->when();
+        const auto rung = std::pair(id, task->when());
+        EXPECT_TRUE(rung_.emplace(rung, *task->at()).second) << "rang twice: " << task->title << " " << task->when();
         ++shownCount;
     }
 
@@ -160,7 +161,7 @@ class Simulation {
 
     // What is to come once more, by a clock set back.
     void mayRingAgain() {
-        for (const auto& task : toCome()) rung_.erase({idOf(task), task.when()});
+        std::erase_if(rung_, [now = world_.loop.now()](const auto& rung) { return rung.second > now; });
     }
 
     void sleep(minutes time) {
@@ -329,7 +330,9 @@ class Simulation {
     int unseenEdits_ = 0, windowsAsked_ = 0;
     std::map<BubbleHandle, Bubble> bubbles_;
     std::mt19937 random_{20250304};
-    std::set<std::pair<int, std::string>> rung_, owed_; // who, and of which moment
+    using Ring = std::pair<int, std::string>; // who, and of which moment
+    std::map<Ring, Instant> rung_;
+    std::set<Ring> owed_;
     dravel::Connection windows_, changes_;
 };
 

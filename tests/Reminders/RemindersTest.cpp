@@ -160,6 +160,11 @@ TEST(Bubbles, AreAnsweredByTheNextProcessOrClosed) {
     world.notifications.press("C\tD", Action::tomorrow);
     EXPECT_EQ(world.task("C\tD").day, (Day{2025, 3, 5}));
     EXPECT_EQ(world.notifications.bubbles.size(), 1U); // of Bis, which nobody followed: it rings anew
+    world.notifications.capabilities.tellsOnlyOwner = true;
+    const auto handle = world.notifications.bubbles.begin()->first;
+    world.restart();
+    EXPECT_EQ(world.notifications.shown.back().request.replaced, handle);
+    EXPECT_EQ(world.notifications.bubbles.size(), 1U);
     world.model.end();
     EXPECT_TRUE(world.notifications.bubbles.empty());
 }
