@@ -136,16 +136,17 @@ void DesktopNotifications::askServer() {
         if (reply.type() != QDBusMessage::ReplyMessage) return learned({});
         const auto words = reply.arguments().value(0).toStringList();
         const auto has = [&](const char* word) { return words.contains(QLatin1String(word)); };
-        server_ = Server{{.reachable = true, .actions = has("actions"), .body = has("body"), .server = identity(reply)},
-                         has("body-markup"),
-                         has("persistence")};
-        askItsName();
+        askItsName({{.reachable = true, .actions = has("actions"), .body = has("body"), .server = identity(reply)},
+                    has("body-markup"),
+                    has("persistence")});
     });
 }
 
-void DesktopNotifications::askItsName() {
-    call(serverCall(QStringLiteral("GetServerInformation")), [this](const QDBusMessage& reply) {
-        if (!server_) return askServer(); // another one came meanwhile
+void DesktopNotifications::askItsName(Server server) {
+    call(serverCall(QStringLiteral("GetServerInformation")), [this, server](const QDBusMessage& reply) {
+        const bool told = reply.type() == QDBusMessage::ReplyMessage;
+        if (told && identity(reply) != server.capabilities.server) return askServer(); // another one came meanwhile
+        server_ = server;
         server_->capabilities.tellsOnlyOwner = reply.arguments().value(0).toString() == QLatin1String("dunst");
         learned(*server_);
     });

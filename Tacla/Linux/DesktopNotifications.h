@@ -43,7 +43,7 @@ class DesktopNotifications final : public QObject, public NotificationServer {
 
     void learn(Learned); // what the server can do, asked once per server
     void askServer();
-    void askItsName();
+    void askItsName(Server);
     void learned(const Server&);
     void forget(); // another server
     void listen();
