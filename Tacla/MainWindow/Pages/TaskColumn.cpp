@@ -24,44 +24,38 @@ using namespace Qt::StringLiterals;
 // A card with a group's title and count. The column that it stands in places it and its rows.
 class TaskListCard final : public dravel::Card {
   public:
-    explicit TaskListCard(QWidget* parent = nullptr);
-    void setGroup(const TaskGroup&);
+    explicit TaskListCard(QWidget* parent = nullptr)
+        : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::Calendar3, Theme::accent, {}, this)),
+          empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
+        setObjectName(u"tasks"_s);
+    }
+
+    void setGroup(const TaskGroup& group) {
+        const auto title = toQt(group.title());
+        setAccessibleName(title);
+        header_->setTitle(title);
+        header_->setSymbol(group.symbol, toneOf(group.role));
+        header_->setCount(static_cast<int>(group.tasks.size()));
+        empty_->setText(toQt(group.empty));
+        empty_->setVisible(group.tasks.empty());
+    }
 
   protected:
-    void resizeEvent(QResizeEvent*) override;
+    void resizeEvent(QResizeEvent* event) override {
+        Card::resizeEvent(event);
+        constexpr int rowsTop = ColumnLayout::cardPadding + ColumnLayout::headerHeight;
+        header_->setGeometry(0, ColumnLayout::cardPadding, width(), ColumnLayout::headerHeight);
+        empty_->setGeometry(textColumn, rowsTop + 4, width() - textColumn - 2 * ColumnLayout::cardPadding, 18);
+    }
 
   private:
     dravel::CardHeader* header_;
     dravel::TextLabel* empty_;
 };
 
-TaskListCard::TaskListCard(QWidget* parent)
-    : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::Calendar3, Theme::accent, {}, this)),
-      empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
-    setObjectName(u"tasks"_s);
-}
-
-void TaskListCard::setGroup(const TaskGroup& group) {
-    const auto title = toQt(group.title());
-    setAccessibleName(title);
-    header_->setTitle(title);
-    header_->setSymbol(group.symbol, toneOf(group.role));
-    header_->setCount(static_cast<int>(group.tasks.size()));
-    empty_->setText(toQt(group.empty));
-    empty_->setVisible(group.tasks.empty());
-}
-
-void TaskListCard::resizeEvent(QResizeEvent* event) {
-    Card::resizeEvent(event);
-    constexpr int rowsTop = ColumnLayout::cardPadding + ColumnLayout::headerHeight;
-    header_->setGeometry(0, ColumnLayout::cardPadding, width(), ColumnLayout::headerHeight);
-    empty_->setGeometry(textColumn, rowsTop + 4, width() - textColumn - 2 * ColumnLayout::cardPadding, 18);
-}
-
 namespace {
 
-constexpr int rowInset = 8;
-constexpr int slack = 240; // rows are built a little before they come into view
+constexpr int rowInset = 8, slack = 240; // rows are built a little before they come into view
 
 QAccessibleInterface* columnAccessible(const QString&, QObject* object) {
     if (auto* row = qobject_cast<TaskRow*>(object)) return new QAccessibleWidget(row, QAccessible::ListItem);
@@ -390,17 +384,14 @@ void TaskColumn::leave(bool forward) {
 }
 
 void TaskColumn::focusInEvent(QFocusEvent* event) {
-    if (rowCount() == 0 || event->reason() == Qt::BacktabFocusReason)
-        return leave(event->reason() != Qt::BacktabFocusReason);
-    focusRow(0, TaskRow::Stop::check, event->reason());
+    const bool forward = event->reason() != Qt::BacktabFocusReason;
+    rowCount() == 0 || !forward ? leave(forward) : focusRow(0, TaskRow::Stop::check, event->reason());
 }
 
 bool TaskColumn::eventFilter(QObject* watched, QEvent* event) {
     if (watched == end_ && event->type() == QEvent::FocusIn) {
-        if (rowCount() == 0 || static_cast<QFocusEvent*>(event)->reason() != Qt::BacktabFocusReason)
-            leave(true);
-        else
-            focusRow(rowCount() - 1, TaskRow::Stop::menu, Qt::BacktabFocusReason);
+        const bool backward = static_cast<QFocusEvent*>(event)->reason() == Qt::BacktabFocusReason && rowCount() > 0;
+        backward ? focusRow(rowCount() - 1, TaskRow::Stop::menu, Qt::BacktabFocusReason) : leave(true);
         return true;
     }
     return QWidget::eventFilter(watched, event);
