@@ -48,6 +48,7 @@ TEST(RowMenu, PostponesOpenTasksFromTodayAndByAWeekFromTheirOwnDay) {
     EXPECT_EQ(postponedDay(RowCommand::postponeToMonday, dated, today), (Day{2026, 11, 30}));
     EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, dated, today), (Day{2026, 11, 10}));
     EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, taskOf("- [ ] Pain"), today), (Day{2026, 12, 1}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, taskOf("- [ ] Pain · 9999-12-28"), today), (Day{9999, 12, 31}));
     for (const auto& entry : rowMenu(taskOf("- [x] Pain"))) {
         EXPECT_EQ(postponedDay(entry.command, dated, today), std::nullopt) << entry.label;
         EXPECT_FALSE(entry.separatorBefore) << entry.label;

@@ -5,6 +5,8 @@
 #include "Tacla/TaskList/Labels.h"
 #include "Tacla/TaskList/TaskFile.h"
 
+#include <algorithm>
+
 namespace tacla {
 
 using dravel::Symbol;
@@ -61,7 +63,8 @@ std::optional<Day> postponedDay(RowCommand command, const TaskItem& task, Day to
     switch (command) {
     case RowCommand::postponeToTomorrow: return today.plusDays(1);
     case RowCommand::postponeToMonday: return today.nextMonday();
-    case RowCommand::postponeByAWeek: return task.day.value_or(today).plusDays(7);
+    // A fifth digit of the year would be read as no date at all.
+    case RowCommand::postponeByAWeek: return std::min(task.day.value_or(today).plusDays(7), Day{9999, 12, 31});
     case RowCommand::toggle:
     case RowCommand::edit:
     case RowCommand::remove: break;
