@@ -1,6 +1,7 @@
 #include "Tacla/Reminders/ReminderPlan.h"
 
 #include "Tacla/TaskList/Labels.h"
+#include "Tacla/TaskList/Successors.h"
 #include "Tacla/TaskList/TaskFile.h"
 
 #include <algorithm>
@@ -108,14 +109,16 @@ ReminderPlan planReminders(const Tasks& tasks, const Moments& pending, const Not
 }
 
 Tasks remindersGivenBack(const dravel::SafeFile::Change& change) {
-    std::set<std::string> kept;
-    for (const auto& task : TaskFile::parse(change.after)) {
-        if (remindsOf(task)) kept.insert(reminderIdentifier(task));
+    const auto edited = TaskFile::parse(change.after);
+    auto restored = TaskFile::parse(change.before);
+    const Successors successors(edited, restored);
+    std::set<std::int64_t> kept; // lines of those that ring as before, be it by another key
+    for (const auto& task : edited) {
+        const auto* now = successors.of(task);
+        if (now != nullptr && remindsOf(task) && now->when() == task.when()) kept.insert(now->line);
     }
-    auto tasks = TaskFile::parse(change.before);
-    std::erase_if(tasks,
-                  [&](const TaskItem& task) { return !remindsOf(task) || kept.contains(reminderIdentifier(task)); });
-    return tasks;
+    std::erase_if(restored, [&](const TaskItem& task) { return !remindsOf(task) || kept.contains(task.line); });
+    return restored;
 }
 
 }

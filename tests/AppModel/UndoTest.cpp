@@ -130,6 +130,18 @@ TEST(Undo, CarriesRemindersAndEventsBack) {
     EXPECT_EQ(world.notifications.transcript(), "08:00 B | Prévue à 08:00\n");
 }
 
+TEST(Undo, LeavesANamesakeThatWaitsForAServerToRing) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] pain · 2025-03-09\n- [ ] Pain · 2025-03-04\n");
+    world.notifications.capabilities.reachable = false;
+    world.start();
+    world.loop.advanceTo(moment("2025-03-05 10:00"));
+    world.model.remove(world.task("pain")); // the other one takes over its key, and gives it back
+    world.model.undo();
+    world.notifications.setReachable(true);
+    world.loop.runPosted();
+    EXPECT_EQ(world.notifications.transcript(), "10:00 Pain | Prévue le 04/03\n");
+}
+
 TEST(Undo, RingsForNothingThatIsPastByThen) {
     const std::function<void(ModelWorld&)> changes[] = {
         [](ModelWorld& w) { w.model.toggle(w.task("A")); },

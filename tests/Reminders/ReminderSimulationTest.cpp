@@ -71,6 +71,7 @@ class Simulation {
         int id;
         std::string when;
     };
+    using Ring = std::pair<int, std::string>; // who, and of which moment
 
     int pick(int count) { return std::uniform_int_distribution(0, count - 1)(random_); }
     template <class List>
@@ -179,10 +180,11 @@ class Simulation {
         look();
         const bool edited = pick(2) == 0;
         world_.restart([&] {
-            if (edited) editorSavesOnce();
+            if (!edited) return;
+            editorSavesOnce();
+            unsure(); // nobody followed
         });
         listen();
-        if (edited) unsure(); // nobody followed
         lookWhetherSeen();
         // Of what waited for a server, the next process knows only what is of today.
         const auto today = Day::of(world_.loop.now()).description();
@@ -199,12 +201,14 @@ class Simulation {
         if (pick(2) == 0) world_.loop.advance(2s); // seen by the poll
     }
 
-    void editorSavesOnce() {
+    // Of the task of that line, or of any.
+    void editorSavesOnce(std::optional<std::ptrdiff_t> line = {}) {
         auto text = world_.text();
         const auto tasks = TaskFile::parse(text);
-        if (tasks.empty() || (pick(2) == 0 && tasks.size() < 70))
+        const auto meant = std::ranges::find(tasks, line.value_or(-1), &TaskItem::line);
+        if (tasks.empty() || (!line && pick(2) == 0 && tasks.size() < 70))
             return save(TaskFile::add(text, oneOf(titles), someDay(), someTime(), false));
-        const auto& key = oneOf(tasks).key;
+        const auto& key = meant != tasks.end() ? meant->key : oneOf(tasks).key;
         const auto today = Day::of(world_.loop.now());
         switch (pick(4)) {
         case 0: return save(TaskFile::remove(text, key).value_or(text));
@@ -253,6 +257,7 @@ class Simulation {
         const auto handle = chosen->first;
         if (pick(4) == 0) return world_.notifications.close(handle); // put away by the user
         if (pick(2) == 0) editorSavesOnce();                         // nobody has looked since
+        if (pick(3) == 0) editorSavesOnce(lineOf(bubbles_.at(handle).id));
         const auto before = lines(world_.text());
         const auto windows = windowsAsked_;
         world_.notifications.press(handle, pick(2) == 0 ? NotificationServer::Action::done
@@ -266,7 +271,7 @@ class Simulation {
         ASSERT_EQ(before.size(), after.size());
         const auto place = static_cast<std::size_t>(std::ranges::mismatch(before, after).in1 - before.begin());
         const auto& bubble = bubbles_.at(handle);
-        const auto line = std::ranges::find(ids_.all(), bubble.id) - ids_.all().begin();
+        const auto line = lineOf(bubble.id);
         ASSERT_LT(line, static_cast<std::ptrdiff_t>(before.size())) << "its task was gone: " << before[place];
         // Of two lines that read the same, either will do.
         EXPECT_EQ(before[static_cast<std::size_t>(line)], before[place]);
@@ -275,6 +280,7 @@ class Simulation {
         ++answered;
     }
 
+    std::ptrdiff_t lineOf(int id) const { return std::ranges::find(ids_.all(), id) - ids_.all().begin(); }
     int idOf(const TaskItem& task) const { return seen_.at(static_cast<std::size_t>(task.line)); }
 
     // Reckoned here without the plan: the first sixty of the file that are to come.
@@ -294,6 +300,10 @@ class Simulation {
     bool isOpen(int id, const std::string& when) const {
         const auto task = present(id);
         return task && !task->done && task->when() == when;
+    }
+
+    bool isDue(const Ring& ring) const {
+        return isOpen(ring.first, ring.second) && *present(ring.first)->at() <= world_.loop.now();
     }
 
     void look() {
@@ -318,7 +328,7 @@ class Simulation {
                 << "outlived its task: " << content.title;
         }
         world_.notifications.shown.clear();
-        std::erase_if(owed_, [this](const auto& owed) { return !isOpen(owed.first, owed.second); });
+        std::erase_if(owed_, [this](const Ring& owed) { return !isDue(owed); });
         if (!world_.notifications.capabilities.reachable) return;
         for (const auto& [id, when] : std::exchange(owed_, {})) ADD_FAILURE() << "missed: " << id << " " << when;
     }
@@ -330,7 +340,6 @@ class Simulation {
     int unseenEdits_ = 0, windowsAsked_ = 0;
     std::map<BubbleHandle, Bubble> bubbles_;
     std::mt19937 random_{20250304};
-    using Ring = std::pair<int, std::string>; // who, and of which moment
     std::map<Ring, Instant> rung_;
     std::set<Ring> owed_;
     dravel::Connection windows_, changes_;
