@@ -14,18 +14,18 @@ struct Faces {
 
 Faces faces(Button::Kind kind) {
     switch (kind) {
-    case Button::Kind::Neutral: return {Theme::tile, Theme::neutralHover, Theme::neutralPressed, Theme::text};
-    case Button::Kind::NeutralOnBackground:
+    case Button::Kind::neutral: return {Theme::tile, Theme::neutralHover, Theme::neutralPressed, Theme::text};
+    case Button::Kind::neutralOnBackground:
         return {Theme::surface, Theme::neutralHover, Theme::neutralPressed, Theme::text};
-    case Button::Kind::Soft:
+    case Button::Kind::soft:
         return {Theme::accentSoft, Theme::softHover, Theme::accentSoftPressed, Theme::accentOnSoft};
-    case Button::Kind::Prominent: return {Theme::accent, Theme::accentHover, Theme::accentPressed, Theme::onAccent};
+    case Button::Kind::prominent: return {Theme::accent, Theme::accentHover, Theme::accentPressed, Theme::onAccent};
     }
     Q_UNREACHABLE();
 }
 
 const Theme::TextStyle& typeStyle(Button::Kind kind) {
-    return kind == Button::Kind::Prominent ? Theme::Typography::subtitle : Theme::Typography::bodyMedium;
+    return kind == Button::Kind::prominent ? Theme::Typography::subtitle : Theme::Typography::bodyMedium;
 }
 
 }
@@ -56,8 +56,8 @@ void Button::paint(QPainter& painter) {
     const Faces tones = faces(kind_);
     const auto& fill = isDown() ? tones.pressed : isHovered() ? tones.hover : tones.rest;
     // The neutral fill alone is not seen on a dark card.
-    const bool bordered = kind_ == Kind::NeutralOnBackground,
-               outlined = kind_ == Kind::Neutral && appearanceOf(*this) == Appearance::Dark;
+    const bool bordered = kind_ == Kind::neutralOnBackground,
+               outlined = kind_ == Kind::neutral && appearanceOf(*this) == Appearance::dark;
     const qreal inset = bordered || outlined ? 0.5 : 0;
     painter.setPen(bordered   ? QPen(Theme::border.on(*this))
                    : outlined ? QPen(Theme::outline.on(*this))
@@ -176,7 +176,7 @@ QSize Switch::sizeHint() const {
 QRect Switch::face() const { return {QPoint(width() - track.width(), (height() - track.height()) / 2), track}; }
 
 void Switch::paint(QPainter& painter) {
-    const bool danger = kind_ == Kind::Danger;
+    const bool danger = kind_ == Kind::danger;
     if (!text().isEmpty()) {
         const auto& ink = danger && isChecked() ? Theme::dangerText : Theme::textSecondary;
         paintLine(painter, rect().adjusted(0, 0, -track.width() - labelGap, 0), Theme::Typography::callout,

@@ -26,6 +26,8 @@
 #include <algorithm>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int scrollExtent = 14, thumbWidth = 6, thumbInset = 4, shortestThumb = 32;
@@ -110,7 +112,7 @@ class KitStyle final : public QProxyStyle {
     void drawComplexControl(ComplexControl, const QStyleOptionComplex*, QPainter*, const QWidget*) const override;
 };
 
-KitStyle::KitStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+KitStyle::KitStyle() : QProxyStyle(u"Fusion"_s) {}
 
 void KitStyle::polish(QWidget* widget) {
     QProxyStyle::polish(widget);
@@ -303,7 +305,7 @@ void installLook(QApplication& application, Appearance appearance) {
 
 void translateQt(QApplication& application) {
     auto* french = new QTranslator(&application);
-    if (french->load(QStringLiteral("qtbase_fr"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    if (french->load(u"qtbase_fr"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(french);
 }
 

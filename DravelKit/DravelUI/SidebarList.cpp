@@ -10,6 +10,8 @@
 #include <algorithm>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int rowHeight = 36, rowGap = 4, rowPadding = 10, symbolSize = 16, symbolGap = 10;
@@ -115,8 +117,8 @@ SidebarBadge::SidebarBadge(QWidget* parent)
     : QWidget(parent), disc_(new Disc({.fill = Theme::surface, .ink = Theme::successText}, this)),
       title_(new TextLabel(Theme::Typography::subtitle, Theme::text, {}, this)),
       subtitle_(new TextLabel(Theme::Typography::caption, Theme::textSecondary, {}, this)) {
-    title_->setObjectName(QStringLiteral("badgeTitle"));
-    subtitle_->setObjectName(QStringLiteral("badgeSubtitle"));
+    title_->setObjectName(u"badgeTitle"_s);
+    subtitle_->setObjectName(u"badgeSubtitle"_s);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -130,7 +132,7 @@ void SidebarBadge::setContent(const Content& content) {
     if (title_->text() != content.title) title_->setText(content.title);
     if (subtitle_->text() != content.subtitle) subtitle_->setText(content.subtitle);
     subtitle_->setTone(content.trouble ? Theme::warningText : Theme::textSecondary);
-    setAccessibleName(content.title + QStringLiteral(", ") + content.subtitle);
+    setAccessibleName(content.title + u", "_s + content.subtitle);
     setToolTip(content.subtitle);
 }
 

@@ -63,7 +63,7 @@ class SidebarBadge final : public QWidget {
 
   public:
     struct Content {
-        Symbol symbol = Symbol::CheckLg;
+        Symbol symbol = Symbol::checkLg;
         QString title, subtitle;
         bool trouble = false; // warning tones
         bool busy = false;    // the symbol turns

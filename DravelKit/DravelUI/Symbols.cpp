@@ -48,7 +48,7 @@ constexpr std::array files{"sun",
                            "chevron-left",
                            "chevron-right",
                            "hand-thumbs-up-fill"};
-static_assert(files.size() == static_cast<std::size_t>(Symbol::HandThumbsUpFill) + 1);
+static_assert(files.size() == static_cast<std::size_t>(Symbol::handThumbsUpFill) + 1);
 
 QPixmap render(Symbol symbol, int pixels, const QColor& colour) {
     initResources();

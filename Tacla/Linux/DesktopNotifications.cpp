@@ -10,6 +10,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QLatin1String name("org.freedesktop.Notifications");
@@ -22,8 +24,8 @@ constexpr int endlessPatience = std::numeric_limits<int>::max();
 QDBusMessage serverCall(const QString& method) { return QDBusMessage::createMethodCall(name, path, name, method); }
 
 QDBusMessage busCall(const QString& method) {
-    const auto bus = QStringLiteral("org.freedesktop.DBus");
-    return QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus, method);
+    const auto bus = u"org.freedesktop.DBus"_s;
+    return QDBusMessage::createMethodCall(bus, u"/org/freedesktop/DBus"_s, bus, method);
 }
 
 constexpr auto noServer = "Aucun service de notification ne répond.";
@@ -45,16 +47,15 @@ QString plain(const std::string& text) {
 
 QStringList actions(const NotificationContent& content) {
     if (content.key.empty()) return {};
-    return {QStringLiteral("default"), QStringLiteral("Ouvrir"),   QStringLiteral("DONE"),
-            QStringLiteral("Fait"),    QStringLiteral("TOMORROW"), QStringLiteral("Demain")};
+    return {u"default"_s, u"Ouvrir"_s, u"DONE"_s, u"Fait"_s, u"TOMORROW"_s, u"Demain"_s};
 }
 
 QVariantMap hints(bool persistence) {
-    QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("fr.dravel.Tacla")},
-                      {QStringLiteral("urgency"), QVariant::fromValue<uchar>(1)},
-                      {QStringLiteral("category"), QStringLiteral("x-tacla.reminder")},
-                      {QStringLiteral("sound-name"), QStringLiteral("message-new-instant")}};
-    if (persistence) hints[QStringLiteral("transient")] = false; // kept in the server's list until it is answered
+    QVariantMap hints{{u"desktop-entry"_s, u"fr.dravel.Tacla"_s},
+                      {u"urgency"_s, QVariant::fromValue<uchar>(1)},
+                      {u"category"_s, u"x-tacla.reminder"_s},
+                      {u"sound-name"_s, u"message-new-instant"_s}};
+    if (persistence) hints[u"transient"_s] = false; // kept in the server's list until it is answered
     return hints;
 }
 
@@ -62,9 +63,9 @@ QVariantMap hints(bool persistence) {
 int expiry(const NotificationContent& content) { return content.key.empty() ? -1 : 0; }
 
 std::optional<NotificationServer::Action> action(const QString& key) {
-    if (key == QLatin1String("DONE")) return NotificationServer::Action::done;
-    if (key == QLatin1String("TOMORROW")) return NotificationServer::Action::tomorrow;
-    if (key == QLatin1String("default")) return NotificationServer::Action::opened;
+    if (key == "DONE"_L1) return NotificationServer::Action::done;
+    if (key == "TOMORROW"_L1) return NotificationServer::Action::tomorrow;
+    if (key == "default"_L1) return NotificationServer::Action::opened;
     return {};
 }
 
@@ -93,7 +94,7 @@ void DesktopNotifications::listen() {
 
 // Comes before every answer of a server, and so before the first handle.
 void DesktopNotifications::learnBus() {
-    call(busCall(QStringLiteral("GetId")), [this](const QDBusMessage& reply) {
+    call(busCall(u"GetId"_s), [this](const QDBusMessage& reply) {
         bus_ = reply.arguments().value(0).toString().toStdString();
         if (!waiting_.empty()) askServer();
     });
@@ -107,7 +108,7 @@ void DesktopNotifications::doWithout() {
 }
 
 void DesktopNotifications::flush() {
-    if (connection_) connection_->call(busCall(QStringLiteral("GetId")), QDBus::Block, 200);
+    if (connection_) connection_->call(busCall(u"GetId"_s), QDBus::Block, 200);
 }
 
 void DesktopNotifications::forget() {
@@ -132,7 +133,7 @@ void DesktopNotifications::learn(Learned answer) {
 }
 
 void DesktopNotifications::askServer() {
-    call(serverCall(QStringLiteral("GetCapabilities")), [this](const QDBusMessage& reply) {
+    call(serverCall(u"GetCapabilities"_s), [this](const QDBusMessage& reply) {
         if (reply.type() != QDBusMessage::ReplyMessage) return learned({});
         const auto words = reply.arguments().value(0).toStringList();
         const auto has = [&](const char* word) { return words.contains(QLatin1String(word)); };
@@ -143,11 +144,11 @@ void DesktopNotifications::askServer() {
 }
 
 void DesktopNotifications::askItsName(Server server) {
-    call(serverCall(QStringLiteral("GetServerInformation")), [this, server](const QDBusMessage& reply) {
+    call(serverCall(u"GetServerInformation"_s), [this, server](const QDBusMessage& reply) {
         const bool told = reply.type() == QDBusMessage::ReplyMessage;
         if (told && identity(reply) != server.capabilities.server) return askServer(); // another one came meanwhile
         server_ = server;
-        server_->capabilities.tellsOnlyOwner = reply.arguments().value(0).toString() == QLatin1String("dunst");
+        server_->capabilities.tellsOnlyOwner = reply.arguments().value(0).toString() == "dunst"_L1;
         learned(*server_);
     });
 }
@@ -168,9 +169,9 @@ void DesktopNotifications::notify(const NotificationRequest& request, const Serv
     const auto& content = request.content;
     const auto body = plain(content.body);
     const bool replaces = request.replaced && request.replaced->server == server.capabilities.server;
-    auto message = serverCall(QStringLiteral("Notify"));
-    message << QStringLiteral("Tacla") << (replaces ? QString::fromStdString(request.replaced->id).toUInt() : 0U)
-            << icon_ << plain(content.title) << (server.bodyMarkup ? body.toHtmlEscaped() : body)
+    auto message = serverCall(u"Notify"_s);
+    message << u"Tacla"_s << (replaces ? QString::fromStdString(request.replaced->id).toUInt() : 0U) << icon_
+            << plain(content.title) << (server.bodyMarkup ? body.toHtmlEscaped() : body)
             << (server.capabilities.actions ? actions(content) : QStringList()) << hints(server.persistence)
             << expiry(content);
     const auto answered = [this, shown](const QDBusMessage& reply) {
@@ -183,7 +184,7 @@ void DesktopNotifications::notify(const NotificationRequest& request, const Serv
 void DesktopNotifications::close(const BubbleHandle& bubble) {
     if (!connection_ || !bus_ || !bubble.server.starts_with(*bus_)) return; // gone with its bus
     const auto server = QString::fromStdString(bubble.server.substr(bus_->size()));
-    auto message = QDBusMessage::createMethodCall(server, path, name, QStringLiteral("CloseNotification"));
+    auto message = QDBusMessage::createMethodCall(server, path, name, u"CloseNotification"_s);
     message << QString::fromStdString(bubble.id).toUInt();
     connection_->asyncCall(message);
 }

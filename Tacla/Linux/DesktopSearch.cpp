@@ -9,6 +9,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString text(const std::string& words) { return QString::fromStdString(words); }
@@ -33,7 +35,7 @@ bool DesktopSearch::registerOn(QDBusConnection connection) {
 }
 
 QStringList DesktopSearch::GetInitialResultSet(const QStringList& terms) {
-    found_ = find_(terms.join(QLatin1Char(' ')).toStdString());
+    found_ = find_(terms.join(u' ').toStdString());
     QStringList identifiers;
     for (const auto& entry : found_) identifiers << text(entry.key);
     return identifiers;
@@ -48,10 +50,10 @@ QList<QVariantMap> DesktopSearch::GetResultMetas(const QStringList& identifiers)
     for (const auto& identifier : identifiers) {
         const auto entry = std::ranges::find(found_, identifier.toStdString(), &SearchEntry::key);
         if (entry == found_.end()) continue;
-        metas.append(QVariantMap{{QStringLiteral("id"), identifier},
-                                 {QStringLiteral("name"), text(entry->title)},
-                                 {QStringLiteral("description"), text(entry->when)},
-                                 {QStringLiteral("gicon"), QStringLiteral("fr.dravel.Tacla")}});
+        metas.append(QVariantMap{{u"id"_s, identifier},
+                                 {u"name"_s, text(entry->title)},
+                                 {u"description"_s, text(entry->when)},
+                                 {u"gicon"_s, u"fr.dravel.Tacla"_s}});
     }
     return metas;
 }
@@ -62,10 +64,10 @@ QList<RunnerMatch> DesktopSearch::Match(const QString& query) {
     for (const auto& entry : find_(query.toStdString()))
         matches.append({text(entry.key),
                         text(entry.title),
-                        QStringLiteral("fr.dravel.Tacla"),
+                        u"fr.dravel.Tacla"_s,
                         possibleMatch,
                         0.8,
-                        {{QStringLiteral("subtext"), text(entry.when)}}});
+                        {{u"subtext"_s, text(entry.when)}}});
     return matches;
 }
 

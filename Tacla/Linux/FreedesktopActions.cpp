@@ -20,6 +20,8 @@
 
 namespace tacla::FreedesktopActions {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QUrl url(const Path& file) { return QUrl::fromLocalFile(QString::fromStdString(file.string())); }
@@ -89,9 +91,8 @@ void openAddress(const std::string& address, const std::function<void()>& failed
 void reveal(Bus& session, const Path& file) {
     const auto openFolder = [file] { QDesktopServices::openUrl(url(file.parent_path())); };
     if (!session.connection()) return openFolder();
-    auto message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    auto message = QDBusMessage::createMethodCall(u"org.freedesktop.FileManager1"_s, u"/org/freedesktop/FileManager1"_s,
+                                                  u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
     message << QStringList{url(file).toString(QUrl::FullyEncoded)} << QString();
     auto* call = new QDBusPendingCallWatcher(session.connection()->asyncCall(message), &session);
     QObject::connect(call, &QDBusPendingCallWatcher::finished, call, [call, openFolder] {
@@ -110,42 +111,42 @@ void showFolder(const Path& folder) try {
 void openNotificationSettings() {
     const auto desktop = qgetenv("XDG_CURRENT_DESKTOP").toStdString();
     const auto command = notificationSettingsCommand(desktop);
-    auto words = QString::fromUtf8(command.data(), static_cast<qsizetype>(command.size())).split(QLatin1Char(' '));
+    auto words = QString::fromUtf8(command.data(), static_cast<qsizetype>(command.size())).split(u' ');
     const auto program = words.takeFirst();
     if (!program.isEmpty()) QProcess::startDetached(program, words);
 }
 
 void chooseFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
-    const auto title = QStringLiteral("Choisissez le fichier où Tacla lit et écrit vos tâches.");
+    const auto title = u"Choisissez le fichier où Tacla lit et écrit vos tâches."_s;
     openPanel(parent, folder, chosen, title, [](QFileDialog& panel) {
         panel.setFileMode(QFileDialog::ExistingFile);
-        panel.setNameFilter(QStringLiteral("Listes de tâches (*.md *.markdown *.txt *.text)"));
-        panel.setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
-        panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
+        panel.setNameFilter(u"Listes de tâches (*.md *.markdown *.txt *.text)"_s);
+        panel.setLabelText(QFileDialog::Accept, u"Choisir"_s);
+        panel.setLabelText(QFileDialog::Reject, u"Annuler"_s);
     });
 }
 
 void createFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
-    const auto title = QStringLiteral("Où ranger votre nouvelle liste de tâches ?");
+    const auto title = u"Où ranger votre nouvelle liste de tâches ?"_s;
     openPanel(parent, folder, chosen, title, [](QFileDialog& panel) {
         panel.setAcceptMode(QFileDialog::AcceptSave);
         panel.setOption(QFileDialog::DontConfirmOverwrite); // a list that exists is used as it is
-        panel.setNameFilter(QStringLiteral("Listes de tâches (*.md)"));
-        panel.setDefaultSuffix(QStringLiteral("md"));
-        panel.selectFile(QStringLiteral("taches.md"));
-        panel.setLabelText(QFileDialog::Accept, QStringLiteral("Enregistrer"));
-        panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
+        panel.setNameFilter(u"Listes de tâches (*.md)"_s);
+        panel.setDefaultSuffix(u"md"_s);
+        panel.selectFile(u"taches.md"_s);
+        panel.setLabelText(QFileDialog::Accept, u"Enregistrer"_s);
+        panel.setLabelText(QFileDialog::Reject, u"Annuler"_s);
     });
 }
 
 void chooseClient(QWidget* parent, const Chosen& chosen) {
-    const auto title = QStringLiteral("Choisissez le fichier que Google vous a donné (client_secret_….json).");
+    const auto title = u"Choisissez le fichier que Google vous a donné (client_secret_….json)."_s;
     const auto downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation).toStdString();
     openPanel(parent, downloads, chosen, title, [](QFileDialog& panel) {
         panel.setFileMode(QFileDialog::ExistingFile);
-        panel.setNameFilter(QStringLiteral("Clients Google (*.json)"));
-        panel.setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
-        panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
+        panel.setNameFilter(u"Clients Google (*.json)"_s);
+        panel.setLabelText(QFileDialog::Accept, u"Choisir"_s);
+        panel.setLabelText(QFileDialog::Reject, u"Annuler"_s);
     });
 }
 

@@ -10,6 +10,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString plain(const std::string& text) {
@@ -18,27 +20,21 @@ QString plain(const std::string& text) {
 
 QDBusMessage serverCall(const char* method) {
     const auto name = QString::fromLatin1(GnomeNotifications::server);
-    return QDBusMessage::createMethodCall(name, QStringLiteral("/org/gtk/Notifications"), name,
-                                          QString::fromLatin1(method));
+    return QDBusMessage::createMethodCall(name, u"/org/gtk/Notifications"_s, name, QString::fromLatin1(method));
 }
 
-QString inApplication(const char* action) { return QStringLiteral("app.") + QLatin1String(action); }
+QString inApplication(const char* action) { return u"app."_s + QLatin1String(action); }
 
 QVariantMap button(const QString& label, const char* action, const QString& id) {
-    return {{QStringLiteral("label"), label},
-            {QStringLiteral("action"), inApplication(action)},
-            {QStringLiteral("target"), id}};
+    return {{u"label"_s, label}, {u"action"_s, inApplication(action)}, {u"target"_s, id}};
 }
 
 QVariantMap notification(const NotificationContent& content, const QString& id) {
-    const QList<QVariantMap> buttons{button(QStringLiteral("Fait"), ApplicationAction::done, id),
-                                     button(QStringLiteral("Demain"), ApplicationAction::tomorrow, id)};
-    return {{QStringLiteral("title"), plain(content.title)},
-            {QStringLiteral("body"), plain(content.body)},
-            {QStringLiteral("priority"), QStringLiteral("urgent")},
-            {QStringLiteral("default-action"), inApplication(ApplicationAction::openTask)},
-            {QStringLiteral("default-action-target"), id},
-            {QStringLiteral("buttons"), QVariant::fromValue(buttons)}};
+    const QList<QVariantMap> buttons{button(u"Fait"_s, ApplicationAction::done, id),
+                                     button(u"Demain"_s, ApplicationAction::tomorrow, id)};
+    return {{u"title"_s, plain(content.title)}, {u"body"_s, plain(content.body)},
+            {u"priority"_s, u"urgent"_s},       {u"default-action"_s, inApplication(ApplicationAction::openTask)},
+            {u"default-action-target"_s, id},   {u"buttons"_s, QVariant::fromValue(buttons)}};
 }
 
 }
@@ -62,7 +58,7 @@ void GnomeNotifications::close(const BubbleHandle& bubble) {
     if (bubble.server != server) return other_.close(bubble);
     if (!connection_) return;
     auto message = serverCall("RemoveNotification");
-    message << QStringLiteral("fr.dravel.Tacla") << QString::fromStdString(bubble.id);
+    message << u"fr.dravel.Tacla"_s << QString::fromStdString(bubble.id);
     connection_->asyncCall(message);
 }
 
@@ -73,7 +69,7 @@ void GnomeNotifications::show(const NotificationRequest& request,
     const auto id =
         replaces ? QString::fromStdString(request.replaced->id) : QUuid::createUuid().toString(QUuid::Id128);
     auto message = serverCall("AddNotification");
-    message << QStringLiteral("fr.dravel.Tacla") << id << notification(request.content, id);
+    message << u"fr.dravel.Tacla"_s << id << notification(request.content, id);
     // As with the other server: one that answers late has shown it all the same.
     constexpr int endlessPatience = std::numeric_limits<int>::max();
     auto* call = new QDBusPendingCallWatcher(connection_->asyncCall(message, endlessPatience), this);

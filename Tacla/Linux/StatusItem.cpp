@@ -20,6 +20,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QLatin1String itemPath("/StatusNotifierItem");
@@ -103,14 +105,14 @@ StatusItem::StatusItem(QDBusConnection connection, TrayHost host) : connection_(
 StatusItem::~StatusItem() { connection_.unregisterObject(itemPath); }
 
 void StatusItem::registerWithWatcher() {
-    auto message = toWatcher(watcherName, QStringLiteral("RegisterStatusNotifierItem"));
+    auto message = toWatcher(watcherName, u"RegisterStatusNotifierItem"_s);
     message << connection_.baseService();
     connection_.send(message);
 }
 
 void StatusItem::askIfShown() {
-    auto message = toWatcher(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    message << QString(watcherName) << QStringLiteral("IsStatusNotifierHostRegistered");
+    auto message = toWatcher(u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    message << QString(watcherName) << u"IsStatusNotifierHostRegistered"_s;
     auto* call = new QDBusPendingCallWatcher(connection_.asyncCall(message, 5000), this);
     connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
         call->deleteLater();
@@ -135,19 +137,15 @@ void StatusItem::show(const Content& content) {
 // The badge on the launcher's icon, in docks and task bars that know it.
 void StatusItem::announceCount() {
     auto message =
-        QDBusMessage::createSignal(QStringLiteral("/fr/dravel/Tacla/launcher"),
-                                   QStringLiteral("com.canonical.Unity.LauncherEntry"), QStringLiteral("Update"));
-    message << QStringLiteral("application://fr.dravel.Tacla.desktop")
-            << QVariantMap{
-                   {QStringLiteral("count"), QVariant::fromValue<qlonglong>(static_cast<qlonglong>(content_.open))},
-                   {QStringLiteral("count-visible"), content_.open > 0}};
+        QDBusMessage::createSignal(u"/fr/dravel/Tacla/launcher"_s, u"com.canonical.Unity.LauncherEntry"_s, u"Update"_s);
+    message << u"application://fr.dravel.Tacla.desktop"_s
+            << QVariantMap{{u"count"_s, QVariant::fromValue<qlonglong>(static_cast<qlonglong>(content_.open))},
+                           {u"count-visible"_s, content_.open > 0}};
     connection_.send(message);
 }
 
 // Only a symbol gets the panel's own colour; it is the ticked box, and the count stands beside it.
-QString StatusItem::iconName() const {
-    return host_.coloursSymbols ? QStringLiteral("fr.dravel.Tacla-symbolic") : QString();
-}
+QString StatusItem::iconName() const { return host_.coloursSymbols ? u"fr.dravel.Tacla-symbolic"_s : QString(); }
 
 StatusPixmaps StatusItem::pixmaps() const {
     if (!pixmaps_) {

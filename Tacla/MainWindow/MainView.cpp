@@ -73,7 +73,7 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
 
     notifications_ =
         page.addStep(new WelcomeStep(u"Notifications"_s, u"À l'heure de chaque tâche, avec « Fait » et « Demain »."_s));
-    notifications_->setButton(u"Autoriser…"_s, Button::Kind::Soft);
+    notifications_->setButton(u"Autoriser…"_s, Button::Kind::soft);
     notifications_->button().setObjectName(u"welcome.notifications"_s);
     connect(&notifications_->button(), &QAbstractButton::clicked, this,
             [this] { model_.requestNotifications(actions_.openNotificationSettings); });
@@ -123,7 +123,7 @@ void WelcomeView::refreshAgenda() {
                        : signedIn         ? u"Activer"_s
                        : canSignIn(state) ? u"Se connecter…"_s
                                           : u"Choisir le fichier client…"_s,
-                       Button::Kind::Soft);
+                       Button::Kind::soft);
     guide_->setVisible(!signedIn && !signingIn && !canSignIn(state));
     const bool failed = !signingIn && state.syncError;
     agenda_->setNote(toQt(failed     ? *state.syncError

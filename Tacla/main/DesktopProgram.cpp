@@ -38,6 +38,7 @@
 
 namespace {
 
+using namespace Qt::StringLiterals;
 using namespace tacla;
 using namespace std::chrono_literals;
 using std::filesystem::path;
@@ -88,13 +89,12 @@ void report(QtMsgType type, const QMessageLogContext& context, const QString& me
         std::_Exit(EXIT_FAILURE);
     }
     // Qt would run on into exit(), under the feet of background jobs.
-    if (message.startsWith(QLatin1String("The X11 connection broke")) ||
-        message.startsWith(QLatin1String("The Wayland connection"))) {
+    if (message.startsWith("The X11 connection broke"_L1) || message.startsWith("The Wayland connection"_L1)) {
         complain(screenLost);
         std::_Exit(EXIT_FAILURE);
     }
     const std::string_view category = context.category ? context.category : "";
-    if (category.starts_with("qt.qpa.") || message.startsWith(QLatin1String("QStandardPaths:"))) return;
+    if (category.starts_with("qt.qpa.") || message.startsWith("QStandardPaths:"_L1)) return;
     std::fputs((qFormatLogMessage(type, context, message).toStdString() + "\n").c_str(), stderr);
 }
 
@@ -114,16 +114,16 @@ struct Paths {
     // The icon by its name, or by its file where it is not installed for the whole desktop.
     QString notificationIcon() const {
         const auto file = share / "icons/hicolor/scalable/apps/fr.dravel.Tacla.svg";
-        if (isInstalled() || !std::filesystem::exists(file)) return QStringLiteral("fr.dravel.Tacla");
+        if (isInstalled() || !std::filesystem::exists(file)) return u"fr.dravel.Tacla"_s;
         return QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
     }
 };
 
 void nameApplication() {
     qInstallMessageHandler(report);
-    QCoreApplication::setApplicationName(QStringLiteral("Tacla"));
+    QCoreApplication::setApplicationName(u"Tacla"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(TACLA_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("fr.dravel.Tacla"));
+    QGuiApplication::setDesktopFileName(u"fr.dravel.Tacla"_s);
 }
 
 void setUp(QApplication& application, dravel::Appearance appearance) {
@@ -295,7 +295,7 @@ int runSnapshot(int& argc, char** argv) {
     const path file = arguments[2];
     const bool dark = std::any_of(arguments.begin() + 1, arguments.end(),
                                   [](const char* argument) { return std::string_view(argument) == "--dark"; });
-    const auto appearance = dark ? dravel::Appearance::Dark : dravel::Appearance::Light;
+    const auto appearance = dark ? dravel::Appearance::dark : dravel::Appearance::light;
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const WithoutSessionBus without;
     nameApplication();

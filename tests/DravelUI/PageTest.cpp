@@ -62,7 +62,7 @@ TEST(DravelPage, RevealsWhatIsOutOfViewAndTellsWhatShows) {
 
 TEST(DravelShell, KeepsTheSidebarBetweenItsMinimumAndThePage) {
     DravelShell shell(u"Tacla"_s, {}, u"Sections"_s);
-    shell.list().addRow(Symbol::Sun, u"Aujourd'hui"_s, u"today"_s);
+    shell.list().addRow(Symbol::sun, u"Aujourd'hui"_s, u"today"_s);
     auto* page = new DravelPage;
     shell.showPage(page);
     show(shell, {980, 720});

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
+using namespace Qt::StringLiterals;
 using namespace dravel;
 using Theme::RGB;
 using Theme::Tone;
@@ -34,7 +35,7 @@ double contrast(RGB a, RGB b) {
 
 TEST(Theme, KeepsTextReadable) {
     const auto check = [](std::initializer_list<Tone> inks, std::initializer_list<Tone> grounds, double least) {
-        for (const auto appearance : {Appearance::Light, Appearance::Dark})
+        for (const auto appearance : {Appearance::light, Appearance::dark})
             for (const Tone& ink : inks)
                 for (const Tone& ground : grounds)
                     EXPECT_GE(contrast(ink.in(appearance), ground.in(appearance)), least)
@@ -57,7 +58,7 @@ TEST(Theme, KeepsTextReadable) {
 
 TEST(Look, ComesBackWhenTheDesktopSetsAStyleOfItsOwn) {
     for (int again = 0; again < 2; ++again) {
-        QApplication::setStyle(QStringLiteral("Windows"));
+        QApplication::setStyle(u"Windows"_s);
         QCoreApplication::processEvents();
         EXPECT_EQ(QApplication::style()->pixelMetric(QStyle::PM_MenuBarItemSpacing), 2);
         EXPECT_EQ(QApplication::style()->pixelMetric(QStyle::PM_ScrollBarExtent), 14);

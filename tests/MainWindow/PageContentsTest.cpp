@@ -114,8 +114,8 @@ TEST(SyncBadge, TellsTheWorstFirst) {
     const auto badge = [&] {
         const auto content = syncBadge(state, timeText);
         EXPECT_EQ(content.title, "2 à faire") << "late or of today";
-        EXPECT_EQ(content.syncing, content.symbol == Symbol::ArrowRepeat);
-        EXPECT_EQ(content.trouble && !content.syncing, content.symbol == Symbol::ExclamationLg);
+        EXPECT_EQ(content.syncing, content.symbol == Symbol::arrowRepeat);
+        EXPECT_EQ(content.trouble && !content.syncing, content.symbol == Symbol::exclamationLg);
         return content.subtitle + (content.trouble ? " !" : "") + " / " + syncText(state, timeText);
     };
     state.connection = Connection::signedOut;

@@ -25,7 +25,7 @@ using namespace Qt::StringLiterals;
 class TaskListCard final : public dravel::Card {
   public:
     explicit TaskListCard(QWidget* parent = nullptr)
-        : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::Calendar3, Theme::accent, {}, this)),
+        : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::calendar3, Theme::accent, {}, this)),
           empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
         setObjectName(u"tasks"_s);
     }

@@ -41,7 +41,7 @@ constexpr int heroHeight = 126, padding = 24, ringSize = 78, lineGap = 4;
 }
 
 HeroCard::HeroCard(QWidget* parent)
-    : Card(parent, Kind::Hero), overline_(new TextLabel(Typography::subtitle, Theme::accentOnSoft, {}, this)),
+    : Card(parent, Kind::hero), overline_(new TextLabel(Typography::subtitle, Theme::accentOnSoft, {}, this)),
       headline_(new TextLabel(Typography::pageTitle, Theme::text, {}, this)),
       detail_(new TextLabel(Typography::callout, Theme::textSecondary, {}, this)),
       ring_(new dravel::ProgressRing(this)) {
@@ -120,7 +120,7 @@ void ProblemsCard::setProblems(std::vector<Problem> problems) {
 }
 
 void ProblemsCard::offerLineEnds() {
-    lineEnds_ = new dravel::Button(dravel::Button::Kind::Neutral, u"Convertir le fichier"_s, this);
+    lineEnds_ = new dravel::Button(dravel::Button::Kind::neutral, u"Convertir le fichier"_s, this);
     lineEnds_->setObjectName(u"problem.lineEnds"_s);
     lineEnds_->setAccessibleName(u"Convertir les fins de ligne du fichier"_s);
     column_->addWidget(lineEnds_, 0, Qt::AlignLeft);
@@ -132,7 +132,7 @@ void ProblemsCard::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const QRectF column(iconColumn, lines_[i]->y(), iconWidth, Theme::Typography::body.line);
-        dravel::paintSymbol(painter, column, dravel::Symbol::ExclamationTriangleFill, 16,
+        dravel::paintSymbol(painter, column, dravel::Symbol::exclamationTriangleFill, 16,
                             toneOf(problems_[i].role).on(*this));
     }
 }

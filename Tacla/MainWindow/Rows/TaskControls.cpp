@@ -78,11 +78,11 @@ void CheckButton::paint(QPainter& painter) {
 
 TaskEditor::TaskEditor(const TaskDraft& draft, const dravel::Now& now, QWidget* parent)
     : QWidget(parent), draft_(draft), opened_(draft), now_(now),
-      title_(new dravel::TextField(dravel::TextField::Kind::Boxed, u"Titre de la tâche"_s, this)),
+      title_(new dravel::TextField(dravel::TextField::Kind::boxed, u"Titre de la tâche"_s, this)),
       offer_(new dravel::Offer(*title_, this)), date_(new dravel::DateField(u"Date"_s, this)),
       hasTime_(new dravel::Switch(u"Heure"_s)), time_(new dravel::TimeField(u"Heure de la tâche"_s, this)),
-      cancel_(new Button(Button::Kind::Neutral, u"Annuler"_s, this)),
-      save_(new Button(Button::Kind::Prominent, u"Enregistrer"_s, this)),
+      cancel_(new Button(Button::Kind::neutral, u"Annuler"_s, this)),
+      save_(new Button(Button::Kind::prominent, u"Enregistrer"_s, this)),
       note_(new dravel::TextLabel(Theme::Typography::body, Theme::dangerText, {}, this)) {
     setObjectName(u"editor"_s);
     title_->setObjectName(u"editor.title"_s);
