@@ -13,8 +13,10 @@ using Happened = MirrorEvent::Kind;
 using dravel::FileError;
 using std::filesystem::path;
 
-// What could not be written is said long enough to be read, whether or not the list can be.
+// What could not be written is said long enough to be read, whether or not the list can be, and why not.
 static constexpr auto shownAtLeast = 6s;
+
+static constexpr std::string_view toRead = "de lire";
 
 AppModel::AppModel(Ports ports, path file, bool passive)
     : ports_(std::move(ports)), document_(std::move(file), ports_.folders),
@@ -71,12 +73,12 @@ void AppModel::tellOf(Happened what) {
 void AppModel::refresh(const Tasks& silenced) {
     state_.today = today();
     state_.now = now();
-    attempt("de lire", document_.file(), [this] {
+    attempt(toRead, document_.file(), [this] {
         auto tasks = document_.read();
         if (reminders_ && !std::exchange(isOtherList_, false)) reminders_->follow(state_.tasks, tasks);
         state_.tasks = std::move(tasks);
         state_.unreadDates = document_.unreadDates();
-        state_.fileError.reset();
+        if (now() >= writeFailureSaid_) state_.fileError.reset();
         mirror_.handle({Happened::listRead});
     });
     if (!reminders_) return;
@@ -123,9 +125,12 @@ bool AppModel::attempt(std::string_view deed, const path& file, const std::funct
     act();
     return true;
 } catch (const FileError& error) {
-    state_.fileError = sentence(impossible(deed, file, error));
-    failed_ = now();
     mirror_.handle({Happened::listUnreadable});
+    const auto moment = now();
+    if (deed == toRead && moment < writeFailureSaid_) return false;
+    state_.fileError = sentence(impossible(deed, file, error));
+    failed_ = moment;
+    if (deed != toRead) writeFailureSaid_ = moment + shownAtLeast;
     return false;
 }
 
@@ -166,6 +171,7 @@ AppModel::Outcome AppModel::edit(const TaskItem& task, const TaskChange& change,
 }
 
 void AppModel::wrote(const Tasks& silenced) {
+    writeFailureSaid_ = {};
     refresh(silenced);
     tell();
     tellOf(Happened::edited);
@@ -227,7 +233,7 @@ std::optional<std::string> AppModel::add(const std::string& title, std::optional
 
 void AppModel::bringBack(const path& copy) {
     std::string text;
-    if (!attempt("de lire", copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
+    if (!attempt(toRead, copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
     if (!document_.isStale(document_.onDisk())) {
         apply(UserEdit::bringBack(std::move(text)));
         return;
@@ -244,6 +250,7 @@ void AppModel::use(const path& file) {
         isOtherList_ = true;
     }
     document_.open(file);
+    writeFailureSaid_ = {};
     state_.file = file;
     show({});
     reload();

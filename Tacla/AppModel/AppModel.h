@@ -120,7 +120,8 @@ class AppModel {
 
     Ports ports_;
     ModelState state_;
-    Instant failed_{}; // since when there is a fileError
+    Instant failed_{};           // since when there is a fileError
+    Instant writeFailureSaid_{}; // until then no reload takes it away
     TaskDocument document_;
     CalendarMirror mirror_;
     NotificationPermission permission_;
