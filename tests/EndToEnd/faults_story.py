@@ -5,6 +5,8 @@ Runs in name spaces of its own, where disks, the time zone and the network are t
 import contextlib
 import json
 import os
+import pathlib
+import shutil
 import signal
 import subprocess
 import sys
@@ -125,6 +127,43 @@ class Disk(Story):
         self.file.write_text(self.tasks + f"- [ ] Vin · {day()} 00:02\n")
         bubbles.wait("Vin")
         self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Vin"])
+
+
+class SlowDisk(Story):
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+    seconds = 1.5  # for each of the calls, of which a save makes many
+
+    def setUp(self):
+        super().setUp()
+        self.folder, delay = self.desktop.folder / "disk", self.desktop.folder / "delay"
+        shutil.copytree(self.file.parent, self.folder)
+        delay.write_text("0")
+        self.wait_for_each_call = lambda seconds: delay.write_text(str(seconds))
+        disk = pathlib.Path(__file__).parents[1] / "support/slow_disk.py"
+        self.desktop.run(["/usr/bin/python3", disk, self.folder, self.file.parent, delay], "disk")
+        self.addCleanup(run, "umount", "--lazy", self.file.parent)
+        self.addCleanup(self.wait_for_each_call, 0)
+        until(self.file.parent.is_mount, "the slow disk")
+
+    def report(self, stalls):
+        self.assertLess(int(stalls.read_text().split()[0]), self.seconds * 1000, "the main thread waited for the disk")
+        super().report(stalls)
+
+    def test_holds_up_nothing_and_loses_nothing(self):
+        program = self.launch()
+        field = self.open_window()
+        self.wait_for_each_call(self.seconds)
+        self.screen.press("Cocher Pain")
+        self.screen.wait("Enregistrement…")
+        field.type("Lait")
+        self.screen.press("Ajouter")
+        self.screen.press("À venir", "list item")
+        self.screen.wait("Rien de prévu pour la suite.")
+        self.assertEqual((self.folder / "taches.md").read_text(), self.tasks, "it is being saved still")
+        self.tray.click("Quitter Tacla")
+        self.wait_for_each_call(0.01)
+        self.assertEqual(program.wait(60), 0)
+        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Lait · {day()}")
 
 
 class Surroundings(Story):

@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -213,12 +214,24 @@ void AddTaskCard::take(const MomentWords& told) {
 }
 
 void AddTaskCard::add() {
+    if (isAdding_) return; // a second Return, while a slow disk writes
     setToday(currentDay());
     focusTitle();
-    if (const auto task = newTask(draft_, today_)) {
-        if (const auto why = model_.add(task->title, task->day, task->time, task->strong)) return explain(toQt(*why));
-        draft_ = afterAdding(draft_);
-    }
+    const auto task = newTask(draft_, today_);
+    if (!task) return finish({});
+    isAdding_ = true;
+    model_.add(task->title, task->day, task->time, task->strong, [card = QPointer(this)](const auto& why) {
+        if (card) card->finish(why);
+    });
+    title_->setReadOnly(isAdding_);
+}
+
+// What could not be written stays in the field.
+void AddTaskCard::finish(const std::optional<std::string>& why) {
+    isAdding_ = false;
+    title_->setReadOnly(false);
+    if (why) return explain(toQt(*why));
+    if (newTask(draft_, today_)) draft_ = afterAdding(draft_);
     draft_.title.clear();
     showDraft();
     Q_EMIT added();

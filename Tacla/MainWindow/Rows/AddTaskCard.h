@@ -56,6 +56,7 @@ class AddTaskCard final : public dravel::Card {
     void take(const MomentWords&);
     void startTime(const QString& typed);
     void add();
+    void finish(const std::optional<std::string>& whyNot);
     void explain(const QString& why);
     void showDraft();
     Day currentDay() const { return Day::of(now_()); }
@@ -64,6 +65,7 @@ class AddTaskCard final : public dravel::Card {
     const dravel::Now& now_;
     NewTaskDraft draft_;
     Day today_;
+    bool isAdding_ = false;
     dravel::TextField* title_;
     dravel::Offer* offer_;
     dravel::TextLabel* reason_; // why the task is not in the file

@@ -110,6 +110,7 @@ class TaskRow final : public QWidget {
     CheckButton* check_;
     dravel::IconButton* menuButton_;
     TaskEditor* editor_ = nullptr;
+    bool isCommitting_ = false;
     QPointer<QMenu> menu_;
     Qt::FocusReason focusReason_ = Qt::OtherFocusReason;
     bool hovered_ = false, separated_ = false;
