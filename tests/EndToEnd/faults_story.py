@@ -6,7 +6,6 @@ import contextlib
 import json
 import os
 import pathlib
-import shutil
 import signal
 import subprocess
 import sys
@@ -106,21 +105,22 @@ class Disk(Story):
         settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
         before = settings.read_text()
         self.enterContext(mounted(self.file.parent, "-t", "tmpfs", "none"))
-        self.file.write_text(self.tasks)
+        self.file.write_text(self.tasks + f"- [ ] Sel · {day()} 23:59\n")
         with read_only(self.home):
             program = self.launch()
             bubbles.wait("Pain")
             self.open_window()
-            self.screen.press("Cocher Pain")
-            self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}")
-            self.assertEqual(self.run_tacla("rename", "pain", "Baguette").stderr, "")
-            self.until_file(f"- [x] Baguette · {day()} 00:00 · ✅ {day()}")
+            self.screen.press("Cocher Sel")
+            self.until_file(self.tasks.strip(), f"- [x] Sel · {day()} 23:59 · ✅ {day()}")
+            self.assertEqual(self.run_tacla("rename", "sel", "Sucre").stderr, "")
+            self.until_file(self.tasks.strip(), f"- [x] Sucre · {day()} 23:59 · ✅ {day()}")
             self.screen.press("Réglages", "list item")
             self.screen.wait(f"Impossible d'écrire {settings} : Le système de fichiers est en lecture seule")
             self.assertEqual(settings.read_text(), before)
         self.file.write_text(self.tasks + f"- [ ] Lait · {day()} 00:01\n")
         bubbles.wait("Lait")
-        until(lambda: len(json.loads(settings.read_text()).get("notifiedTasks", [])) == 2, "both reminders in the settings")
+        until(lambda: {rung[-5:] for rung in json.loads(settings.read_text()).get("notifiedTasks", [])} == {"00:00", "00:01"},
+              "both reminders in the settings")
         program.kill()
         program.wait()
         self.launch()
@@ -136,7 +136,8 @@ class SlowDisk(Story):
     def setUp(self):
         super().setUp()
         self.folder, delay = self.desktop.folder / "disk", self.desktop.folder / "delay"
-        shutil.copytree(self.file.parent, self.folder)
+        self.file.parent.rename(self.folder)
+        self.file.parent.mkdir()
         delay.write_text("0")
         self.wait_for_each_call = lambda seconds: delay.write_text(str(seconds))
         disk = pathlib.Path(__file__).parents[1] / "support/slow_disk.py"
