@@ -41,7 +41,9 @@ enum class Symbol {
     PlusLg,
     ChevronLeft,
     ChevronRight,
-    HandThumbsUpFill
+    HandThumbsUpFill,
+    Search,
+    Keyboard
 };
 
 // A square pixmap of `size` logical pixels in one colour, kept per size, colour and device pixel ratio.

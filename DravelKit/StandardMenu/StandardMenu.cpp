@@ -3,11 +3,14 @@
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
+#include <QRegularExpression>
+#include <QShortcut>
 
 #include <memory>
 #include <utility>
@@ -19,9 +22,15 @@ namespace {
 // In a menu "&" announces an access key; doubled it is itself.
 QString plain(QString text) { return text.replace(QLatin1Char('&'), QLatin1String("&&")); }
 
+QString withoutAccessKey(QString text) {
+    static const QRegularExpression sign(QStringLiteral("&(.)"));
+    return text.replace(sign, QStringLiteral("\\1"));
+}
+
+// The text announces its access key.
 QAction* add(QMenu& menu, const QString& text, const QKeySequence& keys, std::function<void()> run) {
-    auto* action = menu.addAction(plain(text));
-    action->setObjectName(text);
+    auto* action = menu.addAction(text);
+    action->setObjectName(withoutAccessKey(text));
     action->setShortcut(keys);
     action->setMenuRole(QAction::NoRole); // or Qt would move entries after their names
     if (run)
@@ -49,11 +58,11 @@ QAction* addEdit(QMenu& menu, const QString& text, const QKeySequence& keys, Edi
 // "Annuler" and "Rétablir" belong to the text field that has the focus; else there is the program's own undo. Only an
 // open menu greys them: their keys work whenever they are pressed.
 void addUndo(QMenu& menu, const Actions& actions) {
-    auto* undo = add(menu, QStringLiteral("Annuler"), Qt::CTRL | Qt::Key_Z, [actions] {
+    auto* undo = add(menu, QStringLiteral("&Annuler"), Qt::CTRL | Qt::Key_Z, [actions] {
         if (auto* field = textField(QApplication::focusWidget())) return field->undo();
         if (actions.undo) actions.undo();
     });
-    auto* redo = addEdit(menu, QStringLiteral("Rétablir"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &QLineEdit::redo);
+    auto* redo = addEdit(menu, QStringLiteral("&Rétablir"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &QLineEdit::redo);
     // Opened by its key, the menu bar itself has the focus; it gives it back before it acts.
     const auto left = std::make_shared<QPointer<QWidget>>();
     QObject::connect(qApp, &QApplication::focusChanged, &menu, [left](QWidget* from, QWidget* to) {
@@ -71,34 +80,49 @@ void addUndo(QMenu& menu, const Actions& actions) {
 }
 
 void fillApplicationMenu(QMenu& menu, QMainWindow& window, const About& about, const Actions& actions) {
-    const auto& name = about.appName;
-    add(menu, QStringLiteral("À propos de ") + name, {},
+    const auto name = plain(about.appName);
+    add(menu, QStringLiteral("À &propos de ") + name, {},
         [&window, about] { (new AboutPanel(about, &window))->open(); });
     menu.addSeparator();
     if (actions.settings) {
-        add(menu, QStringLiteral("Réglages…"), Qt::CTRL | Qt::Key_Comma, actions.settings);
+        add(menu, QStringLiteral("&Réglages…"), Qt::CTRL | Qt::Key_Comma, actions.settings);
         menu.addSeparator();
     }
-    add(menu, QStringLiteral("Masquer ") + name, Qt::CTRL | Qt::Key_H, [&window] { window.close(); });
+    add(menu, QStringLiteral("&Masquer ") + name, Qt::CTRL | Qt::Key_H, [&window] { window.close(); });
     // Desktops do not let a program hide or show the windows of others.
-    add(menu, QStringLiteral("Masquer les autres"), Qt::CTRL | Qt::ALT | Qt::Key_H, {});
-    add(menu, QStringLiteral("Tout afficher"), {}, {});
+    add(menu, QStringLiteral("Masquer les &autres"), Qt::CTRL | Qt::ALT | Qt::Key_H, {});
+    add(menu, QStringLiteral("Tout a&fficher"), {}, {});
     menu.addSeparator();
-    add(menu, QStringLiteral("Quitter ") + name, Qt::CTRL | Qt::Key_Q, actions.quit);
+    add(menu, QStringLiteral("&Quitter ") + name, Qt::CTRL | Qt::Key_Q, actions.quit);
 }
 
 void fillEditMenu(QMenu& menu, const Actions& actions) {
     addUndo(menu, actions);
     menu.addSeparator();
-    addEdit(menu, QStringLiteral("Couper"), Qt::CTRL | Qt::Key_X, &QLineEdit::cut);
-    addEdit(menu, QStringLiteral("Copier"), Qt::CTRL | Qt::Key_C, &QLineEdit::copy);
-    addEdit(menu, QStringLiteral("Coller"), Qt::CTRL | Qt::Key_V, &QLineEdit::paste);
-    addEdit(menu, QStringLiteral("Tout sélectionner"), Qt::CTRL | Qt::Key_A, &QLineEdit::selectAll);
+    addEdit(menu, QStringLiteral("&Couper"), Qt::CTRL | Qt::Key_X, &QLineEdit::cut);
+    add(menu, QStringLiteral("C&opier"), Qt::CTRL | Qt::Key_C, [actions] {
+        if (auto* field = textField(QApplication::focusWidget())) return field->copy();
+        if (actions.copy) actions.copy();
+    });
+    addEdit(menu, QStringLiteral("Co&ller"), Qt::CTRL | Qt::Key_V, &QLineEdit::paste);
+    addEdit(menu, QStringLiteral("&Tout sélectionner"), Qt::CTRL | Qt::Key_A, &QLineEdit::selectAll);
 }
 
 void fillWindowMenu(QMenu& menu, QMainWindow& window) {
-    add(menu, QStringLiteral("Fermer"), Qt::CTRL | Qt::Key_W, [&window] { window.close(); });
-    add(menu, QStringLiteral("Réduire"), Qt::CTRL | Qt::Key_M, [&window] { window.showMinimized(); });
+    add(menu, QStringLiteral("&Fermer"), Qt::CTRL | Qt::Key_W, [&window] { window.close(); });
+    add(menu, QStringLiteral("Ré&duire"), Qt::CTRL | Qt::Key_M, [&window] { window.showMinimized(); });
+}
+
+// As the Alt key does, so that the bar gives the focus back afterwards.
+void openFirst(QMenuBar& bar) {
+    auto* focused = QApplication::focusWidget();
+    auto& from = focused ? *focused : *bar.window();
+    QKeyEvent announced(QEvent::ShortcutOverride, Qt::Key_Alt, Qt::AltModifier);
+    QKeyEvent released(QEvent::KeyRelease, Qt::Key_Alt, Qt::NoModifier);
+    QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+    QCoreApplication::sendEvent(&from, &announced);
+    QCoreApplication::sendEvent(&from, &released);
+    QCoreApplication::sendEvent(&bar, &down);
 }
 
 }
@@ -106,10 +130,12 @@ void fillWindowMenu(QMenu& menu, QMainWindow& window) {
 void install(QMainWindow& window, const About& about, const Actions& actions, const std::vector<QMenu*>& extra) {
     auto& bar = *window.menuBar();
     bar.clear();
-    fillApplicationMenu(*bar.addMenu(plain(about.appName)), window, about, actions);
-    fillEditMenu(*bar.addMenu(QStringLiteral("Édition")), actions);
-    fillWindowMenu(*bar.addMenu(QStringLiteral("Fenêtre")), window);
+    fillApplicationMenu(*bar.addMenu(QLatin1Char('&') + plain(about.appName)), window, about, actions);
+    fillEditMenu(*bar.addMenu(QStringLiteral("É&dition")), actions);
+    fillWindowMenu(*bar.addMenu(QStringLiteral("&Fenêtre")), window);
     for (auto* menu : extra) bar.addMenu(menu);
+    auto* f10 = new QShortcut(Qt::Key_F10, &window);
+    QObject::connect(f10, &QShortcut::activated, &bar, [&bar] { openFirst(bar); });
 }
 
 }

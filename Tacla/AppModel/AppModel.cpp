@@ -170,7 +170,10 @@ void AppModel::reschedule(const std::string& key, Day to) {
 
 std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
                                          bool strong) {
-    const auto edit = UserEdit::add(title, day.value_or(today()), time, strong);
+    return written(UserEdit::add(title, day.value_or(today()), time, strong));
+}
+
+std::optional<std::string> AppModel::written(const std::optional<UserEdit>& edit) {
     if (!edit) return "Ce titre ne peut pas être écrit.";
     return apply(*edit) ? std::nullopt : state_.fileError;
 }

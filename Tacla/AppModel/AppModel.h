@@ -53,6 +53,10 @@ class AppModel {
     void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
     // None when the task is in the file, else why it is not.
     std::optional<std::string> add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
+    std::optional<std::string> addAll(std::vector<NewTask> tasks) {
+        return written(UserEdit::addAll(std::move(tasks)));
+    }
+    void postpone(const Tasks& seen, Day to) { apply(UserEdit::postpone(seen, to, today())); } // one edit
 
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();
@@ -97,8 +101,9 @@ class AppModel {
     bool create(const std::filesystem::path& file) {
         return attempt("de créer", file, [&] { TaskDocument::createIfMissing(file); });
     }
-    void store(const std::function<void()>& preference); // a failure becomes status text
-    bool apply(const UserEdit&);                         // false when the file could not be written
+    void store(const std::function<void()>& preference);                // a failure becomes status text
+    std::optional<std::string> written(const std::optional<UserEdit>&); // none, or why it is not
+    bool apply(const UserEdit&);                                        // false when the file could not be written
     void wrote(const TaskDocument::Keys& renamed, const Tasks& silenced);
     void show(std::optional<UndoBar>);
 

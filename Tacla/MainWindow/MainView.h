@@ -6,9 +6,11 @@
 #include "Tacla/MainWindow/DesktopActions.h"
 #include "Tacla/MainWindow/PageContents.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,6 +23,7 @@ class DravelShell;
 namespace tacla {
 
 class AppModel;
+class FindPage;
 class WelcomeView;
 
 // The window's content: the sidebar and the page of the selected section, or the welcome. Pages are made when they are
@@ -32,7 +35,10 @@ class MainView final : public QWidget {
     MainView(AppModel&, DesktopActions, dravel::Now, QWidget* parent = nullptr);
 
     void select(Section);
-    void beginTask(); // on the today page, unless the welcome shows
+    void beginTask();   // on the today page, unless the welcome shows
+    void readyToType(); // a new task, where the today page shows and nothing else is being typed
+    void closed();      // what was chosen for new tasks is forgotten
+    bool copyTask();    // the line of the row that has the focus
 
   private:
     void modelChanged();
@@ -42,6 +48,10 @@ class MainView final : public QWidget {
     void showUndoBar();
     QWidget* makePage(Section);
     void addShortcuts();
+    void addShortcut(const QKeySequence&, std::function<void()>);
+    void beginFind();
+    void endFind();
+    void postponeLate();
 
     AppModel& model_;
     const DesktopActions actions_;
@@ -53,6 +63,8 @@ class MainView final : public QWidget {
     WelcomeView* welcome_ = nullptr;
     dravel::DravelShell* shell_ = nullptr;
     std::array<QWidget*, sections.size()> pages_{};
+    FindPage* find_ = nullptr;
+    QPointer<QWidget> beforeFind_; // what had the focus
     dravel::Connection connection_;
 };
 

@@ -15,6 +15,7 @@ class QMainWindow;
 namespace tacla {
 
 class MainWindow;
+class QuickEntry;
 
 // How a picture of the window is drawn.
 struct Snapshot {
@@ -34,6 +35,9 @@ class MainWindowController {
     // Brings the window forward, with the activation token that the desktop gave, if any.
     void show(const std::string& activationToken = {});
     void beginTask(); // the window gets ready to type a new task
+    // A small panel over whatever is on the screen, to add one task: Return adds and closes, Escape only closes.
+    void showQuickEntry(const std::string& activationToken = {});
+    void copyTask(); // the line of the row that has the focus
     void close();
     bool isShown() const;
 
@@ -54,6 +58,7 @@ class MainWindowController {
     DesktopActions actions_;
     dravel::Now now_;
     std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<QuickEntry> quickEntry_;
 };
 
 }

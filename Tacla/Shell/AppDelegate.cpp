@@ -83,14 +83,17 @@ void AppDelegate::doWithoutSession() {
     showWindow(); // there will be no icon
 }
 
+void AppDelegate::prepareWindows() {
+    if (std::exchange(windowsPrepared_, true)) return;
+    ports_.session.open();
+    // With its first window Qt asks the session bus for readers of the screen, and would wait for a silent bus.
+    if (!ports_.session.connection()) keepQtFromSessionBus();
+    dravel::translateQt(*qApp);
+}
+
 void AppDelegate::showWindow(const std::string& activationToken) {
-    if (!menuInstalled_) {
-        ports_.session.open();
-        // With its first window Qt asks the session bus for readers of the screen, and would wait for a silent bus.
-        if (!ports_.session.connection()) keepQtFromSessionBus();
-        dravel::translateQt(*qApp);
-        installMenu();
-    }
+    prepareWindows();
+    if (!menuInstalled_) installMenu();
     ports_.window.show(activationToken);
 }
 
@@ -112,7 +115,8 @@ void AppDelegate::installMenu() {
                                   {.settings = settings,
                                    .quit = ports_.quit,
                                    .undo = [this] { ports_.model.undo(); },
-                                   .canUndo = [this] { return ports_.model.canUndo(); }});
+                                   .canUndo = [this] { return ports_.model.canUndo(); },
+                                   .copy = [this] { ports_.window.copyTask(); }});
 }
 
 void AppDelegate::refreshTray() {
@@ -170,8 +174,9 @@ void AppDelegate::respond(const NotificationServer::Response& response) {
 }
 
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
-    showWindow(activation.token);
-    if (activation.action == "new-task") ports_.window.beginTask();
+    if (activation.action != "new-task" || ports_.model.state().onboarding) return showWindow(activation.token);
+    prepareWindows();
+    ports_.window.showQuickEntry(activation.token);
 }
 
 }

@@ -52,6 +52,7 @@ class AppDelegate {
     void observe();
     void joinSession(const QDBusConnection&);
     void doWithoutSession();
+    void prepareWindows();
     void showWindow(const std::string& activationToken = {});
     void showWindowWithoutTray();
     void installMenu();
@@ -66,7 +67,7 @@ class AppDelegate {
 
     Ports ports_;
     std::optional<StatusItem> item_; // with the session bus
-    bool menuInstalled_ = false;
+    bool windowsPrepared_ = false, menuInstalled_ = false;
     bool refreshPending_ = false;
     std::vector<dravel::Connection> connections_;
     dravel::Timer trayPatience_;

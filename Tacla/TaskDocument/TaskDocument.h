@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tacla {
 
@@ -33,6 +34,16 @@ std::string impossibleToWrite(const dravel::FileError&); // the file of the erro
 std::string unreadable(const std::filesystem::path&);    // "/home/moi/taches.md illisible"
 std::string sentence(std::string words);                 // the window's: with a capital letter
 
+// A task that is to be written.
+struct NewTask {
+    std::string title;
+    Day day;
+    std::optional<Clock> time;
+    bool strong = false;
+
+    bool operator==(const NewTask&) const = default;
+};
+
 // One edit as a user asks for it.
 struct UserEdit {
     std::optional<std::string> said;       // in the bar that offers to undo it; what is plain to see is not said
@@ -47,6 +58,9 @@ struct UserEdit {
     static UserEdit remove(const TaskItem&);
     // None when the title cannot be written.
     static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong);
+    // Several at once. Of those that were seen, the ones that are still there as they were; each keeps its time.
+    static UserEdit postpone(const Tasks& seen, Day to, Day today);
+    static std::optional<UserEdit> addAll(std::vector<NewTask>);
 };
 
 // The list as the user has it: one text file, which editors and other processes change as well. All but the questions

@@ -28,6 +28,8 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     TaskColumn(dravel::DravelPage&, AppModel&, const dravel::Now&);
 
     void setGroups(TaskGroups, Day today);
+    void setSought(const SoughtWords&); // marked in the titles
+    void postponeAll();                 // opens the menu of the first group that can be postponed
 
   protected:
     void moveEvent(QMoveEvent*) override { fill(); }
@@ -73,6 +75,7 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     TaskRow& builtRow(std::size_t);
     TaskListCard& builtCard(std::size_t);
     void showTask(std::size_t row);
+    void openPostponeMenu(std::size_t group);
     void dropOutside(ColumnLayout::Range);
     void dropUnusedCards(ColumnLayout::Range);
 
@@ -85,6 +88,7 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     Rows rows_;
     std::map<std::size_t, TaskListCard*> cards_;
     QWidget* end_;
+    SoughtWords sought_{""};
     bool filling_ = false;
 };
 
