@@ -225,8 +225,8 @@ void FindPage::find() {
 }
 
 // Down leads from the words to what was found.
-bool FindPage::eventFilter(QObject*, QEvent* event) {
-    if (event->type() != QEvent::KeyPress) return false;
+bool FindPage::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != words_ || event->type() != QEvent::KeyPress) return DravelPage::eventFilter(watched, event);
     const auto key = static_cast<QKeyEvent*>(event)->key();
     if ((key != Qt::Key_Down && key != Qt::Key_Return && key != Qt::Key_Enter) || !tasks_->isVisible()) return false;
     tasks_->setFocus(Qt::TabFocusReason);

@@ -103,7 +103,7 @@ void TaskRow::setMarks(const std::vector<dravel::TextRange>& ranges) {
     };
     marks_.clear();
     for (const auto& [begin, end] : ranges)
-        if (end <= title.size()) marks_.append({units(0, begin), units(begin, end), {}});
+        if (end <= title.size()) marks_.append(QTextLayout::FormatRange{units(0, begin), units(begin, end), {}});
     update();
 }
 
