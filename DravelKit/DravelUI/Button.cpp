@@ -14,18 +14,18 @@ struct Faces {
 
 Faces faces(Button::Kind kind) {
     switch (kind) {
-    case Button::Kind::Neutral: return {Theme::tile, Theme::neutralHover, Theme::neutralPressed, Theme::text};
-    case Button::Kind::NeutralOnBackground:
+    case Button::Kind::neutral: return {Theme::tile, Theme::neutralHover, Theme::neutralPressed, Theme::text};
+    case Button::Kind::neutralOnBackground:
         return {Theme::surface, Theme::neutralHover, Theme::neutralPressed, Theme::text};
-    case Button::Kind::Soft:
+    case Button::Kind::soft:
         return {Theme::accentSoft, Theme::softHover, Theme::accentSoftPressed, Theme::accentOnSoft};
-    case Button::Kind::Prominent: return {Theme::accent, Theme::accentHover, Theme::accentPressed, Theme::onAccent};
+    case Button::Kind::prominent: return {Theme::accent, Theme::accentHover, Theme::accentPressed, Theme::onAccent};
     }
     Q_UNREACHABLE();
 }
 
 const Theme::TextStyle& typeStyle(Button::Kind kind) {
-    return kind == Button::Kind::Prominent ? Theme::Typography::subtitle : Theme::Typography::bodyMedium;
+    return kind == Button::Kind::prominent ? Theme::Typography::subtitle : Theme::Typography::bodyMedium;
 }
 
 }
@@ -55,7 +55,7 @@ QSize Button::sizeHint() const {
 void Button::paint(QPainter& painter) {
     const Faces tones = faces(kind_);
     const auto& fill = isDown() ? tones.pressed : isHovered() ? tones.hover : tones.rest;
-    const bool bordered = kind_ == Kind::NeutralOnBackground;
+    const bool bordered = kind_ == Kind::neutralOnBackground;
     const qreal inset = bordered ? 0.5 : 0;
     painter.setPen(bordered ? QPen(Theme::border.on(*this)) : QPen(Qt::NoPen));
     painter.setBrush(fill.on(*this));
@@ -170,7 +170,7 @@ QSize Switch::sizeHint() const {
 QRect Switch::face() const { return {QPoint(width() - track.width(), (height() - track.height()) / 2), track}; }
 
 void Switch::paint(QPainter& painter) {
-    const bool danger = kind_ == Kind::Danger;
+    const bool danger = kind_ == Kind::danger;
     if (!text().isEmpty()) {
         const auto& ink = danger && isChecked() ? Theme::dangerText : Theme::textSecondary;
         paintLine(painter, rect().adjusted(0, 0, -track.width() - labelGap, 0), Theme::Typography::callout,

@@ -12,7 +12,7 @@ class Button final : public Control {
     Q_OBJECT
 
   public:
-    enum class Kind { Neutral, NeutralOnBackground, Soft, Prominent };
+    enum class Kind { neutral, neutralOnBackground, soft, prominent };
 
     Button(Kind, const QString& text, QWidget* parent = nullptr);
     void setKind(Kind);
@@ -75,9 +75,9 @@ class Switch final : public Control {
     Q_OBJECT
 
   public:
-    enum class Kind { Plain, Danger };
+    enum class Kind { plain, danger };
 
-    explicit Switch(const QString& label = {}, Kind = Kind::Plain, QWidget* parent = nullptr);
+    explicit Switch(const QString& label = {}, Kind = Kind::plain, QWidget* parent = nullptr);
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 

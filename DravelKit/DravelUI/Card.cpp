@@ -14,6 +14,8 @@
 #include <array>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 // Painters lose precision in faces of a hundred thousand pixels, as a long list makes them: what lies far outside the
@@ -65,7 +67,7 @@ void paintShadow(QPainter& painter, const QRectF& face, int radius) {
 
 Card::Card(QWidget* parent, Kind kind) : QWidget(parent), kind_(kind) {}
 
-int Card::radius() const { return kind_ == Kind::Hero ? Theme::Radius::lg : Theme::Radius::md; }
+int Card::radius() const { return kind_ == Kind::hero ? Theme::Radius::lg : Theme::Radius::md; }
 
 void Card::setHighlighted(bool on) {
     if (std::exchange(highlighted_, on) != on) update();
@@ -94,13 +96,13 @@ void Card::resizeEvent(QResizeEvent* event) {
 void Card::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const bool dark = appearanceOf(*this) == Appearance::Dark;
+    const bool dark = appearanceOf(*this) == Appearance::dark;
     const bool bordered = highlighted_ || dark; // the light border has the colour of the surface
     const qreal pen = !bordered ? 0 : highlighted_ ? 2 : 1;
     painter.setPen(bordered ? QPen((highlighted_ ? Theme::accent : Theme::cardBorder).on(*this), pen)
                             : QPen(Qt::NoPen));
     painter.setBrush(Theme::surface.on(*this));
-    if (kind_ == Kind::Hero) {
+    if (kind_ == Kind::hero) {
         QLinearGradient sweep(0, 0, width(), 0);
         sweep.setColorAt(0.35, Theme::surface.on(*this));
         sweep.setColorAt(1, Theme::accentSoft.on(*this));
@@ -115,7 +117,7 @@ CardStage::CardStage(QWidget* parent) : QWidget(parent) {
 }
 
 void CardStage::paintEvent(QPaintEvent* event) {
-    if (appearanceOf(*this) == Appearance::Dark) return;
+    if (appearanceOf(*this) == Appearance::dark) return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     for (const QObject* child : children()) {
@@ -128,7 +130,7 @@ void CardStage::paintEvent(QPaintEvent* event) {
 CardHeader::CardHeader(Symbol symbol, const Theme::Tone& tint, const QString& title, QWidget* parent)
     : QWidget(parent), symbol_(symbol), tint_(tint),
       title_(new TextLabel(Theme::Typography::cardTitle, Theme::text, title, this)) {
-    title_->setObjectName(QStringLiteral("cardTitle"));
+    title_->setObjectName(u"cardTitle"_s);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -146,7 +148,7 @@ void CardHeader::setSymbol(Symbol symbol, const Theme::Tone& tint) {
 void CardHeader::setCount(int count) {
     if (!count_) {
         count_ = new CountCapsule(this);
-        count_->setObjectName(QStringLiteral("cardCount"));
+        count_->setObjectName(u"cardCount"_s);
         count_->show();
     }
     count_->setText(QString::number(count));
@@ -189,7 +191,7 @@ EmptyCard::EmptyCard(Symbol symbol, const QString& text, QWidget* parent) : Card
     column->setSpacing(Theme::Space::md);
     auto* disc = new Disc({.diameter = 64, .symbol = symbol, .symbolSize = 28, .ink = Theme::accent}, this);
     auto* label = new TextLabel(Theme::Typography::body, Theme::textSecondary, text, this);
-    label->setObjectName(QStringLiteral("emptyText"));
+    label->setObjectName(u"emptyText"_s);
     label->setAlignment(Qt::AlignHCenter);
     label->setWraps(true);
     column->addWidget(disc, 0, Qt::AlignHCenter);

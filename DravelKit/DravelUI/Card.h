@@ -20,10 +20,10 @@ class Card : public QWidget {
     Q_OBJECT
 
   public:
-    enum class Kind { Plain, Hero };
+    enum class Kind { plain, hero };
     static constexpr int iconColumn = 16, iconWidth = 20, textColumn = 48;
 
-    explicit Card(QWidget* parent = nullptr, Kind = Kind::Plain);
+    explicit Card(QWidget* parent = nullptr, Kind = Kind::plain);
     void setHighlighted(bool);                               // 2 px accent border: its field has focus
     void paintShadow(QPainter&, const QRect& exposed) const; // in the parent's coordinates
 

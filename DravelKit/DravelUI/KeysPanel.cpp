@@ -7,10 +7,12 @@
 
 namespace dravel {
 
+using namespace Qt::StringLiterals;
+
 KeysPanel::KeysPanel(const std::vector<Entry>& entries, QWidget* parent) : QDialog(parent) {
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(QStringLiteral("Raccourcis clavier"));
-    setObjectName(QStringLiteral("keys"));
+    setWindowTitle(u"Raccourcis clavier"_s);
+    setObjectName(u"keys"_s);
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(Theme::Space::xl, Theme::Space::lg, Theme::Space::xl, Theme::Space::lg);
     grid->setHorizontalSpacing(Theme::Space::lg);
@@ -19,11 +21,11 @@ KeysPanel::KeysPanel(const std::vector<Entry>& entries, QWidget* parent) : QDial
         const int row = grid->rowCount();
         auto* name = new TextLabel(Theme::Typography::subtitle, Theme::text, keys);
         auto* text = new TextLabel(Theme::Typography::body, Theme::textSecondary, meaning);
-        name->setAccessibleName(keys + QStringLiteral(" : ") + meaning); // heard together
+        name->setAccessibleName(keys + u" : "_s + meaning); // heard together
         grid->addWidget(name, row, 0);
         grid->addWidget(text, row, 1);
     }
-    auto* close = new Button(Button::Kind::NeutralOnBackground, QStringLiteral("Fermer"));
+    auto* close = new Button(Button::Kind::neutralOnBackground, u"Fermer"_s);
     connect(close, &QAbstractButton::clicked, this, &QDialog::accept);
     grid->addWidget(close, grid->rowCount(), 0, 1, 2, Qt::AlignHCenter);
     grid->setSizeConstraint(QLayout::SetFixedSize);

@@ -50,7 +50,7 @@ constexpr std::array files{"sun",
                            "hand-thumbs-up-fill",
                            "search",
                            "keyboard"};
-static_assert(files.size() == static_cast<std::size_t>(Symbol::Keyboard) + 1);
+static_assert(files.size() == static_cast<std::size_t>(Symbol::keyboard) + 1);
 
 QPixmap render(Symbol symbol, int pixels, const QColor& colour) {
     initResources();

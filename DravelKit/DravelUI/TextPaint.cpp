@@ -58,7 +58,7 @@ QString typeset(QString text) {
 Paragraph::Paragraph(const QString& text, const Theme::TextStyle& style, int width, Qt::Alignment horizontal)
     : width_(width), line_(style.line) {
     QString plain = typeset(text);
-    plain.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    plain.replace(u'\n', QChar::LineSeparator);
     const QFont& font = Theme::font(style);
     layout_ = std::make_unique<QTextLayout>(plain, font);
     // Absolute: a title in a right-to-left script stays in the left column, like its neighbours.

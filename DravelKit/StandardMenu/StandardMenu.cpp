@@ -17,14 +17,16 @@
 
 namespace dravel::StandardMenu {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // In a menu "&" announces an access key; doubled it is itself.
-QString plain(QString text) { return text.replace(QLatin1Char('&'), QLatin1String("&&")); }
+QString plain(QString text) { return text.replace(u'&', "&&"_L1); }
 
 QString withoutAccessKey(QString text) {
-    static const QRegularExpression sign(QStringLiteral("&(.)"));
-    return text.replace(sign, QStringLiteral("\\1"));
+    static const QRegularExpression sign(u"&(.)"_s);
+    return text.replace(sign, u"\\1"_s);
 }
 
 // The text announces its access key.
@@ -58,11 +60,11 @@ QAction* addEdit(QMenu& menu, const QString& text, const QKeySequence& keys, Edi
 // "Annuler" and "Rétablir" belong to the text field that has the focus; else there is the program's own undo. Only an
 // open menu greys them: their keys work whenever they are pressed.
 void addUndo(QMenu& menu, const Actions& actions) {
-    auto* undo = add(menu, QStringLiteral("&Annuler"), Qt::CTRL | Qt::Key_Z, [actions] {
+    auto* undo = add(menu, u"&Annuler"_s, Qt::CTRL | Qt::Key_Z, [actions] {
         if (auto* field = textField(QApplication::focusWidget())) return field->undo();
         if (actions.undo) actions.undo();
     });
-    auto* redo = addEdit(menu, QStringLiteral("&Rétablir"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &QLineEdit::redo);
+    auto* redo = addEdit(menu, u"&Rétablir"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &QLineEdit::redo);
     // Opened by its key, the menu bar itself has the focus; it gives it back before it acts.
     const auto left = std::make_shared<QPointer<QWidget>>();
     QObject::connect(qApp, &QApplication::focusChanged, &menu, [left](QWidget* from, QWidget* to) {
@@ -81,36 +83,35 @@ void addUndo(QMenu& menu, const Actions& actions) {
 
 void fillApplicationMenu(QMenu& menu, QMainWindow& window, const About& about, const Actions& actions) {
     const auto name = plain(about.appName);
-    add(menu, QStringLiteral("À &propos de ") + name, {},
-        [&window, about] { (new AboutPanel(about, &window))->open(); });
+    add(menu, u"À &propos de "_s + name, {}, [&window, about] { (new AboutPanel(about, &window))->open(); });
     menu.addSeparator();
     if (actions.settings) {
-        add(menu, QStringLiteral("&Réglages…"), Qt::CTRL | Qt::Key_Comma, actions.settings);
+        add(menu, u"&Réglages…"_s, Qt::CTRL | Qt::Key_Comma, actions.settings);
         menu.addSeparator();
     }
-    add(menu, QStringLiteral("&Masquer ") + name, Qt::CTRL | Qt::Key_H, [&window] { window.close(); });
+    add(menu, u"&Masquer "_s + name, Qt::CTRL | Qt::Key_H, [&window] { window.close(); });
     // Desktops do not let a program hide or show the windows of others.
-    add(menu, QStringLiteral("Masquer les &autres"), Qt::CTRL | Qt::ALT | Qt::Key_H, {});
-    add(menu, QStringLiteral("Tout a&fficher"), {}, {});
+    add(menu, u"Masquer les &autres"_s, Qt::CTRL | Qt::ALT | Qt::Key_H, {});
+    add(menu, u"Tout a&fficher"_s, {}, {});
     menu.addSeparator();
-    add(menu, QStringLiteral("&Quitter ") + name, Qt::CTRL | Qt::Key_Q, actions.quit);
+    add(menu, u"&Quitter "_s + name, Qt::CTRL | Qt::Key_Q, actions.quit);
 }
 
 void fillEditMenu(QMenu& menu, const Actions& actions) {
     addUndo(menu, actions);
     menu.addSeparator();
-    addEdit(menu, QStringLiteral("&Couper"), Qt::CTRL | Qt::Key_X, &QLineEdit::cut);
-    add(menu, QStringLiteral("C&opier"), Qt::CTRL | Qt::Key_C, [actions] {
+    addEdit(menu, u"&Couper"_s, Qt::CTRL | Qt::Key_X, &QLineEdit::cut);
+    add(menu, u"C&opier"_s, Qt::CTRL | Qt::Key_C, [actions] {
         if (auto* field = textField(QApplication::focusWidget())) return field->copy();
         if (actions.copy) actions.copy();
     });
-    addEdit(menu, QStringLiteral("Co&ller"), Qt::CTRL | Qt::Key_V, &QLineEdit::paste);
-    addEdit(menu, QStringLiteral("&Tout sélectionner"), Qt::CTRL | Qt::Key_A, &QLineEdit::selectAll);
+    addEdit(menu, u"Co&ller"_s, Qt::CTRL | Qt::Key_V, &QLineEdit::paste);
+    addEdit(menu, u"&Tout sélectionner"_s, Qt::CTRL | Qt::Key_A, &QLineEdit::selectAll);
 }
 
 void fillWindowMenu(QMenu& menu, QMainWindow& window) {
-    add(menu, QStringLiteral("&Fermer"), Qt::CTRL | Qt::Key_W, [&window] { window.close(); });
-    add(menu, QStringLiteral("Ré&duire"), Qt::CTRL | Qt::Key_M, [&window] { window.showMinimized(); });
+    add(menu, u"&Fermer"_s, Qt::CTRL | Qt::Key_W, [&window] { window.close(); });
+    add(menu, u"Ré&duire"_s, Qt::CTRL | Qt::Key_M, [&window] { window.showMinimized(); });
 }
 
 // As the Alt key does, so that the bar gives the focus back afterwards.
@@ -130,9 +131,9 @@ void openFirst(QMenuBar& bar) {
 void install(QMainWindow& window, const About& about, const Actions& actions, const std::vector<QMenu*>& extra) {
     auto& bar = *window.menuBar();
     bar.clear();
-    fillApplicationMenu(*bar.addMenu(QLatin1Char('&') + plain(about.appName)), window, about, actions);
-    fillEditMenu(*bar.addMenu(QStringLiteral("É&dition")), actions);
-    fillWindowMenu(*bar.addMenu(QStringLiteral("&Fenêtre")), window);
+    fillApplicationMenu(*bar.addMenu(u'&' + plain(about.appName)), window, about, actions);
+    fillEditMenu(*bar.addMenu(u"É&dition"_s), actions);
+    fillWindowMenu(*bar.addMenu(u"&Fenêtre"_s), window);
     for (auto* menu : extra) bar.addMenu(menu);
     auto* f10 = new QShortcut(Qt::Key_F10, &window);
     QObject::connect(f10, &QShortcut::activated, &bar, [&bar] { openFirst(bar); });

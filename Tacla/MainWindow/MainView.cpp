@@ -73,7 +73,7 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
 
     notifications_ =
         page.addStep(new WelcomeStep(u"Notifications"_s, u"À l'heure de chaque tâche, avec « Fait » et « Demain »."_s));
-    notifications_->setButton(u"Autoriser…"_s, Button::Kind::Soft);
+    notifications_->setButton(u"Autoriser…"_s, Button::Kind::soft);
     notifications_->button().setObjectName(u"welcome.notifications"_s);
     connect(&notifications_->button(), &QAbstractButton::clicked, this,
             [this] { model_.requestNotifications(actions_.openNotificationSettings); });
@@ -101,7 +101,7 @@ void WelcomeView::refresh() {
     if (state.connection == Connection::signingIn)
         agenda_->setButton({});
     else
-        agenda_->setButton(signedIn ? u"Activer"_s : u"Se connecter…"_s, Button::Kind::Soft);
+        agenda_->setButton(signedIn ? u"Activer"_s : u"Se connecter…"_s, Button::Kind::soft);
 }
 
 namespace {

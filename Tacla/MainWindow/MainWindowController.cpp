@@ -244,7 +244,7 @@ bool MainWindowController::isShown() const { return window_ && window_->isVisibl
 
 void MainWindowController::headlessSnapshot(AppModel& passive, const DesktopActions& actions, const dravel::Now& now,
                                             const fs::path& path, const Snapshot& wanted) {
-    dravel::setAppearance(wanted.dark ? dravel::Appearance::Dark : dravel::Appearance::Light);
+    dravel::setAppearance(wanted.dark ? dravel::Appearance::dark : dravel::Appearance::light);
     MainView view(passive, actions, now);
     view.setAttribute(Qt::WA_DontShowOnScreen);
     view.select(wanted.section);

@@ -92,13 +92,13 @@ std::string_view title(Section section) {
 
 Symbol symbol(Section section) {
     switch (section) {
-    case Section::today: return Symbol::Sun;
-    case Section::late: return Symbol::ExclamationCircle;
-    case Section::upcoming: return Symbol::Calendar3;
-    case Section::done: return Symbol::CheckCircle;
-    case Section::settings: return Symbol::Gear;
+    case Section::today: return Symbol::sun;
+    case Section::late: return Symbol::exclamationCircle;
+    case Section::upcoming: return Symbol::calendar3;
+    case Section::done: return Symbol::checkCircle;
+    case Section::settings: return Symbol::gear;
     }
-    return Symbol::Sun;
+    return Symbol::sun;
 }
 
 std::optional<Section> sectionNamed(std::string_view name) {
@@ -126,20 +126,20 @@ TodayContents todayContents(const ModelState& state) {
     if (!late.empty())
         contents.groups.push_back({.heading = "En retard",
                                    .day = {},
-                                   .symbol = Symbol::ExclamationTriangleFill,
+                                   .symbol = Symbol::exclamationTriangleFill,
                                    .role = ColourRole::danger,
                                    .tasks = std::move(late),
                                    .empty = {}});
     contents.groups.push_back({.heading = "Au programme",
                                .day = {},
-                               .symbol = Symbol::SunFill,
+                               .symbol = Symbol::sunFill,
                                .tasks = std::move(todays),
                                .empty = "Rien de prévu aujourd'hui.",
                                .showDay = false});
     if (!next.empty()) {
         if (next.size() > nextShown) next.erase(next.begin() + nextShown, next.end());
         contents.groups.push_back(
-            {.heading = "Ensuite", .day = {}, .symbol = Symbol::Calendar3, .tasks = std::move(next), .empty = {}});
+            {.heading = "Ensuite", .day = {}, .symbol = Symbol::calendar3, .tasks = std::move(next), .empty = {}});
     }
     return contents;
 }
@@ -149,7 +149,7 @@ TaskGroups lateGroups(const ModelState& state) {
     if (late.empty()) return {};
     return {{.heading = std::to_string(late.size()) + " en retard",
              .day = {},
-             .symbol = Symbol::ExclamationTriangleFill,
+             .symbol = Symbol::exclamationTriangleFill,
              .role = ColourRole::danger,
              .tasks = std::move(late),
              .empty = {},
@@ -157,10 +157,10 @@ TaskGroups lateGroups(const ModelState& state) {
 }
 
 TaskGroups foundGroups(const Tasks& tasks, const std::vector<FoundTask>& found) {
-    TaskGroup open{.heading = "À cocher", .day = {}, .symbol = Symbol::Inbox, .tasks = {}, .empty = {}};
+    TaskGroup open{.heading = "À cocher", .day = {}, .symbol = Symbol::inbox, .tasks = {}, .empty = {}};
     TaskGroup done{.heading = "Faites",
                    .day = {},
-                   .symbol = Symbol::CheckCircleFill,
+                   .symbol = Symbol::checkCircleFill,
                    .role = ColourRole::faint,
                    .tasks = {},
                    .empty = {}};
@@ -182,14 +182,14 @@ TaskGroups upcomingGroups(const ModelState& state) {
         [&](Day day) {
             return TaskGroup{.heading = day == tomorrow ? "Demain · " : "",
                              .day = day,
-                             .symbol = Symbol::Calendar3,
+                             .symbol = Symbol::calendar3,
                              .tasks = {},
                              .empty = {}};
         });
     if (auto undated = state.undated(); !undated.empty())
         groups.push_back({.heading = "Sans date",
                           .day = {},
-                          .symbol = Symbol::Inbox,
+                          .symbol = Symbol::inbox,
                           .role = ColourRole::plain,
                           .tasks = std::move(undated),
                           .empty = {}});
@@ -205,7 +205,7 @@ TaskGroups doneGroups(const ModelState& state) {
         [&](Day day) {
             TaskGroup group{.heading = day == yesterday ? "Hier · " : "",
                             .day = day,
-                            .symbol = Symbol::CheckCircleFill,
+                            .symbol = Symbol::checkCircleFill,
                             .role = ColourRole::faint,
                             .tasks = {},
                             .empty = {}};
@@ -230,20 +230,20 @@ ListContents listContents(Section section, const ModelState& state) {
     case Section::late:
         return {.subtitle = "Cochez-les, ou reportez-les avec « … » : demain, lundi ou dans une semaine.",
                 .groups = lateGroups(state),
-                .emptySymbol = Symbol::HandThumbsUpFill,
+                .emptySymbol = Symbol::handThumbsUpFill,
                 .empty = "Aucun retard. 👌",
                 .problems = problems(state)};
     case Section::upcoming:
         return {.subtitle = "Jour par jour, dans l'ordre où elles sonneront.",
                 .groups = upcomingGroups(state),
-                .emptySymbol = Symbol::Calendar3,
+                .emptySymbol = Symbol::calendar3,
                 .empty = "Rien de prévu pour la suite."};
     case Section::done:
         return {.subtitle = state.calendarSync
                                 ? "Elles restent dans la liste et dans l'agenda, avec un ✅."
                                 : "Elles restent dans la liste, avec la date du jour où elles ont été faites.",
                 .groups = doneGroups(state),
-                .emptySymbol = Symbol::CheckCircle,
+                .emptySymbol = Symbol::checkCircle,
                 .empty = "Rien de coché pour l'instant."};
     case Section::today:
     case Section::settings: break;
@@ -254,9 +254,9 @@ ListContents listContents(Section section, const ModelState& state) {
 SyncBadgeContent syncBadge(const ModelState& state, const TimeText& timeText) {
     const auto open = state.openCount();
     const bool trouble = inTrouble(state);
-    return {.symbol = state.syncing ? Symbol::ArrowRepeat
-                      : trouble     ? Symbol::ExclamationLg
-                                    : Symbol::CheckLg,
+    return {.symbol = state.syncing ? Symbol::arrowRepeat
+                      : trouble     ? Symbol::exclamationLg
+                                    : Symbol::checkLg,
             .title = open >= 1 ? std::to_string(open) + " à faire" : "Tout est coché",
             .subtitle = subtitle(state, timeText),
             .syncing = state.syncing,

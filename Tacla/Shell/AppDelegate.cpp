@@ -15,21 +15,22 @@ namespace tacla {
 
 namespace {
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 constexpr auto trayPatience = 10s; // a panel that starts together with us may take its time
 
 // What the About panel tells of this program and of what it is made with.
 dravel::About aboutTacla(const std::string& version) {
-    return {.appName = QStringLiteral("Tacla"),
+    return {.appName = u"Tacla"_s,
             .version = QString::fromStdString(version),
-            .copyright = QStringLiteral("© Dravel · licence MIT"),
-            .components = {{QStringLiteral("Qt 6"), QStringLiteral("LGPL 3")},
-                           {QStringLiteral("ICU"), QStringLiteral("licence Unicode")},
-                           {QStringLiteral("libcurl"), QStringLiteral("licence curl")},
-                           {QStringLiteral("libsecret, libacl, libattr, Nettle"), QStringLiteral("LGPL 2.1, LGPL 3")},
-                           {QStringLiteral("JSON for Modern C++, Bootstrap Icons"), QStringLiteral("MIT")},
-                           {QStringLiteral("Atkinson Hyperlegible Next, Comfortaa"), QStringLiteral("OFL 1.1")}}};
+            .copyright = u"© Dravel · licence MIT"_s,
+            .components = {{u"Qt 6"_s, u"LGPL 3"_s},
+                           {u"ICU"_s, u"licence Unicode"_s},
+                           {u"libcurl"_s, u"licence curl"_s},
+                           {u"libsecret, libacl, libattr, Nettle"_s, u"LGPL 2.1, LGPL 3"_s},
+                           {u"JSON for Modern C++, Bootstrap Icons"_s, u"MIT"_s},
+                           {u"Atkinson Hyperlegible Next, Comfortaa"_s, u"OFL 1.1"_s}}};
 }
 
 }
@@ -138,8 +139,8 @@ void AppDelegate::refreshTraySoon() {
 void AppDelegate::followColours() {
     refreshTray();
     switch (ports_.scheme.preference()) {
-    case ColourScheme::Preference::dark: return dravel::setAppearance(dravel::Appearance::Dark);
-    case ColourScheme::Preference::light: return dravel::setAppearance(dravel::Appearance::Light);
+    case ColourScheme::Preference::dark: return dravel::setAppearance(dravel::Appearance::dark);
+    case ColourScheme::Preference::light: return dravel::setAppearance(dravel::Appearance::light);
     case ColourScheme::Preference::unknown: return dravel::setAppearance(ports_.platformAppearance);
     }
 }

@@ -34,7 +34,7 @@ class Picture {
 };
 
 struct Light {
-    ~Light() { setAppearance(Appearance::Light); }
+    ~Light() { setAppearance(Appearance::light); }
 };
 
 }
@@ -53,7 +53,7 @@ TEST(Rendering, ThrowsTheShadowOfACardInLightOnly) {
     EXPECT_LT(below(), "#f5f5f5");
     EXPECT_EQ(Picture(stage, 2).at(100, 130), "#f5f5f5");
     EXPECT_EQ(Picture(stage, 2).at(100, 20), "#ffffff");
-    setAppearance(Appearance::Dark); // nothing is made anew
+    setAppearance(Appearance::dark); // nothing is made anew
     QCoreApplication::processEvents();
     EXPECT_EQ(below(), "#131927");
     EXPECT_EQ(Picture(stage, 2).at(100, 20), "#2c3346");
@@ -74,7 +74,7 @@ TEST(Rendering, PaintsAListOfAHundredThousandPixels) {
 }
 
 TEST(Symbols, AreTintedAndSharpAtEveryScale) {
-    for (int symbol = 0; symbol <= static_cast<int>(Symbol::Keyboard); ++symbol)
+    for (int symbol = 0; symbol <= static_cast<int>(Symbol::keyboard); ++symbol)
         for (const qreal ratio : {1.0, 1.25, 2.0}) {
             const QPixmap pixmap = symbolPixmap(static_cast<Symbol>(symbol), 16, QColor(0x52, 0x4F, 0xF1), ratio);
             EXPECT_EQ(pixmap.size(), QSizeF(16, 16) * ratio);

@@ -36,7 +36,7 @@ void addButton(Button* button, SettingRow& row, const char* objectName, const QS
     QObject::connect(button, &QAbstractButton::clicked, &row, action);
 }
 
-Button* neutral(const QString& text) { return new Button(Button::Kind::Neutral, text); }
+Button* neutral(const QString& text) { return new Button(Button::Kind::neutral, text); }
 
 // Screen readers toggle a switch without a click.
 template <class Action>
@@ -72,14 +72,14 @@ SettingsPage::SettingsPage(AppModel& model, const DesktopActions& actions, QWidg
 }
 
 void SettingsPage::addListCard() {
-    auto* card = new SettingsCard(Symbol::FileEarmarkText, u"Liste"_s, {}, &stage());
-    file_ = addRow(*card, Symbol::FileEarmark, u"file"_s, u"Votre liste de tâches"_s);
+    auto* card = new SettingsCard(Symbol::fileEarmarkText, u"Liste"_s, {}, &stage());
+    file_ = addRow(*card, Symbol::fileEarmark, u"file"_s, u"Votre liste de tâches"_s);
     addButton(neutral(u"Ouvrir"_s), *file_, "file.open", u"Ouvrir la liste de tâches"_s,
               [this] { actions_.openFile(model_.state().file); });
     addButton(neutral(u"Afficher"_s), *file_, "file.reveal", u"Afficher la liste de tâches dans son dossier"_s,
               [this] { actions_.reveal(model_.state().file); });
 
-    auto* change = addRow(*card, Symbol::ArrowLeftRight, u"change"_s, u"Changer de fichier"_s,
+    auto* change = addRow(*card, Symbol::arrowLeftRight, u"change"_s, u"Changer de fichier"_s,
                           u"Un fichier Markdown existant, ou une nouvelle liste."_s);
     addButton(neutral(u"Choisir…"_s), *change, "change.choose", u"Choisir un autre fichier"_s, [this] {
         actions_.chooseFile(window(), model_.state().file.parent_path(),
@@ -90,7 +90,7 @@ void SettingsPage::addListCard() {
                             [&model = model_](const auto& path) { model.createAndUse(path); });
     });
 
-    auto* copies = addRow(*card, Symbol::Files, u"copies"_s, u"Copies de la liste"_s,
+    auto* copies = addRow(*card, Symbol::files, u"copies"_s, u"Copies de la liste"_s,
                           u"Une copie est gardée avant chaque changement, pendant 30 jours au plus."_s);
     addButton(neutral(u"Afficher les copies"_s), *copies, "copies.show", u"Afficher les copies"_s,
               [this] { actions_.showCopies(); });
@@ -125,33 +125,33 @@ bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void SettingsPage::addNotificationsCard() {
-    auto* card = new SettingsCard(Symbol::BellFill, u"Notifications"_s, {}, &stage());
+    auto* card = new SettingsCard(Symbol::bellFill, u"Notifications"_s, {}, &stage());
     reminders_ =
-        addRow(*card, Symbol::Bell, u"reminders"_s, u"À l'heure de chaque tâche"_s,
+        addRow(*card, Symbol::bell, u"reminders"_s, u"À l'heure de chaque tâche"_s,
                u"Avec « Fait » pour la cocher et « Demain » pour la reporter. 9 h pour une tâche sans heure."_s);
-    allow_ = new Button(Button::Kind::Soft, u"Autoriser…"_s);
+    allow_ = new Button(Button::Kind::soft, u"Autoriser…"_s);
     addButton(allow_, *reminders_, "reminders.allow", u"Autoriser les notifications"_s,
               [this] { model_.requestNotifications(actions_.openNotificationSettings); });
-    test_ = addRow(*card, Symbol::Send, u"test"_s, u"Tester"_s, u"Envoie une notification d'essai tout de suite."_s);
+    test_ = addRow(*card, Symbol::send, u"test"_s, u"Tester"_s, u"Envoie une notification d'essai tout de suite."_s);
     addButton(neutral(u"Envoyer"_s), *test_, "test.send", u"Envoyer une notification d'essai"_s,
               [this] { model_.testNotification(); });
     add(card);
 }
 
 void SettingsPage::addCalendarCard() {
-    auto* card = new SettingsCard(Symbol::Calendar3, u"Google Agenda"_s,
+    auto* card = new SettingsCard(Symbol::calendar3, u"Google Agenda"_s,
                                   u"Facultatif : pour voir vos tâches datées dans Google Agenda."_s, &stage());
-    account_ = addRow(*card, Symbol::PersonCircle, u"account"_s, u"Compte Google"_s);
-    signIn_ = new Button(Button::Kind::Soft, u"Se connecter…"_s);
+    account_ = addRow(*card, Symbol::personCircle, u"account"_s, u"Compte Google"_s);
+    signIn_ = new Button(Button::Kind::soft, u"Se connecter…"_s);
     addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
     const auto mirror = u"Recopier les tâches dans l'agenda"_s;
-    mirror_ = addRow(*card, Symbol::CalendarPlus, u"mirror"_s, mirror);
+    mirror_ = addRow(*card, Symbol::calendarPlus, u"mirror"_s, mirror);
     mirrorOn_ = addSwitch(*mirror_, "mirror.switch", mirror, [this](bool on) {
         if (on != model_.state().calendarSync) model_.setCalendarSync(on);
     });
-    sync_ = addRow(*card, Symbol::ArrowRepeat, u"sync"_s, u"Synchronisation"_s);
+    sync_ = addRow(*card, Symbol::arrowRepeat, u"sync"_s, u"Synchronisation"_s);
     addButton(neutral(u"Synchroniser"_s), *sync_, "sync.now", u"Synchroniser maintenant"_s, [this] { model_.sync(); });
-    auto* web = addRow(*card, Symbol::Compass, u"web"_s, u"Google Agenda"_s);
+    auto* web = addRow(*card, Symbol::compass, u"web"_s, u"Google Agenda"_s);
     addButton(neutral(u"Ouvrir"_s), *web, "web.open", u"Ouvrir Google Agenda"_s, [this] { actions_.openAgenda(); });
     add(card);
 }
@@ -159,7 +159,7 @@ void SettingsPage::addCalendarCard() {
 void SettingsPage::addSystemCard() {
     auto* card = new SettingsCard(&stage());
     const auto title = u"Ouvrir Tacla à l'ouverture de session"_s;
-    auto* login = addRow(*card, Symbol::Power, u"login"_s, title);
+    auto* login = addRow(*card, Symbol::power, u"login"_s, title);
     loginOn_ = addSwitch(*login, "login.switch", title, [this](bool on) {
         if (on == model_.state().launchAtLogin) return;
         model_.setLaunchAtLogin(on);
@@ -167,7 +167,7 @@ void SettingsPage::addSystemCard() {
     });
     const auto command = u"gapplication action fr.dravel.Tacla new-task"_s;
     auto* quick =
-        addRow(*card, Symbol::Keyboard, u"quick"_s, u"Saisie rapide"_s,
+        addRow(*card, Symbol::keyboard, u"quick"_s, u"Saisie rapide"_s,
                u"Pour ajouter une tâche depuis tout programme, associez une touche à cette commande dans les réglages "
                u"du clavier de votre bureau :\n"_s +
                    command);
@@ -175,7 +175,7 @@ void SettingsPage::addSystemCard() {
               [command] { QApplication::clipboard()->setText(command); });
     quick->setTextsSelectable(true);
     auto* terminal =
-        addRow(*card, Symbol::Terminal, u"terminal"_s, u"En ligne de commande"_s,
+        addRow(*card, Symbol::terminal, u"terminal"_s, u"En ligne de commande"_s,
                pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);
     login->setTextsSelectable(true);
     terminal->setTextsSelectable(true);
@@ -193,7 +193,7 @@ void SettingsPage::addFooter() {
     version->setFixedHeight(28);
     line->addWidget(version, 1);
     if (actions_.checkForUpdates) {
-        auto* button = new Button(Button::Kind::NeutralOnBackground, u"Rechercher des mises à jour…"_s, footer);
+        auto* button = new Button(Button::Kind::neutralOnBackground, u"Rechercher des mises à jour…"_s, footer);
         button->setObjectName(u"updates"_s);
         connect(button, &QAbstractButton::clicked, this, [this] { actions_.checkForUpdates(); });
         line->addWidget(button);

@@ -39,8 +39,8 @@ class TaskListCard final : public dravel::Card {
 };
 
 TaskListCard::TaskListCard(QWidget* parent)
-    : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::Calendar3, Theme::accent, {}, this)),
-      postpone_(new dravel::Button(dravel::Button::Kind::Neutral, u"Tout reporter"_s)),
+    : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::calendar3, Theme::accent, {}, this)),
+      postpone_(new dravel::Button(dravel::Button::Kind::neutral, u"Tout reporter"_s)),
       empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
     setObjectName(u"tasks"_s);
     postpone_->setObjectName(u"postponeAll"_s);

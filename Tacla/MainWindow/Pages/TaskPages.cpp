@@ -42,7 +42,7 @@ constexpr int heroHeight = 126, padding = 24, ringSize = 78, lineGap = 4;
 }
 
 HeroCard::HeroCard(QWidget* parent)
-    : Card(parent, Kind::Hero), overline_(new TextLabel(Typography::subtitle, Theme::accentOnSoft, {}, this)),
+    : Card(parent, Kind::hero), overline_(new TextLabel(Typography::subtitle, Theme::accentOnSoft, {}, this)),
       headline_(new TextLabel(Typography::pageTitle, Theme::text, {}, this)),
       detail_(new TextLabel(Typography::callout, Theme::textSecondary, {}, this)),
       ring_(new dravel::ProgressRing(this)) {
@@ -118,7 +118,7 @@ void ProblemsCard::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const QRectF column(iconColumn, lines_[i]->y(), iconWidth, Theme::Typography::body.line);
-        dravel::paintSymbol(painter, column, dravel::Symbol::ExclamationTriangleFill, 16,
+        dravel::paintSymbol(painter, column, dravel::Symbol::exclamationTriangleFill, 16,
                             toneOf(problems_[i].role).on(*this));
     }
 }
@@ -179,7 +179,7 @@ dravel::Card* makeSearchCard(dravel::TextField& field, QWidget* parent) {
     line->setContentsMargins(dravel::Card::iconColumn, Theme::Space::sm, Theme::Space::md, Theme::Space::sm);
     line->setSpacing(dravel::Card::textColumn - dravel::Card::iconColumn - dravel::Card::iconWidth);
     line->addWidget(new dravel::Disc(
-        {.diameter = dravel::Card::iconWidth, .symbol = dravel::Symbol::Search, .symbolSize = 12}, card));
+        {.diameter = dravel::Card::iconWidth, .symbol = dravel::Symbol::search, .symbolSize = 12}, card));
     field.setFixedHeight(40);
     line->addWidget(&field, 1);
     QObject::connect(&field, &dravel::TextField::focusChanged, card, &dravel::Card::setHighlighted);
@@ -190,8 +190,8 @@ dravel::Card* makeSearchCard(dravel::TextField& field, QWidget* parent) {
 
 FindPage::FindPage(AppModel& model, const dravel::Now& now, QWidget* parent)
     : DravelPage(parent), model_(model), finder_({}),
-      words_(new dravel::TextField(dravel::TextField::Kind::Frameless, u"Chercher une tâche…"_s)),
-      none_(new dravel::EmptyCard(dravel::Symbol::Search, u"Aucune tâche ne contient ces mots."_s, &stage())),
+      words_(new dravel::TextField(dravel::TextField::Kind::frameless, u"Chercher une tâche…"_s)),
+      none_(new dravel::EmptyCard(dravel::Symbol::search, u"Aucune tâche ne contient ces mots."_s, &stage())),
       tasks_(new TaskColumn(*this, model, now)) {
     setObjectName(u"page.find"_s);
     setAccessibleName(u"Recherche"_s);

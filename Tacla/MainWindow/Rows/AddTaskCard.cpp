@@ -26,13 +26,13 @@ using dravel::Switch;
 
 AddTaskCard::AddTaskCard(AppModel& model, const dravel::Now& now, QWidget* parent)
     : Card(parent), model_(model), now_(now), today_(currentDay()),
-      title_(new dravel::TextField(dravel::TextField::Kind::Frameless, u"Nouvelle tâche…"_s, this)),
+      title_(new dravel::TextField(dravel::TextField::Kind::frameless, u"Nouvelle tâche…"_s, this)),
       offer_(new dravel::Offer(*title_, this)),
       reason_(new dravel::TextLabel(Theme::Typography::callout, Theme::dangerText, {}, this)), chips_{},
-      date_(new dravel::DateField(u"Date"_s, this)), hasTime_(new Switch(u"Heure"_s, Switch::Kind::Plain, this)),
-      strong_(new Switch(u"Prioritaire"_s, Switch::Kind::Danger, this)),
+      date_(new dravel::DateField(u"Date"_s, this)), hasTime_(new Switch(u"Heure"_s, Switch::Kind::plain, this)),
+      strong_(new Switch(u"Prioritaire"_s, Switch::Kind::danger, this)),
       time_(new dravel::TimeField(u"Heure de la tâche"_s, this)),
-      add_(new dravel::Button(dravel::Button::Kind::Prominent, u"Ajouter"_s, this)) {
+      add_(new dravel::Button(dravel::Button::Kind::prominent, u"Ajouter"_s, this)) {
     const auto days = quickDays(today_);
     for (std::size_t i = 0; i < chips_.size(); ++i) {
         chips_[i] = new dravel::Chip(toQt(days[i].label), this);
@@ -84,7 +84,7 @@ QBoxLayout* AddTaskCard::fieldLine() {
     auto* line = new QHBoxLayout;
     line->setSpacing(textColumn - iconColumn - iconWidth);
     line->addWidget(
-        new dravel::Disc({.diameter = iconWidth, .symbol = dravel::Symbol::PlusLg, .symbolSize = 12}, this));
+        new dravel::Disc({.diameter = iconWidth, .symbol = dravel::Symbol::plusLg, .symbolSize = 12}, this));
     title_->setFixedHeight(40);
     line->addWidget(title_, 1);
     return line;

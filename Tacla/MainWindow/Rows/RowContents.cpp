@@ -33,17 +33,17 @@ bool hasTags(const TaskItem& task, bool showDay) {
 
 std::vector<TaskTag> taskTags(const TaskItem& task, Day today, bool showDay) {
     std::vector<TaskTag> tags;
-    if (showDay && task.day) tags.push_back({.text = dayText(*task.day, today), .symbol = Symbol::Calendar4});
-    if (task.time) tags.push_back({.text = task.time->description(), .symbol = Symbol::Clock});
+    if (showDay && task.day) tags.push_back({.text = dayText(*task.day, today), .symbol = Symbol::calendar4});
+    if (task.time) tags.push_back({.text = task.time->description(), .symbol = Symbol::clock});
     if (task.strong() && !task.done)
-        tags.push_back({.text = "Prioritaire", .symbol = Symbol::ExclamationLg, .role = ColourRole::danger});
+        tags.push_back({.text = "Prioritaire", .symbol = Symbol::exclamationLg, .role = ColourRole::danger});
     if (task.due && !task.done)
         tags.push_back({.text = "due le " + dayAndMonth(*task.due),
-                        .symbol = Symbol::HourglassSplit,
+                        .symbol = Symbol::hourglassSplit,
                         .role = ColourRole::warning});
     if (task.done && task.doneOn && task.day != task.doneOn)
         tags.push_back(
-            {.text = "faite le " + dayAndMonth(*task.doneOn), .symbol = Symbol::CheckLg, .role = ColourRole::success});
+            {.text = "faite le " + dayAndMonth(*task.doneOn), .symbol = Symbol::checkLg, .role = ColourRole::success});
     return tags;
 }
 

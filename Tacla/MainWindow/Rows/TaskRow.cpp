@@ -44,8 +44,8 @@ Theme::TextStyle titleStyle(bool done) { return Theme::Typography::taskTitle.str
 
 TaskRow::TaskRow(AppModel& model, const dravel::Now& now, Container& container, QWidget* parent)
     : QWidget(parent), model_(model), now_(now), container_(container), check_(new CheckButton(this)),
-      menuButton_(new dravel::IconButton(dravel::Symbol::ThreeDots, u"Modifier, reporter ou supprimer"_s, this)),
-      againButton_(new dravel::IconButton(dravel::Symbol::ArrowRepeat, u"Refaire"_s, this)) {
+      menuButton_(new dravel::IconButton(dravel::Symbol::threeDots, u"Modifier, reporter ou supprimer"_s, this)),
+      againButton_(new dravel::IconButton(dravel::Symbol::arrowRepeat, u"Refaire"_s, this)) {
     setObjectName(u"task"_s);
     menuButton_->setObjectName(u"menu"_s);
     menuButton_->setToolTip(menuButton_->accessibleName());
