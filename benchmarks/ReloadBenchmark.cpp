@@ -23,7 +23,9 @@ struct IdleBackground final : dravel::Background {
 };
 
 struct SilentServer final : tacla::NotificationServer {
-    void show(const tacla::NotificationRequest&, std::function<void(Error)>) override {}
+    void show(const tacla::NotificationRequest&,
+              std::function<void(const Error&, const tacla::BubbleHandle&)>) override {}
+    void close(const tacla::BubbleHandle&) override {}
     void ask(std::function<void(Capabilities)>) override {}
 };
 

@@ -129,7 +129,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("TZ", "Europe/Paris");
     QApplication application(argc, argv);
-    dravel::installLook(application, dravel::Appearance::Light);
+    dravel::installLook(application, dravel::Appearance::light);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """A stand-in for Google on loopback: authorization, token and Calendar v3 endpoints, as strict as the real ones.
 
-    google_stand_in.py [--port N] [--automatic allow|refuse] [--quota N] [--client-file PATH] [--until-eof]
+    google_stand_in.py [--port N] [--automatic allow|refuse] [--quota N] [--until-eof]
 
 It prints its address. Besides Google's paths it serves /control: GET /control/client is the client file to sign in
 with, GET /control/state everything it holds (or, with ?calendars, that part), and POST /control takes a JSON object with
@@ -326,6 +326,8 @@ class Handler(BaseHTTPRequestHandler):
             return self.control(url, body)
         if url.path == "/o/oauth2/v2/auth":
             return self.authorize(url, body)
+        if url.path == "/":
+            return self.send(200, self.home(), "text/html; charset=utf-8")
         kind = "token" if url.path == "/token" else "calendar"
         with google.lock:
             google.busy += 1
@@ -384,12 +386,21 @@ class Handler(BaseHTTPRequestHandler):
     def control(self, url, body):
         with self.google.lock:
             if url.path == "/control/client":
-                self.send(200, json.dumps({"installed": self.google.account.client}))
+                self.send(200, json.dumps({"installed": self.google.account.client}),
+                          headers={"Content-Disposition": 'attachment; filename="client_secret_essai.json"'})
             elif url.path == "/control/state":
                 state = self.google.state()
                 self.send(200, json.dumps(state[url.query] if url.query else state, ensure_ascii=False))
             else:
                 self.send(200, json.dumps(self.google.control(json.loads(body))))
+
+    def home(self):
+        """For people: the client file, and what the calendars hold."""
+        with self.google.lock:
+            events = [event for calendar in self.google.calendars.all.values() for event in calendar["events"].values()
+                      if event["status"] != "cancelled"]
+        rows = sorted((str(event["start"].get("date") or event["start"]["dateTime"]), event["summary"]) for event in events)
+        return HOME % "".join(f"<li>{html.escape(' · '.join(row))}</li>" for row in rows)
 
     def authorize(self, url, body):
         query = dict(parse_qsl(url.query))
@@ -406,6 +417,10 @@ class Handler(BaseHTTPRequestHandler):
     do_GET = do_POST = do_PATCH = do_DELETE = serve
 
 
+HOME = """<!doctype html><html lang="fr"><meta charset="utf-8"><title>Remplaçant de Google</title>
+<body style="font:16px sans-serif;max-width:36em;margin:4em auto"><h1>Remplaçant de Google</h1>
+<p><a href="/control/client" id="client">Télécharger le fichier client</a></p><h2>Agenda</h2><ul>%s</ul></body></html>"""
+
 CONSENT = """<!doctype html><html lang="fr"><meta charset="utf-8"><title>Se connecter</title>
 <body style="font:16px sans-serif;max-width:28em;margin:4em auto;text-align:center">
 <h1>Tacla souhaite accéder à votre agenda</h1><p><code>%s</code></p><p>Ceci n'est pas Google : un remplaçant, pour essayer.</p>
@@ -418,15 +433,11 @@ def main():
     parser.add_argument("--port", type=int, default=0)
     parser.add_argument("--automatic", choices=("allow", "refuse"))
     parser.add_argument("--quota", type=int, help="calendar requests a minute")
-    parser.add_argument("--client-file", help="where to write the client file")
     parser.add_argument("--until-eof", action="store_true", help="end when standard input does")
     options = parser.parse_args()
     Handler.google = Google(options.automatic, options.quota)
     server = ThreadingHTTPServer(("127.0.0.1", options.port), Handler)
     server.daemon_threads = True
-    if options.client_file:
-        with open(options.client_file, "w", encoding="utf-8") as file:
-            json.dump({"installed": Handler.google.account.client}, file)
     print(f"http://127.0.0.1:{server.server_address[1]}", flush=True)
     if options.until_eof:
         threading.Thread(target=lambda: (sys.stdin.read(), os._exit(0)), daemon=True).start()

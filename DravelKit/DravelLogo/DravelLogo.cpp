@@ -6,6 +6,8 @@
 #include <QSvgRenderer>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 // Six letters of one stroke each, with round ends, on a line 48 high: base at 38, top of the small letters at 16.
@@ -25,8 +27,8 @@ constexpr char wordmark[] = R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="
 }
 
 DravelLogo::DravelLogo(int height, QWidget* parent) : QLabel(parent) {
-    setText(QStringLiteral("Dravel")); // its name for screen readers
-    setObjectName(QStringLiteral("dravelLogo"));
+    setText(u"Dravel"_s); // its name for screen readers
+    setObjectName(u"dravelLogo"_s);
     setFixedSize(height * drawing.width() / drawing.height(), height);
 }
 

@@ -55,9 +55,13 @@ QSize Button::sizeHint() const {
 void Button::paint(QPainter& painter) {
     const Faces tones = faces(kind_);
     const auto& fill = isDown() ? tones.pressed : isHovered() ? tones.hover : tones.rest;
-    const bool bordered = kind_ == Kind::neutralOnBackground;
-    const qreal inset = bordered ? 0.5 : 0;
-    painter.setPen(bordered ? QPen(Theme::border.on(*this)) : QPen(Qt::NoPen));
+    // The neutral fill alone is not seen on a dark card.
+    const bool bordered = kind_ == Kind::neutralOnBackground,
+               outlined = kind_ == Kind::neutral && appearanceOf(*this) == Appearance::dark;
+    const qreal inset = bordered || outlined ? 0.5 : 0;
+    painter.setPen(bordered   ? QPen(Theme::border.on(*this))
+                   : outlined ? QPen(Theme::outline.on(*this))
+                              : QPen(Qt::NoPen));
     painter.setBrush(fill.on(*this));
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), Theme::Radius::sm - inset,
                             Theme::Radius::sm - inset);
@@ -123,9 +127,12 @@ void Chip::paint(QPainter& painter) {
                        : isHovered() ? Theme::neutralHover
                                      : Theme::tile;
     const auto& ink = isChecked() || isDown() ? Theme::accentOnSoft : Theme::textSecondary;
-    painter.setPen(Qt::NoPen);
+    // Chosen is told by a ring too: the two fills are hardly told apart.
+    painter.setPen(isChecked() ? QPen(Theme::accent.on(*this), 1.5) : QPen(Qt::NoPen));
     painter.setBrush(fill.on(*this));
-    painter.drawRoundedRect(rect(), faceRadius(), faceRadius());
+    const qreal inset = isChecked() ? 0.75 : 0;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), faceRadius() - inset,
+                            faceRadius() - inset);
     paintLine(painter, rect(), Theme::Typography::callout, ink.on(*this), text(), Qt::AlignHCenter);
 }
 

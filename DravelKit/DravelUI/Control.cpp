@@ -9,6 +9,8 @@
 #include <QPainter>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int reach = 4; // 2 px of gap and 2 px of ring
@@ -36,7 +38,7 @@ FocusRing* FocusRing::around(QWidget& control, const QRect& face, int radius) {
 
 FocusRing::FocusRing(QWidget& stage, QWidget& control, const QRect& face, int radius)
     : QWidget(&stage), control_(&control), face_(face), radius_(radius) {
-    setObjectName(QStringLiteral("focusRing"));
+    setObjectName(u"focusRing"_s);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     for (QWidget* one = &control; one && one != &stage; one = one->parentWidget()) one->installEventFilter(this);
     follow();

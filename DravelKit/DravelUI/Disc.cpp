@@ -12,6 +12,8 @@
 #include <cmath>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int frame = 40, turn = 1200; // ms
@@ -31,7 +33,7 @@ Disc::Disc(const Face& face, QWidget* parent) : QWidget(parent), face_(face) {
 Disc::Face Disc::done(int diameter) {
     return {.diameter = diameter,
             .fill = Theme::successSoft,
-            .symbol = Symbol::CheckLg,
+            .symbol = Symbol::checkLg,
             .symbolSize = 14,
             .ink = Theme::successText};
 }
@@ -113,11 +115,11 @@ void ProgressRing::paintEvent(QPaintEvent*) {
     painter.setBrush(Theme::surface.on(*this));
     painter.drawEllipse(circle);
     if (total_ == 0) {
-        paintSymbol(painter, square, Symbol::Sun, 20, Theme::accent.on(*this));
+        paintSymbol(painter, square, Symbol::sun, 20, Theme::accent.on(*this));
         return;
     }
     const qreal part = std::clamp(done_ / static_cast<qreal>(total_), 0.0, 1.0);
-    const bool dark = appearanceOf(*this) == Appearance::Dark;
+    const bool dark = appearanceOf(*this) == Appearance::dark;
     const QColor start = (dark ? Theme::Palette::violet : Theme::Palette::blue).color();
     const QColor end = (dark ? Theme::Palette::pink : Theme::Palette::violet).color();
     if (part > 0) {
@@ -126,8 +128,8 @@ void ProgressRing::paintEvent(QPaintEvent*) {
                             part < 1 ? Qt::RoundCap : Qt::FlatCap));
         painter.drawArc(circle, 90 * 16, -qRound(part * 360 * 16));
     }
-    paintLine(painter, square, Theme::Typography::subtitle, Theme::text.on(*this),
-              QStringLiteral("%1/%2").arg(done_).arg(total_), Qt::AlignHCenter);
+    paintLine(painter, square, Theme::Typography::subtitle, Theme::text.on(*this), u"%1/%2"_s.arg(done_).arg(total_),
+              Qt::AlignHCenter);
 }
 
 }

@@ -16,7 +16,7 @@ class Disc final : public QWidget {
     struct Face {
         int diameter = 28;
         Theme::Tone fill = Theme::accentSoft;
-        Symbol symbol = Symbol::CheckLg;
+        Symbol symbol = Symbol::checkLg;
         int symbolSize = 14;
         Theme::Tone ink = Theme::accentOnSoft;
         QString number = {};  // drawn instead of the symbol

@@ -7,6 +7,8 @@
 #include <algorithm>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int titleTop = 4, subtitleGap = 4;
@@ -16,7 +18,7 @@ constexpr int accentRoom = 8; // "À" reaches above its line box
 
 DravelPage::DravelPage(QWidget* parent) : QScrollArea(parent) {
     auto* stage = new CardStage;
-    stage->setObjectName(QStringLiteral("pageBody"));
+    stage->setObjectName(u"pageBody"_s);
     column_ = new QVBoxLayout(stage);
     column_->setSpacing(Theme::Space::md);
     column_->setAlignment(Qt::AlignTop);
@@ -28,7 +30,7 @@ DravelPage::DravelPage(QWidget* parent) : QScrollArea(parent) {
     setWidget(stage);
     verticalScrollBar()->setSingleStep(40);
     verticalScrollBar()->setFocusPolicy(Qt::NoFocus);
-    verticalScrollBar()->setObjectName(QStringLiteral("pageScrollBar"));
+    verticalScrollBar()->setObjectName(u"pageScrollBar"_s);
     fitColumn();
 }
 
@@ -40,10 +42,10 @@ DravelPage::DravelPage(const QString& title, const QString& subtitle, QWidget* p
     texts->setContentsMargins(0, 0, 0, Theme::Space::lg - Theme::Space::md);
     texts->setSpacing(subtitleGap);
     auto* titleLabel = new TextLabel(Theme::Typography::pageTitle, Theme::text, title, head_);
-    titleLabel->setObjectName(QStringLiteral("pageTitle"));
+    titleLabel->setObjectName(u"pageTitle"_s);
     titleLabel->setContentsMargins(0, accentRoom, 0, 0);
     subtitle_ = new TextLabel(Theme::Typography::body, Theme::textSecondary, subtitle, head_);
-    subtitle_->setObjectName(QStringLiteral("pageSubtitle"));
+    subtitle_->setObjectName(u"pageSubtitle"_s);
     subtitle_->setWraps(true);
     subtitle_->setHidden(subtitle.isEmpty());
     texts->addWidget(titleLabel);

@@ -15,6 +15,8 @@
 #include <algorithm>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int faceHeight = 48, besideButton = 10, shadowReach = 6, widest = 560;
@@ -23,10 +25,10 @@ constexpr int faceHeight = 48, besideButton = 10, shadowReach = 6, widest = 560;
 
 Toast::Toast(QWidget* parent)
     : QWidget(parent), text_(new TextLabel(Theme::Typography::body, Theme::text, {}, this)),
-      action_(new Button(Button::Kind::Soft, {}, this)) {
-    text_->setObjectName(QStringLiteral("toastText"));
+      action_(new Button(Button::Kind::soft, {}, this)) {
+    text_->setObjectName(u"toastText"_s);
     text_->setElide(Qt::ElideMiddle);
-    action_->setObjectName(QStringLiteral("toastAction"));
+    action_->setObjectName(u"toastAction"_s);
     connect(action_, &QAbstractButton::clicked, this, &Toast::acted);
     auto* line = new QHBoxLayout(this);
     line->setSpacing(Theme::Space::md);
@@ -50,7 +52,7 @@ void Toast::tell(const QString& text, const QString& action) {
     text_->setToolTip(text);
     setAccessibleName(text);
     action_->setText(action);
-    action_->setAccessibleName(action + QStringLiteral(" : ") + text);
+    action_->setAccessibleName(action + u" : "_s + text);
     action_->setHidden(action.isEmpty());
     action_->updateGeometry();
     const int right = action.isEmpty() ? Theme::Space::md : besideButton;
@@ -72,7 +74,7 @@ void Toast::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF face = QRectF(rect()).adjusted(shadowReach, shadowReach, -shadowReach, -shadowReach);
-    if (appearanceOf(*this) == Appearance::Light) paintShadow(painter, face, Theme::Radius::md);
+    if (appearanceOf(*this) == Appearance::light) paintShadow(painter, face, Theme::Radius::md);
     painter.setPen(Theme::border.on(*this));
     painter.setBrush(Theme::surface.on(*this));
     painter.drawRoundedRect(face.adjusted(0.5, 0.5, -0.5, -0.5), Theme::Radius::md - 0.5, Theme::Radius::md - 0.5);
@@ -87,7 +89,7 @@ constexpr int brandGap = 10, listTop = 72, narrowestPage = 480;
 class Handle final : public QWidget {
   public:
     explicit Handle(DravelShell& shell) : QWidget(&shell), shell_(shell) {
-        setObjectName(QStringLiteral("sidebarHandle"));
+        setObjectName(u"sidebarHandle"_s);
         setCursor(Qt::SplitHCursor);
     }
 
@@ -111,11 +113,11 @@ DravelShell::DravelShell(const QString& brand, const QIcon& icon, const QString&
     : QWidget(parent), icon_(icon), brand_(new TextLabel(Theme::Typography::cardTitle, Theme::text, brand, this)),
       list_(new SidebarList(listName, this)), toast_(new Toast(this)), pages_(new QStackedWidget(this)),
       handle_(new Handle(*this)) {
-    brand_->setObjectName(QStringLiteral("brand"));
-    list_->setObjectName(QStringLiteral("sidebarList"));
-    pages_->setObjectName(QStringLiteral("pages"));
+    brand_->setObjectName(u"brand"_s);
+    list_->setObjectName(u"sidebarList"_s);
+    pages_->setObjectName(u"pages"_s);
     handle_->raise();
-    toast_->setObjectName(QStringLiteral("toast"));
+    toast_->setObjectName(u"toast"_s);
     connect(toast_, &Toast::changed, this, &DravelShell::arrangeToast);
 }
 
@@ -143,8 +145,12 @@ void DravelShell::setSidebarWidth(int wanted) {
 void DravelShell::resizeEvent(QResizeEvent*) { arrange(); }
 
 void DravelShell::arrange() {
-    sidebarWidth_ = std::max(std::min(wantedSidebar_, width() - narrowestPage), minimumSidebar);
+    const bool folded = width() < foldsBelow;
+    sidebarWidth_ =
+        folded ? foldedSidebar : std::max(std::min(wantedSidebar_, width() - narrowestPage), minimumSidebar);
     const int room = sidebarWidth_ - 1 - 2 * sidePadding; // 1: the line at its right
+    brand_->setHidden(folded);
+    handle_->setHidden(folded);
     const int textLeft = iconLeft + iconSide + brandGap;
     brand_->setGeometry(textLeft, iconTop + 4, sidebarWidth_ - 1 - textLeft - sidePadding, 20);
     list_->setGeometry(sidePadding, listTop, room, list_->sizeHint().height());
@@ -167,7 +173,8 @@ void DravelShell::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(0, 0, sidebarWidth_ - 1, height(), Theme::surface.on(*this));
     painter.fillRect(sidebarWidth_ - 1, 0, 1, height(), Theme::border.on(*this));
-    icon_.paint(&painter, iconLeft, iconTop, iconSide, iconSide);
+    const int left = brand_->isHidden() ? (sidebarWidth_ - 1 - iconSide) / 2 : iconLeft;
+    icon_.paint(&painter, left, iconTop, iconSide, iconSide);
 }
 
 }

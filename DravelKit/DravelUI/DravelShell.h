@@ -41,6 +41,8 @@ class DravelShell final : public QWidget {
 
   public:
     static constexpr int idealSidebar = 210, minimumSidebar = 190;
+    // Narrower than that, half of a small screen, the sidebar shows its symbols only.
+    static constexpr int foldsBelow = 820, foldedSidebar = 64;
 
     // The list's name for screen readers. The icon is drawn 28 px large.
     DravelShell(const QString& brand, const QIcon& icon, const QString& listName, QWidget* parent = nullptr);

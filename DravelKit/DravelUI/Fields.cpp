@@ -23,6 +23,8 @@
 
 namespace dravel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int padding = 12, monthLine = 28, initialsLine = 28, cellWidth = 32, cellHeight = 30, weeks = 6;
@@ -60,7 +62,7 @@ class DatePopup::DayCell final : public Control {
 void DatePopup::DayCell::setDay(const Day& day) {
     day_ = day;
     setText(QString::number(day.date.day()));
-    setAccessibleName(french().toString(day.date, QStringLiteral("dddd d MMMM yyyy")));
+    setAccessibleName(french().toString(day.date, u"dddd d MMMM yyyy"_s));
     setChecked(day.selected);
     update();
 }
@@ -104,26 +106,26 @@ QDate DatePopup::firstDayShown(QDate month) {
 DatePopup::DatePopup(QDate selected, QDate today, QWidget* parent)
     : QWidget(parent, Qt::Popup), selected_(selected), today_(today), cursor_(selected),
       month_(new TextLabel(Theme::Typography::subtitle, Theme::text, {}, this)) {
-    setObjectName(QStringLiteral("datePopup"));
-    setAccessibleName(QStringLiteral("Choisir une date"));
+    setObjectName(u"datePopup"_s);
+    setAccessibleName(u"Choisir une date"_s);
     setAttribute(Qt::WA_DeleteOnClose);
     setFixedSize(wholeSize);
     popups::prepare(*this);
     if (popups::isShaped(*this)) setMask(popups::shape(rect()));
-    month_->setObjectName(QStringLiteral("month"));
+    month_->setObjectName(u"month"_s);
     month_->setAlignment(Qt::AlignHCenter);
     month_->setGeometry(padding + monthLine, padding, wholeSize.width() - 2 * (padding + monthLine), monthLine);
 
     const auto chevron = [this](Symbol symbol, const QString& name, int x, int months) {
         auto* button = new IconButton(symbol, name, this);
-        button->setObjectName(months < 0 ? QStringLiteral("previousMonth") : QStringLiteral("nextMonth"));
+        button->setObjectName(months < 0 ? u"previousMonth"_s : u"nextMonth"_s);
         button->setSymbolSize(12);
         button->setFaceSize({monthLine, monthLine});
         button->setGeometry(x, padding, monthLine, monthLine);
         connect(button, &QAbstractButton::clicked, this, [this, months] { moveTo(cursor_.addMonths(months)); });
     };
-    chevron(Symbol::ChevronLeft, QStringLiteral("Mois précédent"), padding, -1);
-    chevron(Symbol::ChevronRight, QStringLiteral("Mois suivant"), wholeSize.width() - padding - monthLine, 1);
+    chevron(Symbol::chevronLeft, u"Mois précédent"_s, padding, -1);
+    chevron(Symbol::chevronRight, u"Mois suivant"_s, wholeSize.width() - padding - monthLine, 1);
     for (int index = 0; index < 7 * weeks; ++index) {
         auto* cell = new DayCell(this);
         cell->setGeometry(padding + index % 7 * cellWidth, padding + monthLine + initialsLine + index / 7 * cellHeight,
@@ -158,7 +160,7 @@ void DatePopup::moveTo(QDate day) {
 }
 
 void DatePopup::refresh() {
-    month_->setText(capitalised(french().toString(cursor_, QStringLiteral("MMMM yyyy"))));
+    month_->setText(capitalised(french().toString(cursor_, u"MMMM yyyy"_s)));
     const QDate first = firstDayShown(cursor_);
     for (int index = 0; index < cells_.size(); ++index) {
         const QDate date = first.addDays(index);
@@ -276,8 +278,8 @@ std::optional<int> TypedSections::number(int section) const {
 }
 
 DateField::DateField(const QString& accessibleName, QWidget* parent)
-    : QDateEdit(parent), typed_({{2, 3}, {2, 1}, {4, 9999}}, QStringLiteral("/-. ")) {
-    prepare(*this, QStringLiteral("dd/MM/yyyy"), accessibleName);
+    : QDateEdit(parent), typed_({{2, 3}, {2, 1}, {4, 9999}}, u"/-. "_s) {
+    prepare(*this, u"dd/MM/yyyy"_s, accessibleName);
 }
 
 DateField::~DateField() { delete popup_; }
@@ -293,7 +295,7 @@ void DateField::openPopup() {
     popup_->showUnder(*this);
 }
 
-void DateField::paintEvent(QPaintEvent*) { paintField(*this, Symbol::Calendar4, hasFocus()); }
+void DateField::paintEvent(QPaintEvent*) { paintField(*this, Symbol::calendar4, hasFocus()); }
 
 void DateField::keyPressEvent(QKeyEvent* event) {
     const bool down = event->key() == Qt::Key_Down && event->modifiers().testFlag(Qt::AltModifier);
@@ -341,8 +343,8 @@ void DateField::mousePressEvent(QMouseEvent* event) {
 }
 
 TimeField::TimeField(const QString& accessibleName, QWidget* parent)
-    : QTimeEdit(parent), typed_({{2, 2}, {2, 5}}, QStringLiteral(":hH. ")) {
-    prepare(*this, QStringLiteral("HH:mm"), accessibleName);
+    : QTimeEdit(parent), typed_({{2, 2}, {2, 5}}, u":hH. "_s) {
+    prepare(*this, u"HH:mm"_s, accessibleName);
 }
 
 void TimeField::focusOutEvent(QFocusEvent* event) {
@@ -364,6 +366,6 @@ void TimeField::keyPressEvent(QKeyEvent* event) {
 
 QSize TimeField::sizeHint() const { return sizeFor(text()); }
 
-void TimeField::paintEvent(QPaintEvent*) { paintField(*this, Symbol::Clock, hasFocus()); }
+void TimeField::paintEvent(QPaintEvent*) { paintField(*this, Symbol::clock, hasFocus()); }
 
 }

@@ -26,6 +26,8 @@
 #include <algorithm>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int scrollExtent = 14, thumbWidth = 6, thumbInset = 4, shortestThumb = 32;
@@ -44,7 +46,7 @@ void paintLineEdit(QPainter& painter, const QStyleOption& option) {
     const qreal pen = focused ? 2 : 1;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen((focused ? Theme::accent : Theme::border).in(look).color(), pen));
+    painter.setPen(QPen((focused ? Theme::accent : Theme::outline).in(look).color(), pen));
     painter.setBrush(Theme::surface.in(look).color());
     painter.drawRoundedRect(QRectF(option.rect).adjusted(pen / 2, pen / 2, -pen / 2, -pen / 2),
                             Theme::Radius::sm - pen / 2, Theme::Radius::sm - pen / 2);
@@ -89,7 +91,7 @@ void paintScrollBar(QPainter& painter, const QStyleOptionSlider& option) {
         thumb = {thumb.left(), thumb.bottom() - thumbInset - thumbWidth, thumb.width(), thumbWidth};
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush((active ? Theme::textTertiary : Theme::border).in(appearanceOf(option.palette)).color());
+    painter.setBrush((active ? Theme::textSecondary : Theme::textTertiary).in(appearanceOf(option.palette)).color());
     painter.drawRoundedRect(thumb, thumbWidth / 2.0, thumbWidth / 2.0);
 }
 
@@ -110,7 +112,7 @@ class KitStyle final : public QProxyStyle {
     void drawComplexControl(ComplexControl, const QStyleOptionComplex*, QPainter*, const QWidget*) const override;
 };
 
-KitStyle::KitStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+KitStyle::KitStyle() : QProxyStyle(u"Fusion"_s) {}
 
 void KitStyle::polish(QWidget* widget) {
     QProxyStyle::polish(widget);
@@ -283,18 +285,27 @@ QPalette themePalette(Appearance appearance) {
     return palette;
 }
 
+// A desktop that changes its theme puts its own style into every running program, and so ends the kit's: which then is
+// set again. When the application ends there is nobody left to tell.
+void setKitStyle(QApplication& application) {
+    auto* style = new KitStyle;
+    QObject::connect(
+        style, &QObject::destroyed, &application, [&application] { setKitStyle(application); }, Qt::QueuedConnection);
+    QApplication::setStyle(style);
+}
+
 }
 
 void installLook(QApplication& application, Appearance appearance) {
     QAccessible::installFactory(kitAccessible);
-    application.setStyle(new KitStyle);
+    setKitStyle(application);
     QApplication::setFont(Theme::font(Theme::Typography::body));
     setAppearance(appearance);
 }
 
 void translateQt(QApplication& application) {
     auto* french = new QTranslator(&application);
-    if (french->load(QStringLiteral("qtbase_fr"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    if (french->load(u"qtbase_fr"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(french);
 }
 

@@ -28,15 +28,15 @@ constexpr auto& type = Theme::Typography::body;
 // The title without the marks of its mnemonic.
 QString plainTitle(const QString& text) {
     QString plain;
-    const QString title = text.section(QLatin1Char('\t'), 0, 0);
+    const QString title = text.section(u'\t', 0, 0);
     for (int at = 0; at < title.size(); ++at) {
-        if (title[at] == QLatin1Char('&') && ++at == title.size()) break;
+        if (title[at] == u'&' && ++at == title.size()) break;
         plain += title[at];
     }
     return plain;
 }
 
-QString shortcut(const QString& text) { return text.section(QLatin1Char('\t'), 1, 1); }
+QString shortcut(const QString& text) { return text.section(u'\t', 1, 1); }
 
 bool isDestructive(const QWidget* widget, const QRect& entry) {
     const auto* menu = qobject_cast<const QMenu*>(widget);
@@ -86,12 +86,12 @@ void paintEntry(QPainter& painter, const QStyleOptionMenuItem& option, const QWi
     QRect inner = option.rect.adjusted(sidePadding, 0, -sidePadding, 0);
     if (option.menuHasCheckableItems) {
         if (option.checked)
-            paintSymbol(painter, QRect(inner.left(), inner.top(), 14, inner.height()), Symbol::CheckLg, 14, ink.text);
+            paintSymbol(painter, QRect(inner.left(), inner.top(), 14, inner.height()), Symbol::checkLg, 14, ink.text);
         inner.setLeft(inner.left() + markColumn);
     }
     paintLine(painter, inner, type, ink.text, plainTitle(option.text));
     if (option.menuItemType == QStyleOptionMenuItem::SubMenu)
-        paintSymbol(painter, QRect(inner.right() - 11, inner.top(), 12, inner.height()), Symbol::ChevronRight, 12,
+        paintSymbol(painter, QRect(inner.right() - 11, inner.top(), 12, inner.height()), Symbol::chevronRight, 12,
                     ink.text);
     if (const QString keys = shortcut(option.text); !keys.isEmpty())
         paintLine(painter, inner, type, Theme::textTertiary.in(appearanceOf(option.palette)).color(), keys,

@@ -8,6 +8,8 @@
 #include <QVBoxLayout>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 TextLabel* wrapping(const Theme::TextStyle& style, const Theme::Tone& tone, const QString& text, QWidget* parent) {
@@ -23,8 +25,8 @@ SettingRow::SettingRow(Symbol symbol, const QString& title, const QString& detai
       detail_(wrapping(Theme::Typography::callout, Theme::textSecondary, detail, this)), texts_(new QVBoxLayout),
       controls_(new QHBoxLayout) {
     setAccessibleName(title);
-    title_->setObjectName(QStringLiteral("settingTitle"));
-    detail_->setObjectName(QStringLiteral("settingDetail"));
+    title_->setObjectName(u"settingTitle"_s);
+    detail_->setObjectName(u"settingDetail"_s);
     detail_->setHidden(detail.isEmpty());
 
     auto* row = new QHBoxLayout(this);
@@ -58,7 +60,7 @@ void SettingRow::setDetail(const QString& text, const Theme::Tone& tone) {
 void SettingRow::setNote(const QString& text, const Theme::Tone& tone) {
     if (!note_) {
         note_ = wrapping(Theme::Typography::callout, tone, {}, this);
-        note_->setObjectName(QStringLiteral("settingNote"));
+        note_->setObjectName(u"settingNote"_s);
         texts_->insertWidget(texts_->count() - 1, note_);
     }
     if (note_->text() != text) note_->setText(text);
@@ -69,7 +71,7 @@ void SettingRow::setNote(const QString& text, const Theme::Tone& tone) {
 void SettingRow::setDone(bool done, const QString& accessibleName) {
     if (!done_ && done) {
         done_ = new Disc(Disc::done(), this);
-        done_->setObjectName(QStringLiteral("settingDone"));
+        done_->setObjectName(u"settingDone"_s);
         controls_->addWidget(done_);
     }
     if (!done_) return;
@@ -80,7 +82,7 @@ void SettingRow::setDone(bool done, const QString& accessibleName) {
 void SettingRow::setStatus(const QString& text) {
     if (!status_) {
         status_ = new TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this);
-        status_->setObjectName(QStringLiteral("settingStatus"));
+        status_->setObjectName(u"settingStatus"_s);
         controls_->insertWidget(0, status_);
     }
     status_->setText(text);
@@ -121,7 +123,7 @@ SettingsCard::SettingsCard(Symbol symbol, const QString& title, const QString& i
     if (intro.isEmpty()) return;
     header->setFixedHeight(32); // the introduction stands 4 below the title
     auto* label = wrapping(Theme::Typography::callout, Theme::textSecondary, intro, this);
-    label->setObjectName(QStringLiteral("cardIntro"));
+    label->setObjectName(u"cardIntro"_s);
     auto* inset = new QVBoxLayout;
     inset->setContentsMargins(textColumn, 0, iconColumn, 6);
     inset->addWidget(label);

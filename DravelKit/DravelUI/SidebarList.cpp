@@ -10,6 +10,8 @@
 #include <algorithm>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int rowHeight = 36, rowGap = 4, rowPadding = 10, symbolSize = 16, symbolGap = 10;
@@ -37,9 +39,14 @@ void SidebarRow::paint(QPainter& painter) {
     const auto& ink = lit ? Theme::accentOnSoft : isHovered() ? Theme::text : Theme::textSecondary;
     const auto& symbolInk = lit ? ink : Theme::textTertiary;
     paintSymbol(painter, QRectF(rowPadding, 0, symbolSize, height()), symbol_, symbolSize, symbolInk.on(*this));
+    if (isFolded()) return;
     paintLine(painter, rect().adjusted(rowPadding + symbolSize + symbolGap, 0, -rowPadding, 0),
               Theme::Typography::bodyMedium, ink.on(*this), text());
 }
+
+bool SidebarRow::isFolded() const { return width() < 2 * rowPadding + 2 * symbolSize + symbolGap; }
+
+void SidebarRow::resizeEvent(QResizeEvent*) { setToolTip(isFolded() ? text() : QString()); }
 
 // Inside the row, not around it.
 void SidebarRow::showRing(bool on) {
@@ -110,8 +117,8 @@ SidebarBadge::SidebarBadge(QWidget* parent)
     : QWidget(parent), disc_(new Disc({.fill = Theme::surface, .ink = Theme::successText}, this)),
       title_(new TextLabel(Theme::Typography::subtitle, Theme::text, {}, this)),
       subtitle_(new TextLabel(Theme::Typography::caption, Theme::textSecondary, {}, this)) {
-    title_->setObjectName(QStringLiteral("badgeTitle"));
-    subtitle_->setObjectName(QStringLiteral("badgeSubtitle"));
+    title_->setObjectName(u"badgeTitle"_s);
+    subtitle_->setObjectName(u"badgeSubtitle"_s);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -125,14 +132,16 @@ void SidebarBadge::setContent(const Content& content) {
     if (title_->text() != content.title) title_->setText(content.title);
     if (subtitle_->text() != content.subtitle) subtitle_->setText(content.subtitle);
     subtitle_->setTone(content.trouble ? Theme::warningText : Theme::textSecondary);
-    setAccessibleName(content.title + QStringLiteral(", ") + content.subtitle);
+    setAccessibleName(content.title + u", "_s + content.subtitle);
     setToolTip(content.subtitle);
 }
 
 void SidebarBadge::resizeEvent(QResizeEvent*) {
     constexpr int padding = 12, gap = 10, disc = 28, lines = 32; // 18 + 14
-    disc_->move(padding, (height() - disc) / 2);
     const int left = padding + disc + gap, room = width() - left - padding, top = (height() - lines) / 2;
+    const bool folded = room < disc; // the disc alone says how things stand
+    disc_->move(folded ? (width() - disc) / 2 : padding, (height() - disc) / 2);
+    for (auto* line : {title_, subtitle_}) line->setHidden(folded);
     title_->setGeometry(left, top, room, 18);
     subtitle_->setGeometry(left, top + 18, room, 14);
 }

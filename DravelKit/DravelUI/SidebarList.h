@@ -24,8 +24,11 @@ class SidebarRow final : public Control {
     void nextCheckState() override { setChecked(true); }
     void showRing(bool) override;
     void keyPressEvent(QKeyEvent*) override;
+    void resizeEvent(QResizeEvent*) override;
 
   private:
+    bool isFolded() const; // to its symbol
+
     Symbol symbol_;
     bool ringed_ = false;
 };
@@ -60,7 +63,7 @@ class SidebarBadge final : public QWidget {
 
   public:
     struct Content {
-        Symbol symbol = Symbol::CheckLg;
+        Symbol symbol = Symbol::checkLg;
         QString title, subtitle;
         bool trouble = false; // warning tones
         bool busy = false;    // the symbol turns

@@ -11,6 +11,8 @@
 
 namespace dravel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Lets everything pass, but in one line.
@@ -19,11 +21,11 @@ class OneLine final : public QValidator {
     using QValidator::QValidator;
 
     State validate(QString& text, int& cursor) const override {
-        static const QRegularExpression breaks(QStringLiteral("\\r\\n|[\\r\\n\\x{2028}\\x{2029}]"));
+        static const QRegularExpression breaks(u"\\r\\n|[\\r\\n\\x{2028}\\x{2029}]"_s);
         if (!text.contains(breaks)) return Acceptable;
         lines_ = text.split(breaks, Qt::SkipEmptyParts);
-        cursor = static_cast<int>(text.left(cursor).replace(breaks, QStringLiteral(" ")).size());
-        text.replace(breaks, QStringLiteral(" "));
+        cursor = static_cast<int>(text.left(cursor).replace(breaks, u" "_s).size());
+        text.replace(breaks, u" "_s);
         return Acceptable;
     }
     QStringList takeLines() { return std::exchange(lines_, {}); }
@@ -37,9 +39,9 @@ class OneLine final : public QValidator {
 TextField::TextField(Kind kind, const QString& placeholder, QWidget* parent) : QLineEdit(parent), kind_(kind) {
     setPlaceholderText(placeholder);
     setAccessibleName(placeholder);
-    setFrame(kind == Kind::Boxed);
+    setFrame(kind == Kind::boxed);
     // QLineEdit keeps 2 px of its own before the text, and rounds its middle down.
-    if (kind == Kind::Boxed)
+    if (kind == Kind::boxed)
         setTextMargins(8, 0, 8, 1);
     else
         setTextMargins(-2, 0, -2, 1);
@@ -53,7 +55,7 @@ TextField::TextField(Kind kind, const QString& placeholder, QWidget* parent) : Q
     connect(this, &QLineEdit::textChanged, this, fit);
 }
 
-QSize TextField::sizeHint() const { return {200, kind_ == Kind::Boxed ? 32 : 40}; }
+QSize TextField::sizeHint() const { return {200, kind_ == Kind::boxed ? 32 : 40}; }
 
 void TextField::focusInEvent(QFocusEvent* event) {
     QLineEdit::focusInEvent(event);
@@ -74,7 +76,7 @@ constexpr int offerPadding = 12, offerKey = 14, offerGap = 8;
 Offer::Offer(TextField& field, QWidget* parent) : Control(parent), field_(field) {
     setFocusPolicy(Qt::NoFocus); // the field's Tab key is its own
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
-    setToolTip(QStringLiteral("Touche Tab"));
+    setToolTip(u"Touche Tab"_s);
     field.installEventFilter(this);
     hide();
 }
@@ -82,7 +84,7 @@ Offer::Offer(TextField& field, QWidget* parent) : Control(parent), field_(field)
 void Offer::make(const QString& what) {
     setText(what);
     setVisible(!what.isEmpty());
-    field_.setAccessibleDescription(what.isEmpty() ? QString() : what + QStringLiteral(", touche Tab"));
+    field_.setAccessibleDescription(what.isEmpty() ? QString() : what + u", touche Tab"_s);
     updateGeometry();
     update();
 }

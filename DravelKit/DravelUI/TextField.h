@@ -12,7 +12,7 @@ class TextField final : public QLineEdit {
     Q_OBJECT
 
   public:
-    enum class Kind { Frameless, Boxed }; // boxed: 32 high on surface, accent border while focused
+    enum class Kind { frameless, boxed }; // boxed: 32 high on surface, accent border while focused
 
     TextField(Kind, const QString& placeholder, QWidget* parent = nullptr);
     QSize sizeHint() const override;

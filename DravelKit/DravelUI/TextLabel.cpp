@@ -11,6 +11,8 @@
 
 namespace dravel {
 
+using namespace Qt::StringLiterals;
+
 TextLabel::TextLabel(const Theme::TextStyle& style, const Theme::Tone& tone, const QString& text, QWidget* parent)
     : QLabel(parent), style_(style), tone_(tone) {
     setTextFormat(Qt::PlainText);
@@ -40,7 +42,7 @@ void TextLabel::setSelectable(bool on) {
 
 QSize TextLabel::sizeHint() const {
     int widest = 0;
-    const auto lines = QStringView(text()).split(QLatin1Char('\n'));
+    const auto lines = QStringView(text()).split(u'\n');
     for (const auto& line : lines) widest = std::max(widest, textWidth(style_, line.toString()));
     return {widest, static_cast<int>(lines.size()) * style_.line + contentsMargins().top()};
 }
@@ -122,9 +124,9 @@ void TextLabel::focusOutEvent(QFocusEvent* event) {
 void TextLabel::contextMenuEvent(QContextMenuEvent* event) {
     if (!selectable_) return QLabel::contextMenuEvent(event);
     QMenu menu(this);
-    QAction* copy = menu.addAction(QStringLiteral("Copier"));
+    QAction* copy = menu.addAction(u"Copier"_s);
     copy->setEnabled(anchor_ != cursor_);
-    QAction* all = menu.addAction(QStringLiteral("Tout sélectionner"));
+    QAction* all = menu.addAction(u"Tout sélectionner"_s);
     const QAction* chosen = menu.exec(event->globalPos());
     if (chosen == copy) QGuiApplication::clipboard()->setText(selectedPart());
     if (chosen == all) selectAll();

@@ -13,7 +13,7 @@ static void initResources() { Q_INIT_RESOURCE(dravel_ui); }
 namespace dravel {
 
 Appearance appearanceOf(const QPalette& palette) {
-    return palette.color(QPalette::Window).lightness() < 128 ? Appearance::Dark : Appearance::Light;
+    return palette.color(QPalette::Window).lightness() < 128 ? Appearance::dark : Appearance::light;
 }
 
 Appearance appearanceOf(const QWidget& widget) { return appearanceOf(widget.palette()); }

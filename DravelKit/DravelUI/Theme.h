@@ -14,7 +14,7 @@ class QWidget;
 // follows the palette of the widget that draws (Look.h makes that palette).
 namespace dravel {
 
-enum class Appearance { Light, Dark };
+enum class Appearance { light, dark };
 
 Appearance appearanceOf(const QPalette&); // dark when the window colour is a dark one
 Appearance appearanceOf(const QWidget&);
@@ -54,7 +54,7 @@ struct Tone {
     constexpr Tone(RGB lightValue, RGB darkValue) : light(lightValue), dark(darkValue) {}
     bool operator==(const Tone&) const = default;
 
-    constexpr RGB in(Appearance appearance) const { return appearance == Appearance::Dark ? dark : light; }
+    constexpr RGB in(Appearance appearance) const { return appearance == Appearance::dark ? dark : light; }
     QColor on(const QWidget& widget) const; // the value for the appearance of that widget, read anew at each call
     constexpr Tone mixed(const Tone& with, double t) const {
         return {light.mixed(with.light, t), dark.mixed(with.dark, t)};

@@ -10,6 +10,8 @@
 #include <algorithm>
 
 namespace dravel {
+
+using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int columnWidth = 600, introWidth = 560, iconSide = 64, discSide = 32;
@@ -31,29 +33,37 @@ class IconLabel final : public QWidget {
 }
 
 WelcomeStep::WelcomeStep(const QString& title, const QString& text, QWidget* parent)
-    : Card(parent), disc_(new Disc({.diameter = discSide}, this)),
-      button_(new Button(Button::Kind::Neutral, {}, this)) {
+    : Card(parent), disc_(new Disc({.diameter = discSide}, this)), button_(new Button(Button::Kind::neutral, {}, this)),
+      note_(new TextLabel(Theme::Typography::callout, Theme::textSecondary, {}, this)), buttons_(new QVBoxLayout) {
     setAccessibleName(title);
     auto* titleLabel = new TextLabel(Theme::Typography::cardTitle, Theme::text, title, this);
-    titleLabel->setObjectName(QStringLiteral("stepTitle"));
+    titleLabel->setObjectName(u"stepTitle"_s);
     auto* textLabel = new TextLabel(Theme::Typography::body, Theme::textSecondary, text, this);
-    textLabel->setObjectName(QStringLiteral("stepText"));
+    textLabel->setObjectName(u"stepText"_s);
     textLabel->setWraps(true);
-    button_->setObjectName(QStringLiteral("stepButton"));
+    button_->setObjectName(u"stepButton"_s);
     button_->hide();
+    note_->setObjectName(u"stepNote"_s);
+    note_->setWraps(true);
+    note_->hide();
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
     texts->addStretch();
     texts->addWidget(titleLabel);
     texts->addWidget(textLabel);
+    texts->addWidget(note_);
     texts->addStretch();
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(Theme::Space::md, Theme::Space::md, Theme::Space::lg, Theme::Space::md);
     row->setSpacing(Theme::Space::md);
     row->addWidget(disc_);
     row->addLayout(texts, 1);
-    row->addWidget(button_);
+    buttons_->setSpacing(Theme::Space::sm);
+    buttons_->addStretch();
+    buttons_->addWidget(button_);
+    buttons_->addStretch();
+    row->addLayout(buttons_);
     setMinimumHeight(76);
 }
 
@@ -74,6 +84,20 @@ void WelcomeStep::setButton(const QString& text, Button::Kind kind) {
     refresh();
 }
 
+Button& WelcomeStep::addSecondButton(const QString& text) {
+    auto* second = new Button(Button::Kind::neutral, text, this);
+    second->hide();
+    buttons_->insertWidget(buttons_->count() - 1, second);
+    setTabOrder(button_, second);
+    return *second;
+}
+
+void WelcomeStep::setNote(const QString& text, const Theme::Tone& tone) {
+    note_->setText(text);
+    note_->setTone(tone);
+    note_->setHidden(text.isEmpty());
+}
+
 void WelcomeStep::refresh() {
     disc_->setFace(done_ ? Disc::done(discSide) : Disc::Face{.diameter = discSide, .number = QString::number(number_)});
     button_->setVisible(!done_ && !button_->text().isEmpty());
@@ -82,17 +106,17 @@ void WelcomeStep::refresh() {
 WelcomePage::WelcomePage(const QIcon& icon, const QString& title, const QString& intro, const QString& closing,
                          QWidget* parent)
     : QScrollArea(parent), column_(new CardStage), steps_(new QVBoxLayout),
-      closing_(new Button(Button::Kind::Prominent, closing)) {
+      closing_(new Button(Button::Kind::prominent, closing)) {
     setAccessibleName(title);
     auto* titleLabel = new TextLabel(Theme::Typography::pageTitle, Theme::text, title);
-    titleLabel->setObjectName(QStringLiteral("pageTitle"));
+    titleLabel->setObjectName(u"pageTitle"_s);
     titleLabel->setAlignment(Qt::AlignHCenter);
     auto* introLabel = new TextLabel(Theme::Typography::body, Theme::textSecondary, intro);
-    introLabel->setObjectName(QStringLiteral("welcomeIntro"));
+    introLabel->setObjectName(u"welcomeIntro"_s);
     introLabel->setAlignment(Qt::AlignHCenter);
     introLabel->setWraps(true);
     introLabel->setFixedWidth(introWidth);
-    closing_->setObjectName(QStringLiteral("welcomeClose"));
+    closing_->setObjectName(u"welcomeClose"_s);
     closing_->setLarge(true);
     steps_->setSpacing(Theme::Space::md);
 

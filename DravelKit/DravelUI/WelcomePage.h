@@ -19,8 +19,10 @@ class WelcomeStep final : public Card {
   public:
     WelcomeStep(const QString& title, const QString& text, QWidget* parent = nullptr);
     void setDone(bool); // the number becomes a check, the button goes
-    void setButton(const QString& text, Button::Kind = Button::Kind::Neutral); // "" hides it
+    void setButton(const QString& text, Button::Kind = Button::Kind::neutral); // "" hides it
     Button& button() const { return *button_; }
+    Button& addSecondButton(const QString& text);                            // under the button; hidden at first
+    void setNote(const QString&, const Theme::Tone& = Theme::textSecondary); // under the text; "" hides it
     void setNumber(int);
 
   private:
@@ -30,6 +32,8 @@ class WelcomeStep final : public Card {
     bool done_ = false;
     Disc* disc_;
     Button* button_;
+    TextLabel* note_;
+    QVBoxLayout* buttons_;
 };
 
 // Icon, title, introduction, steps and the closing button, centred; scrolls when the window is too low.

@@ -21,6 +21,7 @@ constexpr std::pair<int, const char*> reasons[] = {
     {EDQUOT, "Le quota de disque est dépassé"},
     {EROFS, "Le système de fichiers est en lecture seule"},
     {EFBIG, "Le fichier est trop volumineux"},
+    {EBADMSG, "Le contenu est endommagé"},
     {EIO, "Erreur d'entrée-sortie"},
     {ENAMETOOLONG, "Le nom du fichier est trop long"},
     {ELOOP, "Trop de liens symboliques"},
@@ -48,6 +49,7 @@ std::string describe(FileError::Kind kind, int code) {
     case FileError::Kind::notUtf8: return "Le texte n'est pas en UTF-8";
     case FileError::Kind::notRegular: return "Ce n'est pas un fichier ordinaire";
     case FileError::Kind::changed: return "Un autre programme ne cesse de modifier le fichier";
+    case FileError::Kind::open: return "Un autre programme est en train d'écrire ce fichier";
     case FileError::Kind::busy: return "Tacla est déjà en train d'écrire ce fichier";
     }
     return {};

@@ -14,6 +14,7 @@ class FileError : public std::runtime_error {
         notUtf8,    // the bytes are not valid UTF-8
         notRegular, // a pipe, a socket, a device
         changed,    // somebody else kept saving the file while we tried to
+        open,       // somebody else has the file open to write into it
         busy,       // another process held the lock for too long
     };
 

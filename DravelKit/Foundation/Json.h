@@ -9,8 +9,26 @@
 // JSON of somebody else's making: whatever it is, reading it never throws.
 namespace dravel {
 
+// Nothing that is sent to us nests as deep; a text of brackets alone would take eighty times its size.
+inline constexpr int deepestJson = 64;
+
+inline bool nestsTooDeep(std::string_view text) {
+    int depth = 0;
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (quoted && c == '\\') ++i;
+        if (c == '"') quoted = !quoted;
+        if (quoted) continue;
+        if ((c == '[' || c == '{') && ++depth > deepestJson) return true;
+        if (c == ']' || c == '}') --depth;
+    }
+    return false;
+}
+
 // The text as an object; none when it is anything else.
 inline std::optional<nlohmann::json> jsonObject(std::string_view text) {
+    if (nestsTooDeep(text)) return std::nullopt;
     auto value = nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (!value.is_object()) return std::nullopt;
     return value;

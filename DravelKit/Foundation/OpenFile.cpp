@@ -131,6 +131,16 @@ void OpenFile::sync() const {
     }
 }
 
+// Whoever owns the folder could have put another file's second name here: that one stays whose it is.
+void OpenFile::joinItsFolder() const {
+    if (::geteuid() != 0) return;
+    const auto own = status();
+    struct stat folder {};
+    const bool isOurs = own.st_uid == 0 && (own.st_nlink == 1 || S_ISDIR(own.st_mode));
+    if (!isOurs || ::stat(path_.parent_path().c_str(), &folder) != 0 || folder.st_uid == 0) return;
+    if (::fchown(descriptor_, folder.st_uid, folder.st_gid) != 0) return;
+}
+
 Identity Identity::of(const struct stat& status) {
     return {status.st_dev, status.st_ino, status.st_nlink,       status.st_mode,
             status.st_uid, status.st_gid, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
@@ -162,12 +172,13 @@ Snapshot snapshotOf(OpenFile file) {
 
 std::filesystem::path followedLinks(const std::filesystem::path& path) {
     if (path.empty()) throw FileError(FileError::Kind::system, path, ENOENT);
-    Path current = std::filesystem::absolute(path);
+    std::error_code error;
+    Path current = std::filesystem::absolute(path, error);
+    if (error) throw FileError(FileError::Kind::system, path, error.value());
     for (int links = 0; const auto target = linkTarget(current); ++links) {
         if (links == mostLinks) throw FileError(FileError::Kind::system, path, ELOOP);
         current = current.parent_path() / *target; // an absolute target replaces all of it
     }
-    std::error_code error;
     const auto folder = std::filesystem::weakly_canonical(current.parent_path(), error);
     if (error) throw FileError(FileError::Kind::system, path, error.value());
     return folder / current.filename();
@@ -176,7 +187,21 @@ std::filesystem::path followedLinks(const std::filesystem::path& path) {
 void makeFolders(const std::filesystem::path& folder) {
     if (folder.empty() || ::access(folder.c_str(), F_OK) == 0) return;
     makeFolders(folder.parent_path());
-    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) throwSystemError(folder);
+    if (::mkdir(folder.c_str(), 0700) == 0)
+        return OpenFile(folder, O_RDONLY | O_DIRECTORY | O_NOFOLLOW).joinItsFolder();
+    if (errno != EEXIST) throwSystemError(folder);
+}
+
+std::optional<OpenFile> tryLock(const std::filesystem::path& path, int flags) {
+    while (true) {
+        OpenFile file(path, flags, 0600);
+        if (!file.lock()) return {};
+        if ((flags & O_CREAT) != 0) file.joinItsFolder();
+        // Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
+        struct stat now {};
+        const bool stillThere = ::stat(path.c_str(), &now) == 0;
+        if (stillThere && Identity::of(now).sameFile(Identity::of(file.status()))) return file;
+    }
 }
 
 OpenFile openToRead(const std::filesystem::path& path) { return OpenFile(path, readFlags); }

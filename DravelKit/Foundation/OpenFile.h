@@ -2,6 +2,7 @@
 
 #include "DravelKit/Foundation/FileError.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -38,6 +39,8 @@ class OpenFile {
     void write(std::string_view bytes) const;     // at the start
     void overwrite(std::string_view bytes) const; // in place: the bytes, the length, and down to the disk
     void sync() const;
+    // What root has just made in a user's folder is that user's. Best effort.
+    void joinItsFolder() const;
 
   private:
     std::size_t length() const;
@@ -51,6 +54,11 @@ class OpenFile {
     Path path_;
     int descriptor_;
 };
+
+// The lock over all processes that stands for this file, which is made where missing and stays; none while another one
+// holds it. Dropping it ends the lock, as does the end of its holder, however it comes.
+inline constexpr int lockFileFlags = O_RDWR | O_CREAT | O_NOFOLLOW;
+std::optional<OpenFile> tryLock(const std::filesystem::path&, int flags = lockFileFlags);
 
 OpenFile openToRead(const std::filesystem::path&);
 
@@ -73,7 +81,7 @@ struct Identity {
 // folder).
 std::filesystem::path followedLinks(const std::filesystem::path&);
 
-// The folder and those above it, 0700 where missing.
+// The folder and those above it, 0700 where missing; in a user's folder, that user's.
 void makeFolders(const std::filesystem::path&);
 
 // A file as it was read. Keeps it open, for the attributes that a new version must take over.

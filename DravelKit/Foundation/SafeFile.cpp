@@ -20,31 +20,48 @@ namespace {
 constexpr auto patience = std::chrono::seconds(2);
 constexpr auto pause = std::chrono::milliseconds(4);
 constexpr int mostAttempts = 1 + 3; // an editor may save in between three times
-
-// Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
-bool stillThere(const OpenFile& file, const Path& path) {
-    struct stat now {};
-    return ::stat(path.c_str(), &now) == 0 && Identity::of(now).sameFile(Identity::of(file.status()));
-}
+constexpr int mostAside = 1000;
 
 // The one lock under which all processes of this program change a file: advisory, and gone with its holder however that
 // one ends. Its file stands in the lock folder and stays there. Waits for a while, then throws FileError (busy).
-OpenFile acquired(const Path& path, const Path& target) {
+OpenFile acquired(const Path& path, int flags, const Path& target) {
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (true) {
-        OpenFile file(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0600);
-        while (!file.lock()) {
-            if (std::chrono::steady_clock::now() >= deadline) throw FileError(FileError::Kind::busy, target);
-            std::this_thread::sleep_for(pause);
-        }
-        if (stillThere(file, path)) return file;
+        if (auto lock = tryLock(path, flags)) return std::move(*lock);
+        if (std::chrono::steady_clock::now() >= deadline) throw FileError(FileError::Kind::busy, target);
+        std::this_thread::sleep_for(pause);
     }
 }
 
-OpenFile locked(const Path& target, const Path& lockFolder) {
+OpenFile lockedIn(const Path& lockFolder, const Path& target) {
     makeFolders(lockFolder);
     const auto digest = sha256(target.native());
-    return acquired(lockFolder / (base64Url(std::span(digest).first(18)) + ".lock"), target);
+    const Path path = lockFolder / (base64Url(std::span(digest).first(18)) + ".lock");
+    try {
+        return acquired(path, lockFileFlags, target);
+    } catch (const FileError& error) { // somebody else's: the folder's owner may always make a new one
+        if (error.code != EACCES || ::unlink(path.c_str()) != 0) throw;
+    }
+    return acquired(path, lockFileFlags, target);
+}
+
+// A home that cannot be written, no session, a full runtime folder: then the list's own folder is what all meet at.
+OpenFile locked(const Path& target, const Path& lockFolder) {
+    try {
+        return lockedIn(lockFolder, target);
+    } catch (const FileError& error) {
+        if (error.kind == FileError::Kind::busy) throw;
+    }
+    return acquired(target.parent_path(), O_RDONLY | O_DIRECTORY, target);
+}
+
+// Another name of the file, another session's lock folder, another user: they all meet at the file itself. None when
+// there is nothing to lock; reading it tells why.
+std::optional<OpenFile> lockedItself(const Path& target) try {
+    return acquired(target, O_RDONLY | O_NONBLOCK | O_NOCTTY, target);
+} catch (const FileError& error) {
+    if (error.kind == FileError::Kind::busy) throw;
+    return {};
 }
 
 void requireUtf8(const Path& path, std::string_view text) {
@@ -56,8 +73,9 @@ enum class Missing { isAnError, isEmpty };
 std::optional<Change> editLocked(const Path& path, const Edit& edit, const Path& lockFolder, Missing missing) {
     const Path target = followedLinks(path);
     const auto lock = locked(target, lockFolder);
-    finishInterruptedWrite(target);
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+        const auto fileLock = lockedItself(target);
+        finishInterruptedWrite(target);
         const auto before = missing == Missing::isEmpty ? Snapshot::ifThere(target) : Snapshot::of(target);
         const std::string text = before ? before->text : "";
         requireUtf8(path, text);
@@ -75,7 +93,8 @@ std::optional<Change> editLocked(const Path& path, const Edit& edit, const Path&
 std::optional<Modified> modified(const Path& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) return {};
-    return Modified{status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+    return Modified{status.st_mtim.tv_sec,  status.st_mtim.tv_nsec, status.st_ctim.tv_sec,
+                    status.st_ctim.tv_nsec, status.st_size,         status.st_ino};
 }
 
 std::string readText(const Path& path) {
@@ -106,12 +125,16 @@ bool create(const Path& path, std::string_view text) {
     return makeFile(target, text, 0666); // the user's own umask decides
 }
 
-bool moveAside(const Path& path, const Path& aside, const std::function<bool()>& mustGo, const Path& lockFolder) {
+std::optional<Path> moveAside(const Path& path, const std::string& ending, const std::function<bool()>& mustGo,
+                              const Path& lockFolder) {
     const Path target = followedLinks(path);
     const auto lock = locked(target, lockFolder);
-    if (!mustGo()) return false;
-    if (::rename(target.c_str(), aside.c_str()) != 0) throwSystemError(path);
-    return true;
+    if (!mustGo()) return {};
+    for (int nth = 1; nth <= mostAside; ++nth) {
+        const Path aside = target.native() + ending + (nth == 1 ? "" : "-" + std::to_string(nth));
+        if (renameAsNew(target, aside)) return aside;
+    }
+    throw FileError(FileError::Kind::system, path, EEXIST);
 }
 
 }

@@ -15,9 +15,12 @@ namespace dravel::SafeFile {
 
 using Path = std::filesystem::path;
 
-// A file's modification time. Good enough to notice a change, never to prove that there was none.
+// What one stat tells of a file's state: its times (a program may set back that of the last change, not the other one),
+// its size and its identity. Good enough to notice a change, never to prove that there was none.
 struct Modified {
-    std::int64_t seconds = 0, nanoseconds = 0;
+    std::int64_t seconds, nanoseconds, changedSeconds, changedNanoseconds;
+    std::int64_t size;
+    std::uint64_t inode;
     auto operator<=>(const Modified&) const = default;
 };
 std::optional<Modified> modified(const Path&); // one stat; none when there is no such file
@@ -38,7 +41,8 @@ struct Change {
 };
 
 // Locks, reads, edits, and replaces the file atomically. None when the edit yields none or the same text: then nothing
-// was written. Throws FileError; the file is then as it was. Locks live in lockFolder, never beside the user's file.
+// was written. Throws FileError; the file is then as it was. Locks live in lockFolder, never beside the user's file;
+// where none can live there, the file's own folder is locked.
 std::optional<Change> edit(const Path&, const Edit&, const Path& lockFolder);
 
 // Makes the folders (0700 where missing) and the file, unless something of that name exists; true when it was made.
@@ -47,7 +51,9 @@ bool create(const Path&, std::string_view text);
 // Like edit for a file of our own that may not exist yet (then the edit gets ""); made with mode 0600.
 std::optional<Change> editOwn(const Path&, const Edit&, const Path& lockFolder);
 
-// Gives the file another name, when `mustGo` still says so under the lock; true when it did.
-bool moveAside(const Path&, const Path& aside, const std::function<bool()>& mustGo, const Path& lockFolder);
+// Gives the file a name with this ending, and a number where such a file exists, when `mustGo` still says so under the
+// lock. The new name, beside what the links lead to; none when it stayed.
+std::optional<Path> moveAside(const Path&, const std::string& ending, const std::function<bool()>& mustGo,
+                              const Path& lockFolder);
 
 }

@@ -14,6 +14,7 @@
 #include <iterator>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace dravel {
 
@@ -156,14 +157,18 @@ std::string_view trimmedOfWhiteSpaceAndLineBreaks(std::string_view text) {
     return trimmedOf(text, [](UChar32 c) { return isWhiteSpace(c) || isLineBreak(c); });
 }
 
-bool holdsLineBreak(std::string_view text) {
+std::string withoutLineBreaks(std::string_view text) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    for (std::size_t next = 0; next < text.size();) {
+    std::string result;
+    bool inBreak = false;
+    for (std::size_t begin = 0, next = 0; next < text.size(); begin = next) {
         UChar32 c;
         U8_NEXT(bytes, next, text.size(), c);
-        if (isLineBreak(c)) return true;
+        const bool before = std::exchange(inBreak, isLineBreak(c));
+        if (!inBreak) result.append(text, begin, next - begin);
+        if (inBreak && !before) result += ' ';
     }
-    return false;
+    return result;
 }
 
 std::size_t characterCount(std::string_view text) {

@@ -17,7 +17,7 @@ std::string lowerCased(std::string_view text);
 // White space is Unicode Zs and TAB; line breaks are U+000A to U+000D, U+0085, U+2028 and U+2029.
 std::string_view trimmedOfWhiteSpace(std::string_view text);
 std::string_view trimmedOfWhiteSpaceAndLineBreaks(std::string_view text);
-bool holdsLineBreak(std::string_view text);
+std::string withoutLineBreaks(std::string_view text); // a space for each run of them
 
 // Characters are grapheme clusters: what a reader counts as one.
 std::size_t characterCount(std::string_view text);

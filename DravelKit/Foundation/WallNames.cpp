@@ -5,9 +5,12 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <string_view>
+#include <vector>
 
 namespace dravel::wall {
 
@@ -31,10 +34,16 @@ std::unique_ptr<icu::SimpleDateFormat> makeFrenchFormat() {
 
 constexpr std::string_view zoneFolder = "zoneinfo/";
 
-// "Europe/Paris" of "/usr/share/zoneinfo/Europe/Paris"; "" of any other path.
+// "Europe/Paris" of "/usr/share/zoneinfo/Europe/Paris", and of the same in the folders of other leap seconds; "" of any
+// other path.
 std::string zoneOfPath(const std::string& path) {
     const auto at = path.find(zoneFolder);
-    return at == path.npos ? std::string() : path.substr(at + zoneFolder.size());
+    if (at == path.npos) return {};
+    auto zone = path.substr(at + zoneFolder.size());
+    for (const std::string_view variant : {"posix/", "right/"}) {
+        if (zone.starts_with(variant)) zone.erase(0, variant.size());
+    }
+    return zone;
 }
 
 // The same of a link to such a path.
@@ -49,7 +58,49 @@ std::string zoneOfVariable(std::string value) {
     if (value.empty()) return "UTC";
     if (value.starts_with('/')) return zoneOfFile(value);
     std::error_code error;
-    return std::filesystem::is_regular_file("/usr/share/zoneinfo/" + value, error) ? value : std::string();
+    const auto file = "/usr/share/zoneinfo/" + value;
+    return std::filesystem::is_regular_file(file, error) ? zoneOfPath(file) : std::string();
+}
+
+// None when ICU, and with it the rest of the world, does not know the name.
+std::unique_ptr<icu::TimeZone> zoneNamed(const icu::UnicodeString& name) {
+    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(name));
+    if (*zone == icu::TimeZone::getUnknown() || name.startsWith("SystemV/")) return {};
+    return zone;
+}
+
+// Whether it reads like the C library's zone, on which everything else goes by, in the years that people plan.
+bool readsLikeOurs(const icu::TimeZone& zone) {
+    constexpr std::time_t week = 7 * 24 * 3600, first = 1'735'689'600, last = first + 52 * 12 * week; // from 2025
+    for (auto time = first; time < last; time += week) {
+        std::tm local{};
+        ::localtime_r(&time, &local);
+        UErrorCode status = U_ZERO_ERROR;
+        std::int32_t raw = 0, summer = 0;
+        zone.getOffset(static_cast<UDate>(time) * 1000, 0, raw, summer, status);
+        if (U_FAILURE(status) || (raw + summer) / 1000 != local.tm_gmtoff) return false;
+    }
+    return true;
+}
+
+// A zone of the same rules, for a rule without a name, a copy in place of the link, or a name that nobody knows; UTC
+// when there is none.
+std::string zoneOfTheSameRules() {
+    const std::unique_ptr<icu::TimeZone> detected(icu::TimeZone::detectHostTimeZone());
+    icu::UnicodeString own;
+    detected->getID(own);
+    std::vector<icu::UnicodeString> candidates{own, "UTC", "Europe/Paris"};
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::StringEnumeration> all(
+        icu::TimeZone::createTimeZoneIDEnumeration(UCAL_ZONE_TYPE_CANONICAL_LOCATION, nullptr, nullptr, status));
+    check(status);
+    while (const auto* name = all->snext(status)) candidates.push_back(*name);
+    for (const auto& name : candidates) {
+        const auto zone = zoneNamed(name);
+        std::string utf8;
+        if (zone && readsLikeOurs(*zone)) return name.toUTF8String(utf8);
+    }
+    return "UTC";
 }
 
 }
@@ -68,12 +119,8 @@ std::string frenchLongDay(std::int64_t year, std::int64_t month, std::int64_t da
 std::string zoneIdentifier() {
     const char* variable = std::getenv("TZ");
     auto identifier = variable ? zoneOfVariable(variable) : zoneOfFile("/etc/localtime");
-    if (!identifier.empty()) return identifier;
-    // A rule without a name, or a copy in place of the link: ICU finds out which zone has such rules.
-    const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
-    icu::UnicodeString detected;
-    zone->getID(detected).toUTF8String(identifier);
-    return identifier;
+    const bool known = !identifier.empty() && zoneNamed(icu::UnicodeString::fromUTF8(identifier));
+    return known ? identifier : zoneOfTheSameRules();
 }
 
 }

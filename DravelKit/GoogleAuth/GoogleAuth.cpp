@@ -10,7 +10,6 @@ namespace {
 
 using Kind = AuthError::Kind;
 
-constexpr std::chrono::seconds patience{300};
 constexpr std::chrono::seconds margin{60};
 
 // One attempt to sign in: the secrets that tie the callback and the code to it (RFC 7636).
@@ -55,8 +54,8 @@ GoogleAuth::GoogleAuth(GoogleConfig config, GoogleEnvironment environment)
     : config_(std::move(config)), environment_(std::move(environment)),
       tokens_(config_, environment_.folders, environment_.keyring) {}
 
-GoogleAuth::Account GoogleAuth::isSignedIn(const std::stop_token& stop) {
-    switch (tokens_.read(stop).found) {
+GoogleAuth::Account GoogleAuth::isSignedIn(Keyring::Ask ask, const std::stop_token& stop) {
+    switch (tokens_.read(ask, stop).found) {
     case Keyring::Found::found: return Account::signedIn;
     case Keyring::Found::absent: return Account::signedOut;
     case Keyring::Found::unreachable: break;
@@ -64,11 +63,14 @@ GoogleAuth::Account GoogleAuth::isSignedIn(const std::stop_token& stop) {
     return Account::unreachable;
 }
 
-void GoogleAuth::signIn(const std::stop_token& stop) {
+void GoogleAuth::signIn(const OpenBrowser& openBrowser, const std::stop_token& stop) {
     const auto client = OAuthClient::load(config_, environment_.folders);
+    const auto keyringTrouble = tokens_.tryOut(stop);
+    throwIfStopped(stop);
+    if (keyringTrouble) throw AuthError(Kind::loginFailed, keyringTrouble->reason);
     LoopbackReceiver receiver(config_, environment_.receiverClock);
     const Attempt attempt{.redirectUri = "http://127.0.0.1:" + std::to_string(receiver.port())};
-    environment_.openBrowser(authorizationUrl(environment_.endpoints, client, config_.scope(), attempt));
+    openBrowser(authorizationUrl(environment_.endpoints, client, config_.scope(), attempt));
     const auto code = codeOf(receiver.waitForCallback(patience, stop), attempt, config_);
     const auto tokens = requestToken({{"grant_type", "authorization_code"},
                                       {"code", code},
@@ -79,15 +81,17 @@ void GoogleAuth::signIn(const std::stop_token& stop) {
                                      number(), {}, stop);
     if (!tokens.refreshToken) throw AuthError(Kind::loginFailed, "Google n'a pas renvoyé de refresh token");
     throwIfStopped(stop);
-    if (const auto failure = tokens_.write(*tokens.refreshToken, stop))
+    if (const auto failure = tokens_.write(*tokens.refreshToken, stop)) {
+        throwIfStopped(stop);
         throw AuthError(Kind::loginFailed, failure->reason);
+    }
     keep(tokens, forget());
 }
 
 Secret GoogleAuth::validAccessToken(const std::stop_token& stop) {
     if (auto held = heldAccessToken()) return *held;
     const auto asked = number();
-    const auto stored = tokens_.read(stop);
+    const auto stored = tokens_.read(Keyring::Ask::yes, stop);
     throwIfStopped(stop);
     if (stored.found == Keyring::Found::absent) throw AuthError(Kind::notSignedIn);
     if (stored.found == Keyring::Found::unreachable)
@@ -129,7 +133,7 @@ void GoogleAuth::dropAccount(std::uint64_t asked, const std::optional<Secret>& r
                              const std::stop_token& stop) {
     if (number() != asked) return;
     forget();
-    if (refreshToken && tokens_.read(stop).secret != *refreshToken) return;
+    if (refreshToken && tokens_.read(Keyring::Ask::no, stop).secret != *refreshToken) return;
     [[maybe_unused]] const auto failure = tokens_.remove(stop); // the next refusal tries again
 }
 

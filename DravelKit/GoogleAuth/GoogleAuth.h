@@ -25,7 +25,6 @@ struct GoogleEnvironment {
     GoogleFolders folders;
     GoogleEndpoints endpoints = GoogleEndpoints::published();
     std::shared_ptr<Keyring> keyring;
-    std::function<void(const std::string& url)> openBrowser; // called on the calling thread of signIn
     Now now = systemNow;
     ReceiverClock receiverClock = {};
 };
@@ -38,10 +37,13 @@ class GoogleAuth {
 
     // unreachable: the keyring does not answer or is locked. Nothing is forgotten; ask again later.
     enum class Account { signedIn, signedOut, unreachable };
-    Account isSignedIn(const std::stop_token& = {});
+    Account isSignedIn(Keyring::Ask, const std::stop_token& = {});
 
-    // Opens the browser and waits for the user, at most 300 seconds.
-    void signIn(const std::stop_token& = {});
+    // Has the browser opened at an address that only the user may see, and waits for the user that long at most. The
+    // keyring has shown before that it keeps what it is given.
+    using OpenBrowser = std::function<void(const std::string& address)>; // called on the calling thread
+    static constexpr std::chrono::seconds patience{300};
+    void signIn(const OpenBrowser&, const std::stop_token& = {});
 
     // An access token that is good for at least one more minute.
     Secret validAccessToken(const std::stop_token& = {});

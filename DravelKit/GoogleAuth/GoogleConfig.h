@@ -14,6 +14,7 @@ namespace dravel {
 struct GoogleFolders {
     std::filesystem::path data;      // the user's data folder; each application has its own folder in it
     std::filesystem::path resources; // the application's installed resources, <prefix>/share/<name>
+    std::filesystem::path locks = {};
 };
 
 // Everything about the Google account that differs between the maker's applications.

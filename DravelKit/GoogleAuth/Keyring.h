@@ -16,7 +16,7 @@ class Keyring {
         std::string service, account;
     };
 
-    // May the user be asked to unlock the keyring?
+    // May the user be asked to unlock the keyring, or to make one?
     enum class Ask { no, yes };
 
     // Why the keyring did not do what it was asked.
@@ -39,7 +39,7 @@ class Keyring {
 
     virtual LookUp find(const Item&, Ask, std::stop_token) = 0;
     // Replaces what the item held; label is what the user sees in a keyring manager.
-    [[nodiscard]] virtual Failure store(const Item&, const std::string& label, const Secret&, std::stop_token) = 0;
+    [[nodiscard]] virtual Failure store(const Item&, const std::string& label, const Secret&, Ask, std::stop_token) = 0;
     [[nodiscard]] virtual Failure erase(const Item&, std::stop_token) = 0;
 };
 

@@ -119,12 +119,15 @@ bool namesThisMachine(std::string_view host) {
            port.find_first_not_of("0123456789") == port.npos;
 }
 
-// Every Host header of the lines names this machine.
-bool hostsAreOurs(std::string_view lines) {
+// Every Host header of the lines names this machine, and the browser opens a page: an image or a frame in somebody
+// else's page says here what it is.
+bool isVisit(std::string_view lines) {
     for (const auto line : split(lines, "\n", false)) {
         const auto colon = line.find(':');
-        if (colon == line.npos || !equalIgnoringCase(trimmed(line.substr(0, colon)), "host")) continue;
-        if (!namesThisMachine(trimmed(line.substr(colon + 1)))) return false;
+        if (colon == line.npos) continue;
+        const auto name = trimmed(line.substr(0, colon)), value = trimmed(line.substr(colon + 1));
+        if (equalIgnoringCase(name, "host") && !namesThisMachine(value)) return false;
+        if (equalIgnoringCase(name, "sec-fetch-dest") && value != "document") return false;
     }
     return true;
 }
@@ -285,7 +288,7 @@ std::optional<CallbackRequest> CallbackRequest::parse(std::string_view bytes) {
     if (mark != target.npos)
         for (auto& [name, value] : decodedItems(target.substr(mark + 1)))
             if (isValidUtf8(name) && isValidUtf8(value)) request.query.emplace(std::move(name), std::move(value));
-    request.isForUs = hostsAreOurs(bytes.substr(end));
+    request.isForUs = isVisit(bytes.substr(end));
     return request;
 }
 

@@ -19,7 +19,7 @@ namespace dravel {
 // What the receiver needs of an HTTP request.
 struct CallbackRequest {
     std::map<std::string, std::string> query; // the first value of each name
-    bool isForUs = true;                      // no Host header, or one that names this machine
+    bool isForUs = true;                      // a visit, not a part of a page; its host, if any, is this machine
 
     // The browser came back from Google, with a code or a reason why there is none.
     bool isCallback() const { return isForUs && (query.contains("code") || query.contains("error")); }

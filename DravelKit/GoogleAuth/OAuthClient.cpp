@@ -21,6 +21,21 @@ bool isThere(const Path& path) {
     return std::filesystem::exists(path, error) || error == std::errc::permission_denied;
 }
 
+// Google's file has less than one KiB; whatever was chosen by mistake is not read whole.
+constexpr std::uintmax_t longestClientFile = 64 << 10;
+
+// The text of a desktop client's file. Unreadable is as good as damaged: one message for both.
+std::string clientText(const Path& path) {
+    std::error_code error;
+    try {
+        if (std::filesystem::file_size(path, error) <= longestClientFile && !error)
+            if (auto text = SafeFile::readText(path); OAuthClient::parse(text)) return text;
+    } catch (const FileError&) {
+        throw AuthError(AuthError::Kind::badConfig);
+    }
+    throw AuthError(AuthError::Kind::badConfig);
+}
+
 // A member that may be missing or null, but is a string when it is there.
 bool isOptionalString(const nlohmann::json& object, const char* name) {
     const auto& member = jsonMember(object, name);
@@ -43,11 +58,32 @@ OAuthClient OAuthClient::load(const GoogleConfig& config, const GoogleFolders& f
     const Path own = configPath(config, folders);
     const Path path = isThere(own) ? own : embeddedPath(folders);
     if (!isThere(path)) throw AuthError(AuthError::Kind::missingConfig);
+    return *parse(clientText(path));
+}
+
+OAuthClient::Source OAuthClient::source(const GoogleConfig& config, const GoogleFolders& folders) try {
+    if (!isAvailable(config, folders)) return Source::missing;
+    load(config, folders);
+    return isThere(configPath(config, folders)) ? Source::own : Source::package;
+} catch (const AuthError&) {
+    return Source::unreadable;
+}
+
+void OAuthClient::install(const GoogleConfig& config, const GoogleFolders& folders, const Path& downloaded) {
+    const auto text = clientText(downloaded);
+    const Path own = configPath(config, folders);
+    const auto replace = [&] {
+        SafeFile::editOwn(
+            own, [&](std::string_view) { return text; }, folders.locks);
+    };
     try {
-        if (const auto client = parse(SafeFile::readText(path))) return *client;
-    } catch (const FileError&) { // unreadable is as good as damaged: one message for both
+        replace();
+    } catch (const FileError& error) {
+        if (error.kind != FileError::Kind::notUtf8) throw;
+        std::filesystem::remove(own); // no text at all, which nobody could edit
+        replace();
     }
-    throw AuthError(AuthError::Kind::badConfig);
+    std::filesystem::permissions(own, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 std::optional<OAuthClient> OAuthClient::parse(std::string_view text) {

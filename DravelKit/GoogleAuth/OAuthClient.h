@@ -21,6 +21,14 @@ struct OAuthClient {
 
     static bool isAvailable(const GoogleConfig&, const GoogleFolders&);
 
+    // What there is to sign in with: the user's own file, or the maker's in the package.
+    enum class Source { missing, unreadable, own, package };
+    static Source source(const GoogleConfig&, const GoogleFolders&);
+
+    // Makes a downloaded file the user's own one, for nobody else to read. Throws AuthError (badConfig) when it is not
+    // a desktop client's, else FileError; what was there stays.
+    static void install(const GoogleConfig&, const GoogleFolders&, const std::filesystem::path& downloaded);
+
     // The user's own file when there is one, else the package's. Throws AuthError (missingConfig, badConfig).
     static OAuthClient load(const GoogleConfig&, const GoogleFolders&);
 

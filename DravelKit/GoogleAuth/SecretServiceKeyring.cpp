@@ -186,6 +186,9 @@ class SecretServiceSession {
     // The same; when there is something locked in the way, unlocks it or throws.
     Items searchUnlocked(Keyring::Ask);
 
+    // A new item would be kept without another question.
+    void openDefault();
+
     Secret secretOf(SecretItem*);
     void store(const std::string& label, const Secret&);
     void erase(SecretItem*);
@@ -300,6 +303,12 @@ SecretServiceSession::Items SecretServiceSession::searchUnlocked(Keyring::Ask as
     return items;
 }
 
+void SecretServiceSession::openDefault() {
+    const auto collection = defaultCollection();
+    if (!collection) throw trouble(noKeyring);
+    if (secret_collection_get_locked(collection.get())) throw trouble(locked);
+}
+
 Secret SecretServiceSession::secretOf(SecretItem* item) {
     GError* error = nullptr;
     secret_item_load_secret_sync(item, deadline_.cancellable(), &error);
@@ -343,11 +352,12 @@ Keyring::LookUp SecretServiceKeyring::find(const Item& item, Ask ask, std::stop_
     }
 }
 
-Keyring::Failure SecretServiceKeyring::store(const Item& item, const std::string& label, const Secret& secret,
+Keyring::Failure SecretServiceKeyring::store(const Item& item, const std::string& label, const Secret& secret, Ask ask,
                                              std::stop_token stop) {
     try {
         SecretServiceSession session(item, deadline_, stop);
-        session.searchUnlocked(Ask::yes);
+        session.searchUnlocked(ask);
+        if (ask == Ask::no) session.openDefault();
         session.store(label, secret);
         // Read back. What else carries our attributes is older.
         const auto items = session.search();

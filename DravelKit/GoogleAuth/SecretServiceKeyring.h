@@ -14,7 +14,7 @@ class SecretServiceKeyring final : public Keyring {
     explicit SecretServiceKeyring(std::chrono::milliseconds deadline = std::chrono::seconds(5)) : deadline_(deadline) {}
 
     LookUp find(const Item&, Ask, std::stop_token) override;
-    Failure store(const Item&, const std::string& label, const Secret&, std::stop_token) override;
+    Failure store(const Item&, const std::string& label, const Secret&, Ask, std::stop_token) override;
     Failure erase(const Item&, std::stop_token) override;
 
   private:

@@ -15,7 +15,10 @@ class TokenStore {
 
     // Moves the token of an earlier version's file into the keyring first. The user is asked to unlock the keyring
     // once: after a refusal, reading is silent until the next write or removal.
-    Keyring::LookUp read(const std::stop_token&);
+    Keyring::LookUp read(Keyring::Ask, const std::stop_token&);
+
+    // Stores something and takes it away again, so that no token has to be thrown away for want of a keyring.
+    [[nodiscard]] Keyring::Failure tryOut(const std::stop_token&);
 
     // Replaces the token.
     [[nodiscard]] Keyring::Failure write(const Secret& token, const std::stop_token&);
@@ -24,10 +27,10 @@ class TokenStore {
     [[nodiscard]] Keyring::Failure remove(const std::stop_token&);
 
   private:
-    Keyring::Item item() const;
+    Keyring::Item item(const char* account = "refresh-token") const;
     std::optional<std::filesystem::path> legacyFile() const;
-    Keyring::Failure store(const Secret& token, const std::stop_token&);
-    Keyring::Failure importLegacyFile(const std::stop_token&);
+    Keyring::Failure store(const Keyring::Item&, const Secret&, Keyring::Ask, const std::stop_token&);
+    Keyring::Failure importLegacyFile(Keyring::Ask, const std::stop_token&);
 
     const GoogleConfig config_;
     const GoogleFolders folders_;

@@ -10,6 +10,8 @@
 
 namespace dravel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int iconSize = 64, columnWidth = 300;
@@ -21,28 +23,27 @@ QLabel* centred(QLabel* label) {
 
 QString lines(const std::vector<About::Component>& components) {
     QStringList all;
-    for (const auto& component : components) all << component.name + QStringLiteral(" · ") + component.licence;
-    return all.join(QLatin1Char('\n'));
+    for (const auto& component : components) all << component.name + u" · "_s + component.licence;
+    return all.join(u'\n');
 }
 
 }
 
 AboutPanel::AboutPanel(const About& about, QWidget* parent) : QDialog(parent) {
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(QStringLiteral("À propos de ") + about.appName);
-    setObjectName(QStringLiteral("about"));
+    setWindowTitle(u"À propos de "_s + about.appName);
+    setObjectName(u"about"_s);
 
     auto* icon = new QLabel;
     icon->setPixmap(tickIcon().pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
     auto* name = new TextLabel(Theme::Typography::pageTitle, Theme::text, about.appName);
-    auto* version =
-        new TextLabel(Theme::Typography::body, Theme::textSecondary, QStringLiteral("Version ") + about.version);
+    auto* version = new TextLabel(Theme::Typography::body, Theme::textSecondary, u"Version "_s + about.version);
     version->setSelectable(true);
     auto* copyright = new TextLabel(Theme::Typography::callout, Theme::textSecondary, about.copyright);
     auto* components = new TextLabel(Theme::Typography::caption, Theme::textTertiary, lines(about.components));
     components->setWraps(true);
     components->setMinimumWidth(columnWidth);
-    auto* close = new Button(Button::Kind::NeutralOnBackground, QStringLiteral("Fermer"));
+    auto* close = new Button(Button::Kind::neutralOnBackground, u"Fermer"_s);
     connect(close, &QAbstractButton::clicked, this, &QDialog::accept);
 
     auto* column = new QVBoxLayout(this);

@@ -57,11 +57,12 @@ QAction* addEdit(QMenu& menu, const QString& text, const QKeySequence& keys, Edi
     });
 }
 
-// "Annuler" and "Rétablir" belong to the text field that has the focus; else there is the program's own undo. Only an
-// open menu greys them: their keys work whenever they are pressed.
+// "Annuler" and "Rétablir" belong to the text field that has the focus; where that has nothing to take back, there is
+// the program's own undo. Only an open menu greys them: their keys work whenever they are pressed.
 void addUndo(QMenu& menu, const Actions& actions) {
     auto* undo = add(menu, u"&Annuler"_s, Qt::CTRL | Qt::Key_Z, [actions] {
-        if (auto* field = textField(QApplication::focusWidget())) return field->undo();
+        auto* field = textField(QApplication::focusWidget());
+        if (field && field->isUndoAvailable()) return field->undo();
         if (actions.undo) actions.undo();
     });
     auto* redo = addEdit(menu, u"&Rétablir"_s, Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &QLineEdit::redo);
@@ -73,7 +74,7 @@ void addUndo(QMenu& menu, const Actions& actions) {
     QObject::connect(&menu, &QMenu::aboutToShow, &menu, [actions, left, undo, redo] {
         auto* focused = QApplication::focusWidget();
         const auto* field = textField(qobject_cast<QMenuBar*>(focused) ? left->data() : focused);
-        undo->setEnabled(field ? field->isUndoAvailable() : actions.canUndo && actions.canUndo());
+        undo->setEnabled((field && field->isUndoAvailable()) || (actions.canUndo && actions.canUndo()));
         redo->setEnabled(field && field->isRedoAvailable());
     });
     QObject::connect(&menu, &QMenu::aboutToHide, &menu, [undo, redo] {

@@ -13,10 +13,10 @@ namespace dravel::StandardMenu {
 struct Actions {
     std::function<void()> settings; // empty: no such entry
     std::function<void()> quit;
-    // What "Annuler" takes back while no text field has the focus; empty: nothing.
+    // What "Annuler" takes back where the focused text field has nothing to take back; empty: nothing.
     std::function<void()> undo;
     std::function<bool()> canUndo;
-    std::function<void()> copy; // what "Copier" does while no text field has the focus; empty: nothing
+    std::function<void()> copy{}; // what "Copier" does while no text field has the focus; empty: nothing
 };
 
 // Fills the window's menu bar with the menus that every program of the kit has, then the further ones. F10 opens the

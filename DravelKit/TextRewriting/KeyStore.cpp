@@ -48,7 +48,7 @@ Secret KeyStore::key(const std::stop_token& stop) const {
 
 void KeyStore::store(const Secret& key, const std::stop_token& stop) {
     keepMemoryOutOfCores();
-    check(keyring_->store(item(), service_, checked(key), stop));
+    check(keyring_->store(item(), service_, checked(key), Keyring::Ask::yes, stop));
 }
 
 void KeyStore::erase(const std::stop_token& stop) { check(keyring_->erase(item(), stop)); }

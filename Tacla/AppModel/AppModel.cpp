@@ -1,6 +1,7 @@
 #include "Tacla/AppModel/AppModel.h"
 
 #include "DravelKit/Foundation/WallCalendar.h"
+#include "Tacla/TaskList/TaskFile.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,6 +12,11 @@ using namespace std::chrono_literals;
 using Happened = MirrorEvent::Kind;
 using dravel::FileError;
 using std::filesystem::path;
+
+// What could not be written is said long enough to be read, whether or not the list can be, and why not.
+static constexpr auto shownAtLeast = 6s;
+
+static constexpr std::string_view toRead = "de lire";
 
 AppModel::AppModel(Ports ports, path file, bool passive)
     : ports_(std::move(ports)), document_(std::move(file), ports_.folders),
@@ -23,27 +29,33 @@ AppModel::AppModel(Ports ports, path file, bool passive)
     state_.calendarSync = mirror_.state().on;
     state_.launchAtLogin = ports_.loginItem != nullptr && ports_.loginItem->isEnabled();
     if (passive || ports_.notifications == nullptr) return;
-    reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences,
+    reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences, ports_.folders.locks / "bubbles",
                        [this](const FileError& error) { report(sentence(impossibleToWrite(error))); });
+    answered_ = reminders_->answered.connect([this](const auto& response) { respond(response); });
 }
 
 void AppModel::start() {
     dravel::wall::refreshZone(); // the zone of today; the poll notices another one
     if (document_.file() == documentsTaskFile(ports_.folders)) create(document_.file());
     reload();
+    if (reminders_) reminders_->adopt(document_.file(), state_.tasks);
     document_.pruneCopies(now());
     poll_.emplace(ports_.loop, 2s, [this] { checkFile(); });
-    periodic_.emplace(ports_.loop, 600s, [this] {
-        if (state_.fileError) reload(); // it may be over by now, and no sync runs before
-        tellOf(Happened::periodPassed);
-    });
+    periodic_.emplace(ports_.loop, 600s, [this] { tellOf(Happened::periodPassed); });
     tellOf(Happened::started);
     permission_.refreshWhenServersComeAndGo();
+}
+
+void AppModel::end() {
+    if (reminders_) reminders_->closeAll();
 }
 
 void AppModel::tell() {
     const auto& mirror = mirror_.state();
     state_.connection = mirror.connection;
+    state_.signIn = mirror.signIn;
+    if (ports_.calendar != nullptr && mirror.connection != Connection::signedIn)
+        state_.googleClient = ports_.calendar->client();
     state_.lastSync = mirror.lastSync;
     state_.syncing = mirror.running;
     state_.syncError = mirror.status;
@@ -58,15 +70,20 @@ void AppModel::tellOf(Happened what) {
     if (mirror_.handle({what})) tell();
 }
 
-void AppModel::refresh() {
+void AppModel::refresh(const Tasks& silenced) {
     state_.today = today();
     state_.now = now();
-    attempt("de lire", document_.file(), [this] {
-        state_.tasks = document_.read();
-        state_.fileError.reset();
+    attempt(toRead, document_.file(), [this] {
+        auto tasks = document_.read();
+        if (reminders_ && !std::exchange(isOtherList_, false)) reminders_->follow(state_.tasks, tasks);
+        state_.tasks = std::move(tasks);
+        state_.unreadDates = document_.unreadDates();
+        if (now() >= writeFailureSaid_) state_.fileError.reset();
         mirror_.handle({Happened::listRead});
     });
-    if (reminders_) reminders_->reconcile(state_.tasks, state_.now);
+    if (!reminders_) return;
+    for (const auto& task : silenced) reminders_->skipIfPast(task, state_.now);
+    reminders_->reconcile(state_.tasks, state_.now);
 }
 
 void AppModel::reload() {
@@ -75,10 +92,13 @@ void AppModel::reload() {
 }
 
 void AppModel::checkFile() {
+    ports_.preferences.check();
     const bool newZone = dravel::wall::refreshZone();
     const auto moment = now();
     const auto stamp = document_.onDisk();
-    if (!newZone && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
+    const bool mayBeOver = state_.fileError && moment - failed_ >= shownAtLeast;
+    const bool setBack = moment < state_.now; // what has rung is to come once more
+    if (!newZone && !setBack && !mayBeOver && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
         if (Clock::of(moment) == Clock::of(state_.now)) return;
         state_.now = moment;
         if (reminders_) reminders_->minutePassed(state_.tasks, moment);
@@ -105,8 +125,12 @@ bool AppModel::attempt(std::string_view deed, const path& file, const std::funct
     act();
     return true;
 } catch (const FileError& error) {
-    state_.fileError = sentence(impossible(deed, file, error));
     mirror_.handle({Happened::listUnreadable});
+    const auto moment = now();
+    if (deed == toRead && moment < writeFailureSaid_) return false;
+    state_.fileError = sentence(impossible(deed, file, error));
+    failed_ = moment;
+    if (deed != toRead) writeFailureSaid_ = moment + shownAtLeast;
     return false;
 }
 
@@ -114,30 +138,42 @@ void AppModel::store(const std::function<void()>& preference) try { preference()
     mirror_.handle({Happened::reported, sentence(impossibleToWrite(error))});
 }
 
-const TaskItem* AppModel::find(const std::string& key) const {
-    const auto found = std::ranges::find(state_.tasks, key, &TaskItem::key);
-    return found == state_.tasks.end() ? nullptr : &*found;
+AppModel::Outcome AppModel::apply(const UserEdit& edit, const std::function<void()>& saved) {
+    std::optional<TaskDocument::Change> change;
+    if (!attempt("d'écrire", document_.file(), [&] { change = document_.edit(edit.apply, now()); })) {
+        tell();
+        return Outcome::failed;
+    }
+    if (!change) {
+        reloadIfStale(); // the task may have become another one: what is shown is not it
+        return Outcome::unchanged;
+    }
+    show(UndoBar{edit.said, true});
+    if (saved) saved();
+    wrote(edit.retitled ? retitled(*change, *edit.retitled) : Tasks());
+    return Outcome::saved;
 }
 
-bool AppModel::apply(const UserEdit& edit) {
-    const TaskDocument::Change* change = nullptr;
-    const auto write = [&] { change = document_.edit(edit.apply, now()); };
-    if (!attempt("d'écrire", document_.file(), write)) return tell(), false;
-    if (change == nullptr) return true;
-    show(edit.said ? std::optional(UndoBar{*edit.said, true}) : std::nullopt);
-    if (!edit.retitled) return wrote({}, {}), true;
-    const auto keys = document_.follow(*change);
-    auto task = *edit.retitled;
-    if (const auto renamed = keys.find(task.key); renamed != keys.end()) task.key = renamed->second;
-    wrote(keys, {task});
-    return true;
+Tasks AppModel::retitled(const TaskDocument::Change& change, std::string key) {
+    const auto keys = document_.follow(change);
+    if (const auto renamed = keys.find(key); renamed != keys.end()) key = renamed->second;
+    const auto task = TaskFile::find(change.after, key);
+    return task ? Tasks{*task} : Tasks();
 }
 
-void AppModel::wrote(const TaskDocument::Keys& renamed, const Tasks& silenced) {
-    if (reminders_ && !renamed.empty()) reminders_->rekey(renamed);
-    for (const auto& task : silenced)
-        if (reminders_) reminders_->skipIfPast(task, now());
-    reload();
+bool AppModel::holds(const TaskItem& seen) const {
+    return std::ranges::any_of(state_.tasks, [&](const TaskItem& task) { return isStill(seen, task); });
+}
+
+AppModel::Outcome AppModel::edit(const TaskItem& task, const TaskChange& change, const std::function<void()>& saved) {
+    const auto outcome = apply(UserEdit::change(task, change, today()), saved);
+    return outcome == Outcome::unchanged && !holds(task) ? Outcome::gone : outcome;
+}
+
+void AppModel::wrote(const Tasks& silenced) {
+    writeFailureSaid_ = {};
+    refresh(silenced);
+    tell();
     tellOf(Happened::edited);
 }
 
@@ -155,32 +191,69 @@ void AppModel::undo() {
     show(undone.changedSince ? std::optional(UndoBar{"Le fichier a changé depuis : rien n'a été annulé.", false})
                              : std::nullopt);
     if (undone.changedSince) return tell();
-    wrote(undone.keys, reminders_ ? remindersGivenBack(undone.change) : Tasks());
+    wrote(remindersGivenBack(undone.change));
 }
 
-void AppModel::setDone(const std::string& key) {
-    const auto latest = document_.renamed().latest(key);
-    const auto* task = find(latest);
-    apply(UserEdit::setDone(latest, task != nullptr ? task->title : "", true, today()));
+namespace {
+
+std::string naming(const TaskItem& task) { return "La tâche « " + TaskFile::dropStrongMark(task.title) + " »"; }
+
+// Why a button of a reminder does nothing any more.
+std::string outlived(const RungTask& task) {
+    if (!task.now) return naming(task.shown) + " n'est plus dans la liste.";
+    return naming(*task.now) + (task.now->done ? " est déjà cochée." : " a changé entre-temps.");
 }
 
-void AppModel::reschedule(const std::string& key, Day to) {
-    if (const auto* task = find(document_.renamed().latest(key))) reschedule(*task, to, task->time);
+}
+
+void AppModel::respond(const NotificationServer::Response& response) {
+    reloadIfStale(); // what was edited elsewhere a moment ago counts
+    const auto task = reminders_->take(response.bubble);
+    const bool wantsWindow = response.action == NotificationServer::Action::opened;
+    if (!wantsWindow && !task.hasEnded() && perform(response.action, *task.now)) return;
+    if (!wantsWindow && !state_.fileError) show(UndoBar{outlived(task), false});
+    requestSection("today");
+    windowAsked(response.activationToken);
+}
+
+bool AppModel::perform(NotificationServer::Action action, const TaskItem& task) {
+    if (action == NotificationServer::Action::done)
+        return apply(UserEdit::setDone(task, true, today())) == Outcome::saved;
+    return apply(UserEdit::reschedule(task, today().plusDays(1), task.time, today())) == Outcome::saved;
 }
 
 std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
                                          bool strong) {
-    return written(UserEdit::add(title, day.value_or(today()), time, strong));
+    const auto on = day.value_or(today());
+    return written(
+        UserEdit::add(title, on, time, strong, on == today() ? "Tâche ajoutée" : "Ajoutée pour " + on.longLabel()));
 }
 
 std::optional<std::string> AppModel::written(const std::optional<UserEdit>& edit) {
     if (!edit) return "Ce titre ne peut pas être écrit.";
-    return apply(*edit) ? std::nullopt : state_.fileError;
+    return apply(*edit) == Outcome::failed ? state_.fileError : std::nullopt;
+}
+
+void AppModel::bringBack(const path& copy) {
+    std::string text;
+    if (!attempt(toRead, copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
+    if (!document_.isStale(document_.onDisk())) {
+        apply(UserEdit::bringBack(std::move(text)));
+        return;
+    }
+    show(UndoBar{"Le fichier a changé depuis : rien n'a été rétabli.", false});
+    reload(); // what was to be replaced is not what was looked at
 }
 
 void AppModel::use(const path& file) {
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
+    if (reminders_ && file != document_.file()) { // each list has its own
+        reminders_->follow(state_.tasks, {});
+        reminders_->adopt(file, {});
+        isOtherList_ = true;
+    }
     document_.open(file);
+    writeFailureSaid_ = {};
     state_.file = file;
     show({});
     reload();
@@ -202,9 +275,28 @@ void AppModel::enableCalendarSync() {
     tell();
 }
 
+void AppModel::useGoogleClient(const path& downloaded) {
+    if (ports_.calendar == nullptr) return;
+    std::optional<std::string> failure;
+    try {
+        ports_.calendar->useClient(downloaded);
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+    mirror_.handle({failure ? Happened::reported : Happened::clientChosen, failure.value_or("")});
+    tell();
+}
+
 void AppModel::applyLaunchAtLogin() {
     if (ports_.loginItem == nullptr || ports_.preferences.wantsLaunchAtLogin() == false) return;
-    if (!ports_.loginItem->isEnabled()) setLaunchAtLogin(true);
+    switch (ports_.loginItem->status()) {
+    case LoginItem::Status::enabled: return;
+    case LoginItem::Status::switchedOff: // in the desktop's settings: the same choice in another place
+        return store([&] { ports_.preferences.setWantsLaunchAtLogin(false); });
+    case LoginItem::Status::absent:
+    case LoginItem::Status::foreign:
+        if (ports_.loginItem->mayComeUnasked()) setLaunchAtLogin(true);
+    }
 }
 
 void AppModel::setLaunchAtLogin(bool on) {

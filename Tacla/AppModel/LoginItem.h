@@ -10,8 +10,17 @@ namespace tacla {
 // Opening at login. A port: an XDG autostart entry in the product.
 class LoginItem {
   public:
+    enum class Status {
+        absent,
+        enabled,     // it starts this program
+        switchedOff, // by the user, in the desktop's own settings
+        foreign,     // it starts another program, or one that is gone
+    };
+
     virtual ~LoginItem() = default;
-    virtual bool isEnabled() const = 0;
+    virtual Status status() const = 0;
+    virtual bool mayComeUnasked() const { return true; } // not for a program that somebody has just built
+    bool isEnabled() const { return status() == Status::enabled; }
     virtual void enable() = 0;  // throws dravel::FileError
     virtual void disable() = 0; // throws dravel::FileError
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/GoogleAuth/OAuthClient.h"
 #include "Tacla/CalendarSync/MirrorPlan.h"
 #include "Tacla/TaskList/TaskViews.h"
 
@@ -18,12 +19,15 @@ struct UndoBar {
 
 // Everything that the menu and the pages show: a value, so that what they decide is a function of it.
 struct ModelState {
-    Tasks tasks; // every task of the file, in file order
+    Tasks tasks;                 // every task of the file, in file order
+    std::size_t unreadDates = 0; // lines whose date a carriage return hides
     Day today{1970, 1, 1};
     Instant now{}; // the last minute tick
     std::filesystem::path file;
 
     Connection connection = Connection::unknown;
+    std::optional<SignInWait> signIn; // while it waits in the browser
+    dravel::OAuthClient::Source googleClient = dravel::OAuthClient::Source::package;
     std::optional<Instant> lastSync; // end of the last successful calendar sync
     bool syncing = false;
     std::optional<std::string> syncError, fileError;
@@ -34,6 +38,7 @@ struct ModelState {
     bool launchAtLogin = false;
     bool calendarSync = false;
     bool onboarding = false;
+    bool withoutTray = false;                    // the desktop shows no icons of programs
     std::optional<std::string> requestedSection; // a section that the window is asked to show
     std::optional<UndoBar> undoBar;              // for ten seconds
 

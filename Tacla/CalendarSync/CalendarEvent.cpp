@@ -27,7 +27,19 @@ std::string halfAnHourLater(Day day, Clock clock) {
     return day.plusDays(minutes / wholeDay).description() + "T" + end.description() + ":00";
 }
 
+std::string universalClock(Instant moment) {
+    const auto day = std::chrono::floor<std::chrono::days>(moment);
+    const std::chrono::year_month_day date(day);
+    const auto minutes = std::chrono::floor<std::chrono::minutes>(moment - day).count();
+    return Day{static_cast<int>(date.year()), static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day())}
+               .description() +
+           "T" + Clock{minutes / 60, minutes % 60}.description() + ":00";
+}
+
 std::pair<EventTime, EventTime> timed(Instant moment, const std::string& timeZone) {
+    // Also where the zone in use has no name: its wall clock would say something else there.
+    if (timeZone == "UTC")
+        return {{universalClock(moment), timeZone}, {universalClock(moment + std::chrono::minutes(30)), timeZone}};
     const auto start = wallClock(moment);
     auto end = wallClock(moment + std::chrono::minutes(30));
     // In the night when the clock is set back, half an hour later may read earlier, and the service refuses such an
@@ -40,6 +52,9 @@ std::pair<EventTime, EventTime> allDay(Day written) {
     const Day day = Day::of(written.date()); // 30 February is 1 or 2 March
     return {wholeDay(day), wholeDay(day.plusDays(1))};
 }
+
+// "2025-…" as opposed to "0000-…" and "10000-…".
+bool hasServiceableYear(const EventTime& time) { return time.text.find('-') == 4 && !time.text.starts_with("0000"); }
 
 Json timeBody(const EventTime& time) {
     return time.timeZone ? Json{{"dateTime", time.text}, {"timeZone", *time.timeZone}} : Json{{"date", time.text}};
@@ -63,6 +78,9 @@ Json body(const CalendarEvent& event, Json start, Json end) {
 }
 
 std::optional<Managed> managedEvent(const Json& event) {
+    // One that is gone, or one day of a series that the user made of our event: the series itself is listed as well.
+    if (dravel::jsonString(event, "status") == "cancelled" || !dravel::jsonMember(event, "recurringEventId").is_null())
+        return std::nullopt;
     const auto id = dravel::jsonString(event, "id");
     const Json& properties = dravel::jsonMember(dravel::jsonMember(event, "extendedProperties"), "private");
     const bool ours = properties.is_object() &&
@@ -90,6 +108,7 @@ std::string CalendarEvent::patchBody() const { return body(*this, timePatch(star
 std::optional<CalendarEvent> calendarEvent(const TaskItem& task, const std::string& timeZone) {
     if (!task.day) return std::nullopt;
     auto [start, end] = task.time ? timed(*task.at(), timeZone) : allDay(*task.day);
+    if (!hasServiceableYear(start) || !hasServiceableYear(end)) return std::nullopt;
     return CalendarEvent{
         .summary = task.done ? "✅ " + TaskFile::dropStrongMark(task.title) : task.title,
         .description =
@@ -116,6 +135,11 @@ std::optional<ListingPage> readListingPage(std::string_view answer) {
 std::optional<std::string> readCalendarID(std::string_view answer) {
     const auto object = dravel::jsonObject(answer);
     return object ? dravel::jsonString(*object, "id") : std::nullopt;
+}
+
+std::string serviceMessage(std::string_view answer) {
+    const auto object = dravel::jsonObject(answer);
+    return object ? dravel::jsonString(dravel::jsonMember(*object, "error"), "message").value_or("") : "";
 }
 
 bool namesRateLimit(std::string_view answer) {

@@ -42,7 +42,8 @@ struct CalendarEvent {
     bool operator==(const CalendarEvent&) const = default;
 };
 
-// None for a task without a day. An event with a time lasts half an hour.
+// None for a task without a day, or on one that the service does not know: of the year 0, or ending after 9999. An
+// event with a time lasts half an hour.
 std::optional<CalendarEvent> calendarEvent(const TaskItem&, const std::string& timeZone);
 
 // An event of the calendar that carries our marker.
@@ -63,6 +64,9 @@ std::optional<ListingPage> readListingPage(std::string_view answer);
 
 // The identifier of a calendar that was just created.
 std::optional<std::string> readCalendarID(std::string_view answer);
+
+// What an error answer says in words, "" when it has none.
+std::string serviceMessage(std::string_view answer);
 
 // Whether an error answer says that too many requests came, as opposed to a request that is not allowed at all.
 bool namesRateLimit(std::string_view answer);

@@ -1,7 +1,9 @@
 #include "Tacla/CalendarSync/CalendarSync.h"
 
+#include "DravelKit/Foundation/OpenFile.h"
 #include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallNames.h"
+#include "DravelKit/GoogleAuth/AuthError.h"
 #include "DravelKit/Net/Url.h"
 #include "Tacla/CalendarSync/CalendarEvent.h"
 #include "Tacla/CalendarSync/SyncPlan.h"
@@ -10,6 +12,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <mutex>
 #include <utility>
 
 namespace tacla {
@@ -19,10 +22,16 @@ namespace {
 constexpr double atOnce = 200, perSecond = 6;
 constexpr std::chrono::seconds longestBackoff{64}, longestRetryAfter{300};
 
-// Whether the service asks for fewer requests.
-bool refusesForPace(const dravel::HttpResponse& response) {
-    return response.status == 429 || response.status >= 500 ||
-           (response.status == 403 && namesRateLimit(response.body));
+constexpr auto turnPatience = std::chrono::minutes(2);
+constexpr auto turnSaidAfter = std::chrono::seconds(1);
+constexpr auto turnPause = std::chrono::milliseconds(100);
+
+constexpr auto later = "Rien n'est perdu : la prochaine recopie fera le reste";
+constexpr auto signInAgain = "Reconnectez-vous dans les réglages de Tacla";
+
+// Whether the service asks for fewer requests, or is in trouble itself.
+bool refusesForPace(long status, const std::string& body) {
+    return status == 429 || status >= 500 || (status == 403 && namesRateLimit(body));
 }
 
 constexpr std::size_t shownCharacters = 120;
@@ -36,16 +45,70 @@ std::string describe(SyncError::Kind kind, long status, const std::string& body)
     }
     case SyncError::Kind::emptyFile: return "Le fichier ne contient aucune tâche : l'agenda n'est pas vidé";
     case SyncError::Kind::calendarGone: return "L'agenda de Tacla est introuvable dans Google Agenda";
+    case SyncError::Kind::settingsLost: return "Réglages de Tacla illisibles : " + body;
+    case SyncError::Kind::busy:
+        return "Une autre recopie dans Google Agenda dure depuis plus de deux minutes : réessayez plus tard";
     }
     return {};
 }
 
+std::string joined(const std::vector<std::string>& parts, std::string_view between) {
+    std::string all;
+    for (const auto& part : parts) {
+        if (!part.empty()) all.append(all.empty() ? std::string_view() : between).append(part);
+    }
+    return all;
 }
 
-SyncError::SyncError(Kind errorKind, long errorStatus, const std::string& body)
-    : std::runtime_error(describe(errorKind, errorStatus, body)), kind(errorKind), status(errorStatus) {}
+std::string inQuotes(std::string_view text) {
+    return "« " + std::string(dravel::firstCharacters(text, shownCharacters)) + " »";
+}
 
-SyncError SyncError::http(long status, const std::string& body) { return SyncError(Kind::http, status, body); }
+std::string adviceOn(long status, bool aboutTask) {
+    if (status == 401) return signInAgain;
+    if (status == 403) return "Activez l'API Google Calendar dans votre projet Google, ou reconnectez-vous";
+    return aboutTask && status >= 400 ? "Corrigez cette tâche, ou retirez sa date" : "";
+}
+
+std::string hint(SyncError::Kind kind, long status, const std::string& body, const std::string& task) {
+    if (kind != SyncError::Kind::http) return {};
+    const auto said = serviceMessage(body);
+    const auto google = said.empty() ? said : "Google dit : " + inQuotes(said);
+    if (refusesForPace(status, body)) return joined({google, later}, ". ");
+    return joined({task.empty() ? task : "Tâche refusée : " + inQuotes(task), google, adviceOn(status, !task.empty())},
+                  ". ");
+}
+
+void throwIfStopped(const std::stop_token& stop) {
+    if (stop.stop_requested()) throw dravel::HttpError(dravel::HttpError::Kind::cancelled, "Google Agenda");
+}
+
+}
+
+SyncError::SyncError(Kind errorKind, long errorStatus, const std::string& body, const std::string& task)
+    : std::runtime_error(describe(errorKind, errorStatus, body)), kind(errorKind), status(errorStatus),
+      hint(tacla::hint(errorKind, errorStatus, body, task)),
+      passing(errorKind == Kind::busy || (errorKind == Kind::http && refusesForPace(errorStatus, body))) {}
+
+SyncError SyncError::http(long status, const std::string& body, const std::string& task) {
+    return SyncError(Kind::http, status, body, task);
+}
+
+std::string hintOf(const std::exception& error) {
+    if (const auto* sync = dynamic_cast<const SyncError*>(&error)) return sync->hint;
+    if (const auto* auth = dynamic_cast<const dravel::AuthError*>(&error))
+        return auth->kind == dravel::AuthError::Kind::notSignedIn ? signInAgain : "";
+    return passes(error) ? later : "";
+}
+
+bool passes(const std::exception& error) {
+    if (const auto* sync = dynamic_cast<const SyncError*>(&error)) return sync->passing;
+    if (const auto* auth = dynamic_cast<const dravel::AuthError*>(&error))
+        return auth->kind == dravel::AuthError::Kind::keyringUnreachable ||
+               auth->kind == dravel::AuthError::Kind::unreadableAnswer ||
+               auth->kind == dravel::AuthError::Kind::loginFailed; // Google's answer to a refresh, such as a 503
+    return dynamic_cast<const dravel::HttpError*>(&error) != nullptr;
+}
 
 Pace::Wait Pace::beforeRun(Moment now) const {
     return std::chrono::ceil<Wait>(std::max(notBefore_ - now, Moment::duration::zero()));
@@ -85,7 +148,8 @@ struct CalendarSync::Pass {
         if (time > Pace::Wait::zero()) sync.time_.sleep(time, stop);
     }
 
-    std::string request(const char* method, const std::string& url, std::optional<std::string> body = {}) {
+    std::string request(const char* method, const std::string& url, std::optional<std::string> body = {},
+                        const std::string& task = "") {
         dravel::HttpRequest request{.method = method, .url = url, .body = std::move(body)};
         if (request.body) request.headers.emplace_back("Content-Type", "application/json");
         auto response = send(request);
@@ -95,13 +159,15 @@ struct CalendarSync::Pass {
         }
         const bool gone = request.method == "DELETE" && (response.status == 404 || response.status == 410);
         if (gone || (response.status >= 200 && response.status < 300)) return std::move(response.body);
-        if (refusesForPace(response)) sync.pace_.refused(sync.time_.now(), response.retryAfter);
-        throw SyncError::http(response.status, response.body);
+        if (refusesForPace(response.status, response.body)) sync.pace_.refused(sync.time_.now(), response.retryAfter);
+        throw SyncError::http(response.status, response.body, task);
     }
 
     dravel::HttpResponse send(dravel::HttpRequest& request) {
+        throwIfStopped(stop);
         request.bearer = sync.auth_.validAccessToken(stop);
         wait(sync.pace_.beforeRequest(sync.time_.now()));
+        throwIfStopped(stop);
         return http.send(request, stop);
     }
 
@@ -135,10 +201,11 @@ struct CalendarSync::Pass {
     // The identifier is on disk before the first event goes out, and is remembered when it cannot be put there:
     // otherwise the next pass would create a second calendar.
     std::string createCalendar() {
-        auto& unstored = sync.unstoredCalendar_;
-        if (!unstored) unstored = create();
-        sync.preferences_.setCalendar(*unstored, true);
-        return *std::exchange(unstored, std::nullopt);
+        sync.preferences_.proveWritable();
+        sync.known_ = {create(), true};
+        sync.unstored_ = true;
+        sync.store();
+        return sync.known_->id;
     }
 
     struct Calendar {
@@ -147,49 +214,111 @@ struct CalendarSync::Pass {
     };
 
     Calendar openCalendar() {
-        const auto known = sync.preferences_.calendarID();
+        const auto known = sync.calendar();
         if (!known) return {createCalendar(), {}};
         try {
-            return {*known, list(*known)};
+            return {known->id, list(known->id)};
         } catch (const SyncError& error) {
             if (error.kind != SyncError::Kind::http || error.status != 404) throw;
         }
-        if (!sync.preferences_.calendarCreatedByTacla()) throw SyncError(SyncError::Kind::calendarGone);
+        if (!known->createdByTacla) throw SyncError(SyncError::Kind::calendarGone);
         return {createCalendar(), {}};
     }
 
     void perform(const SyncPlan& plan, const std::string& calendar, const Progress& progress) {
         const auto events = eventsUrl(calendar);
         std::size_t sent = 0;
-        const auto send = [&](const char* method, const std::string& url, std::optional<std::string> body) {
+        const auto send = [&](const char* method, const std::string& url, std::optional<std::string> body,
+                              const std::string& task) {
             if (progress) progress(sent++, plan.size());
-            request(method, url, std::move(body));
+            request(method, url, std::move(body), task);
         };
         const auto event = [&](const std::string& id) { return events + "/" + dravel::percentEncoded(id); };
-        for (const auto& patch : plan.patch) send("PATCH", event(patch.id), patch.event.patchBody());
-        for (const auto& post : plan.post) send("POST", events, post.postBody());
-        for (const auto& id : plan.remove) send("DELETE", event(id), std::nullopt);
+        for (const auto& patch : plan.patch)
+            send("PATCH", event(patch.id), patch.event.patchBody(), patch.event.summary);
+        for (const auto& post : plan.post) send("POST", events, post.postBody(), post.summary);
+        for (const auto& id : plan.remove) send("DELETE", event(id), std::nullopt, "");
     }
 };
 
-CalendarSync::CalendarSync(dravel::GoogleAuth& auth, Preferences& preferences, std::string calendarApi, Time time,
-                           dravel::HttpLimits limits)
-    : auth_(auth), preferences_(preferences), calendarApi_(std::move(calendarApi)), time_(std::move(time)),
-      limits_(limits) {}
+CalendarSync::CalendarSync(dravel::GoogleAuth& auth, Preferences& preferences, std::string calendarApi,
+                           const std::filesystem::path& lockFolder, Time time, dravel::HttpLimits limits)
+    : auth_(auth), preferences_(preferences), calendarApi_(std::move(calendarApi)), lock_(lockFolder / "calendar.lock"),
+      time_(std::move(time)), limits_(limits) {
+    try {
+        known_ = preferences_.calendar();
+    } catch (const dravel::FileError&) { // the first run says so
+    }
+}
 
-CalendarSync::Result CalendarSync::run(const Tasks& tasks, const std::map<std::string, std::string>& renamed,
-                                       std::stop_token stop, const Progress& progress) {
-    const std::scoped_lock onePass(running_);
-    Pass pass{*this, std::move(stop)};
-    pass.wait(pace_.beforeRun(time_.now()));
+CalendarSync::Turn CalendarSync::takeTurn(const std::stop_token& stop, const std::function<void()>& waits) {
+    if (const auto pause = pace_.beforeRun(time_.now()); pause > Pace::Wait::zero()) time_.sleep(pause, stop);
+    dravel::makeFolders(lock_.parent_path());
+    const auto asked = time_.now();
+    for (bool said = false;; time_.sleep(turnPause, stop)) {
+        throwIfStopped(stop);
+        if (auto lock = dravel::tryLock(lock_)) return std::make_shared<dravel::OpenFile>(std::move(*lock));
+        const auto waited = time_.now() - asked;
+        if (waited >= turnPatience) throw SyncError(SyncError::Kind::busy);
+        if (waited >= turnSaidAfter && waits && !std::exchange(said, true)) waits();
+    }
+}
+
+// What the settings say, unless they lost what this process knows.
+std::optional<Preferences::Calendar> CalendarSync::calendar() {
+    std::optional<Preferences::Calendar> stored;
+    try {
+        stored = preferences_.calendar();
+    } catch (const dravel::FileError& error) {
+        throw SyncError(SyncError::Kind::settingsLost, 0, error.path.string() + " : " + error.description());
+    }
+    if (known_ && (unstored_ || !stored))
+        store();
+    else
+        known_ = std::move(stored);
+    return known_;
+}
+
+void CalendarSync::store() {
+    preferences_.setCalendar(known_->id, known_->createdByTacla);
+    unstored_ = false;
+}
+
+// Settings that were lost during the run, for the sake of the next process.
+void CalendarSync::giveBackToSettings() {
+    try {
+        if (known_ && (unstored_ || !preferences_.calendarID())) store();
+    } catch (const dravel::FileError&) { // the next run tries again, and says so
+    }
+}
+
+CalendarSync::Result CalendarSync::run(const Turn&, const Tasks& tasks,
+                                       const std::map<std::string, std::string>& renamed, const std::stop_token& stop,
+                                       const Progress& progress) {
+    struct AtTheEnd {
+        CalendarSync& sync;
+        ~AtTheEnd() { sync.giveBackToSettings(); }
+    } const atTheEnd{*this};
+    Pass pass{*this, stop};
     const auto calendar = pass.openCalendar();
     // A file that was cut to nothing must never empty the calendar.
     if (tasks.empty() && !calendar.events.empty()) throw SyncError(SyncError::Kind::emptyFile);
-    const auto plan = planSync(calendar.events, tasks, renamed, pass.timeZone);
+    auto plan = planSync(calendar.events, tasks, renamed, pass.timeZone);
     pass.perform(plan, calendar.id, progress);
     pace_.completed();
     return {static_cast<int>(plan.post.size()), static_cast<int>(plan.patch.size()),
-            static_cast<int>(plan.remove.size())};
+            static_cast<int>(plan.remove.size()), std::move(plan.leftOut)};
+}
+
+std::string CalendarSync::Result::hint() const {
+    constexpr std::size_t named = 3;
+    std::vector<std::string> titles;
+    for (const auto& title : leftOut) {
+        if (titles.size() < named) titles.push_back(inQuotes(title));
+    }
+    if (leftOut.size() > named) titles.emplace_back("…");
+    return leftOut.empty() ? ""
+                           : "Sans événement, car Google Agenda ne connaît pas leur date : " + joined(titles, ", ");
 }
 
 }

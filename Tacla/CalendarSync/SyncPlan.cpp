@@ -39,6 +39,7 @@ SyncPlan planSync(const std::vector<Managed>& managed, const Tasks& tasks,
     }
     for (const auto& task : tasks) {
         auto event = calendarEvent(task, timeZone);
+        if (!event && task.day) plan.leftOut.push_back(task.title);
         if (!event) continue;
         const auto place = byKey.find(event->key);
         if (place == byKey.end()) {

@@ -19,7 +19,8 @@ struct SyncPlan {
     };
     std::vector<Patch> patch;
     std::vector<CalendarEvent> post;
-    std::vector<std::string> remove; // identifiers of events
+    std::vector<std::string> remove;  // identifiers of events
+    std::vector<std::string> leftOut; // titles of dated tasks that no event can show
 
     std::size_t size() const { return patch.size() + post.size() + remove.size(); }
     bool operator==(const SyncPlan&) const = default;

@@ -32,7 +32,7 @@ dravel::GoogleConfig taclaGoogle(const Preferences& preferences) {
         .tokenService = "fr.dravel.Tacla.google",
         // A calendar that somebody else made is out of reach of the narrow scope.
         .scope =
-            [preferences] {
+            [&preferences] {
                 const bool foreign = preferences.calendarID() && !preferences.calendarCreatedByTacla();
                 return std::string(foreign ? allEvents : ownCalendars);
             },

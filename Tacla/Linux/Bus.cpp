@@ -16,6 +16,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr auto addressVariable = "DBUS_SESSION_BUS_ADDRESS";
@@ -132,13 +134,12 @@ void Bus::open() {
 }
 
 void Bus::connectNow() {
-    const auto name = kind_ == Kind::session ? QStringLiteral("tacla-session") : QStringLiteral("tacla-system");
+    const auto name = kind_ == Kind::session ? u"tacla-session"_s : u"tacla-system"_s;
     const auto connection = QDBusConnection::connectToBus(QString::fromStdString(address_), name);
     if (!connection.isConnected()) return;
     connection_ = connection;
     // What the library says to itself.
-    connection_->connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
-                         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+    connection_->connect({}, u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s, this,
                          SLOT(disconnected()));
     opened_(connection);
 }

@@ -10,6 +10,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QLatin1String name("org.freedesktop.Notifications");
@@ -18,6 +20,13 @@ constexpr QLatin1String path("/org/freedesktop/Notifications");
 // A reminder that a frozen server answers late is shown late: asked for again meanwhile, it would be shown twice. The
 // bus answers for a server that ends.
 constexpr int endlessPatience = std::numeric_limits<int>::max();
+
+QDBusMessage serverCall(const QString& method) { return QDBusMessage::createMethodCall(name, path, name, method); }
+
+QDBusMessage busCall(const QString& method) {
+    const auto bus = u"org.freedesktop.DBus"_s;
+    return QDBusMessage::createMethodCall(bus, u"/org/freedesktop/DBus"_s, bus, method);
+}
 
 constexpr auto noServer = "Aucun service de notification ne répond.";
 
@@ -38,21 +47,25 @@ QString plain(const std::string& text) {
 
 QStringList actions(const NotificationContent& content) {
     if (content.key.empty()) return {};
-    return {QStringLiteral("default"), QStringLiteral("Ouvrir"),   QStringLiteral("DONE"),
-            QStringLiteral("Fait"),    QStringLiteral("TOMORROW"), QStringLiteral("Demain")};
+    return {u"default"_s, u"Ouvrir"_s, u"DONE"_s, u"Fait"_s, u"TOMORROW"_s, u"Demain"_s};
 }
 
-QVariantMap hints() {
-    return {{QStringLiteral("desktop-entry"), QStringLiteral("fr.dravel.Tacla")},
-            {QStringLiteral("urgency"), QVariant::fromValue<uchar>(1)},
-            {QStringLiteral("category"), QStringLiteral("x-tacla.reminder")},
-            {QStringLiteral("sound-name"), QStringLiteral("message-new-instant")}};
+QVariantMap hints(bool persistence) {
+    QVariantMap hints{{u"desktop-entry"_s, u"fr.dravel.Tacla"_s},
+                      {u"urgency"_s, QVariant::fromValue<uchar>(1)},
+                      {u"category"_s, u"x-tacla.reminder"_s},
+                      {u"sound-name"_s, u"message-new-instant"_s}};
+    if (persistence) hints[u"transient"_s] = false; // kept in the server's list until it is answered
+    return hints;
 }
+
+// A reminder stays until it is answered; for how long anything else does is the server's business.
+int expiry(const NotificationContent& content) { return content.key.empty() ? -1 : 0; }
 
 std::optional<NotificationServer::Action> action(const QString& key) {
-    if (key == QLatin1String("DONE")) return NotificationServer::Action::done;
-    if (key == QLatin1String("TOMORROW")) return NotificationServer::Action::tomorrow;
-    if (key == QLatin1String("default")) return NotificationServer::Action::opened;
+    if (key == "DONE"_L1) return NotificationServer::Action::done;
+    if (key == "TOMORROW"_L1) return NotificationServer::Action::tomorrow;
+    if (key == "default"_L1) return NotificationServer::Action::opened;
     return {};
 }
 
@@ -62,17 +75,29 @@ DesktopNotifications::DesktopNotifications(QString icon) : icon_(std::move(icon)
 
 void DesktopNotifications::use(const QDBusConnection& connection) {
     connection_ = connection;
-    // Signals of any sender: naming the service would ask the bus for its owner, and wait for the answer. Identifiers
-    // that are not ours are ignored anyway.
-    const auto listen = [this](const char* signal, const char* slot) {
-        connection_->connect({}, path, name, QLatin1String(signal), this, slot);
-    };
-    listen("ActionInvoked", SLOT(actionInvoked(uint, QString)));
-    listen("ActivationToken", SLOT(activationToken(uint, QString)));
-    listen("NotificationClosed", SLOT(notificationClosed(uint, uint)));
+    listen();
     auto* watcher = new QDBusServiceWatcher(name, *connection_, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &DesktopNotifications::forget);
-    if (!waiting_.empty()) askServer();
+    learnBus();
+}
+
+void DesktopNotifications::listen() {
+    // Signals of any sender: naming the service would ask the bus for its owner, and wait for the answer. Whose they
+    // are is told by their message.
+    const auto listenTo = [this](const char* signal, const char* slot) {
+        connection_->connect({}, path, name, QLatin1String(signal), this, slot);
+    };
+    listenTo("ActionInvoked", SLOT(actionInvoked(uint, QString, QDBusMessage)));
+    listenTo("ActivationToken", SLOT(activationToken(uint, QString, QDBusMessage)));
+    listenTo("NotificationClosed", SLOT(notificationClosed(uint, uint, QDBusMessage)));
+}
+
+// Comes before every answer of a server, and so before the first handle.
+void DesktopNotifications::learnBus() {
+    call(busCall(u"GetId"_s), [this](const QDBusMessage& reply) {
+        bus_ = reply.arguments().value(0).toString().toStdString();
+        if (!waiting_.empty()) askServer();
+    });
 }
 
 void DesktopNotifications::doWithout() {
@@ -82,9 +107,13 @@ void DesktopNotifications::doWithout() {
     forget();
 }
 
+void DesktopNotifications::flush() {
+    if (connection_) connection_->call(busCall(u"GetId"_s), QDBus::Block, 200);
+}
+
 void DesktopNotifications::forget() {
     server_.reset();
-    shown_.clear(); // a new server counts from the start
+    activationTokens_.clear();
     changed();
 }
 
@@ -96,18 +125,30 @@ void DesktopNotifications::learn(Learned answer) {
     waiting_.push_back(std::move(answer));
     if (server_) return QTimer::singleShot(0, this, [this] { learned(*server_); });
     if (waiting_.size() > 1) return; // the question is on its way
-    if (connection_) return askServer();
+    if (connection_ && bus_) return askServer();
+    if (connection_) return; // asked once the bus has told its name
     QTimer::singleShot(without_ ? 0 : patience, this, [this] {
         if (!connection_) learned({{.session = !without_}});
     });
 }
 
 void DesktopNotifications::askServer() {
-    call(QStringLiteral("GetCapabilities"), {}, [this](const QDBusMessage& reply) {
+    call(serverCall(u"GetCapabilities"_s), [this](const QDBusMessage& reply) {
         if (reply.type() != QDBusMessage::ReplyMessage) return learned({});
         const auto words = reply.arguments().value(0).toStringList();
         const auto has = [&](const char* word) { return words.contains(QLatin1String(word)); };
-        server_ = Server{{.reachable = true, .actions = has("actions"), .body = has("body")}, has("body-markup")};
+        askItsName({{.reachable = true, .actions = has("actions"), .body = has("body"), .server = identity(reply)},
+                    has("body-markup"),
+                    has("persistence")});
+    });
+}
+
+void DesktopNotifications::askItsName(Server server) {
+    call(serverCall(u"GetServerInformation"_s), [this, server](const QDBusMessage& reply) {
+        const bool told = reply.type() == QDBusMessage::ReplyMessage;
+        if (told && identity(reply) != server.capabilities.server) return askServer(); // another one came meanwhile
+        server_ = server;
+        server_->capabilities.tellsOnlyOwner = reply.arguments().value(0).toString() == "dunst"_L1;
         learned(*server_);
     });
 }
@@ -117,35 +158,39 @@ void DesktopNotifications::learned(const Server& server) {
     for (const auto& answer : std::exchange(waiting_, {})) answer(known);
 }
 
-void DesktopNotifications::show(const NotificationRequest& request, std::function<void(Error)> shown) {
+void DesktopNotifications::show(const NotificationRequest& request,
+                                std::function<void(const Error&, const BubbleHandle&)> shown) {
     learn([this, request, shown = std::move(shown)](const Server& server) { notify(request, server, shown); });
 }
 
 void DesktopNotifications::notify(const NotificationRequest& request, const Server& server,
-                                  const std::function<void(Error)>& shown) {
-    if (!server.capabilities.reachable) return shown(noServer);
+                                  const std::function<void(const Error&, const BubbleHandle&)>& shown) {
+    if (!server.capabilities.reachable) return shown(noServer, {});
     const auto& content = request.content;
     const auto body = plain(content.body);
-    const QList<QVariant> arguments{QStringLiteral("Tacla"),
-                                    0U,
-                                    icon_,
-                                    plain(content.title),
-                                    server.bodyMarkup ? body.toHtmlEscaped() : body,
-                                    server.capabilities.actions ? actions(content) : QStringList(),
-                                    hints(),
-                                    -1};
-    const auto answered = [this, key = content.key, shown](const QDBusMessage& reply) {
-        if (reply.type() != QDBusMessage::ReplyMessage) return shown(refusal(reply));
-        if (!key.empty()) shown_[reply.arguments().value(0).toUInt()] = {key, {}};
-        shown({});
+    const bool replaces = request.replaced && request.replaced->server == server.capabilities.server;
+    auto message = serverCall(u"Notify"_s);
+    message << u"Tacla"_s << (replaces ? QString::fromStdString(request.replaced->id).toUInt() : 0U) << icon_
+            << plain(content.title) << (server.bodyMarkup ? body.toHtmlEscaped() : body)
+            << (server.capabilities.actions ? actions(content) : QStringList()) << hints(server.persistence)
+            << expiry(content);
+    const auto answered = [this, shown](const QDBusMessage& reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage) return shown(refusal(reply), {});
+        shown({}, handle(reply.arguments().value(0).toUInt(), reply));
     };
-    call(QStringLiteral("Notify"), arguments, answered, content.key.empty() ? patience : endlessPatience);
+    call(message, answered, content.key.empty() ? patience : endlessPatience);
 }
 
-void DesktopNotifications::call(const QString& method, const QList<QVariant>& arguments,
-                                std::function<void(const QDBusMessage&)> answer, int milliseconds) {
-    auto message = QDBusMessage::createMethodCall(name, path, name, method);
-    message.setArguments(arguments);
+void DesktopNotifications::close(const BubbleHandle& bubble) {
+    if (!connection_ || !bus_ || !bubble.server.starts_with(*bus_)) return; // gone with its bus
+    const auto server = QString::fromStdString(bubble.server.substr(bus_->size()));
+    auto message = QDBusMessage::createMethodCall(server, path, name, u"CloseNotification"_s);
+    message << QString::fromStdString(bubble.id).toUInt();
+    connection_->asyncCall(message);
+}
+
+void DesktopNotifications::call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> answer,
+                                int milliseconds) {
     auto* watcher = new QDBusPendingCallWatcher(connection_->asyncCall(message, milliseconds), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answer = std::move(answer)] {
         watcher->deleteLater();
@@ -153,21 +198,20 @@ void DesktopNotifications::call(const QString& method, const QList<QVariant>& ar
     });
 }
 
-void DesktopNotifications::actionInvoked(uint id, const QString& key) {
-    const auto found = shown_.find(id);
-    const auto chosen = action(key);
-    if (found == shown_.end() || !chosen) return; // another program's
-    const auto shown = found->second;
-    shown_.erase(found);
-    // Some servers leave the bubble up after an action.
-    call(QStringLiteral("CloseNotification"), {id}, [](const QDBusMessage&) {});
-    responded({*chosen, shown.key, shown.activationToken});
+void DesktopNotifications::actionInvoked(uint id, const QString& key, const QDBusMessage& signal) {
+    const auto bubble = handle(id, signal);
+    if (const auto chosen = action(key)) responded({*chosen, bubble, activationTokens_[bubble]});
+    activationTokens_.erase(bubble);
 }
 
-void DesktopNotifications::activationToken(uint id, const QString& token) {
-    if (const auto found = shown_.find(id); found != shown_.end()) found->second.activationToken = token.toStdString();
+void DesktopNotifications::activationToken(uint id, const QString& token, const QDBusMessage& signal) {
+    activationTokens_[handle(id, signal)] = token.toStdString();
 }
 
-void DesktopNotifications::notificationClosed(uint id, uint) { shown_.erase(id); }
+void DesktopNotifications::notificationClosed(uint id, uint, const QDBusMessage& signal) {
+    const auto bubble = handle(id, signal);
+    activationTokens_.erase(bubble);
+    closed(bubble);
+}
 
 }

@@ -23,41 +23,51 @@ class DesktopNotifications final : public QObject, public NotificationServer {
 
     void use(const QDBusConnection&);
     void doWithout(); // there is no bus, or none any more
+    void flush();     // what was asked of the server is on its way then; waits for the bus, never for the server
 
-    void show(const NotificationRequest&, std::function<void(Error)> shown) override;
+    void show(const NotificationRequest&, std::function<void(const Error&, const BubbleHandle&)> shown) override;
+    void close(const BubbleHandle&) override;
     void ask(std::function<void(Capabilities)>) override;
 
   private Q_SLOTS:
-    void actionInvoked(uint id, const QString& action);
-    void activationToken(uint id, const QString& token);
-    void notificationClosed(uint id, uint reason);
+    void actionInvoked(uint id, const QString& action, const QDBusMessage&);
+    void activationToken(uint id, const QString& token, const QDBusMessage&);
+    void notificationClosed(uint id, uint reason, const QDBusMessage&);
 
   private:
     struct Server {
         Capabilities capabilities;
-        bool bodyMarkup = false;
-    };
-    struct Shown {
-        std::string key, activationToken;
+        bool bodyMarkup = false, persistence = false;
     };
     using Learned = std::function<void(const Server&)>;
 
     void learn(Learned); // what the server can do, asked once per server
     void askServer();
+    void askItsName(Server);
     void learned(const Server&);
     void forget(); // another server
-    void notify(const NotificationRequest&, const Server&, const std::function<void(Error)>& shown);
-    void call(const QString& method, const QList<QVariant>& arguments, std::function<void(const QDBusMessage&)> answer,
-              int milliseconds = patience);
+    void listen();
+    void learnBus();
+    // Unique names begin anew with each bus.
+    std::string identity(const QDBusMessage& fromServer) const {
+        return bus_.value_or("") + fromServer.service().toStdString();
+    }
+    BubbleHandle handle(uint id, const QDBusMessage& fromServer) const {
+        return {identity(fromServer), std::to_string(id)};
+    }
+    void notify(const NotificationRequest&, const Server&,
+                const std::function<void(const Error&, const BubbleHandle&)>& shown);
+    void call(const QDBusMessage&, std::function<void(const QDBusMessage&)> answer, int milliseconds = patience);
 
     static constexpr int patience = 5000; // ms
 
     QString icon_;
     std::optional<QDBusConnection> connection_;
+    std::optional<std::string> bus_; // its identity, once it told
     bool without_ = false;
     std::optional<Server> server_;
     std::vector<Learned> waiting_;
-    std::map<uint, Shown> shown_;
+    std::map<BubbleHandle, std::string> activationTokens_; // each comes before its action
 };
 
 }

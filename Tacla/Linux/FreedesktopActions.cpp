@@ -9,13 +9,18 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QUrl>
+
+#include <unistd.h>
 
 #include <array>
 #include <string_view>
 #include <utility>
 
 namespace tacla::FreedesktopActions {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -30,6 +35,13 @@ void openPanel(QWidget* parent, const Path& folder, const Chosen& chosen, const 
         if (!file.isEmpty()) chosen(Path(file.toStdString()));
     });
     panel->open();
+}
+
+// The desktop's own way to the browser, else the browser that the system knows.
+QString addressOpener() {
+    for (const auto* name : {"xdg-open", "x-www-browser"})
+        if (auto found = QStandardPaths::findExecutable(QLatin1StringView(name)); !found.isEmpty()) return found;
+    return {};
 }
 
 // The command that opens the notification settings of the desktops that XDG_CURRENT_DESKTOP names ("ubuntu:GNOME"),
@@ -53,14 +65,34 @@ std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
 
 void openFile(const Path& file) { QDesktopServices::openUrl(url(file)); }
 
-void openAddress(const std::string& address) { QDesktopServices::openUrl(QUrl(QString::fromStdString(address))); }
+void openAddress(const std::string& address, const std::function<void()>& failed) {
+    const auto tellFailure = [failed] {
+        if (failed) failed();
+    };
+    const auto opener = addressOpener();
+    if (opener.isEmpty()) return tellFailure();
+    // Without an owner: some openers live as long as the browser, which stays when we go.
+    auto* process = new QProcess;
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    process->setChildProcessModifier([] { ::setsid(); });
+    QObject::connect(process, &QProcess::finished, process, [process, tellFailure](int status) {
+        process->deleteLater();
+        if (status != 0) tellFailure();
+    });
+    QObject::connect(process, &QProcess::errorOccurred, process, [process, tellFailure](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart) return;
+        process->deleteLater();
+        tellFailure();
+    });
+    process->start(opener, {QString::fromStdString(address)});
+}
 
 void reveal(Bus& session, const Path& file) {
     const auto openFolder = [file] { QDesktopServices::openUrl(url(file.parent_path())); };
     if (!session.connection()) return openFolder();
-    auto message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    auto message = QDBusMessage::createMethodCall(u"org.freedesktop.FileManager1"_s, u"/org/freedesktop/FileManager1"_s,
+                                                  u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
     message << QStringList{url(file).toString(QUrl::FullyEncoded)} << QString();
     auto* call = new QDBusPendingCallWatcher(session.connection()->asyncCall(message), &session);
     QObject::connect(call, &QDBusPendingCallWatcher::finished, call, [call, openFolder] {
@@ -79,31 +111,42 @@ void showFolder(const Path& folder) try {
 void openNotificationSettings() {
     const auto desktop = qgetenv("XDG_CURRENT_DESKTOP").toStdString();
     const auto command = notificationSettingsCommand(desktop);
-    auto words = QString::fromUtf8(command.data(), static_cast<qsizetype>(command.size())).split(QLatin1Char(' '));
+    auto words = QString::fromUtf8(command.data(), static_cast<qsizetype>(command.size())).split(u' ');
     const auto program = words.takeFirst();
     if (!program.isEmpty()) QProcess::startDetached(program, words);
 }
 
 void chooseFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
-    const auto title = QStringLiteral("Choisissez le fichier où Tacla lit et écrit vos tâches.");
+    const auto title = u"Choisissez le fichier où Tacla lit et écrit vos tâches."_s;
     openPanel(parent, folder, chosen, title, [](QFileDialog& panel) {
         panel.setFileMode(QFileDialog::ExistingFile);
-        panel.setNameFilter(QStringLiteral("Listes de tâches (*.md *.markdown *.txt *.text)"));
-        panel.setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
-        panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
+        panel.setNameFilter(u"Listes de tâches (*.md *.markdown *.txt *.text)"_s);
+        panel.setLabelText(QFileDialog::Accept, u"Choisir"_s);
+        panel.setLabelText(QFileDialog::Reject, u"Annuler"_s);
     });
 }
 
 void createFile(QWidget* parent, const Path& folder, const Chosen& chosen) {
-    const auto title = QStringLiteral("Où ranger votre nouvelle liste de tâches ?");
+    const auto title = u"Où ranger votre nouvelle liste de tâches ?"_s;
     openPanel(parent, folder, chosen, title, [](QFileDialog& panel) {
         panel.setAcceptMode(QFileDialog::AcceptSave);
         panel.setOption(QFileDialog::DontConfirmOverwrite); // a list that exists is used as it is
-        panel.setNameFilter(QStringLiteral("Listes de tâches (*.md)"));
-        panel.setDefaultSuffix(QStringLiteral("md"));
-        panel.selectFile(QStringLiteral("taches.md"));
-        panel.setLabelText(QFileDialog::Accept, QStringLiteral("Enregistrer"));
-        panel.setLabelText(QFileDialog::Reject, QStringLiteral("Annuler"));
+        panel.setNameFilter(u"Listes de tâches (*.md)"_s);
+        panel.setDefaultSuffix(u"md"_s);
+        panel.selectFile(u"taches.md"_s);
+        panel.setLabelText(QFileDialog::Accept, u"Enregistrer"_s);
+        panel.setLabelText(QFileDialog::Reject, u"Annuler"_s);
+    });
+}
+
+void chooseClient(QWidget* parent, const Chosen& chosen) {
+    const auto title = u"Choisissez le fichier que Google vous a donné (client_secret_….json)."_s;
+    const auto downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation).toStdString();
+    openPanel(parent, downloads, chosen, title, [](QFileDialog& panel) {
+        panel.setFileMode(QFileDialog::ExistingFile);
+        panel.setNameFilter(u"Clients Google (*.json)"_s);
+        panel.setLabelText(QFileDialog::Accept, u"Choisir"_s);
+        panel.setLabelText(QFileDialog::Reject, u"Annuler"_s);
     });
 }
 

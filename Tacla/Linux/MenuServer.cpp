@@ -9,6 +9,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void registerTypes() {
@@ -26,22 +28,21 @@ void registerTypes() {
 }
 
 // "_" announces an access key; doubled it is itself. "&" means nothing here.
-QString label(const std::string& text) {
-    return QString::fromStdString(text).replace(QLatin1Char('_'), QLatin1String("__"));
-}
+QString label(const std::string& text) { return QString::fromStdString(text).replace(u'_', "__"_L1); }
 
-QVariantMap properties(const MenuEntry& entry) {
-    if (entry.kind == MenuEntry::Kind::separator) return {{QStringLiteral("type"), QStringLiteral("separator")}};
-    QVariantMap map{{QStringLiteral("label"), label(entry.label)}};
-    if (!entry.enabled || entry.kind == MenuEntry::Kind::header) map[QStringLiteral("enabled")] = false;
-    if (entry.kind == MenuEntry::Kind::submenu) map[QStringLiteral("children-display")] = QStringLiteral("submenu");
+QVariantMap properties(const MenuEntry& entry, bool hostDrawsBoxes) {
+    if (entry.kind == MenuEntry::Kind::separator) return {{u"type"_s, u"separator"_s}};
+    const std::string box = entry.checked == false && !hostDrawsBoxes ? "☐ " : "";
+    QVariantMap map{{u"label"_s, label(box + entry.label)}};
+    if (!entry.enabled || entry.kind == MenuEntry::Kind::header) map[u"enabled"_s] = false;
+    if (entry.kind == MenuEntry::Kind::submenu) map[u"children-display"_s] = u"submenu"_s;
     if (entry.checked) {
-        map[QStringLiteral("toggle-type")] = QStringLiteral("checkmark");
-        map[QStringLiteral("toggle-state")] = *entry.checked ? 1 : 0;
+        map[u"toggle-type"_s] = u"checkmark"_s;
+        map[u"toggle-state"_s] = *entry.checked ? 1 : 0;
     }
     if (entry.shortcut) {
-        const QStringList keys{QStringLiteral("Control"), QString(QLatin1Char(*entry.shortcut))};
-        map[QStringLiteral("shortcut")] = QVariant::fromValue(QList<QStringList>{keys});
+        const QStringList keys{u"Control"_s, QString(QLatin1Char(*entry.shortcut))};
+        map[u"shortcut"_s] = QVariant::fromValue(QList<QStringList>{keys});
     }
     return map;
 }
@@ -70,9 +71,10 @@ const MenuNode* findIn(const MenuNode& node, int id) {
 
 }
 
-MenuServer::MenuServer(std::function<Menu()> content) : content_(std::move(content)) {
+MenuServer::MenuServer(std::function<Menu()> content, bool hostDrawsBoxes)
+    : content_(std::move(content)), hostDrawsBoxes_(hostDrawsBoxes) {
     registerTypes();
-    root_.properties[QStringLiteral("children-display")] = QStringLiteral("submenu");
+    root_.properties[u"children-display"_s] = u"submenu"_s;
     new DbusmenuAdaptor(this);
 }
 
@@ -94,7 +96,7 @@ bool MenuServer::refresh() {
 
 void MenuServer::number(const Menu& menu, MenuNode& parent) {
     for (const auto& entry : menu) {
-        MenuNode node{++lastId_, properties(entry), {}};
+        MenuNode node{++lastId_, properties(entry, hostDrawsBoxes_), {}};
         commands_[node.id] = entry.command;
         number(entry.children, node);
         parent.children.append(std::move(node));
@@ -130,7 +132,7 @@ QDBusVariant MenuServer::GetProperty(int id, const QString& name) {
 }
 
 void MenuServer::Event(int id, const QString& eventId, const QDBusVariant&, uint) {
-    if (eventId == QLatin1String("clicked")) click(id);
+    if (eventId == "clicked"_L1) click(id);
 }
 
 QList<int> MenuServer::EventGroup(const QList<MenuEvent>& events) {
@@ -138,7 +140,7 @@ QList<int> MenuServer::EventGroup(const QList<MenuEvent>& events) {
     for (const auto& event : events) {
         if (!find(event.id))
             unknown.append(event.id);
-        else if (event.name == QLatin1String("clicked"))
+        else if (event.name == "clicked"_L1)
             click(event.id);
     }
     return unknown;

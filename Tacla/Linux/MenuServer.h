@@ -49,7 +49,8 @@ class MenuServer final : public QObject {
     Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
   public:
-    explicit MenuServer(std::function<Menu()> content);
+    // Where the host draws no boxes, open tasks begin with one.
+    explicit MenuServer(std::function<Menu()> content, bool hostDrawsBoxes = true);
 
     dravel::Signal<const MenuCommand&> chosen;
 
@@ -82,6 +83,7 @@ class MenuServer final : public QObject {
     bool click(int id);
 
     std::function<Menu()> content_;
+    bool hostDrawsBoxes_;
     Menu shown_;
     MenuNode root_;
     std::map<int, MenuCommand> commands_;

@@ -5,6 +5,7 @@
 #include "DravelKit/Foundation/Text.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <optional>
 #include <utility>
 
@@ -31,11 +32,47 @@ std::string quotedArgument(const std::string& text) {
 std::optional<std::string_view> value(std::string_view text, std::string_view key) {
     bool inside = false;
     for (const auto line : dravel::split(text, "\n")) {
-        if (line.starts_with('[')) inside = line == "[Desktop Entry]";
+        if (line.starts_with('[')) inside = dravel::trimmedOfWhiteSpaceAndLineBreaks(line) == "[Desktop Entry]";
         const auto equals = line.find('=');
         if (inside && equals != line.npos && dravel::trimmedOfWhiteSpace(line.substr(0, equals)) == key)
             return dravel::trimmedOfWhiteSpaceAndLineBreaks(line.substr(equals + 1));
     }
+    return {};
+}
+
+// A value as the file has it, without the escapes of the format.
+std::string unescaped(std::string_view text) {
+    constexpr std::string_view escapes = "sntr", meant = " \n\t\r";
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] != '\\' || at + 1 == text.size()) {
+            result += text[at];
+            continue;
+        }
+        const auto escape = escapes.find(text[++at]);
+        result += escape == escapes.npos ? text[at] : meant[escape];
+    }
+    return result;
+}
+
+// The first word of an Exec value: the reverse of quotedArgument, which others need not have used.
+path programOf(std::string_view exec) {
+    const auto line = unescaped(exec);
+    const bool quoted = line.starts_with('"');
+    std::string word;
+    for (std::size_t at = quoted ? 1 : 0; at < line.size() && line[at] != (quoted ? '"' : ' '); ++at) {
+        if (at + 1 < line.size() && ((quoted && line[at] == '\\') || line.substr(at, 2) == "%%")) ++at;
+        word += line[at];
+    }
+    return word;
+}
+
+path found(const path& program, std::string_view searchPath) {
+    std::error_code error;
+    if (program.has_parent_path()) return std::filesystem::weakly_canonical(program, error);
+    for (const auto folder : dravel::split(searchPath, ":", false))
+        if (std::filesystem::exists(path(folder) / program, error))
+            return std::filesystem::weakly_canonical(path(folder) / program, error);
     return {};
 }
 
@@ -47,21 +84,30 @@ std::string autostartEntry(const path& program) {
            "\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
 }
 
-bool isActiveAutostartEntry(std::string_view text) {
-    return value(text, "Type") == "Application" && value(text, "Hidden") != "true" &&
-           value(text, "X-GNOME-Autostart-enabled") != "false";
+LoginItem::Status statusOfAutostartEntry(std::string_view text, const path& program, std::string_view searchPath) {
+    using Status = LoginItem::Status;
+    if (value(text, "Hidden") == "true" || value(text, "X-GNOME-Autostart-enabled") == "false")
+        return Status::switchedOff;
+    const auto starts = found(programOf(value(text, "Exec").value_or("")), searchPath);
+    const bool ours = value(text, "Type") == "Application" && !starts.empty() && starts == found(program, {});
+    return ours ? Status::enabled : Status::foreign;
 }
 
 AutostartLoginItem::AutostartLoginItem(const path& configFolder, path program, path lockFolder)
     : file_(configFolder / "autostart" / "fr.dravel.Tacla.desktop"), program_(std::move(program)),
       lockFolder_(std::move(lockFolder)) {}
 
-bool AutostartLoginItem::isEnabled() const {
+LoginItem::Status AutostartLoginItem::status() const {
+    const char* searchPath = std::getenv("PATH");
     try {
-        return isActiveAutostartEntry(dravel::SafeFile::readText(file_));
+        return statusOfAutostartEntry(dravel::SafeFile::readText(file_), program_, searchPath ? searchPath : "");
     } catch (const FileError&) {
-        return false; // none, or one that no desktop can read either
+        return Status::absent; // or one that no desktop can read either
     }
+}
+
+bool AutostartLoginItem::mayComeUnasked() const {
+    return !existsOrDangles(program_.parent_path().parent_path() / "CMakeCache.txt");
 }
 
 void AutostartLoginItem::enable() {

@@ -14,15 +14,17 @@ namespace tacla {
 // The autostart entry that opens the program at login (Desktop Application Autostart Specification).
 std::string autostartEntry(const std::filesystem::path& program);
 
-// Whether a desktop would start such an entry, its program aside.
-bool isActiveAutostartEntry(std::string_view text);
+// Whether a desktop starts the program by such an entry; `searchPath` is where it looks for one without a folder.
+LoginItem::Status statusOfAutostartEntry(std::string_view text, const std::filesystem::path& program,
+                                         std::string_view searchPath);
 
 class AutostartLoginItem final : public LoginItem {
   public:
     AutostartLoginItem(const std::filesystem::path& configFolder, std::filesystem::path program,
                        std::filesystem::path lockFolder);
 
-    bool isEnabled() const override;
+    Status status() const override;
+    bool mayComeUnasked() const override;
     void enable() override;
     void disable() override;
 

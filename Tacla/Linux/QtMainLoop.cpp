@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <ctime>
 #include <fstream>
 #include <map>
 #include <thread>
@@ -49,6 +50,17 @@ nanoseconds excused(const std::string& schedstat) {
 
 }
 
+WallClock looked(WallClock clock, Instant wall, std::chrono::milliseconds sinceBoot) {
+    const auto offset = wall.time_since_epoch() - sinceBoot;
+    const auto near = [offset](std::chrono::milliseconds other, std::chrono::milliseconds reach) {
+        return std::chrono::abs(offset - other) <= reach;
+    };
+    const bool held = clock.doubted && near(clock.doubted->offset, 1min) && sinceBoot - clock.doubted->since >= 1min;
+    if (!clock.believed || near(*clock.believed, 24h) || held) return {.believed = offset, .doubted = {}};
+    if (!clock.doubted || !near(clock.doubted->offset, 1min)) clock.doubted = {offset, sinceBoot};
+    return clock;
+}
+
 // All alarms share one kernel timer, set to the earliest. CLOCK_REALTIME goes on while the machine sleeps, and
 // TFD_TIMER_CANCEL_ON_SET tells at once when the clock is set: QTimer does neither.
 class QtMainLoop::Alarms {
@@ -72,15 +84,24 @@ class QtMainLoop::Alarms {
         if (pending_.erase({instant, number}) > 0) arm();
     }
 
+    Instant now() {
+        timespec boot{};
+        clock_gettime(CLOCK_BOOTTIME, &boot);
+        const auto sinceBoot = std::chrono::floor<std::chrono::milliseconds>(std::chrono::seconds(boot.tv_sec) +
+                                                                             nanoseconds(boot.tv_nsec));
+        clock_ = looked(clock_, dravel::systemNow(), sinceBoot);
+        return Instant(sinceBoot + *clock_.believed);
+    }
+
   private:
     void ring() {
         std::uint64_t expirations = 0;
         // Fails with ECANCELED when the clock was set; there is nothing to do but look at the clock again.
         const bool told = read(descriptor_, &expirations, sizeof expirations) > 0 || errno == ECANCELED;
         const auto newest = last_; // what a task adds waits for the next round
-        const auto now = dravel::systemNow();
+        const auto present = now();
         bool any = false;
-        for (auto next = pending_.begin(); next != pending_.end() && next->first.first <= now;) {
+        for (auto next = pending_.begin(); next != pending_.end() && next->first.first <= present;) {
             const auto key = next->first;
             if (key.second <= newest) {
                 const auto task = std::move(next->second);
@@ -90,7 +111,7 @@ class QtMainLoop::Alarms {
             }
             next = pending_.upper_bound(key);
         }
-        // A kernel and a process that disagree about the time (a faked clock) must not spin.
+        // A kernel and a process that disagree about the time (a faked clock, or a leap in doubt) must not spin.
         if (told && !any && expirations > 0) return holdOff_.start(std::chrono::seconds(1));
         arm();
     }
@@ -113,6 +134,7 @@ class QtMainLoop::Alarms {
     std::map<std::pair<Instant, std::uint64_t>, Task> pending_;
     std::uint64_t last_ = 0;
     HoldOff holdOff_{*this};
+    WallClock clock_;
 };
 
 QtMainLoop::QtMainLoop() : alarms_(std::make_shared<Alarms>()) {}
@@ -137,6 +159,8 @@ dravel::Timer QtMainLoop::after(std::chrono::milliseconds delay, Task task) {
         timer->deleteLater();
     });
 }
+
+dravel::Instant QtMainLoop::now() const { return alarms_->now(); }
 
 dravel::Timer QtMainLoop::at(Instant instant, Task task) {
     const auto number = alarms_->add(instant, std::move(task));

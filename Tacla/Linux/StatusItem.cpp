@@ -1,6 +1,7 @@
 #include "Tacla/Linux/StatusItem.h"
 
 #include "DravelKit/DravelLogo/TickIcon.h"
+#include "DravelKit/Foundation/Text.h"
 #include "statusnotifieritemadaptor.h"
 
 #include <QDBusMessage>
@@ -18,6 +19,8 @@
 #include <utility>
 
 namespace tacla {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -73,7 +76,15 @@ QDBusMessage toWatcher(const QString& interface, const QString& method) {
 
 }
 
-StatusItem::StatusItem(QDBusConnection connection) : connection_(std::move(connection)) {
+TrayHost TrayHost::of(std::string_view currentDesktop) {
+    for (const auto name : dravel::split(currentDesktop, ":")) {
+        if (name == "GNOME") return {.showsTitle = true, .drawsBoxes = false, .coloursSymbols = true};
+        if (name == "Unity" || name == "MATE") return {.showsTitle = true};
+    }
+    return {};
+}
+
+StatusItem::StatusItem(QDBusConnection connection, TrayHost host) : connection_(std::move(connection)), host_(host) {
     qRegisterMetaType<StatusPixmaps>("tacla::StatusPixmaps");
     qRegisterMetaType<StatusToolTip>("tacla::StatusToolTip");
     qDBusRegisterMetaType<StatusPixmap>();
@@ -82,27 +93,31 @@ StatusItem::StatusItem(QDBusConnection connection) : connection_(std::move(conne
     new StatusNotifierItemAdaptor(this);
     connection_.registerObject(itemPath, this);
 
-    auto* watcher = new QDBusServiceWatcher(watcherName, connection_, QDBusServiceWatcher::WatchForRegistration, this);
+    auto* watcher = new QDBusServiceWatcher(watcherName, connection_, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { registerWithWatcher(); });
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &StatusItem::askIfShown);
+    for (const char* signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
+        connection_.connect({}, watcherPath, watcherName, QLatin1String(signal), this, SLOT(askIfShown()));
     registerWithWatcher();
+    askIfShown();
 }
 
 StatusItem::~StatusItem() { connection_.unregisterObject(itemPath); }
 
 void StatusItem::registerWithWatcher() {
-    auto message = toWatcher(watcherName, QStringLiteral("RegisterStatusNotifierItem"));
+    auto message = toWatcher(watcherName, u"RegisterStatusNotifierItem"_s);
     message << connection_.baseService();
     connection_.send(message);
 }
 
-void StatusItem::askIfShown(std::function<void(bool)> answer) {
-    auto message = toWatcher(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    message << QString(watcherName) << QStringLiteral("IsStatusNotifierHostRegistered");
+void StatusItem::askIfShown() {
+    auto message = toWatcher(u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    message << QString(watcherName) << u"IsStatusNotifierHostRegistered"_s;
     auto* call = new QDBusPendingCallWatcher(connection_.asyncCall(message, 5000), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [call, answer = std::move(answer)] {
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
         call->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *call;
-        answer(reply.isValid() && reply.value().variant().toBool());
+        shown(reply.isValid() && reply.value().variant().toBool());
     });
 }
 
@@ -111,15 +126,32 @@ void StatusItem::show(const Content& content) {
     if (before.open != content.open || before.colour != content.colour) {
         pixmaps_.reset();
         Q_EMIT NewIcon();
+        Q_EMIT NewAttentionIcon();
+        announceCount();
     }
+    if (before.needsAttention != content.needsAttention) Q_EMIT NewStatus(status());
     if (before.toolTip != content.toolTip) Q_EMIT NewToolTip();
     if (before.title != content.title) Q_EMIT XAyatanaNewLabel(label(), label());
 }
 
+// The badge on the launcher's icon, in docks and task bars that know it.
+void StatusItem::announceCount() {
+    auto message =
+        QDBusMessage::createSignal(u"/fr/dravel/Tacla/launcher"_s, u"com.canonical.Unity.LauncherEntry"_s, u"Update"_s);
+    message << u"application://fr.dravel.Tacla.desktop"_s
+            << QVariantMap{{u"count"_s, QVariant::fromValue<qlonglong>(static_cast<qlonglong>(content_.open))},
+                           {u"count-visible"_s, content_.open > 0}};
+    connection_.send(message);
+}
+
+// Only a symbol gets the panel's own colour; it is the ticked box, and the count stands beside it.
+QString StatusItem::iconName() const { return host_.coloursSymbols ? u"fr.dravel.Tacla-symbolic"_s : QString(); }
+
 StatusPixmaps StatusItem::pixmaps() const {
     if (!pixmaps_) {
         pixmaps_.emplace();
-        for (const int size : sizes) pixmaps_->append(pixmap(trayGlyph(size, content_.open, content_.colour)));
+        const auto number = host_.showsTitle ? 0 : content_.open;
+        for (const int size : sizes) pixmaps_->append(pixmap(trayGlyph(size, number, content_.colour)));
     }
     return *pixmaps_;
 }
@@ -128,10 +160,13 @@ StatusToolTip StatusItem::toolTip() const { return {{}, {}, QString::fromStdStri
 
 void StatusItem::Activate(int, int) {
     QMetaObject::invokeMethod(
-        this, [this] { activated(std::exchange(activationToken_, {})); }, Qt::QueuedConnection);
+        this, [this] { activated(takeActivationToken()); }, Qt::QueuedConnection);
 }
 
-void StatusItem::SecondaryActivate(int x, int y) { Activate(x, y); }
+void StatusItem::SecondaryActivate(int, int) {
+    QMetaObject::invokeMethod(
+        this, [this] { middleClicked(takeActivationToken()); }, Qt::QueuedConnection);
+}
 
 void StatusItem::ProvideXdgActivationToken(const QString& token) { activationToken_ = token.toStdString(); }
 

@@ -11,9 +11,10 @@
 #include <QObject>
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace tacla {
 
@@ -34,16 +35,27 @@ const QDBusArgument& operator>>(const QDBusArgument&, StatusPixmap&);
 QDBusArgument& operator<<(QDBusArgument&, const StatusToolTip&);
 const QDBusArgument& operator>>(const QDBusArgument&, StatusToolTip&);
 
+// What is known of the tray of a desktop by the name of the desktop ("ubuntu:GNOME"): hosts do not tell it themselves.
+struct TrayHost {
+    bool showsTitle = false;     // beside the icon, which then has no number
+    bool drawsBoxes = true;      // before the menu's entries that can be checked
+    bool coloursSymbols = false; // gives a symbolic icon the panel's own colour
+
+    static TrayHost of(std::string_view currentDesktop);
+};
+
 // The program's icon in the tray of any desktop that hosts StatusNotifierItems: with whichever watcher appears.
 class StatusItem final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString Category READ category CONSTANT)
     Q_PROPERTY(QString Id READ id CONSTANT)
     Q_PROPERTY(QString Title READ name CONSTANT)
-    Q_PROPERTY(QString Status READ status CONSTANT)
+    Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(int WindowId READ windowId CONSTANT)
     Q_PROPERTY(QString IconName READ iconName CONSTANT)
     Q_PROPERTY(tacla::StatusPixmaps IconPixmap READ pixmaps)
+    Q_PROPERTY(QString AttentionIconName READ iconName CONSTANT)
+    Q_PROPERTY(tacla::StatusPixmaps AttentionIconPixmap READ pixmaps)
     Q_PROPERTY(QString IconAccessibleDesc READ name CONSTANT)
     Q_PROPERTY(tacla::StatusToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
@@ -52,30 +64,36 @@ class StatusItem final : public QObject {
     Q_PROPERTY(QString XAyatanaLabelGuide READ label)
 
   public:
-    explicit StatusItem(QDBusConnection);
+    StatusItem(QDBusConnection, TrayHost);
     ~StatusItem() override;
 
-    // What stands in the tray: the number of open tasks in the icon, and the two texts.
+    // What stands in the tray: the number of open tasks in the icon, the two texts, and whether something is wrong.
     struct Content {
         std::size_t open = 0;
         std::string title, toolTip;
         QColor colour;
+        bool needsAttention = false;
         bool operator==(const Content&) const = default;
     };
     void show(const Content&);
 
-    // Tells whether a host shows the icon.
-    void askIfShown(std::function<void(bool)>);
+    dravel::Signal<bool> shown; // whether a host shows the icon: at the start, and when hosts come and go
 
-    dravel::Signal<const std::string&> activated; // a plain click where the host does not open the menu; with its token
+    // With the token of the click: a plain one where the host does not open the menu, and one with the middle button.
+    dravel::Signal<const std::string&> activated, middleClicked;
+
+    // What the host handed over before the last click: for the window that the click opens.
+    std::string takeActivationToken() { return std::exchange(activationToken_, {}); }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
     QString id() const { return QStringLiteral("fr.dravel.Tacla"); }
     QString name() const { return QStringLiteral("Tacla"); }
-    QString status() const { return QStringLiteral("Active"); }
+    QString status() const {
+        return content_.needsAttention ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
+    }
     int windowId() const { return 0; }
-    QString iconName() const { return {}; }
-    StatusPixmaps pixmaps() const;
+    QString iconName() const;
+    StatusPixmaps pixmaps() const; // also of the item that needs attention: hosts swap the icons
     StatusToolTip toolTip() const;
     bool itemIsMenu() const { return true; }
     QDBusObjectPath menu() const { return QDBusObjectPath(QLatin1String(MenuServer::path)); }
@@ -90,14 +108,20 @@ class StatusItem final : public QObject {
   Q_SIGNALS:
     void NewTitle();
     void NewIcon();
+    void NewAttentionIcon();
     void NewToolTip();
     void NewStatus(const QString& status);
     void XAyatanaNewLabel(const QString& label, const QString& guide);
 
+  private Q_SLOTS:
+    void askIfShown();
+
   private:
     void registerWithWatcher();
+    void announceCount();
 
     QDBusConnection connection_;
+    TrayHost host_;
     Content content_;
     mutable std::optional<StatusPixmaps> pixmaps_; // drawn at the first question, then kept
     std::string activationToken_;

@@ -9,6 +9,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QLatin1String portal("org.freedesktop.portal.Desktop");
@@ -26,9 +28,9 @@ QVariant unwrapped(QVariant value) { // Read answers with a variant in a variant
 
 void ColourScheme::watch(QDBusConnection session) {
     qRegisterMetaType<QDBusVariant>(); // a slot with a type that Qt has not met yet is not connected, without a word
-    session.connect({}, path, settings, QStringLiteral("SettingChanged"), this,
+    session.connect({}, path, settings, u"SettingChanged"_s, this,
                     SLOT(settingChanged(QString, QString, QDBusVariant)));
-    auto message = QDBusMessage::createMethodCall(portal, path, settings, QStringLiteral("Read"));
+    auto message = QDBusMessage::createMethodCall(portal, path, settings, u"Read"_s);
     message << QString(group) << QString(key);
     auto* call = new QDBusPendingCallWatcher(session.asyncCall(message), this);
     connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
@@ -58,25 +60,34 @@ QColor trayColour(ColourScheme::Preference preference) {
 }
 
 void WakeWatch::watch(QDBusConnection system) {
-    system.connect({}, QStringLiteral("/org/freedesktop/login1"), QStringLiteral("org.freedesktop.login1.Manager"),
-                   QStringLiteral("PrepareForSleep"), this, SLOT(prepareForSleep(bool)));
+    system.connect({}, u"/org/freedesktop/login1"_s, u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s, this,
+                   SLOT(prepareForSleep(bool)));
 }
 
 void WakeWatch::prepareForSleep(bool goingDown) {
     if (!goingDown) wokeUp();
 }
 
+void NetworkWatch::watch(QDBusConnection system) {
+    system.connect({}, u"/org/freedesktop/NetworkManager"_s, u"org.freedesktop.NetworkManager"_s, u"StateChanged"_s,
+                   this, SLOT(stateChanged(uint)));
+}
+
+void NetworkWatch::stateChanged(uint state) {
+    constexpr uint connectedSite = 60, connectedGlobal = 70; // whether the internet is there, not everybody checks
+    if (state == connectedSite || state == connectedGlobal) back();
+}
+
 void SecretStoreWatch::watch(QDBusConnection session) {
-    auto* watcher = new QDBusServiceWatcher(QStringLiteral("org.freedesktop.secrets"), session,
-                                            QDBusServiceWatcher::WatchForRegistration, this);
+    auto* watcher =
+        new QDBusServiceWatcher(u"org.freedesktop.secrets"_s, session, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { appeared(); });
-    session.connect({}, {}, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"),
-                    {QStringLiteral("org.freedesktop.Secret.Collection")}, {}, this,
-                    SLOT(collectionChanged(QString, QVariantMap)));
+    session.connect({}, {}, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+                    {u"org.freedesktop.Secret.Collection"_s}, {}, this, SLOT(collectionChanged(QString, QVariantMap)));
 }
 
 void SecretStoreWatch::collectionChanged(const QString&, const QVariantMap& changed) {
-    const auto locked = changed.find(QStringLiteral("Locked"));
+    const auto locked = changed.find(u"Locked"_s);
     if (locked != changed.end() && !locked->toBool()) appeared();
 }
 

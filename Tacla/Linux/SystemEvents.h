@@ -46,6 +46,18 @@ class WakeWatch final : public QObject {
     void prepareForSleep(bool goingDown);
 };
 
+// Tells when the machine is on the network again, after NetworkManager's StateChanged on the system bus.
+class NetworkWatch final : public QObject {
+    Q_OBJECT
+
+  public:
+    void watch(QDBusConnection system);
+    dravel::Signal<> back;
+
+  private Q_SLOTS:
+    void stateChanged(uint state);
+};
+
 // Tells when the store of secrets comes or is unlocked, on the session bus.
 class SecretStoreWatch final : public QObject {
     Q_OBJECT

@@ -7,6 +7,7 @@
 #include "DravelKit/DravelUI/WelcomePage.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
+#include "Tacla/MainWindow/Pages/TaskColumn.h"
 #include "Tacla/MainWindow/Pages/TaskPages.h"
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
@@ -19,6 +20,8 @@
 #include <QShortcut>
 #include <QStackedLayout>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace tacla {
 
@@ -35,19 +38,22 @@ class WelcomeView final : public QWidget {
     void addSteps(dravel::WelcomePage&);
     void refresh();
     void connectAgenda();
+    void refreshAgenda();
 
     AppModel& model_;
     const DesktopActions& actions_;
-    dravel::WelcomeStep *list_ = nullptr, *notifications_ = nullptr, *agenda_ = nullptr;
+    dravel::WelcomeStep *list_ = nullptr, *notifications_ = nullptr, *agenda_ = nullptr, *tray_ = nullptr;
+    dravel::WelcomePage* page_;
+    Button* guide_ = nullptr;
 };
 
 WelcomeView::WelcomeView(AppModel& model, const DesktopActions& actions, QWidget* parent)
     : QWidget(parent), model_(model), actions_(actions) {
-    auto* page = new dravel::WelcomePage(dravel::tickIcon(), u"Tacla"_s,
-                                         u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
-                                         u"notification, rappelées à l'heure dite et, "
-                                         u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
-                                         u"C'est parti"_s, this);
+    auto* page = page_ = new dravel::WelcomePage(dravel::tickIcon(), u"Tacla"_s,
+                                                 u"Vos tâches dans un simple fichier texte, cochées depuis la zone de "
+                                                 u"notification, rappelées à l'heure dite et, "
+                                                 u"si vous le souhaitez, recopiées dans votre Google Agenda."_s,
+                                                 u"C'est parti"_s, this);
     page->setObjectName(u"welcome"_s);
     page->setAccessibleName(u"Bienvenue"_s);
     auto* all = new QVBoxLayout(this);
@@ -84,24 +90,52 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
                                      u"le téléphone. Tacla n'a accès qu'à cet agenda."_s));
     agenda_->button().setObjectName(u"welcome.agenda"_s);
     connect(&agenda_->button(), &QAbstractButton::clicked, this, &WelcomeView::connectAgenda);
+    guide_ = &agenda_->addSecondButton(u"Mode d'emploi"_s);
+    guide_->setObjectName(u"welcome.guide"_s);
+    connect(guide_, &QAbstractButton::clicked, this, [this] { actions_.openGuide(); });
+}
+
+static bool canSignIn(const ModelState& state) {
+    using Source = dravel::OAuthClient::Source;
+    return state.googleClient != Source::missing && state.googleClient != Source::unreadable;
 }
 
 void WelcomeView::connectAgenda() {
     if (model_.state().connection == Connection::signedIn)
         model_.enableCalendarSync();
-    else
+    else if (canSignIn(model_.state()))
         model_.signIn();
+    else
+        actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
 }
 
 void WelcomeView::refresh() {
     const auto& state = model_.state();
     notifications_->setDone(state.notificationsAllowed);
+    refreshAgenda();
+}
+
+void WelcomeView::refreshAgenda() {
+    const auto& state = model_.state();
     const bool signedIn = state.connection == Connection::signedIn;
+    if (const auto text = toQt(trayText(state)); tray_ == nullptr && !text.isEmpty()) {
+        tray_ = page_->addStep(new WelcomeStep(u"Sans icône"_s, text));
+        tray_->setButton({});
+    }
+    if (tray_ != nullptr) tray_->setVisible(state.withoutTray);
+    const bool signingIn = state.connection == Connection::signingIn;
     agenda_->setDone(signedIn && state.calendarSync);
-    if (state.connection == Connection::signingIn)
-        agenda_->setButton({});
-    else
-        agenda_->setButton(signedIn ? u"Activer"_s : u"Se connecter…"_s, Button::Kind::soft);
+    agenda_->setButton(signingIn          ? QString()
+                       : signedIn         ? u"Activer"_s
+                       : canSignIn(state) ? u"Se connecter…"_s
+                                          : u"Choisir le fichier client…"_s,
+                       Button::Kind::soft);
+    guide_->setVisible(!signedIn && !signingIn && !canSignIn(state));
+    const bool failed = !signingIn && state.syncError;
+    agenda_->setNote(toQt(failed     ? *state.syncError
+                          : signedIn ? ""
+                                     : accountText(state)),
+                     failed ? dravel::Theme::dangerText : dravel::Theme::textSecondary);
 }
 
 namespace {
@@ -259,6 +293,15 @@ void MainView::postponeLate() {
     if (views_->currentWidget() != shell_) return;
     select(Section::late);
     static_cast<ListPage*>(shell_->page())->postponeAll();
+}
+
+void MainView::showTask(const std::string& key) {
+    if (views_->currentWidget() != shell_) return;
+    const auto& state = model_.state();
+    const auto task = std::ranges::find(state.tasks, key, &TaskItem::key);
+    if (task == state.tasks.end()) return;
+    select(sectionOf(*task, state.today));
+    for (auto* column : shell_->page()->findChildren<TaskColumn*>()) column->focusTask(key);
 }
 
 void MainView::showPage() {

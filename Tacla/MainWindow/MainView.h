@@ -35,10 +35,11 @@ class MainView final : public QWidget {
     MainView(AppModel&, DesktopActions, dravel::Now, QWidget* parent = nullptr);
 
     void select(Section);
-    void beginTask();   // on the today page, unless the welcome shows
-    void readyToType(); // a new task, where the today page shows and nothing else is being typed
-    void closed();      // what was chosen for new tasks is forgotten
-    bool copyTask();    // the line of the row that has the focus
+    void beginTask();                      // on the today page, unless the welcome shows
+    void showTask(const std::string& key); // likewise: its row, on the page where it is
+    void readyToType();                    // a new task, where the today page shows and nothing else is being typed
+    void closed();                         // what was chosen for new tasks is forgotten
+    bool copyTask();                       // the line of the row that has the focus
 
   private:
     void modelChanged();

@@ -35,7 +35,12 @@ using dravel::FileError;
 
 namespace {
 
-constexpr QSize firstContent{980, 720}, leastContent{820, 560};
+// The least size is asked of the desktop. As a tile, half of a small screen, the view folds, down to its own.
+constexpr QSize firstContent{980, 720}, leastContent{820, 560}, leastTile{480, 320};
+constexpr QSize usualFrame{8, 40};
+constexpr int usualPanel = 56;
+
+bool onWayland() { return QGuiApplication::platformName().startsWith(u"wayland"); }
 
 QByteArray formatOf(const fs::path& path) {
     const auto ending = QByteArray::fromStdString(path.extension().string()).mid(1).toLower();
@@ -70,6 +75,10 @@ void write(const QImage& image, const fs::path& path) {
 
 }
 
+QSize roomForContent(QSize free, bool panelsKnown) {
+    return free - usualFrame - QSize(0, panelsKnown ? 0 : usualPanel);
+}
+
 // Title, size and life of the window around the main view.
 class MainWindow final : public QMainWindow {
   public:
@@ -81,50 +90,90 @@ class MainWindow final : public QMainWindow {
   protected:
     void closeEvent(QCloseEvent*) override;
     void resizeEvent(QResizeEvent*) override;
+    void moveEvent(QMoveEvent*) override;
     void changeEvent(QEvent*) override;
 
   private:
-    void takeFirstSize();
-    void rememberSize();
+    void takePlace();
+    QSize wantedSize() const;
+    void comeForward(const std::string& activationToken);
+    void rememberPlace();
 
     AppModel& model_;
     Preferences& preferences_;
     MainView* view_;
-    QTimer sizeSettled_;
-    bool sized_ = false;
+    QTimer placeSettled_, activation_;
+    bool placed_ = false;
 };
 
 MainWindow::MainWindow(AppModel& model, Preferences& preferences, const DesktopActions& actions, const dravel::Now& now)
     : model_(model), preferences_(preferences), view_(new MainView(model, actions, now)) {
     setObjectName(u"TaclaMain"_s);
     setWindowTitle(u"Tacla"_s);
-    view_->setMinimumSize(leastContent);
+    view_->setMinimumSize(leastTile);
     setCentralWidget(view_);
-    sizeSettled_.setSingleShot(true);
-    sizeSettled_.setInterval(500ms);
-    connect(&sizeSettled_, &QTimer::timeout, this, &MainWindow::rememberSize);
+    placeSettled_.setSingleShot(true);
+    placeSettled_.setInterval(500ms);
+    connect(&placeSettled_, &QTimer::timeout, this, &MainWindow::rememberPlace);
+    activation_.setSingleShot(true);
+    activation_.setInterval(300ms);
+    connect(&activation_, &QTimer::timeout, this, [this] {
+        if (isVisible() && !isActiveWindow()) comeForward({});
+    });
 }
 
-// The size that the user left, else the content's first size, centred. The menu bar is there by now.
-void MainWindow::takeFirstSize() {
-    if (std::exchange(sized_, true)) return;
+// The size that the window has, or that the user left, else the first one.
+QSize MainWindow::wantedSize() const {
+    if (placed_) return size();
+    if (const auto last = preferences_.windowSize()) return {last->width, last->height};
+    const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0; // it is there by now
+    return {firstContent.width(), firstContent.height() + menuHeight};
+}
+
+// Screens come and go while the window is away: each time it fits into the one that it comes to. Where it stands is the
+// desktop's choice on Wayland.
+void MainWindow::takePlace() {
+    const auto last = preferences_.windowPosition();
+    QScreen* target = screen();
+    if (last && !onWayland())
+        if (auto* there = QGuiApplication::screenAt({last->x + 32, last->y + 16})) target = there;
+    const auto free = target->availableGeometry();
+    const bool chosen = placed_ || preferences_.windowSize(); // by somebody who saw the panels
+    const QSize room = roomForContent(free.size(), chosen || !onWayland());
     const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0;
-    if (const auto last = preferences_.windowSize()) return resize(last->width, last->height);
-    const auto free = screen()->availableGeometry();
-    const QSize whole = QSize(firstContent.width(), firstContent.height() + menuHeight).boundedTo(free.size());
-    setGeometry(QRect(free.center() - QPoint(whole.width(), whole.height()) / 2, whole));
+    // A Wayland desktop that gives less than a window asks for would see it cut off.
+    const QSize least = onWayland() ? leastTile : leastContent;
+    setMinimumSize(QSize(least.width(), least.height() + menuHeight).boundedTo(room));
+    const QSize fitting = wantedSize().boundedTo(room);
+    if (!placed_ || fitting != size()) resize(fitting);
+    if (onWayland()) return;
+    const QRect within(free.topLeft(), free.size() - fitting - usualFrame);
+    if (last)
+        move(std::clamp(last->x, within.left(), std::max(within.left(), within.right() + 1)),
+             std::clamp(last->y, within.top(), std::max(within.top(), within.bottom() + 1)));
+    else if (!placed_)
+        move(within.topLeft() + QPoint(within.width(), within.height()) / 2);
 }
 
 void MainWindow::present(const std::string& activationToken) {
-    takeFirstSize();
+    if (!isVisible() && !isMaximized() && !isFullScreen()) takePlace();
+    placed_ = true;
+    comeForward(activationToken);
+    // A desktop may refuse the token, or may just be taking the focus away.
+    if (onWayland()) activation_.start();
+    view_->readyToType();
+}
+
+void MainWindow::comeForward(const std::string& activationToken) {
+    // Without a token no Wayland desktop raises a window that is there, but each gives the focus to one that is new.
+    if (onWayland() && activationToken.empty() && isVisible() && !isActiveWindow()) hide();
     if (isMinimized()) setWindowState(windowState() & ~Qt::WindowMinimized);
     bringForward(*this, activationToken);
-    view_->readyToType();
 }
 
 // Closing only hides: the program lives on in the tray.
 void MainWindow::closeEvent(QCloseEvent* event) {
-    rememberSize();
+    rememberPlace();
     event->ignore();
     hide();
     view_->closed();
@@ -132,16 +181,24 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
-    if (isVisible()) sizeSettled_.start();
+    if (isVisible()) placeSettled_.start();
 }
 
-void MainWindow::rememberSize() {
-    sizeSettled_.stop();
-    if (isMaximized() || isFullScreen()) return;
+void MainWindow::moveEvent(QMoveEvent* event) {
+    QMainWindow::moveEvent(event);
+    if (isVisible() && !onWayland()) placeSettled_.start();
+}
+
+void MainWindow::rememberPlace() {
+    placeSettled_.stop();
+    if (!isVisible() || isMaximized() || isFullScreen() || isMinimized()) return;
+    std::optional<Preferences::Position> position;
+    if (!onWayland()) position = {x(), y()};
     const auto last = preferences_.windowSize();
-    if (last && last->width == width() && last->height == height()) return;
+    const bool same = last && last->width == width() && last->height == height();
+    if (same && (!position || position == preferences_.windowPosition())) return;
     try {
-        preferences_.setWindowSize({width(), height()});
+        preferences_.setWindow({width(), height()}, position);
     } catch (const dravel::FileError&) {
         // The next window opens in its first size: nothing to trouble the user with.
         return;
@@ -235,6 +292,8 @@ void MainWindowController::copyTask() {
 }
 
 void MainWindowController::beginTask() { made().view().beginTask(); }
+
+void MainWindowController::showTask(const std::string& key) { made().view().showTask(key); }
 
 void MainWindowController::close() {
     if (window_) window_->close();

@@ -6,6 +6,8 @@
 #include "Tacla/MainWindow/PageContents.h"
 #include "Tacla/Preferences/Preferences.h"
 
+#include <QSize>
+
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -16,6 +18,11 @@ namespace tacla {
 
 class MainWindow;
 class QuickEntry;
+
+// The size that a window's content may have on a screen of which that much is free. Where the desktop does not tell of
+// its panels, room for one is left. What the frame takes up is not known before the window shows: a title bar's usual
+// height is left for it.
+QSize roomForContent(QSize free, bool panelsKnown);
 
 // How a picture of the window is drawn.
 struct Snapshot {
@@ -34,7 +41,8 @@ class MainWindowController {
 
     // Brings the window forward, with the activation token that the desktop gave, if any.
     void show(const std::string& activationToken = {});
-    void beginTask(); // the window gets ready to type a new task
+    void beginTask();                      // the window gets ready to type a new task
+    void showTask(const std::string& key); // on its page, with the focus; nothing when there is none of that key
     // A small panel over whatever is on the screen, to add one task: Return adds and closes, Escape only closes.
     void showQuickEntry(const std::string& activationToken = {});
     void copyTask(); // the line of the row that has the focus

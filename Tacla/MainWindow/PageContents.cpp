@@ -9,10 +9,16 @@
 namespace tacla {
 
 using dravel::Symbol;
+using Source = dravel::OAuthClient::Source;
 
 namespace {
 
 constexpr std::size_t nextShown = 5;
+
+std::string durationText(std::chrono::seconds time) {
+    const auto minutes = time.count() / 60;
+    return (minutes > 0 ? std::to_string(minutes) + " min " : "") + std::to_string(time.count() % 60) + " s";
+}
 
 std::string headline(std::size_t open, bool anyToday) {
     if (open >= 1) return counted(open, "tâche") + " à cocher";
@@ -41,6 +47,11 @@ TaskGroups grouped(Tasks tasks, DayOf dayOf, Make make) {
         first = last;
     }
     return groups;
+}
+
+std::string unreadDatesText(std::size_t lines) {
+    if (lines == 1) return "1 ligne finit par un retour chariot : sa date n'est pas lue";
+    return std::to_string(lines) + " lignes finissent par un retour chariot : leur date n'est pas lue";
 }
 
 bool inTrouble(const ModelState& state) {
@@ -105,6 +116,11 @@ std::optional<Section> sectionNamed(std::string_view name) {
     for (const auto section : sections)
         if (rawValue(section) == name) return section;
     return std::nullopt;
+}
+
+Section sectionOf(const TaskItem& task, Day today) {
+    if (task.done) return Section::done;
+    return task.day && *task.day <= today ? Section::today : Section::upcoming;
 }
 
 std::string TaskGroup::title() const {
@@ -221,6 +237,7 @@ TaskGroups doneGroups(const ModelState& state) {
 std::vector<Problem> problems(const ModelState& state) {
     std::vector<Problem> found;
     if (state.fileError) found.push_back({*state.fileError, ColourRole::danger});
+    if (state.unreadDates > 0) found.push_back({unreadDatesText(state.unreadDates), ColourRole::warning, true});
     if (state.calendarSync && state.syncError) found.push_back({"Agenda : " + *state.syncError, ColourRole::warning});
     return found;
 }
@@ -270,9 +287,44 @@ std::string syncText(const ModelState& state, const TimeText& timeText) {
     return "Pas encore faite";
 }
 
+std::string copyText(Instant made, Day today) {
+    const auto day = Day::of(made);
+    return (day == today ? "Aujourd'hui" : capitalised(day.longLabel())) + " à " + Clock::of(made).description();
+}
+
+std::string trayText(const ModelState& state) {
+    if (!state.withoutTray) return "";
+    return "Ce bureau n'a pas de zone de notification : fenêtre fermée, les rappels continuent. Tacla se rouvre depuis "
+           "le "
+           "lanceur ou la vue d'ensemble ; sur GNOME, l'extension AppIndicator apporte son icône.";
+}
+
 std::string calendarSyncText(bool on) {
     return on ? "Dans un agenda à part, sans rappel sur le téléphone."
               : "Désactivé. Les événements déjà recopiés restent dans l'agenda.";
+}
+
+std::string accountText(const ModelState& state) {
+    if (state.connection == Connection::signedIn) return "Connecté à votre compte Google.";
+    if (state.signIn)
+        return (state.signIn->noBrowser
+                    ? "Aucun navigateur ne s'est ouvert. Copiez l'adresse et ouvrez-la dans un navigateur : encore "
+                    : "Répondez à Google dans votre navigateur : encore ") +
+               durationText(state.signIn->left) + ".";
+    if (state.connection == Connection::signingIn) return "Tacla s'assure que votre trousseau de clés répond.";
+    if (state.googleClient == Source::missing)
+        return "Il faut d'abord un fichier client, gratuit : le mode d'emploi montre comment l'obtenir.";
+    return "";
+}
+
+std::string clientText(Source source) {
+    switch (source) {
+    case Source::missing: return "Absent. Choisissez le fichier que Google vous a donné.";
+    case Source::unreadable: return "Illisible (attendu : client OAuth « Application de bureau »).";
+    case Source::own: return "En place.";
+    case Source::package: break;
+    }
+    return "";
 }
 
 }

@@ -23,6 +23,7 @@ inline constexpr std::array sections{Section::today, Section::late, Section::upc
 std::string_view rawValue(Section); // "today"
 std::string_view title(Section);    // "Aujourd'hui"
 dravel::Symbol symbol(Section);
+Section sectionOf(const TaskItem&, Day today); // where it is found
 std::optional<Section> sectionNamed(std::string_view rawValue);
 
 // One card of tasks. A day's name is made when the card comes into view: there may be thousands.
@@ -64,6 +65,7 @@ std::array<PostponedTo, 3> postponements(Day today);
 struct Problem {
     std::string text;
     ColourRole role;
+    bool offersLineEnds = false; // a button converts the list's ends of lines
 
     bool operator==(const Problem&) const = default;
 };
@@ -97,5 +99,11 @@ SyncBadgeContent syncBadge(const ModelState&, const TimeText&);
 
 std::string syncText(const ModelState&, const TimeText&);
 std::string calendarSyncText(bool on);
+std::string copyText(Instant made, Day today); // when a copy of the list was kept
+std::string trayText(const ModelState&);       // how to live without the icon; nothing where it shows
+
+// How the Google account stands, and what there is to do about it.
+std::string accountText(const ModelState&);
+std::string clientText(dravel::OAuthClient::Source);
 
 }

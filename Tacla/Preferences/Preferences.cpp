@@ -1,13 +1,14 @@
 #include "Tacla/Preferences/Preferences.h"
 
-#include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/Text.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -18,24 +19,36 @@ namespace {
 using dravel::FileError;
 using nlohmann::json;
 
-// None when the text is no JSON object. An empty file is what a crash of the system can leave of a new one: no
-// settings.
-std::optional<json> parsed(std::string_view text) {
-    if (dravel::trimmedOfWhiteSpaceAndLineBreaks(text).empty()) return json::object();
-    auto value = json::parse(text, nullptr, false);
-    if (!value.is_object()) return {};
-    return value;
+// Settings of any version stay far below; each level costs stack when values are copied and written.
+constexpr int deepest = 100;
+
+bool isBlank(std::string_view text) { return dravel::trimmedOfWhiteSpaceAndLineBreaks(text).empty(); }
+
+// Behind the string that begins there.
+std::size_t endOfString(std::string_view text, std::size_t begin) {
+    for (auto at = begin + 1; at < text.size(); ++at) {
+        if (text[at] == '"') return at + 1;
+        if (text[at] == '\\') ++at;
+    }
+    return text.size();
 }
 
-// None when the file is damaged; other failures are thrown.
-std::optional<json> settingsIn(const std::filesystem::path& file) {
-    try {
-        return parsed(dravel::SafeFile::readText(file));
-    } catch (const FileError& error) {
-        if (error.kind == FileError::Kind::notUtf8) return {};
-        if (error.kind == FileError::Kind::system && error.code == ENOENT) return json::object();
-        throw;
+// The text with the greatest number in place of those that no double holds, which the parser refuses.
+std::string withinBounds(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        auto end = at + 1;
+        if (text[at] == '"') {
+            end = endOfString(text, at);
+        } else if ((text[at] >= '0' && text[at] <= '9')) {
+            end = std::min(text.find_first_not_of("0123456789.eE+-", at), text.size());
+        }
+        const std::string piece(text.substr(at, end - at));
+        const bool isBeyond = piece.size() > 1 && piece[0] != '"' && std::isinf(std::strtod(piece.c_str(), nullptr));
+        result += isBeyond ? "1.7976931348623157e308" : piece;
+        at = end;
     }
+    return result;
 }
 
 // The value of a key, null where there is none: null is no value of any type here.
@@ -59,20 +72,58 @@ std::vector<std::string> texts(const json& value) {
     return value.get<std::vector<std::string>>();
 }
 
-std::optional<int> length(const json& value) {
-    if (!value.is_number_integer() || value <= 0 || value > std::numeric_limits<std::int16_t>::max()) return {};
+// Of a screen, as X11 counts them.
+std::optional<int> coordinate(const json& value) {
+    using Limits = std::numeric_limits<std::int16_t>;
+    if (!value.is_number_integer() || value < Limits::min() || value > Limits::max()) return {};
     return value.get<int>();
 }
 
+std::optional<std::pair<int, int>> coordinates(const json& value) {
+    if (!value.is_array() || value.size() != 2) return {};
+    const auto first = coordinate(value[0]), second = coordinate(value[1]);
+    if (!first || !second) return {};
+    return std::pair(*first, *second);
+}
+
+}
+
+// An empty file is what a crash of the system can leave of a new one: no settings.
+std::optional<json> parsedSettings(std::string_view text) {
+    if (isBlank(text)) return json::object();
+    bool tooDeep = false;
+    const auto look = [&](int depth, json::parse_event_t, const json&) { return !(tooDeep |= depth > deepest); };
+    auto value = json::parse(withinBounds(text), look, false);
+    if (tooDeep || !value.is_object()) return {};
+    return value;
 }
 
 SettingsFile::SettingsFile(std::filesystem::path file, std::filesystem::path lockFolder, Report report)
     : file_(std::move(file)), lockFolder_(std::move(lockFolder)), report_(std::move(report)) {}
 
-json SettingsFile::read() const {
+// None when the file is damaged, as one is that lost all that was known; other failures are thrown.
+std::optional<json> SettingsFile::settingsThere() const {
+    seen_ = dravel::SafeFile::modified(file_);
     try {
-        if (auto settings = settingsIn(file_)) return std::move(*settings);
+        auto text = dravel::SafeFile::readText(file_);
+        if (isBlank(text) && !isBlank(known_)) return {};
+        auto settings = parsedSettings(text);
+        if (settings) known_ = std::move(text);
+        return settings;
+    } catch (const FileError& error) {
+        if (error.kind == FileError::Kind::notUtf8) return {};
+        if (error.kind != FileError::Kind::system || error.code != ENOENT) throw;
+        known_.clear(); // who removes it wants to begin anew
+        return json::object();
+    }
+}
+
+json SettingsFile::read() const {
+    const std::scoped_lock one(using_);
+    try {
+        if (auto settings = settingsThere()) return std::move(*settings);
         setAsideIfDamaged();
+        return parsedSettings(known_).value_or(json::object());
     } catch (const FileError& error) {
         if (report_ && !std::exchange(reported_, true))
             report_("réglages illisibles (" + file_.string() + ") : " + error.description());
@@ -80,18 +131,31 @@ json SettingsFile::read() const {
     return json::object();
 }
 
+void SettingsFile::check() const {
+    const std::scoped_lock one(using_);
+    if (dravel::SafeFile::modified(file_) != seen_) read();
+}
+
+json SettingsFile::readOrThrow() const {
+    const std::scoped_lock one(using_);
+    if (auto settings = settingsThere()) return std::move(*settings);
+    setAsideIfDamaged();
+    throw FileError(FileError::Kind::system, file_, EBADMSG);
+}
+
 // Looks again under the lock: another process may have put good settings there meanwhile.
 void SettingsFile::setAsideIfDamaged() const {
-    const auto aside = file_.string() + ".broken";
-    const auto isDamaged = [this] { return !settingsIn(file_); };
-    if (dravel::SafeFile::moveAside(file_, aside, isDamaged, lockFolder_) && report_)
-        report_("réglages endommagés, mis de côté dans " + aside);
+    const auto isDamaged = [this] { return !settingsThere(); };
+    const auto aside = dravel::SafeFile::moveAside(file_, ".broken", isDamaged, lockFolder_);
+    if (!aside) return;
+    const auto known = [this](std::string_view there) { return there.empty() ? std::optional(known_) : std::nullopt; };
+    if (!known_.empty()) dravel::SafeFile::editOwn(file_, known, lockFolder_);
+    if (report_) report_("réglages endommagés, mis de côté dans " + aside->string());
 }
 
 void SettingsFile::change(const std::function<void(json&)>& change) {
-    if (!settingsIn(file_)) setAsideIfDamaged();
-    const auto edited = [&](std::string_view text) -> std::optional<std::string> {
-        const auto before = parsed(text);
+    editText([&](std::string_view text) -> std::optional<std::string> {
+        const auto before = parsedSettings(text);
         if (!before) throw FileError(FileError::Kind::changed, file_);
         auto after = *before;
         change(after);
@@ -101,8 +165,19 @@ void SettingsFile::change(const std::function<void(json&)>& change) {
         } catch (const json::type_error&) { // a path or an identifier in another encoding
             throw FileError(FileError::Kind::notUtf8, file_);
         }
-    };
-    dravel::SafeFile::editOwn(file_, edited, lockFolder_);
+    });
+}
+
+void SettingsFile::proveWritable() {
+    editText([](std::string_view text) -> std::optional<std::string> {
+        return text.ends_with("\n\n") ? std::string(text.substr(0, text.size() - 1)) : std::string(text) + "\n";
+    });
+}
+
+void SettingsFile::editText(const std::function<std::optional<std::string>(std::string_view text)>& edit) {
+    const std::scoped_lock one(using_);
+    if (!settingsThere()) setAsideIfDamaged();
+    if (auto changed = dravel::SafeFile::editOwn(file_, edit, lockFolder_)) known_ = std::move(changed->after);
 }
 
 std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {
@@ -125,6 +200,13 @@ bool Preferences::calendarCreatedByTacla() const {
     return flag(at(file_.read(), "calendarCreatedByTacla")).value_or(false);
 }
 
+std::optional<Preferences::Calendar> Preferences::calendar() const {
+    const auto settings = file_.readOrThrow();
+    auto id = text(at(settings, "calendarID"));
+    if (!id) return {};
+    return Calendar{std::move(*id), flag(at(settings, "calendarCreatedByTacla")).value_or(false)};
+}
+
 std::vector<std::string> Preferences::notifiedTasks() const { return texts(at(file_.read(), "notifiedTasks")); }
 
 std::optional<bool> Preferences::wantsLaunchAtLogin() const { return flag(at(file_.read(), "wantsLaunchAtLogin")); }
@@ -134,11 +216,15 @@ bool Preferences::onboardingDone() const { return flag(at(file_.read(), "onboard
 bool Preferences::launchedOnce() const { return flag(at(file_.read(), "launchedOnce")).value_or(false); }
 
 std::optional<Preferences::Size> Preferences::windowSize() const {
-    const auto size = at(file_.read(), "windowSize");
-    if (!size.is_array() || size.size() != 2) return {};
-    const auto width = length(size[0]), height = length(size[1]);
-    if (!width || !height) return {};
-    return Size{*width, *height};
+    const auto size = coordinates(at(file_.read(), "windowSize"));
+    if (!size || size->first <= 0 || size->second <= 0) return {};
+    return Size{size->first, size->second};
+}
+
+std::optional<Preferences::Position> Preferences::windowPosition() const {
+    const auto position = coordinates(at(file_.read(), "windowPosition"));
+    if (!position) return {};
+    return Position{position->first, position->second};
 }
 
 void Preferences::setTaskFilePath(const std::string& path) {
@@ -164,8 +250,11 @@ void Preferences::setOnboardingDone(bool done) {
     file_.change([&](json& settings) { settings["onboardingDone"] = done; });
 }
 
-void Preferences::setWindowSize(Size size) {
-    file_.change([&](json& settings) { settings["windowSize"] = {size.width, size.height}; });
+void Preferences::setWindow(Size size, std::optional<Position> position) {
+    file_.change([&](json& settings) {
+        settings["windowSize"] = {size.width, size.height};
+        if (position) settings["windowPosition"] = {position->x, position->y};
+    });
 }
 
 void Preferences::updateNotifiedTasks(const std::function<Notified(Notified)>& update) {

@@ -1,6 +1,5 @@
 #include "Tacla/Reminders/NotificationServer.h"
 
-#include "DravelKit/Foundation/Hash.h"
 #include "Tacla/TaskList/Clock.h"
 
 #include <utility>
@@ -15,11 +14,9 @@ constexpr auto outsideASession = "Indisponible hors d'une session de bureau";
 constexpr auto refused = "Refusées par le bureau : à autoriser dans ses réglages de notifications";
 
 NotificationRequest testRequest() {
-    return {.identifier = "test-" + dravel::randomUrlSafe(12),
-            .content = {.title = "Notification d'essai",
+    return {.content = {.title = "Notification d'essai",
                         .body = "Si vous lisez ceci, les rappels de Tacla arrivent bien.",
-                        .key = {}},
-            .moment = {}};
+                        .key = {}}};
 }
 
 // Whether a bubble stays or goes is the server's own business; what it can show is known.
@@ -58,9 +55,10 @@ void NotificationPermission::test() {
     if (server_ == nullptr) return tested(outsideASession);
     server_->ask(life_.guard([this](Capabilities capabilities) {
         if (!capabilities.reachable) return tested(capabilities.session ? refused : outsideASession);
-        server_->show(testRequest(), life_.guard([this, capabilities](const NotificationServer::Error& error) {
-            tested(error ? "Échec : " + *error : sent(loop_.now(), capabilities));
-        }));
+        server_->show(testRequest(),
+                      life_.guard([this, capabilities](const NotificationServer::Error& error, const auto&) {
+                          tested(error ? "Échec : " + *error : sent(loop_.now(), capabilities));
+                      }));
     }));
 }
 

@@ -4,6 +4,7 @@
 #include "DravelKit/Foundation/Signal.h"
 #include "DravelKit/Run/MainLoop.h"
 
+#include <compare>
 #include <functional>
 #include <optional>
 #include <string>
@@ -20,12 +21,17 @@ struct NotificationContent {
     bool operator==(const NotificationContent&) const = default;
 };
 
-struct NotificationRequest {
-    std::string identifier;
-    NotificationContent content;
-    std::optional<Instant> moment; // none: at once
+// A notification on the screen: which server shows it, and as what. Good for as long as that server runs, in another
+// process of ours too.
+struct BubbleHandle {
+    std::string server, id;
 
-    bool operator==(const NotificationRequest&) const = default;
+    auto operator<=>(const BubbleHandle&) const = default;
+};
+
+struct NotificationRequest {
+    NotificationContent content;
+    std::optional<BubbleHandle> replaced = {}; // whose place it takes, if that is still there
 };
 
 // The desktop's notification server. A port: over D-Bus in the product (Tacla/Linux), a recorder in tests.
@@ -35,23 +41,29 @@ class NotificationServer {
     virtual ~NotificationServer() = default;
 
     using Error = std::optional<std::string>; // the system's words
-    virtual void show(const NotificationRequest&, std::function<void(Error)> shown) = 0;
+    // A reminder, which has a key, stays until it is answered or closed, as far as the server lets it.
+    virtual void show(const NotificationRequest&, std::function<void(const Error&, const BubbleHandle&)> shown) = 0;
+    virtual void close(const BubbleHandle&) = 0; // one that is gone already does no harm
 
     // Whether a server answers (it may be started by the question), at most 5 s later.
     struct Capabilities {
         bool reachable = false, actions = false, body = false;
-        bool session = true; // false: there is no desktop session that could have a server
+        bool session = true;     // false: there is no desktop session that could have a server
+        std::string server = {}; // as in the handles of what it shows
+        // It tells of a bubble's buttons only who has shown it last: an earlier process's is shown anew in its place.
+        bool tellsOnlyOwner = false;
     };
     virtual void ask(std::function<void(Capabilities)>) = 0;
 
     enum class Action { done, tomorrow, opened };
     struct Response {
         Action action;
-        std::string key;
+        BubbleHandle bubble;         // may be another program's
         std::string activationToken; // lets the window come to the front; may be empty
     };
     dravel::Signal<const Response&> responded;
-    dravel::Signal<> changed; // a server came or went
+    dravel::Signal<const BubbleHandle&> closed; // may be another program's
+    dravel::Signal<> changed;                   // a server came or went
 };
 
 // Whether the desktop lets notifications through, and what became of the last test. Without a server there is no

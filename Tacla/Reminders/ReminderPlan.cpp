@@ -1,9 +1,11 @@
 #include "Tacla/Reminders/ReminderPlan.h"
 
 #include "Tacla/TaskList/Labels.h"
+#include "Tacla/TaskList/Successors.h"
 #include "Tacla/TaskList/TaskFile.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 #include <unordered_set>
 
@@ -27,9 +29,9 @@ bool remindsOf(const TaskItem& task) { return !task.done && task.day; }
 
 class Planner {
   public:
-    Planner(const ReminderRecord& record, const std::vector<std::string>& notified, Instant now)
-        : record_(record), notified_(notified.begin(), notified.end()), now_(now) {
-        for (const auto& [identifier, moment] : record.pending) pendingKeys_.insert(keyOf(identifier));
+    Planner(const Moments& held, const Notified& notified, Instant now)
+        : held_(held), notified_(notified.begin(), notified.end()), now_(now) {
+        for (const auto& [identifier, moment] : held) pendingKeys_.insert(keyOf(identifier));
         const auto oldest = today_.plusDays(-daysRemembered).description();
         std::ranges::copy_if(notified, std::back_inserter(plan_.expired),
                              [&oldest](const std::string& entry) { return whenOf(entry) < oldest; });
@@ -41,18 +43,19 @@ class Planner {
         const bool due = moment <= now_;
         if (!due && wanted_ == pendingLimit) return;
         auto identifier = reminderIdentifier(task);
-        const auto pending = record_.pending.find(identifier);
-        const bool isPending = pending != record_.pending.end();
-        if (due && task.day != today_ && !isPending) return;
-        if (silenced(identifier) || !kept_.insert(identifier).second) return;
+        const auto pending = held_.find(identifier);
+        const bool isPending = pending != held_.end();
+        const bool isCatchUp = due && !isPending;
+        if (isCatchUp && (task.day != today_ || notified_.contains(identifier))) return;
+        if (!kept_.insert(identifier).second) return;
         if (!due) ++wanted_;
-        if (isPending && (pending->second == moment || (due && pending->second <= now_))) return;
-        auto& list = due ? plan_.catchUp : plan_.schedule;
-        list.push_back({std::move(identifier), task, moment});
+        const bool unchanged = isPending && (pending->second == moment || (due && pending->second <= now_));
+        auto& list = unchanged ? plan_.unchanged : due ? plan_.catchUp : plan_.schedule;
+        list.push_back({std::move(identifier), task, unchanged ? pending->second : moment});
     }
 
     ReminderPlan finish() {
-        for (const auto& [identifier, moment] : record_.pending) {
+        for (const auto& [identifier, moment] : held_) {
             if (!kept_.contains(identifier)) plan_.stale.push_back(identifier);
         }
         plan_.full = wanted_ == pendingLimit;
@@ -60,10 +63,6 @@ class Planner {
     }
 
   private:
-    bool silenced(const std::string& identifier) const {
-        return notified_.contains(identifier) || record_.shown.contains(identifier);
-    }
-
     // Spares the others, most of a long list, the reckoning of their moment.
     bool matters(const TaskItem& task) const {
         if (task.day == today_) return true;
@@ -71,7 +70,7 @@ class Planner {
         return pendingKeys_.contains(task.key);
     }
 
-    const ReminderRecord& record_;
+    const Moments& held_;
     Views notified_, pendingKeys_;
     Instant now_;
     Day today_ = Day::of(now_), longPast_ = today_.plusDays(-daysOfRollOver);
@@ -84,29 +83,42 @@ class Planner {
 
 std::string reminderIdentifier(const TaskItem& task) { return task.key + "@" + task.when(); }
 
-NotificationContent reminderContent(const TaskItem& task) {
-    std::string body = task.time ? "Prévue à " + task.time->description() : "Prévue aujourd'hui";
+namespace {
+
+std::string onItsDay(const TaskItem& task) {
+    return task.time ? "Prévue à " + task.time->description() : "Prévue aujourd'hui";
+}
+
+std::string afterItsDay(const TaskItem& task) {
+    return "Prévue le " + dayAndMonth(*task.day) + (task.time ? " à " + task.time->description() : "");
+}
+
+}
+
+NotificationContent reminderContent(const TaskItem& task, Day today) {
+    auto body = Day::of(*task.at()) < today ? afterItsDay(task) : onItsDay(task);
     if (task.strong()) body += " · prioritaire";
     if (task.due) body += " · due le " + dayAndMonth(*task.due);
     return {.title = TaskFile::dropStrongMark(task.title), .body = std::move(body), .key = task.key};
 }
 
-ReminderPlan planReminders(const Tasks& tasks, const ReminderRecord& record, const std::vector<std::string>& notified,
-                           Instant now) {
-    Planner planner(record, notified, now);
+ReminderPlan planReminders(const Tasks& tasks, const Moments& pending, const Notified& notified, Instant now) {
+    Planner planner(pending, notified, now);
     for (const auto& task : tasks) planner.take(task);
     return planner.finish();
 }
 
 Tasks remindersGivenBack(const dravel::SafeFile::Change& change) {
-    std::set<std::string> kept;
-    for (const auto& task : TaskFile::parse(change.after)) {
-        if (remindsOf(task)) kept.insert(reminderIdentifier(task));
+    const auto edited = TaskFile::parse(change.after);
+    auto restored = TaskFile::parse(change.before);
+    const Successors successors(edited, restored);
+    std::set<std::int64_t> kept; // lines of those that ring as before, be it by another key
+    for (const auto& task : edited) {
+        const auto* now = successors.of(task);
+        if (now != nullptr && remindsOf(task) && now->when() == task.when()) kept.insert(now->line);
     }
-    auto tasks = TaskFile::parse(change.before);
-    std::erase_if(tasks,
-                  [&](const TaskItem& task) { return !remindsOf(task) || kept.contains(reminderIdentifier(task)); });
-    return tasks;
+    std::erase_if(restored, [&](const TaskItem& task) { return !remindsOf(task) || kept.contains(task.line); });
+    return restored;
 }
 
 }

@@ -3,18 +3,21 @@
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/Run/MainLoop.h"
 #include "Tacla/Preferences/Preferences.h"
+#include "Tacla/Reminders/Bubbles.h"
 #include "Tacla/Reminders/NotificationServer.h"
 #include "Tacla/Reminders/ReminderPlan.h"
 
+#include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tacla {
 
-// Holds the pending requests, and shows each at its moment through the desktop's server: several that are due together
-// in the order of their moments. What was shown is never shown again. Without a server, what is due waits for one.
+// Holds the pending reminders, and shows each at its moment through the desktop's server: a few a second, the oldest
+// moment first. Without a server, what is due waits for one.
 class NotificationCentre {
   public:
     struct Ledger {
@@ -22,36 +25,46 @@ class NotificationCentre {
         std::function<void(const std::string& identifier)> refused;               // the server did not show it
     };
 
-    NotificationCentre(dravel::MainLoop&, NotificationServer&, Ledger);
+    NotificationCentre(dravel::MainLoop&, NotificationServer&, Bubbles&, Ledger);
 
-    const ReminderRecord& record() const { return record_; }
+    const Moments& pending() const { return pending_; }
 
-    void add(NotificationRequest); // with a moment; takes the place of a pending one of the same identifier
+    void put(const Reminder&); // takes the place of a pending one of the same identifier
     void remove(const std::string& identifier);
-    void rekey(const std::map<std::string, std::string>& keys); // what was shown under an old key
+    void follow(const Successors&);
 
     void deliver(); // shows what is due and wakes for the rest
 
   private:
     struct Held {
-        NotificationRequest request;
+        TaskItem task;
         std::uint64_t order; // of adding: the file's, for one moment
+    };
+    struct Leaving { // asked of the server, which has not answered yet
+        RungTask task;
+        Instant moment;
+        std::uint64_t order;
     };
 
     void wakeForNext();
     std::vector<std::string> due() const;
     void showDue();
-    void refused(const Held&);
+    void show(const std::string& identifier);
+    void answered(std::uint64_t order, const NotificationServer::Error&, const BubbleHandle&);
+    void refused(const Leaving&);
 
     dravel::MainLoop& loop_;
     NotificationServer& server_;
+    Bubbles& bubbles_;
     Ledger ledger_;
-    ReminderRecord record_; // pending: the moments of held_
-    std::map<std::string, Held> held_;
+    Moments pending_;
+    std::map<std::string, Held> held_; // of the pending ones
+    std::map<std::uint64_t, Leaving> leaving_;
     std::uint64_t added_ = 0;
     bool reachable_ = false, asking_ = false;
     dravel::Timer wake_;
-    dravel::Connection serverChanged_;
+    std::optional<dravel::Timer> pause_;
+    std::vector<dravel::Connection> connections_;
     dravel::Lifetime life_;
 };
 
@@ -60,25 +73,36 @@ class Reminders {
   public:
     using Report = std::function<void(const dravel::FileError&)>; // the notified list could not be stored
 
-    Reminders(dravel::MainLoop&, NotificationServer&, Preferences&, Report);
+    Reminders(dravel::MainLoop&, NotificationServer&, Preferences&, std::filesystem::path memoryOfBubbles, Report);
 
+    // A button of one of our bubbles was pressed, or the bubble itself.
+    dravel::Signal<const NotificationServer::Response&> answered;
+
+    void adopt(const std::filesystem::path& list, const Tasks&); // the bubbles of an earlier process
+    void follow(const Tasks& before, const Tasks& after);        // each task, wherever an edit took it
     void reconcile(const Tasks&, Instant now);
     void minutePassed(const Tasks&, Instant now); // what was refused is tried again, a free place is taken
 
     void skipIfPast(const TaskItem&, Instant now); // a moment that is past already never rings
-    void rekey(const std::map<std::string, std::string>& keys);
 
-    const ReminderRecord& record() const { return centre_.record(); }
+    RungTask take(const BubbleHandle&); // of an answered bubble, which is closed
+    void closeAll() { bubbles_.closeAll(); }
+
+    const Moments& pending() const { return centre_.pending(); }
 
   private:
-    void store(const std::function<Preferences::Notified(Preferences::Notified)>&);
+    void store(const std::function<void(Notified&)>& change);
     void catchUpStoring();
 
+    NotificationServer& server_;
     Preferences& preferences_;
     Report report_;
+    Bubbles bubbles_;
     NotificationCentre centre_;
+    Notified notified_; // as it was last read or written here, and what could not be stored yet
+    dravel::Connection responded_;
     bool full_ = false;
-    bool behind_ = false; // what was shown could not be stored yet
+    dravel::Lifetime life_;
 };
 
 }

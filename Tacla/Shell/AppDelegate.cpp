@@ -18,8 +18,6 @@ namespace {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-constexpr auto trayPatience = 10s; // a panel that starts together with us may take its time
-
 // What the About panel tells of this program and of what it is made with.
 dravel::About aboutTacla(const std::string& version) {
     return {.appName = u"Tacla"_s,
@@ -43,19 +41,22 @@ void AppDelegate::launch() {
     ports_.session.whenOpen([this](const QDBusConnection& connection) { joinSession(connection); });
     if (!ports_.preferences.onboardingDone() && !ports_.preferences.launchedOnce()) {
         ports_.model.beginOnboarding();
-        showWindow(ports_.activationToken);
+        if (!ports_.startedByBus) showWindow(ports_.activationToken);
     }
     ports_.loop.post([this] { // after the first picture
         ports_.model.applyLaunchAtLogin();
-        ports_.system.whenOpen([this](const QDBusConnection& connection) { ports_.wake.watch(connection); });
+        ports_.system.whenOpen([this](const QDBusConnection& connection) {
+            ports_.wake.watch(connection);
+            ports_.network.watch(connection);
+        });
         ports_.system.open();
     });
     connections_.push_back(ports_.session.lost.connect([this] { doWithoutSession(); }));
-    if (ports_.session.isAbsent()) {
-        doWithoutSession();
-    } else {
-        trayPatience_ = ports_.loop.after(trayPatience, [this] { showWindowWithoutTray(); });
-    }
+    if (ports_.session.isAbsent()) return doWithoutSession();
+    // Over a bus that stays silent neither an icon nor a launcher can bring the window.
+    busPatience_ = ports_.loop.after(10s, [this] {
+        if (!item_) showWindow();
+    });
 }
 
 void AppDelegate::observe() {
@@ -63,18 +64,27 @@ void AppDelegate::observe() {
     keep(ports_.model.changed.connect([this] { refreshTraySoon(); }));
     keep(ports_.menu.chosen.connect([this](const MenuCommand& command) { perform(command); }));
     keep(ports_.instance.activated.connect([this](const auto& activation) { activate(activation); }));
-    keep(ports_.notifications.responded.connect([this](const auto& response) { respond(response); }));
+    keep(ports_.search.chosen.connect([this](const std::string& key) { showTask(key); }));
+    keep(ports_.model.windowAsked.connect([this](const std::string& token) { showWindow(token); }));
     keep(ports_.scheme.changed.connect([this] { followColours(); }));
     keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
+    keep(ports_.network.back.connect([this] { ports_.model.networkBack(); }));
     keep(ports_.secrets.appeared.connect([this] { ports_.model.accountStoreAppeared(); }));
 }
 
 void AppDelegate::joinSession(const QDBusConnection& connection) {
     ports_.menu.registerOn(connection); // before the item, whose host asks for it
-    item_.emplace(connection);
+    item_.emplace(connection, ports_.trayHost);
     connections_.push_back(item_->activated.connect([this](const std::string& token) { showWindow(token); }));
+    connections_.push_back(item_->middleClicked.connect([this](const std::string& token) {
+        showWindow(token);
+        ports_.window.beginTask();
+    }));
+    connections_.push_back(item_->shown.connect([this](bool shown) { trayAnswered(shown); }));
     refreshTray();
+    if (ports_.gnomeNotifications != nullptr) ports_.gnomeNotifications->use(connection);
     ports_.notifications.use(connection);
+    ports_.search.registerOn(connection);
     ports_.scheme.watch(connection);
     ports_.secrets.watch(connection);
 }
@@ -98,12 +108,17 @@ void AppDelegate::showWindow(const std::string& activationToken) {
     ports_.window.show(activationToken);
 }
 
-void AppDelegate::showWindowWithoutTray() {
-    if (ports_.window.isShown()) return;
-    if (!item_) return showWindow();
-    item_->askIfShown([this](bool shown) {
-        if (!shown) showWindow();
-    });
+// Who starts the program from a launcher, and gets no icon, gets the window. Nobody asked for it at login.
+void AppDelegate::trayAnswered(bool shown) {
+    ports_.model.tellOfTray(shown);
+    const auto token = std::exchange(ports_.activationToken, {});
+    if (!shown && !token.empty() && !ports_.window.isShown()) showWindow(token);
+}
+
+void AppDelegate::showTask(const std::string& key, const std::string& activationToken) {
+    ports_.model.requestSection("today"); // where it is, unless the task is known to be elsewhere
+    showWindow(activationToken);
+    ports_.window.showTask(key);
 }
 
 void AppDelegate::installMenu() {
@@ -122,8 +137,10 @@ void AppDelegate::installMenu() {
 
 void AppDelegate::refreshTray() {
     if (!item_) return;
-    const auto open = ports_.model.state().openCount();
-    item_->show({open, statusTitle(open), statusToolTip(open), trayColour(ports_.scheme.preference())});
+    const auto& state = ports_.model.state();
+    const auto open = state.openCount();
+    item_->show({open, statusTitle(open), statusToolTip(state), trayColour(ports_.scheme.preference()),
+                 state.fileError.has_value()});
     ports_.menu.refresh();
 }
 
@@ -148,8 +165,8 @@ void AppDelegate::followColours() {
 void AppDelegate::perform(const MenuCommand& command) {
     switch (command.kind) {
     case MenuCommand::Kind::none: return;
-    case MenuCommand::Kind::toggle: return toggle(command.key);
-    case MenuCommand::Kind::openWindow: return showWindow();
+    case MenuCommand::Kind::toggle: return ports_.model.toggle(TaskItem(command.task.value())); // the menu is rebuilt
+    case MenuCommand::Kind::openWindow: return showWindow(item_ ? item_->takeActivationToken() : "");
     case MenuCommand::Kind::openFile: return ports_.actions.openFile(ports_.model.state().file);
     case MenuCommand::Kind::openAgenda: return ports_.actions.openAgenda();
     case MenuCommand::Kind::checkForUpdates: return ports_.updater.checkForUpdates();
@@ -157,27 +174,21 @@ void AppDelegate::perform(const MenuCommand& command) {
     }
 }
 
-void AppDelegate::toggle(const std::string& key) {
-    const auto& tasks = ports_.model.state().tasks;
-    const auto task = std::find_if(tasks.begin(), tasks.end(), [&](const TaskItem& item) { return item.key == key; });
-    if (task != tasks.end()) ports_.model.toggle(TaskItem(*task)); // a copy: the list is replaced meanwhile
-}
-
-void AppDelegate::respond(const NotificationServer::Response& response) {
-    switch (response.action) {
-    case NotificationServer::Action::done: return ports_.model.setDone(response.key);
-    case NotificationServer::Action::tomorrow:
-        return ports_.model.reschedule(response.key, Day::of(ports_.loop.now()).plusDays(1));
-    case NotificationServer::Action::opened:
-        ports_.model.requestSection("today");
-        return showWindow(response.activationToken);
-    }
-}
-
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
-    if (activation.action != "new-task" || ports_.model.state().onboarding) return showWindow(activation.token);
-    prepareWindows();
-    ports_.window.showQuickEntry(activation.token);
+    using Action = NotificationServer::Action;
+    const auto& [token, action, target] = activation;
+    const auto answer = [&](Action chosen) {
+        ports_.notifications.responded({chosen, {GnomeNotifications::server, target}, token});
+    };
+    if (action == ApplicationAction::done) return answer(Action::done);
+    if (action == ApplicationAction::tomorrow) return answer(Action::tomorrow);
+    if (action == ApplicationAction::openTask) return answer(Action::opened);
+    if (action == ApplicationAction::newTask && !ports_.model.state().onboarding) {
+        prepareWindows();
+        return ports_.window.showQuickEntry(token);
+    }
+    if (action == ApplicationAction::today || action == ApplicationAction::late) ports_.model.requestSection(action);
+    showWindow(token);
 }
 
 }

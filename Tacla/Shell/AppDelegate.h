@@ -7,6 +7,8 @@
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/Linux/Bus.h"
 #include "Tacla/Linux/DesktopNotifications.h"
+#include "Tacla/Linux/DesktopSearch.h"
+#include "Tacla/Linux/GnomeNotifications.h"
 #include "Tacla/Linux/MenuServer.h"
 #include "Tacla/Linux/StatusItem.h"
 #include "Tacla/Linux/SystemEvents.h"
@@ -31,8 +33,12 @@ class AppDelegate {
         Bus &session, &system;
         SingleInstance& instance;
         DesktopNotifications& notifications;
+        GnomeNotifications* gnomeNotifications; // on GNOME only
+        DesktopSearch& search;
+        TrayHost trayHost;
         ColourScheme& scheme;
         WakeWatch& wake;
+        NetworkWatch& network;
         SecretStoreWatch& secrets;
         Preferences& preferences;
         AppModel& model;
@@ -42,6 +48,7 @@ class AppDelegate {
         DesktopActions actions;
         dravel::Appearance platformAppearance; // where the desktop prefers neither light nor dark
         std::string activationToken;
+        bool startedByBus; // for whoever called: that call says what is wanted
         std::function<void()> quit;
     };
     explicit AppDelegate(Ports);
@@ -54,15 +61,14 @@ class AppDelegate {
     void doWithoutSession();
     void prepareWindows();
     void showWindow(const std::string& activationToken = {});
-    void showWindowWithoutTray();
+    void trayAnswered(bool shown);
+    void showTask(const std::string& key, const std::string& activationToken = {});
     void installMenu();
     void refreshTray();
     void refreshTraySoon();
     void followColours();
 
     void perform(const MenuCommand&);
-    void toggle(const std::string& key);
-    void respond(const NotificationServer::Response&);
     void activate(const SingleInstance::Activation&);
 
     Ports ports_;
@@ -70,7 +76,7 @@ class AppDelegate {
     bool windowsPrepared_ = false, menuInstalled_ = false;
     bool refreshPending_ = false;
     std::vector<dravel::Connection> connections_;
-    dravel::Timer trayPatience_;
+    dravel::Timer busPatience_;
 };
 
 }

@@ -6,6 +6,8 @@
 
 namespace tacla {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QLatin1String name("fr.dravel.Tacla");
@@ -15,9 +17,8 @@ constexpr int patience = 5000; // ms
 
 bool takeName(const QDBusConnection& connection) {
     constexpr uint doNotQueue = 4, primaryOwner = 1, alreadyOwner = 4;
-    auto message =
-        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-                                       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
+    auto message = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                                  u"org.freedesktop.DBus"_s, u"RequestName"_s);
     message << QString(name) << doNotQueue;
     const auto reply = connection.call(message, QDBus::Block, patience);
     const auto answer = reply.arguments().value(0).toUInt();
@@ -26,8 +27,8 @@ bool takeName(const QDBusConnection& connection) {
 
 // False when nobody answered: the first one may be about to end.
 bool activateFirst(const QDBusConnection& connection, const QString& token) {
-    auto message = QDBusMessage::createMethodCall(name, path, interface, QStringLiteral("Activate"));
-    message << QVariantMap{{QStringLiteral("activation-token"), token}, {QStringLiteral("desktop-startup-id"), token}};
+    auto message = QDBusMessage::createMethodCall(name, path, interface, u"Activate"_s);
+    message << QVariantMap{{u"activation-token"_s, token}, {u"desktop-startup-id"_s, token}};
     return connection.call(message, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
 }
 
@@ -49,20 +50,24 @@ SingleInstance::Role SingleInstance::claim(QDBusConnection connection, const std
     return Role::second;
 }
 
-void SingleInstance::Activate(const QVariantMap& platformData) { tell(platformData, {}); }
+void SingleInstance::Activate(const QVariantMap& platformData) { tell(platformData); }
 
-void SingleInstance::Open(const QStringList&, const QVariantMap& platformData) { tell(platformData, {}); }
+void SingleInstance::Open(const QStringList&, const QVariantMap& platformData) { tell(platformData); }
 
-void SingleInstance::ActivateAction(const QString& action, const QVariantList&, const QVariantMap& platformData) {
-    tell(platformData, action.toStdString());
+void SingleInstance::ActivateAction(const QString& action, const QVariantList& parameter,
+                                    const QVariantMap& platformData) {
+    tell(platformData, action, parameter.value(0).toString());
 }
 
-void SingleInstance::tell(const QVariantMap& platformData, std::optional<std::string> action) {
-    auto token = platformData.value(QStringLiteral("activation-token")).toString();
-    if (token.isEmpty()) token = platformData.value(QStringLiteral("desktop-startup-id")).toString();
+void SingleInstance::tell(const QVariantMap& platformData, const QString& action, const QString& key) {
+    auto token = platformData.value(u"activation-token"_s).toString();
+    if (token.isEmpty()) token = platformData.value(u"desktop-startup-id"_s).toString();
     // The caller waits for the answer, not for the window.
     QMetaObject::invokeMethod(
-        this, [this, activation = Activation{token.toStdString(), std::move(action)}] { activated(activation); },
+        this,
+        [this, activation = Activation{token.toStdString(), action.toStdString(), key.toStdString()}] {
+            activated(activation);
+        },
         Qt::QueuedConnection);
 }
 

@@ -7,7 +7,6 @@
 #include <QStringList>
 #include <QVariantMap>
 
-#include <optional>
 #include <string>
 
 namespace tacla {
@@ -27,7 +26,8 @@ class SingleInstance final : public QObject {
 
     struct Activation {
         std::string token;
-        std::optional<std::string> action; // the name of the action chosen in a launcher
+        std::string action{}; // the name of the one that was chosen in a launcher or on a notification
+        std::string key{};    // of the task that it concerns
     };
     dravel::Signal<const Activation&> activated;
 
@@ -37,7 +37,7 @@ class SingleInstance final : public QObject {
                                     const QVariantMap& platformData);
 
   private:
-    void tell(const QVariantMap& platformData, std::optional<std::string> action);
+    void tell(const QVariantMap& platformData, const QString& action = {}, const QString& key = {});
 };
 
 }

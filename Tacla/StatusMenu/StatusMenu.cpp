@@ -2,6 +2,7 @@
 
 #include "Tacla/AppModel/ModelState.h"
 #include "Tacla/TaskList/Labels.h"
+#include "Tacla/TaskList/TaskFinder.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,7 +11,7 @@ namespace tacla {
 
 namespace {
 
-constexpr std::size_t upcomingShown = 15;
+constexpr std::size_t upcomingShown = 15, foundShown = 10;
 
 MenuEntry separator() { return {.kind = MenuEntry::Kind::separator}; }
 MenuEntry header(std::string title) { return {.kind = MenuEntry::Kind::header, .label = std::move(title)}; }
@@ -20,10 +21,10 @@ MenuEntry command(std::string label, MenuCommand::Kind kind, std::optional<char>
 }
 
 MenuEntry taskEntry(const TaskItem& task, const std::string& label) {
-    return {.label = menuLabel(label),
-            .checked = task.done,
-            .toolTip = task.title,
-            .command = {.kind = MenuCommand::Kind::toggle, .key = task.key}};
+    MenuEntry entry{.label = menuLabel(label), .checked = task.done, .toolTip = drawnTitle(task.title)};
+    entry.command = {.kind = MenuCommand::Kind::toggle, .task = task};
+    entry.command.task->title = entry.toolTip;
+    return entry;
 }
 
 std::string lateLabel(const TaskItem& task, Day today) {
@@ -36,9 +37,13 @@ std::string todayLabel(const TaskItem& task) {
     return task.time ? task.time->description() + "  " + task.title : task.title;
 }
 
-std::string upcomingLabel(const TaskItem& task, Day tomorrow) {
-    const auto day = task.day == tomorrow ? std::string("demain") : dayAndMonth(*task.day);
-    return day + (task.time ? " " + task.time->description() : "") + "  " + task.title;
+// "demain 14:30", "aujourd'hui", "04/12 09:00"; nothing without a day.
+std::string when(const TaskItem& task, Day today) {
+    if (!task.day) return "";
+    const auto day = *task.day == today               ? std::string("aujourd'hui")
+                     : *task.day == today.plusDays(1) ? std::string("demain")
+                                                      : dayAndMonth(*task.day);
+    return day + (task.time ? " " + task.time->description() : "");
 }
 
 void append(Menu& menu, Menu more) {
@@ -65,9 +70,9 @@ Menu upcomingBlock(const ModelState& state) {
     auto tasks = state.upcoming();
     if (tasks.empty()) return {};
     tasks.resize(std::min(tasks.size(), upcomingShown), tasks.front());
-    const auto tomorrow = state.today.plusDays(1);
     MenuEntry submenu{.kind = MenuEntry::Kind::submenu, .label = "À venir"};
-    for (const auto& task : tasks) submenu.children.push_back(taskEntry(task, upcomingLabel(task, tomorrow)));
+    for (const auto& task : tasks)
+        submenu.children.push_back(taskEntry(task, when(task, state.today) + "  " + task.title));
     return {separator(), std::move(submenu)};
 }
 
@@ -92,9 +97,21 @@ Menu statusMenu(const ModelState& state, bool updatesAvailable) {
     return menu;
 }
 
+std::vector<SearchEntry> searchEntries(const ModelState& state, std::string_view typed) {
+    std::vector<SearchEntry> entries;
+    for (const auto& found : TaskFinder(state.tasks).find(typed)) {
+        const auto& task = state.tasks[found.task];
+        if (task.done || entries.size() == foundShown) break; // the done ones come last
+        entries.push_back({task.key, task.title, when(task, state.today)});
+    }
+    return entries;
+}
+
 std::string statusTitle(std::size_t open) { return open > 0 ? " " + std::to_string(open) : ""; }
 
-std::string statusToolTip(std::size_t open) {
+std::string statusToolTip(const ModelState& state) {
+    if (state.fileError) return "Tacla · " + *state.fileError;
+    const auto open = state.openCount();
     return open > 0 ? "Tacla · " + std::to_string(open) + " à faire" : "Tacla · tout est coché";
 }
 

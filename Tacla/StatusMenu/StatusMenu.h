@@ -1,8 +1,11 @@
 #pragma once
 
+#include "Tacla/TaskList/TaskItem.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tacla {
@@ -13,7 +16,7 @@ struct ModelState;
 struct MenuCommand {
     enum class Kind { none, toggle, openWindow, openFile, openAgenda, checkForUpdates, quit };
     Kind kind = Kind::none;
-    std::string key{}; // of the task to toggle
+    std::optional<TaskItem> task{}; // to toggle, as the entry shows it
 
     bool operator==(const MenuCommand&) const = default;
 };
@@ -38,8 +41,16 @@ using Menu = std::vector<MenuEntry>;
 // What the tray menu shows for that state: late tasks, today's, what is coming, and the program's own entries.
 Menu statusMenu(const ModelState&, bool updatesAvailable);
 
-// The texts beside and over the tray icon, by the number of open tasks.
-std::string statusTitle(std::size_t open);   // " 3", or nothing
-std::string statusToolTip(std::size_t open); // "Tacla · 3 à faire"
+// A task that the desktop's own search found.
+struct SearchEntry {
+    std::string key, title, when; // "demain 14:30"
+};
+
+// The open tasks whose titles hold all words that were typed, ten at most.
+std::vector<SearchEntry> searchEntries(const ModelState&, std::string_view typed);
+
+// The texts beside and over the tray icon.
+std::string statusTitle(std::size_t open);    // " 3", or nothing
+std::string statusToolTip(const ModelState&); // "Tacla · 3 à faire", or what is wrong with the list
 
 }

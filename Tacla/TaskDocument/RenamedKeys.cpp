@@ -1,6 +1,7 @@
 #include "Tacla/TaskDocument/RenamedKeys.h"
 
 #include <set>
+#include <utility>
 
 namespace tacla {
 
@@ -22,23 +23,17 @@ void RenamedKeys::remember(const Map& renamed) {
     for (const auto& [from, to] : renamed) {
         if (!currentBefore.contains(from)) sinceSync_[from] = to;
     }
-    pointAtNewKeys(aliases_, renamed);
-    for (const auto& [from, to] : renamed) aliases_[from] = to;
 }
 
+// Into a map of its own: a key that the calendar knows now may be one that it knew another task by before.
 void RenamedKeys::synced(const Map& given) {
-    for (const auto& [first, then] : given) {
-        const auto entry = sinceSync_.find(first);
-        if (entry == sinceSync_.end()) continue;
-        const auto current = entry->second;
-        sinceSync_.erase(entry);
-        if (current != then) sinceSync_.emplace(then, current);
+    Map rest;
+    for (const auto& [first, current] : sinceSync_) {
+        const auto sent = given.find(first);
+        const auto& known = sent == given.end() ? first : sent->second;
+        if (known != current) rest.emplace(known, current);
     }
-}
-
-std::string RenamedKeys::latest(const std::string& key) const {
-    const auto alias = aliases_.find(key);
-    return alias == aliases_.end() ? key : alias->second;
+    sinceSync_ = std::move(rest);
 }
 
 }

@@ -17,11 +17,8 @@ class RenamedKeys {
     // After a successful sync that was given this map: what was renamed meanwhile stays, from the key given then.
     void synced(const Map&);
 
-    // The present key of a task that had this one earlier in the run.
-    std::string latest(const std::string& key) const;
-
   private:
-    Map sinceSync_, aliases_;
+    Map sinceSync_;
 };
 
 }

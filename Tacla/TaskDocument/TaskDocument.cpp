@@ -1,11 +1,16 @@
 #include "Tacla/TaskDocument/TaskDocument.h"
 
 #include "DravelKit/Foundation/FileCopies.h"
+#include "DravelKit/Foundation/Hash.h"
+#include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/Labels.h"
 #include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/TaskLines.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace tacla {
@@ -17,7 +22,7 @@ using Text = std::optional<std::string>;
 namespace {
 
 std::string naming(const std::string& what, const std::string& title) {
-    const auto plain = TaskFile::dropStrongMark(title);
+    const auto plain = menuLabel(drawnTitle(title));
     return plain.empty() ? what : what + " : " + plain;
 }
 
@@ -26,18 +31,39 @@ std::string keyAfter(const RenamedKeys::Map& renamed, const std::string& key) {
     return found == renamed.end() ? key : found->second;
 }
 
+// As it is in a folder that somebody has deleted: no file is found there.
+path fromHere(const path& file) {
+    std::error_code gone;
+    const auto absolute = std::filesystem::absolute(file, gone);
+    return gone ? file : absolute;
+}
+
+// The carriage return is a part of the line's last part, which then says nothing.
+std::size_t countUnreadDates(std::string_view text) {
+    if (text.find('\r') == text.npos) return 0;
+    return static_cast<std::size_t>(std::ranges::count_if(dravel::split(text, "\n"), [](std::string_view line) {
+        if (!line.ends_with('\r')) return false;
+        const auto read = readTaskLine(line, 0), meant = readTaskLine(line.substr(0, line.size() - 1), 0);
+        return read.isTask() && (read.day != meant.day || read.time != meant.time || read.due != meant.due ||
+                                 read.doneOn != meant.doneOn);
+    }));
+}
+
 // None when neither the title nor the moment changes anything.
-Text changed(std::string_view text, std::string key, const Text& title, std::optional<Day> day,
-             std::optional<Clock> time, Day today) {
+Text changed(std::string_view text, std::string key, const TaskChange& change, Day today) {
     Text result;
-    if (title) {
-        if (auto renamed = TaskFile::rename(text, key, *title)) {
+    if (change.title) {
+        if (auto renamed = TaskFile::rename(text, key, *change.title)) {
             key = keyAfter(renamed->keys, key);
             result = std::move(renamed->text);
         }
     }
-    if (!day) return result;
-    auto rescheduled = TaskFile::reschedule(result ? *result : text, key, *day, time, today);
+    if (!change.day && !change.time) return result;
+    const std::string_view retitled = result ? *result : text;
+    const auto task = TaskFile::find(retitled, key);
+    if (!task) return {};
+    auto rescheduled = TaskFile::reschedule(retitled, key, change.day.value_or(task->day.value_or(today)),
+                                            change.time.value_or(task->time), today);
     return rescheduled ? rescheduled : result;
 }
 
@@ -52,9 +78,8 @@ RenamedKeys::Map keysGivenBack(const SafeFile::Change& change) {
 path documentsTaskFile(const dravel::UserFolders& folders) { return folders.documents / "Tacla" / "taches.md"; }
 
 path resolvedFile(const std::string& taclaFile, const Preferences& preferences, const dravel::UserFolders& folders) {
-    if (!taclaFile.empty()) return std::filesystem::absolute(taclaFile);
-    if (const auto chosen = preferences.taskFilePath(); chosen && !chosen->empty())
-        return std::filesystem::absolute(*chosen);
+    if (!taclaFile.empty()) return fromHere(taclaFile);
+    if (const auto chosen = preferences.taskFilePath(); chosen && !chosen->empty()) return fromHere(*chosen);
     const auto earlier = folders.home / "quillo" / "taches.md";
     std::error_code unreachable;
     return std::filesystem::exists(earlier, unreachable) ? earlier : documentsTaskFile(folders);
@@ -79,43 +104,84 @@ std::string sentence(std::string words) {
     return words;
 }
 
-// Whether a task that was seen is still that one.
 bool isStill(const TaskItem& seen, const TaskItem& now) {
-    return seen.key == now.key && seen.day == now.day && seen.time == now.time && seen.done == now.done;
+    if (seen.key != now.key) return false;
+    const auto marks = [](const TaskItem& task) { return std::tie(task.day, task.time, task.done); };
+    return marks(seen) == marks(now) || (seen.alone && now.alone);
 }
 
-UserEdit UserEdit::setDone(const std::string& key, const std::string& title, bool done, Day today) {
-    return {naming(done ? "Tâche cochée" : "Tâche décochée", title),
-            [=](std::string_view text) { return TaskFile::setDone(text, key, done, today); }};
+SafeFile::Edit whereStill(const TaskItem& seen, SafeFile::Edit edit) {
+    return [=, edit = std::move(edit)](std::string_view text) {
+        const auto now = TaskFile::find(text, seen.key);
+        return now && isStill(seen, *now) ? edit(text) : Text();
+    };
+}
+
+UserEdit UserEdit::setDone(const TaskItem& task, bool done, Day today) {
+    return {naming(done ? "Tâche cochée" : "Tâche décochée", task.title),
+            whereStill(task, [=, key = task.key](std::string_view text) {
+                return TaskFile::setDone(text, key, done, today);
+            })};
 }
 
 UserEdit UserEdit::reschedule(const TaskItem& task, Day to, std::optional<Clock> time, Day today) {
-    return {naming("Tâche reportée", task.title),
-            [=, key = task.key](std::string_view text) { return TaskFile::reschedule(text, key, to, time, today); }};
+    return {naming("Tâche reportée", task.title), whereStill(task, [=, key = task.key](std::string_view text) {
+                return TaskFile::reschedule(text, key, to, time, today);
+            })};
 }
 
-UserEdit UserEdit::change(const TaskItem& task, const std::string& title, std::optional<Day> day,
-                          std::optional<Clock> time, Day today) {
-    const auto newTitle = writableTitle(title);
-    TaskItem retitled = task;
-    if (day) {
-        retitled.day = day;
-        retitled.time = time;
-    }
-    return {naming("Tâche modifiée", newTitle.value_or(task.title)),
-            [=, key = task.key](std::string_view text) { return changed(text, key, newTitle, day, time, today); },
-            std::move(retitled)};
+UserEdit UserEdit::change(const TaskItem& task, const TaskChange& asked, Day today) {
+    auto change = asked;
+    if (change.title) change.title = writableTitle(*change.title);
+    return {naming("Tâche modifiée", change.title.value_or(task.title)),
+            whereStill(task, [=, key = task.key](std::string_view text) { return changed(text, key, change, today); }),
+            task.key};
 }
 
 UserEdit UserEdit::remove(const TaskItem& task) {
     return {naming("Tâche supprimée", task.title),
-            [key = task.key](std::string_view text) { return TaskFile::remove(text, key); }};
+            whereStill(task, [key = task.key](std::string_view text) { return TaskFile::remove(text, key); })};
 }
 
-std::optional<UserEdit> UserEdit::add(const std::string& title, Day day, std::optional<Clock> time, bool strong) {
+std::optional<UserEdit> UserEdit::add(const std::string& title, Day day, std::optional<Clock> time, bool strong,
+                                      std::string said) {
     const auto newTitle = writableTitle(title);
     if (!newTitle) return {};
-    return UserEdit{{}, [=](std::string_view text) { return Text(TaskFile::add(text, *newTitle, day, time, strong)); }};
+    return UserEdit{std::move(said),
+                    [=](std::string_view text) { return Text(TaskFile::add(text, *newTitle, day, time, strong)); }};
+}
+
+UndoStep::UndoStep(const SafeFile::Change& change) : left_(dravel::sha256(change.after)) {
+    const auto &before = change.before, &after = change.after;
+    const auto shorter = std::min(before.size(), after.size());
+    at_ = static_cast<std::size_t>(
+        std::mismatch(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(shorter), after.begin()).first -
+        before.begin());
+    std::size_t same = 0; // at the end
+    while (same < shorter - at_ && before[before.size() - 1 - same] == after[after.size() - 1 - same]) ++same;
+    before_ = before.substr(at_, before.size() - at_ - same);
+    after_ = after.substr(at_, after.size() - at_ - same);
+}
+
+Text UndoStep::takenBackFrom(std::string_view text) const {
+    if (dravel::sha256(text) != left_) return {};
+    return std::string(text.substr(0, at_)) + before_ + std::string(text.substr(at_ + after_.size()));
+}
+
+UserEdit UserEdit::plainLineEnds() {
+    return {"Fins de ligne converties", [](std::string_view text) {
+                auto plain = dravel::replacedAll(text, "\r\n", "\n");
+                if (plain.ends_with('\r')) plain.pop_back();
+                return Text(std::move(plain));
+            }};
+}
+
+// An editor's save in between is not what the user wants to give up.
+UserEdit UserEdit::bringBack(std::string copy) {
+    return {"Copie de la liste rétablie", [copy = std::move(copy), seen = Text()](std::string_view text) mutable {
+                if (!seen) seen = text;
+                return *seen == text ? Text(copy) : Text();
+            }};
 }
 
 UserEdit UserEdit::postpone(const Tasks& seen, Day to, Day today) {
@@ -154,7 +220,7 @@ TaskDocument::TaskDocument(path file, dravel::UserFolders folders)
 
 void TaskDocument::open(path file) {
     file_ = std::move(file);
-    last_.reset();
+    steps_.clear();
 }
 
 void TaskDocument::createIfMissing(const path& file) { SafeFile::create(file, TaskFile::newFileText); }
@@ -166,6 +232,7 @@ Tasks TaskDocument::read() {
     const auto text = SafeFile::readText(file_);
     unreadable_ = false;
     lastRead_ = stamp;
+    unreadDates_ = countUnreadDates(text);
     return TaskFile::parse(text);
 }
 
@@ -202,16 +269,17 @@ std::optional<TaskDocument::Change> TaskDocument::save(const SafeFile::Edit& edi
     }
 }
 
-const TaskDocument::Change* TaskDocument::edit(const SafeFile::Edit& edit, Instant now) {
+std::optional<TaskDocument::Change> TaskDocument::edit(const SafeFile::Edit& edit, Instant now) {
     auto change = save(edit, now);
-    if (!change) return nullptr;
-    last_ = std::move(change);
-    return &*last_;
+    if (!change) return {};
+    steps_.emplace_back(*change);
+    if (steps_.size() > undoLevels) steps_.pop_front();
+    return change;
 }
 
 std::optional<std::string> TaskDocument::failureOfEdit(const SafeFile::Edit& change, Instant now, std::string refused) {
     try {
-        if (edit(change, now) != nullptr) return {};
+        if (edit(change, now)) return {};
         return refused;
     } catch (const dravel::FileError&) {
         return readIfPossible() ? refused : unreadable(file_);
@@ -219,10 +287,12 @@ std::optional<std::string> TaskDocument::failureOfEdit(const SafeFile::Edit& cha
 }
 
 TaskDocument::Undone TaskDocument::undo(Instant now) {
-    const auto restore = [this](std::string_view text) { return text == last_->after ? Text(last_->before) : Text(); };
-    const bool restored = save(restore, now).has_value();
-    Undone result{.changedSince = !restored, .change = std::move(*std::exchange(last_, {})), .keys = {}};
-    if (!restored) return result;
+    const auto& step = steps_.back();
+    auto change = save([&](std::string_view text) { return step.takenBackFrom(text); }, now);
+    steps_.pop_back();
+    if (!change) return {.changedSince = true, .change = {}, .keys = {}};
+    std::swap(change->before, change->after);
+    Undone result{.change = std::move(*change), .keys = {}};
     result.keys = keysGivenBack(result.change);
     renamed_.remember(result.keys);
     return result;
@@ -232,6 +302,10 @@ TaskDocument::Keys TaskDocument::follow(const Change& change) {
     auto keys = TaskFile::renamedKeys(change.before, change.after);
     renamed_.remember(keys);
     return keys;
+}
+
+std::vector<dravel::FileCopies::Copy> TaskDocument::copies() const {
+    return dravel::FileCopies::of(copiesFolder(folders_), file_);
 }
 
 void TaskDocument::pruneCopies(Instant now) const { dravel::FileCopies::prune(copiesFolder(folders_), now); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DravelKit/Foundation/FileCopies.h"
 #include "DravelKit/Foundation/Instant.h"
 #include "DravelKit/Foundation/SafeFile.h"
 #include "DravelKit/Foundation/UserFolders.h"
@@ -7,6 +8,9 @@
 #include "Tacla/TaskDocument/RenamedKeys.h"
 #include "Tacla/TaskList/TaskViews.h"
 
+#include <array>
+#include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -20,7 +24,7 @@ namespace tacla {
 std::filesystem::path documentsTaskFile(const dravel::UserFolders&);
 
 // The task file in use: TACLA_FILE (empty counts as unset), else the chosen path, else ~/quillo/taches.md where that
-// exists, else documentsTaskFile. Absolute.
+// exists, else documentsTaskFile. Absolute, but for a relative one in a deleted folder.
 std::filesystem::path resolvedFile(const std::string& taclaFile, const Preferences&, const dravel::UserFolders&);
 
 // Where the list is kept as it was before each change: <state>/Tacla/copies.
@@ -44,23 +48,53 @@ struct NewTask {
     bool operator==(const NewTask&) const = default;
 };
 
-// One edit as a user asks for it.
-struct UserEdit {
-    std::optional<std::string> said;       // in the bar that offers to undo it; what is plain to see is not said
-    dravel::SafeFile::Edit apply;          // copies all it needs
-    std::optional<TaskItem> retitled = {}; // the task as the edit leaves it, but for its new key
+// Whether a task that was seen is still that one. With other marks it may be a namesake that took over its key: then
+// only a title that stood once and stands once is unmistakable.
+bool isStill(const TaskItem& seen, const TaskItem& now);
 
-    static UserEdit setDone(const std::string& key, const std::string& title, bool done, Day today);
+// Applies an edit of the task to a text that still holds it; none for any other text.
+dravel::SafeFile::Edit whereStill(const TaskItem& seen, dravel::SafeFile::Edit);
+
+// What a user changed about a task. The rest stays as the file has it by then.
+struct TaskChange {
+    std::optional<std::string> title{};
+    std::optional<Day> day{};
+    std::optional<std::optional<Clock>> time{}; // none within: no time any more
+
+    bool operator==(const TaskChange&) const = default;
+};
+
+// One edit as a user asks for it. It names the task as the user saw it, and changes no other.
+struct UserEdit {
+    std::string said;                         // in the bar that offers to undo it
+    dravel::SafeFile::Edit apply;             // copies all it needs
+    std::optional<std::string> retitled = {}; // the key of a task that may have another one afterwards
+
+    static UserEdit setDone(const TaskItem&, bool done, Day today);
     static UserEdit reschedule(const TaskItem&, Day to, std::optional<Clock>, Day today);
     // The new title, unless it cannot be written, then the new moment.
-    static UserEdit change(const TaskItem&, const std::string& title, std::optional<Day>, std::optional<Clock>,
-                           Day today);
+    static UserEdit change(const TaskItem&, const TaskChange&, Day today);
     static UserEdit remove(const TaskItem&);
     // None when the title cannot be written.
-    static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong);
-    // Several at once. Of those that were seen, the ones that are still there as they were; each keeps its time.
+    static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong,
+                                       std::string said);
+    // Several at once. Of those that were seen, the ones that are still there; each keeps its time.
     static UserEdit postpone(const Tasks& seen, Day to, Day today);
     static std::optional<UserEdit> addAll(std::vector<NewTask>);
+    static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
+    static UserEdit bringBack(std::string copy);
+};
+
+// A change of the text, as small as it is: enough to take it back from the text that it left, and from no other.
+class UndoStep {
+  public:
+    explicit UndoStep(const dravel::SafeFile::Change&);
+    std::optional<std::string> takenBackFrom(std::string_view text) const;
+
+  private:
+    std::size_t at_;
+    std::string before_, after_;        // what stood there, and what stands there now
+    std::array<std::uint8_t, 32> left_; // the digest of the whole text
 };
 
 // The list as the user has it: one text file, which editors and other processes change as well. All but the questions
@@ -78,19 +112,21 @@ class TaskDocument {
     static void createIfMissing(const std::filesystem::path&); // with the new-file text
 
     Tasks read();
+    std::size_t unreadDates() const { return unreadDates_; } // lines whose date a carriage return hides, at that time
     std::optional<Tasks> readIfPossible();
     // The text in pieces of whole lines, so that it never stands in memory; they count once the last one came.
     void readByLines(const std::function<void(std::string_view lines)>&) const;
 
-    // When the file was modified. Good enough to notice a change, never to prove that there was none.
+    // What one stat tells of the file. Good enough to notice a change, never to prove that there was none.
     using Stamp = std::optional<dravel::SafeFile::Modified>;           // none: no such file
     Stamp onDisk() const { return dravel::SafeFile::modified(file_); } // one stat
     const Stamp& lastRead() const { return lastRead_; }                // of the last successful read
     bool isStale(const Stamp& stamp) const { return unreadable_ || stamp != lastRead_; }
 
-    // What the edit changed, none when nothing; it can be undone, and stands here until the next one. The text that it
-    // replaces is kept as a copy, unless that would stand in the way.
-    const Change* edit(const dravel::SafeFile::Edit&, Instant now);
+    // What the edit changed, none when nothing; the last ten can be undone. The text that it replaces is kept as a
+    // copy, unless that would stand in the way.
+    static constexpr std::size_t undoLevels = 10;
+    std::optional<Change> edit(const dravel::SafeFile::Edit&, Instant now);
 
     // The same for a command of the terminal: none when it was saved, else what to say, which is `refused` as long as
     // the file can be read at all.
@@ -102,14 +138,15 @@ class TaskDocument {
         Change change;
         Keys keys; // from those that the edit gave to those that its tasks get back
     };
-    bool canUndo() const { return last_.has_value(); }
+    bool canUndo() const { return !steps_.empty(); }
     Undone undo(Instant now);
 
     // The keys that an edit of a title changed; they are followed from here on.
     Keys follow(const Change&);
     RenamedKeys& renamed() { return renamed_; }
 
-    void pruneCopies(Instant now) const; // those that have become too old
+    std::vector<dravel::FileCopies::Copy> copies() const; // of this list, the latest first
+    void pruneCopies(Instant now) const;                  // those that have become too old
 
   private:
     std::optional<Change> save(const dravel::SafeFile::Edit&, Instant now) const;
@@ -117,8 +154,9 @@ class TaskDocument {
     std::filesystem::path file_;
     dravel::UserFolders folders_;
     Stamp lastRead_;
-    bool unreadable_ = false; // the last read failed: the file may come back just as it was
-    std::optional<Change> last_;
+    std::size_t unreadDates_ = 0;
+    bool unreadable_ = false;    // the last read failed: the file may come back just as it was
+    std::deque<UndoStep> steps_; // the last one at the end
     RenamedKeys renamed_;
 };
 

@@ -1,9 +1,12 @@
 #include "Tacla/TaskList/Labels.h"
 
 #include "DravelKit/Foundation/Text.h"
+#include "Tacla/TaskList/TaskFile.h"
 
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
+
+#include <algorithm>
 
 namespace tacla {
 
@@ -28,8 +31,16 @@ std::string capitalised(std::string_view text) {
 }
 
 std::string menuLabel(std::string_view label) {
-    if (label.size() < 65 || dravel::characterCount(label) < 65) return std::string(label);
+    if (label.size() < 65 || dravel::firstCharacters(label, 64).size() == label.size()) return std::string(label);
     return std::string(dravel::firstCharacters(label, 63)) + "…";
+}
+
+std::string drawnTitle(std::string_view title) {
+    constexpr std::size_t most = 10'000; // bytes
+    const auto isInside = [title](std::size_t at) { return at < title.size() && (title[at] & 0xC0) == 0x80; };
+    auto end = std::min(title.size(), most);
+    while (isInside(end)) --end; // of a character
+    return TaskFile::dropStrongMark(title.substr(0, end)) + (end < title.size() ? "…" : "");
 }
 
 }

@@ -58,6 +58,20 @@ struct KeyedTitle {
     TaskKey key;
 };
 
+// The digests of the titles that several tasks have, in order.
+std::vector<std::uint64_t> sharedDigests(const std::vector<std::uint64_t>& digests,
+                                         const std::vector<std::uint32_t>& numbers) {
+    std::vector<std::uint64_t> shared;
+    for (std::size_t i = 0; i < digests.size(); ++i)
+        if (numbers[i] == 2) shared.push_back(digests[i]);
+    std::ranges::sort(shared);
+    return shared;
+}
+
+TaskItem itemOf(const TaskLine& task) {
+    return {task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn, {}};
+}
+
 void numberKeys(std::vector<KeyedTitle>& titles) {
     std::vector<std::uint64_t> digests;
     digests.reserve(titles.size());
@@ -92,10 +106,11 @@ NewKeys changedKeys(const std::vector<KeyedTitle>& before, const std::vector<Key
 
 std::optional<std::string> writableTitle(std::string typed) {
     if (!dravel::isValidUtf8(typed)) return {};
+    typed = dravel::withoutLineBreaks(typed);
     // Replacing one can bring two others together.
     while (typed.find(separator) != typed.npos) typed = dravel::replacedAll(typed, separator, " - ");
     const auto title = withoutStrongMark(dravel::trimmedOfWhiteSpaceAndLineBreaks(typed));
-    if (title.empty() || dravel::holdsLineBreak(title)) return {};
+    if (title.empty()) return {};
     return std::string(title);
 }
 
@@ -108,12 +123,15 @@ std::vector<TaskItem> parse(std::string_view text) {
     tasks.reserve(text.size() / usualTaskLength);
     digests.reserve(text.size() / usualTaskLength);
     forEachTask(text, [&](const TaskLine& task) {
-        tasks.push_back(
-            {task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn, {}});
+        tasks.push_back(itemOf(task));
         digests.push_back(titleDigest(task.title));
     });
     const auto numbers = numbered(digests);
-    for (std::size_t i = 0; i < tasks.size(); ++i) tasks[i].key = keyText({digests[i], numbers[i]}, tasks[i].title);
+    const auto shared = sharedDigests(digests, numbers);
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+        tasks[i].key = keyText({digests[i], numbers[i]}, tasks[i].title);
+        tasks[i].alone = shared.empty() || !std::ranges::binary_search(shared, digests[i]);
+    }
     return tasks;
 }
 
@@ -149,14 +167,14 @@ Span lineAround(std::string_view text, std::string_view piece) {
 }
 
 // The first task with that key; the end when there is none.
-auto find(const std::vector<KeyedTitle>& titles, std::string_view key) {
+auto findTitle(const std::vector<KeyedTitle>& titles, std::string_view key) {
     return std::ranges::find_if(titles,
                                 [&](const KeyedTitle& title) { return keyText(title.key, title.title) == key; });
 }
 
 std::optional<Span> findLine(std::string_view text, std::string_view key) {
     const auto titles = keyedTitles(text);
-    const auto found = find(titles, key);
+    const auto found = findTitle(titles, key);
     if (found == titles.end()) return std::nullopt;
     return lineAround(text, found->title);
 }
@@ -254,6 +272,16 @@ std::size_t placeOfNewTask(const std::vector<std::string_view>& lines) {
 
 }
 
+std::optional<TaskItem> find(std::string_view text, std::string_view key) {
+    const auto titles = keyedTitles(text);
+    const auto found = findTitle(titles, key);
+    if (found == titles.end()) return std::nullopt;
+    auto task = itemOf(readTaskLine(lineOf(text, lineAround(text, found->title)), found->line));
+    task.key = key;
+    task.alone = std::ranges::count(titles, found->key.digest, [](const auto& one) { return one.key.digest; }) == 1;
+    return task;
+}
+
 std::string add(std::string_view text, std::string_view title, Day day, std::optional<Clock> time, bool strong) {
     std::string line = "- [ ] ";
     if (strong) line.append(strongMark).append(" ");
@@ -277,7 +305,7 @@ std::optional<std::string> setDone(std::string_view text, std::string_view key, 
 std::optional<Renamed> rename(std::string_view text, std::string_view key, std::string_view to) {
     if (to.find('\n') != to.npos) return std::nullopt; // a title is one line
     const auto before = keyedTitles(text);
-    const auto task = find(before, key);
+    const auto task = findTitle(before, key);
     if (task == before.end() || withoutStrongMark(task->title) == to) return std::nullopt;
     const auto span = lineAround(text, task->title);
     const auto line = retitled(lineOf(text, span), task->title.starts_with(strongMark), to);

@@ -14,7 +14,7 @@ namespace tacla {
 using NewKeys = std::map<std::string, std::string>; // of renamed tasks, by their old ones
 
 // A typed title as it may be written: without its "❗" marks, trimmed, and with " - " for each " · ", which would cut
-// it into parts. None when nothing is left, or for what cannot stand in a line: a line break, bytes that are no UTF-8.
+// it into parts, and a space for line breaks of any kind. None when nothing is left, or for bytes that are no UTF-8.
 std::optional<std::string> writableTitle(std::string typed);
 
 }
@@ -23,6 +23,8 @@ std::optional<std::string> writableTitle(std::string typed);
 namespace tacla::TaskFile {
 
 std::vector<TaskItem> parse(std::string_view text);
+// The first task with that key.
+std::optional<TaskItem> find(std::string_view text, std::string_view key);
 
 // The first 8 bytes of the SHA-256 digest, in lower-case hexadecimal.
 std::string hash(std::string_view);

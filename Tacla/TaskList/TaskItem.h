@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace tacla {
 
@@ -18,13 +19,20 @@ struct TaskItem {
     std::optional<Clock> time; // only together with a day
     std::optional<Day> due;    // when it was first due, once postponed
     std::optional<Day> doneOn;
-    std::string key; // 16 lower-case hexadecimal digits: the task's identity
+    std::string key;   // 16 lower-case hexadecimal digits: the task's identity
+    bool alone = true; // no other task of the text has its title
 
     bool strong() const;               // the title begins with "❗"
     std::string when() const;          // "", "2025-03-04" or "2025-03-04 14:30"
     std::optional<Instant> at() const; // when it falls due: at its time, else at 9:00; none without a day
 
-    bool operator==(const TaskItem&) const = default;
+    // Whether a task stands alone says something of its list.
+    bool operator==(const TaskItem& other) const {
+        const auto all = [](const TaskItem& task) {
+            return std::tie(task.line, task.done, task.title, task.day, task.time, task.due, task.doneOn, task.key);
+        };
+        return all(*this) == all(other);
+    }
 };
 
 }

@@ -1,6 +1,7 @@
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/Foundation/FileError.h"
+#include "DravelKit/Foundation/Text.h"
 #include "DravelKit/GoogleAuth/SecretServiceKeyring.h"
 #include "DravelKit/Run/Background.h"
 #include "Tacla/CalendarSync/GoogleCalendarService.h"
@@ -17,13 +18,18 @@
 #include <QApplication>
 #include <QPalette>
 #include <QSessionManager>
+#include <QSocketNotifier>
 #include <QUrl>
-#include <QUuid>
 
+#include <langinfo.h>
 #include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -32,6 +38,7 @@
 
 namespace {
 
+using namespace Qt::StringLiterals;
 using namespace tacla;
 using namespace std::chrono_literals;
 using std::filesystem::path;
@@ -51,6 +58,22 @@ int fail(const std::string& message) {
 
 std::string environment(const char* name) { return qgetenv(name).toStdString(); }
 
+// Qt wants a locale whose texts are UTF-8, and complains of any other. LC_ALL would overrule what is chosen here: what
+// it says for the other categories goes on as LANG.
+void speakUtf8() {
+    const bool known = std::setlocale(LC_ALL, "") != nullptr;
+    if (known && std::string_view(::nl_langinfo(CODESET)) == "UTF-8") return;
+    if (!known) {
+        qputenv("LC_ALL", "C.UTF-8");
+        return;
+    }
+    if (const auto all = environment("LC_ALL"); !all.empty()) {
+        qputenv("LANG", QByteArray::fromStdString(all));
+        qunsetenv("LC_ALL");
+    }
+    qputenv("LC_CTYPE", "C.UTF-8");
+}
+
 // Platforms other than X11 and Wayland, such as "offscreen", need no display.
 bool hasScreen() {
     const auto platform = environment("QT_QPA_PLATFORM");
@@ -66,14 +89,19 @@ void report(QtMsgType type, const QMessageLogContext& context, const QString& me
         std::_Exit(EXIT_FAILURE);
     }
     // Qt would run on into exit(), under the feet of background jobs.
-    if (message.startsWith(QLatin1String("The X11 connection broke")) ||
-        message.startsWith(QLatin1String("The Wayland connection"))) {
+    if (message.startsWith("The X11 connection broke"_L1) || message.startsWith("The Wayland connection"_L1)) {
         complain(screenLost);
         std::_Exit(EXIT_FAILURE);
     }
     const std::string_view category = context.category ? context.category : "";
-    if (category.starts_with("qt.qpa.") || message.startsWith(QLatin1String("QStandardPaths:"))) return;
+    if (category.starts_with("qt.qpa.") || message.startsWith("QStandardPaths:"_L1)) return;
     std::fputs((qFormatLogMessage(type, context, message).toStdString() + "\n").c_str(), stderr);
+}
+
+bool onGnome() {
+    const auto desktops = environment("XDG_CURRENT_DESKTOP");
+    const auto names = dravel::split(desktops, ":");
+    return std::ranges::find(names, "GNOME") != names.end();
 }
 
 struct Paths {
@@ -81,19 +109,21 @@ struct Paths {
     path program = installationPrefix() / "bin" / "tacla"; // by which the application is started
     path share = installationPrefix() / "share";
 
+    bool isInstalled() const { return share == "/usr/share"; }
+
     // The icon by its name, or by its file where it is not installed for the whole desktop.
     QString notificationIcon() const {
         const auto file = share / "icons/hicolor/scalable/apps/fr.dravel.Tacla.svg";
-        if (share == "/usr/share" || !std::filesystem::exists(file)) return QStringLiteral("fr.dravel.Tacla");
+        if (isInstalled() || !std::filesystem::exists(file)) return u"fr.dravel.Tacla"_s;
         return QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
     }
 };
 
 void nameApplication() {
     qInstallMessageHandler(report);
-    QCoreApplication::setApplicationName(QStringLiteral("Tacla"));
+    QCoreApplication::setApplicationName(u"Tacla"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(TACLA_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("fr.dravel.Tacla"));
+    QGuiApplication::setDesktopFileName(u"fr.dravel.Tacla"_s);
 }
 
 void setUp(QApplication& application, dravel::Appearance appearance) {
@@ -105,15 +135,39 @@ void setUp(QApplication& application, dravel::Appearance appearance) {
     dravel::installLook(application, appearance);
 }
 
+// The end of a session, `kill`, Ctrl+C: the program ends in order, as by « Quitter ». A second one ends it at once.
+class EndSignals {
+  public:
+    EndSignals() : notifier_(wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), QSocketNotifier::Read) {
+        QObject::connect(&notifier_, &QSocketNotifier::activated, [] { QCoreApplication::exit(); });
+        for (const int number : {SIGTERM, SIGINT}) {
+            struct sigaction action {};
+            if (::sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue; // as by nohup
+            action = {};
+            action.sa_handler = [](int) { ::eventfd_write(wakeUp, 1); };
+            action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+            ::sigaction(number, &action, nullptr);
+        }
+    }
+
+  private:
+    static inline int wakeUp = -1; // all that a handler may touch
+    QSocketNotifier notifier_;
+};
+
 DesktopActions desktopActions(Bus& session, const dravel::UserFolders& folders) {
     DesktopActions actions;
     actions.openFile = FreedesktopActions::openFile;
     actions.reveal = [&session](const path& file) { FreedesktopActions::reveal(session, file); };
     actions.showCopies = [folder = copiesFolder(folders)] { FreedesktopActions::showFolder(folder); };
     actions.openAgenda = [] { FreedesktopActions::openAddress("https://calendar.google.com/calendar/r"); };
+    actions.openGuide = [guide = Paths().share / "doc/tacla-desktop/google-agenda.md"] {
+        FreedesktopActions::openFile(guide);
+    };
     actions.openNotificationSettings = FreedesktopActions::openNotificationSettings;
     actions.chooseFile = FreedesktopActions::chooseFile;
     actions.createFile = FreedesktopActions::createFile;
+    actions.chooseClient = FreedesktopActions::chooseClient;
     actions.version = TACLA_VERSION;
     actions.home = folders.home;
     return actions;
@@ -126,40 +180,55 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     QtMainLoop loop;
     std::optional<Watchdog> watchdog;
     if (const auto file = environment("TACLA_WATCHDOG"); !file.empty()) watchdog.emplace(file);
-    std::optional<std::string> damage;
-    Preferences preferences(preferencesFile(paths.folders), paths.folders.locks,
-                            [&](const std::string& message) { damage = message; });
+    AppModel* told = nullptr;
+    Preferences preferences(preferencesFile(paths.folders), paths.folders.locks, [&](const std::string& message) {
+        loop.post([&told, message] { told->report(message); }); // read in background jobs as well
+    });
     makeCommandLineLink(commandLineLink(paths.folders.home, environment("PATH"), paths.program, existsOrDangles));
 
     Bus system(Bus::Kind::system);
     DesktopNotifications notifications(paths.notificationIcon());
+    std::optional<GnomeNotifications> gnomeNotifications;
+    if (onGnome()) gnomeNotifications.emplace(notifications);
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
-    GoogleCalendarService calendar({.preferences = preferences,
-                                    .folders = {.data = paths.folders.data, .resources = paths.share / "tacla"},
-                                    .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
-                                    .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
-                                    .openBrowser = [&loop](const std::string& url) {
-                                        loop.post([url] { FreedesktopActions::openAddress(url); });
-                                    }});
+    GoogleCalendarService calendar(
+        {.preferences = preferences,
+         .folders = {.data = paths.folders.data, .resources = paths.share / "tacla", .locks = paths.folders.locks},
+         .locks = paths.folders.locks,
+         .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
+         .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
+         .openBrowser = [&loop](const std::string& url, const auto& failed) {
+             loop.post([=] { FreedesktopActions::openAddress(url, failed); });
+         }});
     dravel::ThreadedBackground background(loop); // its jobs use what stands above
-    AppModel model({loop, background, preferences, paths.folders, &notifications, &loginItem, &calendar},
+    NotificationServer* const server =
+        gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications) : &notifications;
+    AppModel model({loop, background, preferences, paths.folders, server, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
-    if (damage) model.report(*damage);
+    told = &model;
 
     ColourScheme scheme;
     WakeWatch wake;
+    NetworkWatch network;
     SecretStoreWatch secrets;
     dravel::Updater updater;
     const auto actions = desktopActions(session, paths.folders);
-    MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); });
+    auto trayHost = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
+    trayHost.coloursSymbols = trayHost.coloursSymbols && paths.isInstalled(); // the symbol is
+    MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); }, trayHost.drawsBoxes);
+    DesktopSearch search([&](const std::string& typed) { return searchEntries(model.state(), typed); });
     MainWindowController window(model, preferences, actions, [&loop] { return loop.now(); });
     AppDelegate delegate({.loop = loop,
                           .session = session,
                           .system = system,
                           .instance = instance,
                           .notifications = notifications,
+                          .gnomeNotifications = gnomeNotifications ? &*gnomeNotifications : nullptr,
+                          .search = search,
+                          .trayHost = trayHost,
                           .scheme = scheme,
                           .wake = wake,
+                          .network = network,
                           .secrets = secrets,
                           .preferences = preferences,
                           .model = model,
@@ -169,9 +238,14 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .actions = actions,
                           .platformAppearance = appearance,
                           .activationToken = activationToken,
+                          .startedByBus = !environment("DBUS_STARTER_ADDRESS").empty() && !::isatty(STDIN_FILENO),
                           .quit = [] { QCoreApplication::exit(); }});
     delegate.launch();
-    return QCoreApplication::exec();
+    const EndSignals endSignals;
+    const int status = QCoreApplication::exec();
+    model.end();
+    notifications.flush();
+    return status;
 }
 
 int runApplication(int& argc, char** argv) {
@@ -204,11 +278,10 @@ int runNotifyTest(int& argc, char** argv) {
     else
         notifications.doWithout();
 
-    const NotificationRequest request{QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(),
-                                      {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""},
-                                      {}};
+    const NotificationRequest request{
+        .content = {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""}};
     notifications.ask([&](auto) {
-        notifications.show(request, [](const NotificationServer::Error& error) {
+        notifications.show(request, [](const NotificationServer::Error& error, const auto&) {
             if (error) std::fputs((*error + "\n").c_str(), stderr);
             QCoreApplication::exit();
         });
@@ -222,7 +295,7 @@ int runSnapshot(int& argc, char** argv) {
     const path file = arguments[2];
     const bool dark = std::any_of(arguments.begin() + 1, arguments.end(),
                                   [](const char* argument) { return std::string_view(argument) == "--dark"; });
-    const auto appearance = dark ? dravel::Appearance::Dark : dravel::Appearance::Light;
+    const auto appearance = dark ? dravel::Appearance::dark : dravel::Appearance::light;
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const WithoutSessionBus without;
     nameApplication();
@@ -253,6 +326,7 @@ int runSnapshot(int& argc, char** argv) {
 int main(int argc, char** argv) {
     ::pthread_setname_np(::pthread_self(), "tacla"); // as which the user knows this process
     const std::string_view command = argc > 1 ? argv[1] : "";
+    speakUtf8();
     try {
         if (command == "--notify-test") return runNotifyTest(argc, argv);
         if (command == "--snapshot") return runSnapshot(argc, argv);

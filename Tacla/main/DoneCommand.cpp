@@ -28,7 +28,7 @@ int checkTask(Arguments words, Terminal& terminal, const Environment& environmen
         std::ranges::find_if(*tasks, [&](const TaskItem& one) { return !one.done && search.matches(one); });
     if (task == tasks->end()) return terminal.fail("aucune tâche ouverte ne contient « " + search.text() + " »");
 
-    const auto edit = UserEdit::setDone(task->key, task->title, true, Day::of(environment.now));
+    const auto edit = UserEdit::setDone(*task, true, Day::of(environment.now));
     const auto refused = impossible("d'écrire", document.file());
     if (const auto failure = document.failureOfEdit(edit.apply, environment.now, refused))
         return terminal.fail(*failure);

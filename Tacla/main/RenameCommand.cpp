@@ -69,7 +69,8 @@ int renameTask(Arguments textAndTitle, Terminal& terminal, const Environment& en
         prepareReminders(keys, environment);
         return std::move(renamed->text);
     };
-    if (const auto failure = document.failureOfEdit(edit, environment.now, refused)) return terminal.fail(*failure);
+    if (const auto failure = document.failureOfEdit(whereStill(*task, edit), environment.now, refused))
+        return terminal.fail(*failure);
     terminal.print("✏️ " + task->title + " → " + *title);
     return follow(keys, terminal, environment);
 }

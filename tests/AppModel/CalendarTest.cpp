@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 namespace tacla::testing {
 
 using namespace std::chrono_literals;
@@ -15,6 +17,7 @@ struct Mirrored : ModelWorld {
         model.setCalendarSync(true);
         loop.advance(1s);
         calendar.runs.clear();
+        calendar.sent.clear();
     }
 };
 
@@ -33,12 +36,65 @@ TEST(AppModel, SyncsOnceForABurstOfEdits) {
     EXPECT_EQ(world.state().lastSync, moment("2025-03-04 08:00") + 1900ms);
 }
 
+TEST(AppModel, SyncsAgainHalfASecondAfterARunThatAnEditOvertook) {
+    Mirrored world("- [ ] A\n");
+    world.background.held = true;
+    world.model.sync();
+    world.model.toggle(world.task("A")); // while it waits for its turn: it goes with it
+    world.background.runOne();
+    world.save("- [ ] B\n"); // an editor, while it sends
+    world.loop.advance(2s);
+    world.background.runOne();
+    world.background.held = false;
+    EXPECT_EQ(world.calendar.sent, std::vector<std::string>{"A: done"});
+    world.loop.advance(500ms);
+    EXPECT_EQ(world.calendar.sent, (std::vector<std::string>{"A: done", "B"}));
+    world.loop.advance(9min);
+    EXPECT_EQ(world.calendar.runs.size(), 2U);
+}
+
+TEST(AppModel, TriesAgainLaterAndLaterAndAtOnceWhenTheNetworkIsBack) {
+    Mirrored world("- [ ] A\n");
+    world.calendar.passing = true;
+    world.model.sync();
+    world.loop.advance(0s);
+    for (const auto wait : {15s, 30s, 60s, 120s, 240s}) {
+        const auto before = world.calendar.runs.size();
+        world.loop.advance(wait - 1s);
+        EXPECT_EQ(world.calendar.runs.size(), before);
+        world.loop.advance(1s);
+        EXPECT_EQ(world.calendar.runs.size(), before + 1);
+    }
+    EXPECT_EQ(world.state().syncHint, "attendre");
+    world.calendar.passing = false;
+    world.model.networkBack();
+    world.loop.advance(0s);
+    EXPECT_EQ(world.calendar.runs.size(), 7U);
+    EXPECT_EQ(world.state().syncError, std::nullopt);
+    EXPECT_EQ(world.state().syncHint, std::nullopt);
+    world.model.networkBack();
+    world.loop.advance(1min);
+    EXPECT_EQ(world.calendar.runs.size(), 7U);
+}
+
+TEST(AppModel, StopsTheRunWhenTheUserSaysNo) {
+    for (const bool signsOut : {false, true}) {
+        Mirrored world("- [ ] A\n");
+        world.background.held = true;
+        world.model.sync();
+        world.background.runOne(); // its turn
+        signsOut ? world.model.signOut() : world.model.setCalendarSync(false);
+        world.background.runOne();
+        EXPECT_TRUE(world.calendar.stopped);
+    }
+}
+
 TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
     Mirrored world("- [ ] A · 2025-03-05\n");
     const auto a = world.task("A").key;
-    world.model.edit(world.task("A"), "B", {}, {});
+    world.model.edit(world.task("A"), {.title = "B"});
     const auto b = world.task("B").key;
-    world.model.edit(world.task("B"), "C", {}, {});
+    world.model.edit(world.task("B"), {.title = "C"});
     const auto c = world.task("C").key;
     world.calendar.failure = "hors ligne";
     world.loop.advance(1s);
@@ -46,15 +102,18 @@ TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
     world.calendar.failure.reset();
 
     world.background.held = true;
+    const auto turn = [&] { world.background.runOne(); }, run = turn;
     world.model.sync();
-    world.model.edit(world.task("C"), "D", {}, {}); // while the sync runs
-    world.loop.advance(1s);                         // finds it running
+    turn();
+    world.model.edit(world.task("C"), {.title = "D"}); // while the sync runs
+    world.loop.advance(1s);                            // finds it running
     EXPECT_EQ(world.background.waiting(), 1U);
-    world.background.runOne();
-    world.model.sync();
-    world.background.runOne();
-    world.model.sync();
-    world.background.runOne();
+    run();
+    for (int i = 0; i < 2; ++i) {
+        world.model.sync();
+        turn();
+        run();
+    }
     EXPECT_EQ(world.calendar.runs, (std::vector<Renamed>{{{a, c}}, {{a, c}}, {{c, world.task("D").key}}, {}}));
     EXPECT_NE(b, c);
     EXPECT_EQ(world.state().syncError, std::nullopt);
@@ -65,16 +124,13 @@ TEST(AppModel, SyncsAgainOnceTheFileCanBeWrittenAgain) {
     world.start();
     world.model.setCalendarSync(true);
     world.loop.advance(1s);
-    std::filesystem::remove_all(world.folder / "locks");
-    writeBytes(world.folder / "locks", "not a folder");
+    std::optional<std::ofstream> writer(std::in_place, world.file, std::ios::app);
     world.model.toggle(world.task("A"));
-    world.loop.advance(9min);
     EXPECT_NE(world.state().fileError, std::nullopt);
-    EXPECT_EQ(world.calendar.runs.size(), 1U);
-    std::filesystem::remove(world.folder / "locks");
-    world.loop.advance(1min);
+    writer.reset();
+    world.loop.advance(9min);
     EXPECT_EQ(world.state().fileError, std::nullopt);
-    EXPECT_EQ(world.calendar.runs.size(), 2U);
+    EXPECT_EQ(world.calendar.runs.size(), 2U) << "without waiting for the period";
 }
 
 TEST(AppModel, FollowsTheAccount) {

@@ -39,19 +39,19 @@ TEST(AppModel, SeesAnEditorsSaveWithinTwoSecondsAndLeavesTheSyncToThePeriodOrAWa
     EXPECT_EQ(world.calendar.runs.size(), 3U);
 }
 
-TEST(AppModel, TicksEachMinuteWithoutReadingTheFileAndReadsItAtMidnight) {
+TEST(AppModel, TicksEachMinuteAndSeesASaveThatKeepsTheModificationTime) {
     ModelWorld world("2025-03-04 23:57", "- [ ] A\n");
     world.start();
-    const auto modified = fs::last_write_time(world.file);
-    writeBytes(world.file, "- [ ] B\n");
-    fs::last_write_time(world.file, modified);
     world.loop.advance(2min);
     EXPECT_EQ(world.told, 2);
     EXPECT_EQ(world.state().now, moment("2025-03-04 23:59"));
-    EXPECT_EQ(world.task("A").line, 0);
     world.loop.advance(1min);
     EXPECT_EQ(world.state().today, (Day{2025, 3, 5}));
-    EXPECT_EQ(world.task("B").line, 0);
+    const auto modified = fs::last_write_time(world.file);
+    writeBytes(world.file, "- [ ] Beurre\n");
+    fs::last_write_time(world.file, modified); // as `touch -r` does
+    world.loop.advance(2s);
+    EXPECT_EQ(world.task("Beurre").line, 0);
 }
 
 TEST(AppModel, KeepsTheTasksOfAFileThatCannotBeReadAndRecoversByItself) {
@@ -84,7 +84,7 @@ TEST(AppModel, KeepsTheTasksOfAFileThatCannotBeReadAndRecoversByItself) {
 TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n");
     world.start();
-    const auto pending = world.model.reminders()->pending;
+    const auto pending = *world.model.pendingReminders();
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
@@ -95,8 +95,22 @@ TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible d'écrire " + world.file.string() + " : "));
     EXPECT_EQ(world.text(), "- [ ] A · 2025-03-04\n");
     EXPECT_FALSE(world.task("A").done);
-    EXPECT_EQ(world.model.reminders()->pending, pending);
+    EXPECT_EQ(*world.model.pendingReminders(), pending);
     EXPECT_EQ(world.told, 1);
+    fs::permissions(world.file, fs::perms::owner_read); // a reload is due, and says nothing of it
+    world.loop.advance(4s);
+    EXPECT_TRUE(world.state().fileError.value_or("").starts_with("Impossible d'écrire "));
+    world.loop.advance(4s);
+    EXPECT_FALSE(world.state().fileError);
+}
+
+TEST(AppModel, MendsDamagedSettingsWithinTwoSeconds) {
+    ModelWorld world("2025-03-04 08:00", "");
+    world.start();
+    world.preferences.setOnboardingDone(true);
+    writeBytes(world.folder / "preferences.json", "{");
+    world.loop.advance(2s);
+    EXPECT_EQ(readBytes(world.folder / "preferences.json"), "{\n  \"onboardingDone\": true\n}\n");
 }
 
 TEST(AppModel, FollowsTheZone) {

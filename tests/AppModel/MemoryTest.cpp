@@ -22,9 +22,9 @@ void liveADay(ModelWorld& world) {
     for (int hour = 8; hour < 20; ++hour) {
         world.loop.advance(1h);
         const auto title = "Tâche " + std::to_string(hour);
-        world.model.edit(world.task(title), title + " bis", {}, {});
+        world.model.edit(world.task(title), {.title = title + " bis"});
         world.model.undo();
-        world.model.edit(world.task(title), title + " ter", {}, {});
+        world.model.edit(world.task(title), {.title = title + " ter"});
         world.loop.advance(1s);
         world.model.toggle(world.task(title + " ter"));
         world.save(world.text() + "- [ ] Note " + std::to_string(hour) + "\n");
@@ -34,6 +34,8 @@ void liveADay(ModelWorld& world) {
     world.loop.advance(4h);
     world.notifications.shown.clear();
     world.calendar.runs.clear();
+    world.calendar.sent.clear();
+    world.calendar.mayAskUser.clear();
 }
 
 }

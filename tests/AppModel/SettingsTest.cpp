@@ -22,6 +22,17 @@ TEST(AppModel, OpensAtLoginUnlessTheUserSaidNo) {
     EXPECT_FALSE(world.state().launchAtLogin);
 }
 
+TEST(AppModel, LeavesAnEntryAloneThatTheUserSwitchedOffAndMakesNoneFromABuild) {
+    ModelWorld world("2025-03-04 08:00", "");
+    world.loginItem.unasked = false;
+    world.model.applyLaunchAtLogin();
+    EXPECT_FALSE(world.loginItem.enabled || world.preferences.wantsLaunchAtLogin());
+    world.loginItem.unasked = world.loginItem.switchedOff = true;
+    world.model.applyLaunchAtLogin();
+    EXPECT_FALSE(world.loginItem.enabled);
+    EXPECT_EQ(world.preferences.wantsLaunchAtLogin(), false);
+}
+
 TEST(AppModel, OpensTheDesktopsSettingsWhenNotificationsStayForbidden) {
     ModelWorld world("2025-03-04 08:00", "");
     int opened = 0;
@@ -36,7 +47,7 @@ TEST(AppModel, OpensTheDesktopsSettingsWhenNotificationsStayForbidden) {
 
 TEST(AppModel, TurnsAPreferenceThatCannotBeStoredIntoAStatusText) {
     ModelWorld world("2025-03-04 08:00", "");
-    writeBytes(world.folder / "locks", ""); // where the lock's folder should be
+    std::filesystem::create_directory(world.folder / "preferences.json");
     world.model.setCalendarSync(true);
     EXPECT_TRUE(world.state().syncError.value().starts_with("Impossible d'écrire "));
     EXPECT_FALSE(world.state().calendarSync);

@@ -24,25 +24,34 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
         {[](World w) { w.model.toggle(w.task("Lait")); },
          pain + "  - [x] Lait · 2025-03-04 07:00 · due 2025-03-01 · ✅ 2025-03-04\n" + eggs, "Tâche cochée : Lait"},
         {[](World w) { w.model.toggle(w.task("Œufs")); }, pain + lait + "- [ ] Œufs", "Tâche décochée : Œufs"},
-        {[](World w) { w.model.setDone(w.task("❗ Pain").key); },
-         "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs, "Tâche cochée : Pain"},
-        {[](World w) { w.model.reschedule(w.task("Lait").key, tomorrow); },
+        {[](World w) { w.model.toggle(w.task("❗ Pain")); }, "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs,
+         "Tâche cochée : Pain"},
+        {[](World w) {
+             w.model.reschedule(w.task("Lait"), tomorrow, Clock{7, 0});
+         },
          pain + "  - [ ] Lait · 2025-03-05 07:00 · due 2025-03-01\n" + eggs, "Tâche reportée : Lait"},
-        {[](World w) { w.model.edit(w.task("❗ Pain"), "Sel", ninth, early); },
+        {[](World w) {
+             w.model.edit(w.task("❗ Pain"), {"Sel", ninth, early});
+         },
          "- [ ] ❗ Sel · 2025-03-09 09:05\n" + lait + eggs, "Tâche modifiée : Sel"},
         {[](World w) { w.model.remove(w.task("❗ Pain")); }, lait + eggs, "Tâche supprimée : Pain"},
-        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04", nullptr},
+        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04",
+         "Tâche ajoutée"},
+        {[](World w) { w.model.add("Sel", ninth, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-09",
+         "Ajoutée pour dimanche 9 mars"},
     };
     for (const auto& [act, text, said] : table) {
         ModelWorld world("2025-03-04 08:00", list);
         world.start();
-        world.model.setDone("0123456789abcdef");
-        world.model.reschedule("0123456789abcdef", tomorrow);
+        auto stranger = world.task("Lait");
+        stranger.key = "0123456789abcdef";
+        world.model.toggle(stranger);
+        world.model.reschedule(stranger, tomorrow, {});
         EXPECT_EQ(world.told, 0) << text;
         act(world);
         EXPECT_EQ(world.text(), "# Liste\r\n" + text) << text;
         EXPECT_EQ(world.told, 1) << text;
-        const auto bar = said == nullptr ? std::nullopt : std::optional(UndoBar{said, true});
+        const auto bar = std::optional(UndoBar{said, true});
         world.loop.advance(9999ms);
         EXPECT_EQ(world.state().undoBar, bar) << text;
         world.loop.advance(1ms);
@@ -74,6 +83,24 @@ TEST(Undo, WritesNothingOnceTheFileChanged) {
     EXPECT_EQ(world.state().undoBar, std::nullopt);
 }
 
+TEST(Undo, TakesTheLastTenChangesBack) {
+    ModelWorld world("2025-03-04 08:00", list);
+    world.start();
+    std::vector<std::string> texts;
+    for (int i = 0; i < 12; ++i) {
+        texts.push_back(world.text());
+        if (i % 3 == 0)
+            world.model.add("Sel", ninth, {}, false);
+        else
+            world.model.toggle(world.task("Lait"));
+    }
+    for (; texts.size() > 2; texts.pop_back()) {
+        world.model.undo();
+        EXPECT_EQ(world.text(), texts.back());
+    }
+    EXPECT_FALSE(world.model.canUndo());
+}
+
 TEST(Undo, CanBeTriedAgainAfterItCouldNotBeWritten) {
     ModelWorld world("2025-03-04 08:00", list);
     world.start();
@@ -92,18 +119,27 @@ TEST(Undo, CarriesRemindersAndEventsBack) {
     world.model.setCalendarSync(true);
     world.loop.advance(1s);
     const auto before = world.task("B").key;
-    world.model.edit(world.task("B"), "C", Day{2025, 3, 4}, Clock{9, 0});
+    world.model.edit(world.task("B"), {"C", Day{2025, 3, 4}, Clock{9, 0}});
     const auto after = world.task("C").key;
     world.loop.advance(1s);
     EXPECT_EQ(world.calendar.runs.back(), (std::map<std::string, std::string>{{before, after}}));
     world.model.undo();
     world.loop.advance(1s);
     EXPECT_EQ(world.calendar.runs.back(), (std::map<std::string, std::string>{{after, before}}));
-    world.model.setDone(after); // as an old notification would
-    EXPECT_EQ(world.text(), "- [x] B · 2025-03-05 08:00 · ✅ 2025-03-04\n");
-    world.model.undo();
     world.loop.advance(24h);
     EXPECT_EQ(world.notifications.transcript(), "08:00 B | Prévue à 08:00\n");
+}
+
+TEST(Undo, LeavesANamesakeThatWaitsForAServerToRing) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] pain · 2025-03-09\n- [ ] Pain · 2025-03-04\n");
+    world.notifications.capabilities.reachable = false;
+    world.start();
+    world.loop.advanceTo(moment("2025-03-05 10:00"));
+    world.model.remove(world.task("pain")); // the other one takes over its key, and gives it back
+    world.model.undo();
+    world.notifications.setReachable(true);
+    world.loop.runPosted();
+    EXPECT_EQ(world.notifications.transcript(), "10:00 Pain | Prévue le 04/03\n");
 }
 
 TEST(Undo, RingsForNothingThatIsPastByThen) {

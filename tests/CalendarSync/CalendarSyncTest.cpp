@@ -55,13 +55,98 @@ TEST(CalendarSync, WorksInACalendarThatWasGivenToIt) {
     EXPECT_EQ(mirror.shown().size(), 1U);
 }
 
-TEST(CalendarSync, RemembersACalendarThatItCouldNotWriteDown) {
+const std::string two = "- [ ] Pain · 2025-03-04\n- [ ] Lait · 2025-03-05\n";
+
+TEST(CalendarSync, CreatesNothingThatTheSettingsCannotHold) {
     MirrorFixture mirror;
-    std::filesystem::create_directories(mirror.home / "preferences.json"); // a folder stands in the way
-    EXPECT_NE(mirror.run("- [ ] Pain · 2025-03-04\n"), "+1 ~0 -0");
-    std::filesystem::remove(mirror.home / "preferences.json");
-    EXPECT_EQ(mirror.run("- [ ] Pain · 2025-03-04\n"), "+1 ~0 -0");
+    const auto settings = mirror.home / "preferences.json";
+    const auto fails = [&](const std::string& beginning) {
+        EXPECT_EQ(mirror.run(two).substr(0, beginning.size()), beginning);
+        EXPECT_EQ(mirror.google.state("calendars"), Json::object());
+        std::filesystem::remove(settings);
+    };
+    std::filesystem::create_directories(settings); // a folder stands in the way
+    fails("Réglages de Tacla illisibles : " + settings.string() + " : C'est un dossier");
+    writeBytes(settings, "{\"calendarID\": ");
+    fails("Réglages de Tacla illisibles : " + settings.string() + " : Le contenu est endommagé");
+    std::filesystem::create_symlink("/proc/nowhere/preferences.json", settings); // nothing to read, nor to write
+    fails("/proc/");
+    EXPECT_EQ(mirror.run(two), "+2 ~0 -0");
     EXPECT_EQ(mirror.google.state("calendars").size(), 1U);
+}
+
+TEST(CalendarSync, MakesNoSecondCalendarWhereverTheSettingsAreLost) {
+    for (const auto* left : {"gone", "", "{", "folder"}) {
+        for (int at = -1; at < 2; ++at) {
+            SCOPED_TRACE(left + std::string(" before event ") + std::to_string(at));
+            MirrorFixture mirror;
+            const auto settings = mirror.home / "preferences.json";
+            const auto lose = [&] {
+                std::filesystem::remove(settings);
+                if (left == std::string("folder"))
+                    std::filesystem::create_directory(settings);
+                else if (left != std::string("gone"))
+                    writeBytes(settings, left);
+            };
+            const auto progress = [&](std::size_t sent, std::size_t) {
+                if (static_cast<int>(sent) == at) lose();
+            };
+            mirror.sync.run(mirror.sync.takeTurn(), TaskFile::parse(two), {}, {}, progress);
+            if (at < 0) lose();
+            if (left == std::string("folder")) std::filesystem::remove(settings);
+            mirror.run(two); // damaged settings are said once
+            EXPECT_EQ(mirror.run(two), "+0 ~0 -0");
+            CalendarSync another{mirror.auth, mirror.preferences, mirror.endpoints.calendar, mirror.home / "locks"};
+            EXPECT_EQ(MirrorFixture::run(another, two, {}), "+0 ~0 -0");
+            EXPECT_EQ(mirror.google.state("calendars").size(), 1U);
+        }
+    }
+}
+
+TEST(CalendarSync, WaitsForAnotherRunSaysSoAndGivesUp) {
+    MirrorFixture mirror;
+    auto other = mirror.sync.takeTurn();
+    int said = 0;
+    EXPECT_THROW(mirror.sync.takeTurn({}, [&] { ++said; }), SyncError);
+    EXPECT_EQ(said, 1);
+    EXPECT_NEAR(std::chrono::duration<double>(mirror.now.time_since_epoch()).count(), 120, 1);
+    EXPECT_EQ(mirror.run(two),
+              "Une autre recopie dans Google Agenda dure depuis plus de deux minutes : réessayez plus tard");
+    other.reset();
+    EXPECT_EQ(mirror.run(two), "+2 ~0 -0");
+}
+
+TEST(CalendarSync, SendsNothingMoreOnceItIsStopped) {
+    MirrorFixture mirror;
+    std::stop_source stop;
+    const auto progress = [&](std::size_t sent, std::size_t) {
+        if (sent == 1) stop.request_stop();
+    };
+    EXPECT_THROW(mirror.sync.run(mirror.sync.takeTurn(), TaskFile::parse(two), {}, stop.get_token(), progress),
+                 dravel::HttpError);
+    EXPECT_EQ(mirror.requests(), (Lines{"POST", "POST"})) << "the calendar and the first event";
+    EXPECT_THROW(mirror.sync.takeTurn(stop.get_token()), dravel::HttpError);
+    EXPECT_EQ(mirror.run(two), "+1 ~0 -0");
+}
+
+TEST(CalendarSync, NamesTheTaskThatIsRefusedOrLeftOut) {
+    MirrorFixture mirror;
+    const auto hint = [&](const Json& fault) {
+        mirror.google.control({{"faults", {fault}}});
+        try {
+            return mirror.sync.run(mirror.sync.takeTurn(), TaskFile::parse(two), {}).hint();
+        } catch (const std::exception& error) {
+            return hintOf(error);
+        }
+    };
+    EXPECT_EQ(hint({{"at", 2}, {"kind", "status"}, {"status", 400}}),
+              "Tâche refusée : « Pain ». Google dit : « Injected ». Corrigez cette tâche, ou retirez sa date");
+    EXPECT_EQ(hint({{"at", 1}, {"kind", "status"}, {"status", 503}}),
+              "Google dit : « Injected ». Rien n'est perdu : la prochaine recopie fera le reste");
+    EXPECT_EQ(hint({{"at", 1}, {"kind", "reset"}}), "Rien n'est perdu : la prochaine recopie fera le reste");
+    mirror.google.control({{"faults", Json::array()}});
+    EXPECT_EQ(mirror.run(two + "- [ ] Thé · 9999-12-31\n- [ ] Vin · 0000-03-04 10:00\n- [ ] Sel · 9999-12-31 23:20\n"),
+              "+3 ~0 -0Sans événement, car Google Agenda ne connaît pas leur date : « Thé », « Vin »");
 }
 
 TEST(CalendarSync, SendsAFirstMirrorInOneLineAtTheServicesPace) {

@@ -17,9 +17,10 @@ struct SigningIn : ::testing::Test {
     std::jthread browser;
     GoogleCalendarService service{{.preferences = mirror.preferences,
                                    .folders = {mirror.home.path(), mirror.home.path()},
+                                   .locks = mirror.home / "locks",
                                    .endpoints = mirror.endpoints,
                                    .keyring = mirror.keyring,
-                                   .openBrowser = [this](const std::string& url) {
+                                   .openBrowser = [this](const std::string& url, const auto&) {
                                        browser = {}; // the visit before is over
                                        opened = url;
                                        page.clear();
@@ -43,7 +44,7 @@ struct SigningIn : ::testing::Test {
     std::string signIn(const char* answer) {
         mirror.google.control({{"automatic", answer}});
         try {
-            service.signIn({});
+            service.signIn([](const MirrorEvent&) {}, {});
             return "signed in";
         } catch (const std::exception& error) {
             return error.what();
@@ -53,19 +54,19 @@ struct SigningIn : ::testing::Test {
 
 TEST_F(SigningIn, GivesAnAccountThatMirrorsUntilItIsGone) {
     mirror.keyring->items.clear();
-    EXPECT_EQ(service.account({}), Connection::signedOut);
+    EXPECT_EQ(service.account(true, {}), Connection::signedOut);
     EXPECT_EQ(signIn("refuse"), "Connexion Google échouée : accès refusé.");
-    EXPECT_EQ(service.account({}), Connection::signedOut);
+    EXPECT_EQ(service.account(true, {}), Connection::signedOut);
     EXPECT_EQ(signIn("allow"), "signed in");
-    EXPECT_EQ(service.account({}), Connection::signedIn);
+    EXPECT_EQ(service.account(true, {}), Connection::signedIn);
     EXPECT_NE(opened.find("calendar.app.created"), opened.npos);
 
     const auto tasks = TaskFile::parse("- [ ] Pain · 2025-03-04\n");
-    service.run(tasks, {}, {});
+    service.run({}, tasks, {}, {});
     EXPECT_EQ(mirror.google.state("calendars").begin()->at("events").size(), 1U);
     mirror.google.control({{"revoke", true}, {"forget_tokens", true}});
-    EXPECT_THROW(service.run(tasks, {}, {}), CalendarService::NotSignedIn);
-    EXPECT_EQ(service.account({}), Connection::signedOut);
+    EXPECT_THROW(service.run({}, tasks, {}, {}), CalendarService::NotSignedIn);
+    EXPECT_EQ(service.account(true, {}), Connection::signedOut);
 
     EXPECT_EQ(signIn("allow"), "signed in");
     service.signOut({});
@@ -86,7 +87,7 @@ TEST_F(SigningIn, TellsNoSecretToAnybody) {
             told += signIn("allow");
             browser.join();
             try {
-                service.run(TaskFile::parse("- [ ] Pain · 2025-03-04\n"), {}, {});
+                service.run({}, TaskFile::parse("- [ ] Pain · 2025-03-04\n"), {}, {});
             } catch (const std::exception& error) {
                 told += error.what();
             }

@@ -56,11 +56,8 @@ const std::vector<Fault> faults{
 struct Disturbed : ::testing::Test {
     static constexpr auto patience = std::chrono::milliseconds(1'000); // with a service that never answers
     MirrorFixture mirror;
-    CalendarSync impatient{mirror.auth,
-                           mirror.preferences,
-                           mirror.endpoints.calendar,
-                           mirror.time,
-                           {.silence = patience, .exchange = patience}};
+    CalendarSync impatient{mirror.auth,           mirror.preferences, mirror.endpoints.calendar,
+                           mirror.home / "locks", mirror.time,        {.silence = patience, .exchange = patience}};
     Json calendars, strangers;
     std::string id;
     std::vector<std::string> methods{"GET", "GET", "PATCH", "PATCH", "POST", "POST", "DELETE", "DELETE", "DELETE"};
@@ -161,12 +158,14 @@ TEST_F(Disturbed, CreatesACalendarAtTheNextPassWhenTheFirstFailed) {
         fault["at"] = 1;
         mirror.google.control({{"calendars", Json::object()}, {"faults", Json::array({fault})}});
         std::filesystem::remove(mirror.home / "preferences.json");
+        CalendarSync fresh{mirror.auth,           mirror.preferences, mirror.endpoints.calendar,
+                           mirror.home / "locks", mirror.time,        {.silence = patience, .exchange = patience}};
         const std::string expected = name == "401 once" ? "+4 ~0 -0"
                                      : end.empty()      ? refusal(200) + "agenda créé sans identifiant"
                                                         : end;
-        EXPECT_EQ(mirror.run(impatient, before, {}).substr(0, expected.size()), expected);
+        EXPECT_EQ(mirror.run(fresh, before, {}).substr(0, expected.size()), expected);
         mirror.google.control({{"faults", Json::array()}});
-        EXPECT_EQ(mirror.run(before), name == "401 once" ? "+0 ~0 -0" : "+4 ~0 -0");
+        EXPECT_EQ(mirror.run(fresh, before, {}), name == "401 once" ? "+0 ~0 -0" : "+4 ~0 -0");
         EXPECT_EQ(mirror.shown().size(), 4U);
     }
 }

@@ -27,11 +27,11 @@ struct MirrorFixture {
                                 now += wait;
                                 waits.push_back(wait);
                             }};
-    CalendarSync sync{auth, preferences, endpoints.calendar, time};
+    CalendarSync sync{auth, preferences, endpoints.calendar, home / "locks", time};
 
     explicit MirrorFixture(const std::string& scope = "calendar.app.created")
         : auth(taclaGoogle(preferences),
-               {.folders = {home.path(), home.path()}, .endpoints = endpoints, .keyring = keyring, .openBrowser = {}}) {
+               {.folders = {home.path(), home.path()}, .endpoints = endpoints, .keyring = keyring}) {
         std::filesystem::create_directories(home / "Tacla");
         writeBytes(home / "Tacla/client.json", google.clientFile());
         const auto grant = google.control({{"grant", "https://www.googleapis.com/auth/" + scope}});
@@ -45,8 +45,9 @@ struct MirrorFixture {
 
     static std::string run(CalendarSync& mirror, const std::string& text, const Keys& renamed) {
         try {
-            const auto [created, updated, deleted] = mirror.run(TaskFile::parse(text), renamed);
-            return "+" + std::to_string(created) + " ~" + std::to_string(updated) + " -" + std::to_string(deleted);
+            const auto done = mirror.run(mirror.takeTurn(), TaskFile::parse(text), renamed);
+            return "+" + std::to_string(done.created) + " ~" + std::to_string(done.updated) + " -" +
+                   std::to_string(done.deleted) + done.hint();
         } catch (const std::exception& error) {
             return error.what();
         }

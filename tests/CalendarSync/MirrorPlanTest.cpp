@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <utility>
+
 namespace tacla::testing {
 namespace {
 
@@ -37,11 +42,39 @@ const MirrorState unasked{.on = true}, asking{.on = true, .asking = true}, asked
 const MirrorState unreadable{.on = true, .listReadable = false, .connection = signedIn};
 const dravel::Instant now{90s};
 const MirrorState synced{.on = true, .connection = signedIn, .lastSync = now};
-const Actions ask{{.kind = Do::askAccount}}, switchOn{{.kind = Do::storeSwitch, .on = true}};
+const MirrorState runningAgain{.on = true, .connection = signedIn, .running = true, .again = true};
+const MirrorState stopping{.on = true, .connection = signedIn, .running = true, .stopping = true};
+MirrorState with(MirrorState state, const char* status, bool isRunning) {
+    state.running = isRunning;
+    return with(state, status);
+}
+MirrorState tried(std::size_t retries) {
+    return {.on = true, .connection = signedIn, .retries = retries, .status = ""};
+}
+const Actions ask{{.kind = Do::askAccount, .on = true}}, switchOn{{.kind = Do::storeSwitch, .on = true}};
+
+MirrorState waiting(std::chrono::seconds left, bool noBrowser = false) {
+    return {.connection = signingIn, .signIn = SignInWait{"adresse", left, noBrowser}};
+}
+const Actions look{{.kind = Do::askAccount}}, leave{{.kind = Do::stopSignIn}, {.kind = Do::askAccount}};
+const MirrorEvent waits{.kind = On::signInWaits, .message = "adresse", .left = 300s};
+const Actions countDown{{.kind = Do::countDown}}, signOut{{.kind = Do::signOut}};
 
 const Row rows[] = {
-    {"a run", ready, {On::syncDue}, running, {{.kind = Do::run}}},
-    {"never two runs", running, {On::syncDue}, running, {}},
+    {"a run", ready, {On::syncDue}, running, {{.kind = Do::takeTurn}}},
+    {"its turn", running, {On::turnCame}, running, {{.kind = Do::send}}},
+    {"never two runs, but another one", running, {On::syncDue}, runningAgain, {}},
+    {"after it", runningAgain, {.kind = On::runEnded, .at = now}, synced, after(500ms)},
+    {"so do other tasks", running, {.kind = On::runEnded, .at = now, .listChanged = true}, synced, after(500ms)},
+    {"what was asked for before its turn goes with it", runningAgain, {On::turnCame}, running, {{.kind = Do::send}}},
+    {"off", running, {On::switchAsked}, stopping, {{.kind = Do::stopRun}, {.kind = Do::storeSwitch}}},
+    {"a run that was stopped says nothing", stopping, {On::runFailed, "interrompue"}, ready, {}},
+    {"nor does it begin to send", stopping, {On::turnCame}, ready, {}},
+    {"a trouble that passes", running, {.kind = On::runFailed, .passing = true}, tried(1), after(15s)},
+    {"again", with(tried(4), "", true), {.kind = On::runFailed, .passing = true}, tried(5), after(240s)},
+    {"then the period holds", with(tried(5), "", true), {.kind = On::runFailed, .passing = true}, tried(5), {}},
+    {"the network comes back", tried(5), {On::networkBack}, with(ready, ""), after(0s)},
+    {"it is of no interest to a mirror in step", ready, {On::networkBack}, ready, {}},
     {"nothing is sent while off", off, {On::syncDue}, off, {}},
     {"nor of a list that cannot be read", unreadable, {On::syncDue}, unreadable, {}},
     {"nor without an account", lost, {On::syncDue}, lost, {}},
@@ -72,6 +105,17 @@ const Row rows[] = {
     {"nowhere to sign in", nowhere, {On::signInAsked}, nowhere, {}},
     {"signed in", with(at(signingIn), "refusé"), {On::signedIn}, off, switchOn},
     {"refused", at(signingIn), {On::signInFailed, "refusé"}, with(at(signedOut), "refusé"), {}},
+    {"it waits in the browser", at(signingIn), waits, waiting(300s), countDown},
+    {"a second less", waiting(300s), {On::signInSecondPassed}, waiting(299s), countDown},
+    {"nothing to count", at(signedOut), {On::signInSecondPassed}, at(signedOut), {}},
+    {"no browser", waiting(9s), {On::browserMissing}, waiting(9s, true), {}},
+    {"a wait in vain", waiting(9s), {On::signInFailed, "délai"}, with(at(signedOut), "délai"), {}},
+    {"left, and no password to see what is there", waiting(9s), {On::signInLeft}, asked, leave},
+    {"what was left is silent", at(signedOut), {On::signInFailed, "?"}, at(signedOut), {}},
+    {"does not wait", at(signedOut), waits, at(signedOut), {}},
+    {"and is undone where it was done a moment before", off, {On::signedIn}, off, signOut},
+    {"a look without mirroring", {}, {On::started}, asked, look},
+    {"a client file", with(at(signedOut), "absent"), {On::clientChosen}, at(signedOut), {}},
     {"signed out", with(off, "hors ligne"), {On::signedOut}, with(at(signedOut), "hors ligne"), {}},
     {"a token that stays", off, {On::signOutFailed, "verrouillé"}, with(off, "verrouillé"), {}},
 
@@ -88,9 +132,159 @@ const Row rows[] = {
 TEST(MirrorPlan, IsWhatBecomesOfTheMirrorAndWhatThereIsToDo) {
     for (const auto& row : rows) {
         const auto plan = planMirror(row.state, row.event);
-        EXPECT_TRUE(plan.state == row.then) << row.what << ": " << plan.state.status.value_or("no status");
+        auto then = row.then;
+        then.due = std::ranges::find(row.actions, Do::syncAfter, &MirrorAction::kind) != row.actions.end();
+        EXPECT_TRUE(plan.state == then) << row.what << ": " << plan.state.status.value_or("no status");
         EXPECT_TRUE(plan.actions == row.actions) << row.what;
     }
+}
+
+// The mirror with everything around it that an order of events can bring about.
+struct World {
+    MirrorState mirror{.on = true, .connection = signedIn};
+    enum class Run { none, waiting, sending } run = Run::none;
+    bool stopped = false, signingOut = false, signingIn = false, saidNo = false, hasCalendar = false;
+    int list = 1, sent = 0, calendar = 0, created = 0; // the last edit that is in each; calendars that were made
+    std::string history;
+
+    std::vector<int> key() const {
+        const auto& m = mirror;
+        return {m.on,
+                static_cast<int>(m.connection),
+                m.leaving,
+                m.running,
+                m.stopping,
+                m.again,
+                m.due,
+                static_cast<int>(m.retries),
+                m.status.has_value(),
+                static_cast<int>(run),
+                stopped,
+                signingOut,
+                signingIn,
+                saidNo,
+                hasCalendar,
+                list - sent,
+                list - calendar,
+                created};
+    }
+
+    void tell(const MirrorEvent& event) {
+        const auto plan = planMirror(mirror, event);
+        mirror = plan.state;
+        for (const auto& action : plan.actions) perform(action);
+    }
+
+    void perform(const MirrorAction& action) {
+        switch (action.kind) {
+        case Do::takeTurn:
+            EXPECT_TRUE(run == Run::none) << "two runs:" << history;
+            run = Run::waiting;
+            stopped = false;
+            return;
+        case Do::send:
+            EXPECT_TRUE(run == Run::waiting && !saidNo) << "sends after no:" << history;
+            run = Run::sending;
+            sent = list;
+            return;
+        case Do::stopRun: stopped = true; return;
+        case Do::signOut: signingOut = true; return;
+        case Do::signIn: signingIn = true; return;
+        case Do::storeSwitch: return tell({.kind = On::switched, .on = action.on});
+        case Do::stopSignIn: signingIn = false; return;
+        case Do::askAccount:
+        case Do::countDown:
+        case Do::syncAfter: return;
+        }
+    }
+
+    void request() { // one more of the run
+        EXPECT_FALSE(saidNo) << "a request after no:" << history;
+        created += !std::exchange(hasCalendar, true);
+    }
+
+    void end(MirrorEvent event) {
+        run = Run::none;
+        event.listChanged = sent != list;
+        tell(event);
+    }
+
+    bool isOwed() const { // the edit is on its way, or something that was said keeps it from going
+        return mirror.due || run != Run::none || mirror.status || saidNo || mirror.connection != signedIn;
+    }
+};
+
+const struct {
+    const char* name;
+    std::function<bool(const World&)> possible;
+    std::function<void(World&)> happen;
+} happenings[] = {
+    {"edit", [](const World&) { return true; }, [](World& w) { ++w.list, w.tell({On::edited}); }},
+    {"editor", [](const World& w) { return w.run == World::Run::sending; },
+     [](World& w) { ++w.list, w.tell({On::listRead}); }},
+    {"tick", [](const World&) { return true; }, [](World& w) { w.tell({On::periodPassed}); }},
+    {"wake", [](const World&) { return true; }, [](World& w) { w.tell({On::wokeUp}); }},
+    {"network", [](const World&) { return true; }, [](World& w) { w.tell({On::networkBack}); }},
+    {"due", [](const World& w) { return w.mirror.due; }, [](World& w) { w.tell({On::syncDue}); }},
+    {"off", [](const World&) { return true; }, [](World& w) { w.saidNo = true, w.tell({On::switchAsked}); }},
+    {"on", [](const World&) { return true; },
+     [](World& w) { w.saidNo = w.signingOut, w.tell({.kind = On::switchAsked, .on = true}); }},
+    {"sign out", [](const World& w) { return w.mirror.connection == signedIn; },
+     [](World& w) { w.saidNo = true, w.tell({On::signOutAsked}); }},
+    {"signed out", [](const World& w) { return w.signingOut; },
+     [](World& w) { w.signingOut = false, w.tell({On::signedOut}); }},
+    {"sign in", [](const World& w) { return w.mirror.connection == signedOut; },
+     [](World& w) { w.tell({On::signInAsked}); }},
+    {"signed in", [](const World& w) { return w.signingIn; },
+     [](World& w) { w.signingIn = w.saidNo = false, w.tell({On::signedIn}); }},
+    {"turn", [](const World& w) { return w.run == World::Run::waiting && !w.stopped; },
+     [](World& w) {
+         w.tell({On::turnCame});
+         if (w.run == World::Run::waiting) w.run = World::Run::none;
+     }},
+    {"late turn", [](const World& w) { return w.run == World::Run::waiting && w.stopped; },
+     [](World& w) { w.tell({On::turnCame}), w.run = World::Run::none; }},
+    {"request", [](const World& w) { return w.run == World::Run::sending && !w.stopped; },
+     [](World& w) { w.request(); }},
+    {"success", [](const World& w) { return w.run == World::Run::sending && !w.stopped; },
+     [](World& w) { w.request(), w.calendar = w.sent, w.end({.kind = On::runEnded}); }},
+    {"stopped", [](const World& w) { return w.run != World::Run::none && w.stopped; },
+     [](World& w) {
+         w.end({On::runFailed, "interrompue"});
+     }},
+    {"offline", [](const World& w) { return w.run != World::Run::none; },
+     [](World& w) { w.end({.kind = On::runFailed, .message = "hors ligne", .passing = true}); }},
+    {"refused", [](const World& w) { return w.run == World::Run::sending; },
+     [](World& w) {
+         w.end({On::runFailed, "refusé"});
+     }},
+    {"no account", [](const World& w) { return w.run == World::Run::sending; },
+     [](World& w) {
+         w.end({On::runFailed, "Non connecté", signedOut});
+     }},
+};
+
+TEST(MirrorPlan, KeepsItsWordInEveryOrderOfEvents) {
+    World idle, sending;
+    idle.tell({On::edited});
+    sending.tell({On::syncDue});
+    sending.tell({On::turnCame});
+    std::vector<World> reached{idle, sending};
+    std::set<std::vector<int>> seen; // worlds that are alike go on alike
+    for (int depth = 0; depth < 6; ++depth) {
+        for (const auto& before : std::exchange(reached, {})) {
+            for (const auto& [name, possible, happen] : happenings) {
+                if (!possible(before)) continue;
+                World world = before;
+                world.history += std::string(" ") + name;
+                happen(world);
+                EXPECT_TRUE(world.list == world.calendar || world.isOwed()) << "an edit is forgotten:" << world.history;
+                EXPECT_LE(world.created, 1) << world.history;
+                if (seen.insert(world.key()).second) reached.push_back(std::move(world));
+            }
+        }
+    }
+    EXPECT_GT(seen.size(), 1000U);
 }
 
 }

@@ -55,6 +55,10 @@ TEST(CalendarEvent, SpellsADayOrHalfAnHourOfTheWallClock) {
         EXPECT_EQ(event.end.json(), end) << when;
     }
     EXPECT_FALSE(calendarEvent(TaskFile::parse("- [ ] Pain")[0], paris));
+    // In a zone without a name the moment counts, not its wall clock.
+    const auto universal = calendarEvent(TaskFile::parse("- [ ] Pain · 2025-03-04 00:30")[0], "UTC").value();
+    EXPECT_EQ(universal.start.json(), R"({"dateTime":"2025-03-03T23:30:00","timeZone":"UTC"})");
+    EXPECT_EQ(universal.end.json(), R"({"dateTime":"2025-03-04T00:00:00","timeZone":"UTC"})");
 }
 
 TEST(CalendarEvent, ShowsWhatTheTaskSays) {
@@ -113,6 +117,8 @@ TEST(Listing, TakesOnlyEventsOfOursAndOnlyAWholeAnswer) {
         {"id":"e3","extendedProperties":{"private":{"tacla":"1"}}},
         {"id":"e4","extendedProperties":{"private":{"key":"k4","count":4}}},
         {"id":"e5","extendedProperties":{"shared":{"key":"k5"}}}, {"id":"e6"},
+        {"id":"e9","recurringEventId":"e1","extendedProperties":{"private":{"tacla":"1","key":"k1","sig":"s0"}}},
+        {"id":"e0","status":"cancelled","extendedProperties":{"private":{"tacla":"1","key":"k1","sig":"s0"}}},
         {"id":7,"extendedProperties":{"private":{"key":"k7"}}}, "e8", null]})");
     EXPECT_EQ(page->managed, (std::vector<Managed>{{"e1", "k1", "s1"}, {"e2", "k2", ""}}));
     EXPECT_EQ(page->nextPageToken, std::nullopt);

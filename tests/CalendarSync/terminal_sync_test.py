@@ -48,12 +48,53 @@ class TerminalSync(unittest.TestCase):
         self.fails(f"{self.list} illisible", "sync")
         self.list.write_text(LIST)
         self.google.fault(at=1, kind="text", status=403, body="é" * 300)
-        self.fails("Google Agenda a répondu 403 " + "é" * 120, "sync")
+        self.fails("Google Agenda a répondu 403 " + "é" * 120 + "\ntacla : Activez l'API Google Calendar dans votre projet "
+                   "Google, ou reconnectez-vous", "sync")
         self.google.ask("/control", {"faults": [], "revoke": True})
         self.assertEqual(self.tacla("rename", "baguette", "Pain")[0], 1, "no such task any more")
-        self.fails("Pas connecté à Google", "sync")
+        self.fails("Pas connecté à Google\ntacla : Reconnectez-vous dans les réglages de Tacla", "sync")
         self.preferences.write_text('{"calendarSync": false}')
         self.fails("la recopie dans Google Agenda est désactivée (Réglages de Tacla)", "sync")
+
+    def start(self):
+        return subprocess.Popen([TACLA, "sync"], env=self.env, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+    def one_calendar_with_each_task_once(self, told):
+        calendars = list(self.google.ask("/control/state?calendars").values())
+        shown = [sorted(event["summary"] for event in calendar["events"].values() if event["status"] != "cancelled")
+                 for calendar in calendars]
+        self.assertEqual(shown, [["Pain", "❗ TVA"]], told)
+
+    def test_several_at_once_make_one_calendar_and_no_event_twice(self):
+        for many in (2, 5):
+            self.google.ask("/control", {"calendars": {}, "faults": [{"at": 1, "kind": "delay", "seconds": 1.5}]})
+            self.preferences.write_text('{"calendarSync": true}')
+            for told in (f"{many} without a calendar", f"{many} with an empty one"):
+                running = [self.start() for _ in range(many)]
+                said = [process.communicate(timeout=120) for process in running]
+                self.assertEqual([process.returncode for process in running], [0] * many, said)
+                self.one_calendar_with_each_task_once(told)
+                waited = [errors for _, errors in said if errors]
+                if "without" in told:
+                    self.assertEqual(waited, ["tacla : une autre recopie est en cours, celle-ci attend son tour\n"] * (many - 1))
+                calendars = self.google.ask("/control/state?calendars")
+                for calendar in calendars.values():
+                    calendar["events"] = {}
+                self.google.ask("/control", {"calendars": calendars})
+
+    def test_killed_at_any_request_makes_no_second_calendar(self):
+        # But for one moment: the service has made the calendar, and its answer is still on the way.
+        for at, after in ((1, False), (2, False), (2, True), (3, False), (3, True)):
+            self.preferences.write_text('{"calendarSync": true}')
+            self.google.ask("/control", {"calendars": {}, "clear_log": True,
+                                         "faults": [{"at": at, "kind": "hang", "after": after}]})
+            with self.start() as killed:
+                until(lambda: any(entry["fault"] == "hang" for entry in self.google.ask("/control/state?log")), "the request")
+                killed.kill()
+            self.google.ask("/control", {"faults": []})
+            self.assertEqual(self.tacla("sync")[0], 0)
+            self.tacla("sync")
+            self.one_calendar_with_each_task_once(f"killed at request {at}, after: {after}")
 
     def test_shows_its_progress_on_a_terminal_and_clears_it(self):
         reading, writing = pty.openpty()

@@ -35,23 +35,23 @@ TEST(Accessibility, GivesEveryControlItsRoleAndName) {
     };
     const auto badge = [] {
         auto made = std::make_unique<SidebarBadge>();
-        made->setContent({Symbol::CheckLg, u"7 à faire"_s, u"taches.md"_s});
+        made->setContent({Symbol::checkLg, u"7 à faire"_s, u"taches.md"_s});
         return made;
     };
     std::array<Row, 13> rows{{
-        {std::make_unique<Button>(Button::Kind::Soft, u"Autoriser…"_s), QAccessible::Button, u"Autoriser…"_s},
-        {std::make_unique<IconButton>(Symbol::ThreeDots, u"Modifier, reporter ou supprimer"_s), QAccessible::Button,
+        {std::make_unique<Button>(Button::Kind::soft, u"Autoriser…"_s), QAccessible::Button, u"Autoriser…"_s},
+        {std::make_unique<IconButton>(Symbol::threeDots, u"Modifier, reporter ou supprimer"_s), QAccessible::Button,
          u"Modifier, reporter ou supprimer"_s},
         {std::make_unique<Chip>(u"Demain"_s), QAccessible::RadioButton, u"Demain"_s},
         {std::make_unique<Switch>(u"Heure"_s), QAccessible::CheckBox, u"Heure"_s},
-        {std::make_unique<TextField>(TextField::Kind::Boxed, u"Titre"_s), QAccessible::EditableText, u"Titre"_s},
+        {std::make_unique<TextField>(TextField::Kind::boxed, u"Titre"_s), QAccessible::EditableText, u"Titre"_s},
         {std::make_unique<DateField>(u"Jour"_s), QAccessible::SpinBox, u"Jour"_s},
         {std::make_unique<TimeField>(u"Heure"_s), QAccessible::SpinBox, u"Heure"_s},
         {std::make_unique<TextLabel>(Theme::Typography::body, Theme::text, u"<b>R&D</b>"_s), QAccessible::StaticText,
          u"<b>R&D</b>"_s},
         {ring(), QAccessible::ProgressBar, u"2 faites · 3 en retard"_s},
         {badge(), QAccessible::Grouping, u"7 à faire, taches.md"_s},
-        {std::make_unique<SettingRow>(Symbol::Bell, u"Tester"_s), QAccessible::Grouping, u"Tester"_s},
+        {std::make_unique<SettingRow>(Symbol::bell, u"Tester"_s), QAccessible::Grouping, u"Tester"_s},
         {std::make_unique<DravelPage>(u"Faites"_s, u""_s), QAccessible::Client, u"Faites"_s},
         {std::make_unique<SidebarList>(u"Sections"_s), QAccessible::List, u"Sections"_s},
     }};

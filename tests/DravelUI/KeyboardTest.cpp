@@ -25,7 +25,7 @@ struct Window {
         for (QWidget* one : content) column->addWidget(one);
         widget.resize(400, 300);
         widget.show();
-        QApplication::setActiveWindow(&widget);
+        widget.activateWindow();
         (void)QTest::qWaitForWindowActive(&widget);
     }
     void press(int key, Qt::KeyboardModifiers modifiers = {}) {
@@ -40,7 +40,7 @@ struct Window {
 }
 
 TEST(Keyboard, PressesButtonsAndSwitchesWithSpaceAndReturn) {
-    auto* button = new Button(Button::Kind::Neutral, u"Ouvrir"_s);
+    auto* button = new Button(Button::Kind::neutral, u"Ouvrir"_s);
     auto* one = new Switch(u"Heure"_s);
     Window window({button, one});
     int clicks = 0;
@@ -58,7 +58,7 @@ TEST(Keyboard, PressesButtonsAndSwitchesWithSpaceAndReturn) {
 }
 
 TEST(Keyboard, ShowsTheFocusRingForTheKeyboardOnlyAndAClickLeavesTheFocus) {
-    auto* first = new Button(Button::Kind::Neutral, u"Ouvrir"_s);
+    auto* first = new Button(Button::Kind::neutral, u"Ouvrir"_s);
     auto* second = new Chip(u"Demain"_s);
     Window window({first, second});
     first->setFocus(Qt::OtherFocusReason);
@@ -108,8 +108,8 @@ TEST(DatePopup, BeginsEveryMonthOnAMonday) {
 
 TEST(Keyboard, MovesThroughTheSidebarWithOneStopOfTab) {
     auto* list = new SidebarList(u"Sections"_s);
-    for (const auto& title : {u"Aujourd'hui"_s, u"En retard"_s, u"Réglages"_s}) list->addRow(Symbol::Sun, title, title);
-    auto* after = new Button(Button::Kind::Neutral, u"Ouvrir"_s);
+    for (const auto& title : {u"Aujourd'hui"_s, u"En retard"_s, u"Réglages"_s}) list->addRow(Symbol::sun, title, title);
+    auto* after = new Button(Button::Kind::neutral, u"Ouvrir"_s);
     Window window({list, after});
     std::vector<int> said;
     QObject::connect(list, &SidebarList::currentChanged, [&](int index) { said.push_back(index); });

@@ -62,7 +62,7 @@ TEST(DravelPage, RevealsWhatIsOutOfViewAndTellsWhatShows) {
 
 TEST(DravelShell, KeepsTheSidebarBetweenItsMinimumAndThePage) {
     DravelShell shell(u"Tacla"_s, {}, u"Sections"_s);
-    shell.list().addRow(Symbol::Sun, u"Aujourd'hui"_s, u"today"_s);
+    shell.list().addRow(Symbol::sun, u"Aujourd'hui"_s, u"today"_s);
     auto* page = new DravelPage;
     shell.showPage(page);
     show(shell, {980, 720});
@@ -74,6 +74,9 @@ TEST(DravelShell, KeepsTheSidebarBetweenItsMinimumAndThePage) {
     }
     shell.resize(820, 560);
     EXPECT_EQ(shell.sidebarWidth(), 340);
+    shell.resize(640, 560); // half of a small screen
+    EXPECT_EQ(inside(*page, shell), QRect(64, 0, 576, 560));
+    EXPECT_EQ(shell.list().findChild<SidebarRow*>()->toolTip(), u"Aujourd'hui"_s);
     shell.resize(1500, 720);
     EXPECT_EQ(shell.sidebarWidth(), 900); // what was asked for fits now
 }

@@ -37,7 +37,8 @@ struct Window {
         column->addWidget(date);
         window.setCentralWidget(content);
         window.show();
-        QApplication::setActiveWindow(&window);
+        window.activateWindow();
+        (void)QTest::qWaitForWindowActive(&window);
         field->setFocus();
     }
     QAction& entry(const char* name) { return *window.findChild<QAction*>(QString::fromUtf8(name)); }
@@ -56,11 +57,13 @@ struct Window {
 
 TEST(StandardMenu, EditsTheFieldThatHasTheFocusAndElseUndoesInTheProgram) {
     Window shown;
+    shown.choose("Annuler"); // the field has nothing to take back
+    EXPECT_EQ(std::exchange(shown.story, ""), "undo ");
     QTest::keyClicks(shown.field, u"Pain"_s);
     EXPECT_EQ(shown.offered(), std::pair(true, false));
     shown.choose("Annuler");
     EXPECT_EQ(shown.field->text(), QString());
-    EXPECT_EQ(shown.offered(), std::pair(false, true));
+    EXPECT_EQ(shown.offered(), std::pair(true, true));
     shown.choose("Rétablir");
     shown.choose("Tout sélectionner");
     shown.choose("Copier");
@@ -70,7 +73,6 @@ TEST(StandardMenu, EditsTheFieldThatHasTheFocusAndElseUndoesInTheProgram) {
     shown.choose("Coller");
     EXPECT_EQ(shown.field->text(), u"PainPain"_s);
     shown.date->setFocus();
-    EXPECT_EQ(shown.offered(), std::pair(false, false));
     EXPECT_EQ(shown.story, "");
 
     shown.date->clearFocus();

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QStyle>
+
 #include <algorithm>
 #include <cmath>
 
+using namespace Qt::StringLiterals;
 using namespace dravel;
 using Theme::RGB;
 using Theme::Tone;
@@ -31,7 +35,7 @@ double contrast(RGB a, RGB b) {
 
 TEST(Theme, KeepsTextReadable) {
     const auto check = [](std::initializer_list<Tone> inks, std::initializer_list<Tone> grounds, double least) {
-        for (const auto appearance : {Appearance::Light, Appearance::Dark})
+        for (const auto appearance : {Appearance::light, Appearance::dark})
             for (const Tone& ink : inks)
                 for (const Tone& ground : grounds)
                     EXPECT_GE(contrast(ink.in(appearance), ground.in(appearance)), least)
@@ -45,7 +49,18 @@ TEST(Theme, KeepsTextReadable) {
     check({Theme::warningText}, {Theme::warningSoft}, 4.5);
     check({Theme::dangerText}, {Theme::dangerSoft}, 4.5);
     check({Theme::onAccent}, {Theme::accent, Theme::accentHover, Theme::accentPressed}, 4.5);
-    check({Theme::outline}, {Theme::surface}, 3);
-    check({Theme::textTertiary}, {Theme::rowHover}, 3); // the outline of a hovered row
+    check({Theme::outline}, {Theme::surface}, 3);             // of fields, and of buttons on dark cards
+    check({Theme::accent}, {Theme::surface, Theme::tile}, 3); // the ring of the chosen chip
+    check({Theme::textTertiary}, {Theme::background}, 3);     // the scroll bar's thumb
+    check({Theme::textTertiary}, {Theme::rowHover}, 3);       // the outline of a hovered row
     check({Theme::white}, {Theme::danger}, 3);
+}
+
+TEST(Look, ComesBackWhenTheDesktopSetsAStyleOfItsOwn) {
+    for (int again = 0; again < 2; ++again) {
+        QApplication::setStyle(u"Windows"_s);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(QApplication::style()->pixelMetric(QStyle::PM_MenuBarItemSpacing), 2);
+        EXPECT_EQ(QApplication::style()->pixelMetric(QStyle::PM_ScrollBarExtent), 14);
+    }
 }

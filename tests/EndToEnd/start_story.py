@@ -7,8 +7,6 @@ import subprocess
 import tempfile
 import unittest
 
-from gi.repository import GLib
-
 from story import TACLA, Bubbles, Story, day, main, until
 
 
@@ -47,19 +45,29 @@ class Twice(Story):
         self.until_menu("(Aujourd'hui)", "Pain")
 
 
+class Ended(Story):
+    tasks = f"- [ ] Pain · {day()}\n"
+
+    def test_by_a_signal_ends_in_order(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            program = self.launch()
+            self.tray.wait()
+            program.send_signal(number)
+            self.assertEqual(program.wait(20), 0)
+
+
 class FromTheLauncher(Story):
     def test_a_new_task_can_be_typed_at_once(self):
-        service = self.desktop.folder / "services/fr.dravel.Tacla.service"
-        service.write_text(f"[D-BUS Service]\nName=fr.dravel.Tacla\nExec={TACLA}\n")
-        for member, arguments in (("UpdateActivationEnvironment", GLib.Variant("(a{ss})", (self.desktop.env,))),
-                                  ("ReloadConfig", None)):
-            self.desktop.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member, arguments)
+        self.desktop.offer_service("fr.dravel.Tacla", TACLA)
         for title in ("Pain", "Vin"):  # not running yet; then on another page
             subprocess.run(["gapplication", "action", "fr.dravel.Tacla", "new-task"], env=self.desktop.env, check=True)
             until(lambda: "focused" in self.screen.wait("Nouvelle tâche").states, "the field to get the focus")
             self.screen.key(*title, "Return")
             until(lambda: f"- [ ] {title} · {day()}\n" in self.file.read_text(), "the task")
             self.screen.key("ctrl+3")
+        for action, page in (("late", "En retard"), ("today", "Aujourd'hui")):
+            subprocess.run(["gapplication", "action", "fr.dravel.Tacla", action], env=self.desktop.env, check=True)
+            self.screen.wait(page, "filler")
         self.tray.click("Quitter Tacla")
 
 

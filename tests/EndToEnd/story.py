@@ -66,8 +66,8 @@ class Story(unittest.TestCase):
         self.assertRegex(said, f"^{self.says}$", "what the application says to a terminal")
         stood_still = int(stalls.read_text().split()[0]) if stalls.exists() else 0
         print(f"the main thread stood still for {stood_still} ms at most", file=sys.stderr)
-        # The aim is 50 ms; a save waits for the disk, and the disk of a busy machine for others.
-        self.assertLessEqual(stood_still, 250, "the main thread waited for something")
+        # The aim is 50 ms, which a busy disk exceeds; what waits for another program, waits for much longer.
+        self.assertLessEqual(stood_still, 2000, "the main thread waited for something")
 
     def run_tacla(self, *arguments, **environment):
         """Runs a command of the terminal tool to its end."""

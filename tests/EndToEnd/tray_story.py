@@ -83,11 +83,22 @@ class LatePanel(Story):
     without = ("panel",)
     tasks = f"- [ ] Pain · {day()}\n"
 
-    def test_finds_the_window_open_and_gets_the_icon(self):
+    def test_gets_the_icon_and_no_window_opened_unasked(self):
         self.launch()
-        self.screen.wait("Nouvelle tâche")
+        until(lambda: self.desktop.owned("fr.dravel.Tacla"), "the program on the bus")
         self.desktop.start("panel")
         self.until_menu("(Aujourd'hui)", "Pain")
+        self.assertEqual(self.desktop.windows(), [])
+
+    def test_says_how_to_come_back_until_it_is_there(self):
+        self.launch(XDG_ACTIVATION_TOKEN="launcher")  # who starts it there wants to see something
+        self.screen.wait("Nouvelle tâche")
+        self.screen.press("Réglages", "list item")
+        said = ("Ce bureau n'a pas de zone de notification : fenêtre fermée, les rappels continuent. Tacla se rouvre depuis "
+                "le lanceur ou la vue d'ensemble ; sur GNOME, l'extension AppIndicator apporte son icône.")
+        self.screen.wait(said)
+        self.desktop.start("panel")
+        self.screen.wait_gone(said)
 
 
 if __name__ == "__main__":

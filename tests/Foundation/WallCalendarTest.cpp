@@ -60,9 +60,15 @@ TEST(WallCalendar, FollowsTheUserToAnotherZone) {
                                                          {":America/Lima", "America/Lima"},
                                                          {"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo"},
                                                          {link, "Asia/Tokyo"},
+                                                         {"CET-1CEST,M3.5.0,M10.5.0/3", "Europe/Paris"},
+                                                         {"posix/Asia/Tokyo", "Asia/Tokyo"},
+                                                         {"/usr/share/zoneinfo/right/Asia/Tokyo", "Asia/Tokyo"},
+                                                         {"Nulle/Part", "UTC"},
+                                                         {"XYZ-3:17", "UTC"},
                                                          {"Europe/Paris", "Europe/Paris"}};
     for (const auto& [variable, name] : names) {
         ::setenv("TZ", variable.c_str(), 1);
+        wall::refreshZone();
         EXPECT_EQ(wall::zoneIdentifier(), name) << variable;
     }
     ::setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1); // which zone that is, the system may know

@@ -35,6 +35,7 @@ struct Account : ::testing::Test {
     std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
     Instant now{std::chrono::hours(24 * 20'000)};
     IdleClock idle;
+    std::stop_source stop;
     std::unique_ptr<LoopbackServer> server;
     std::unique_ptr<GoogleAuth> auth;
     std::function<std::string(const Query&)> user; // authorization query to callback query
@@ -54,7 +55,6 @@ struct Account : ::testing::Test {
             essai(), GoogleEnvironment{.folders = {.data = folder.path(), .resources = folder / "share"},
                                        .endpoints = GoogleEndpoints::onThisMachine(server->base(), "test"),
                                        .keyring = keyring,
-                                       .openBrowser = [this](const std::string& url) { browse(url); },
                                        .now = [this] { return now; },
                                        .receiverClock = idle.reader()});
     }
@@ -80,7 +80,7 @@ struct Account : ::testing::Test {
         }
     }
     std::string signIn() {
-        return outcome([this] { auth->signIn(); });
+        return outcome([this] { auth->signIn([this](const auto& url) { browse(url); }, stop.get_token()); });
     }
     std::string accessToken() {
         std::string token;
@@ -146,7 +146,8 @@ TEST_F(Account, IsSignedOutOnlyByAnInvalidGrant) {
         google({row.answer});
         EXPECT_EQ(accessToken(), row.message);
         EXPECT_EQ(keyring->items.contains(key), row.kept);
-        EXPECT_EQ(auth->isSignedIn(), row.kept ? GoogleAuth::Account::signedIn : GoogleAuth::Account::signedOut);
+        EXPECT_EQ(auth->isSignedIn(Keyring::Ask::yes),
+                  row.kept ? GoogleAuth::Account::signedIn : GoogleAuth::Account::signedOut);
     }
 }
 
@@ -154,12 +155,12 @@ TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
     keyring->items[key] = "jeton-1";
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
     google({tokens("acces-1")});
-    EXPECT_EQ(auth->isSignedIn(), GoogleAuth::Account::unreachable);
+    EXPECT_EQ(auth->isSignedIn(Keyring::Ask::yes), GoogleAuth::Account::unreachable);
     EXPECT_EQ(accessToken(), "Pas connecté à Google : le trousseau de clés est verrouillé");
     EXPECT_EQ(outcome([&] { auth->signOut(); }),
               "Déconnexion de Google incomplète : le trousseau de clés est verrouillé");
     keyring->trouble.reset();
-    EXPECT_EQ(auth->isSignedIn(), GoogleAuth::Account::signedIn);
+    EXPECT_EQ(auth->isSignedIn(Keyring::Ask::yes), GoogleAuth::Account::signedIn);
     EXPECT_EQ(accessToken(), "acces-1");
 }
 
@@ -202,7 +203,6 @@ TEST_F(Account, ServesSeveralThreadsAtOnce) {
 
 TEST_F(Account, GivesUpWhenAskedTo) {
     keyring->items[key] = "jeton-1";
-    std::stop_source stop;
     google({{"", LoopbackServer::Then::hang, [&] { stop.request_stop(); }}});
     EXPECT_EQ(outcome([&] { auth->validAccessToken(stop.get_token()); }), "Requête interrompue");
     EXPECT_EQ(keyring->items.at(key), "jeton-1");
@@ -290,10 +290,27 @@ TEST_F(SignIn, StoresNothingUnlessGoogleGivesARefreshTokenAndTheKeyringTakesIt) 
     EXPECT_EQ(signIn(), "Connexion Google échouée : Google n'a pas renvoyé de refresh token");
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
 
+    opened.clear();
     google({tokens("a", "r")});
     keyring->storeTrouble = Keyring::Trouble{.reason = "le trousseau de clés a refusé l'opération"};
     EXPECT_EQ(signIn(), "Connexion Google échouée : le trousseau de clés a refusé l'opération");
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
+    EXPECT_TRUE(keyring->items.empty());
+    EXPECT_EQ(opened, "") << "nobody is sent to Google for a token that cannot be kept";
+}
+
+TEST_F(SignIn, IsLeftAtOnceWhereverItStands) {
+    google({});
+    user = [this](const Query&) { return stop.request_stop(), ""; };
+    EXPECT_EQ(signIn(), "Connexion Google interrompue");
+    EXPECT_EQ(idle.elapsed(), 0s);
+    opened.clear();
+    EXPECT_EQ(signIn(), "Connexion Google interrompue") << "before the browser";
+    EXPECT_EQ(opened, "");
+    stop = {};
+    google({{"", LoopbackServer::Then::hang, [&] { stop.request_stop(); }}});
+    user = agree;
+    EXPECT_EQ(signIn(), "Requête interrompue");
     EXPECT_TRUE(keyring->items.empty());
 }
 

@@ -70,24 +70,58 @@ TEST(OAuthClient, ReadsADesktopClientAndNothingElse) {
 
 TEST(OAuthClient, TakesTheUsersFileBeforeThePackages) {
     const tacla::testing::TemporaryFolder folder;
-    const GoogleFolders folders{.data = folder / "data", .resources = folder / "share"};
-    std::filesystem::create_directories(folders.data / "Essai");
+    const GoogleFolders folders{.data = folder / "data", .resources = folder / "share", .locks = folder / "locks"};
+    using Source = OAuthClient::Source;
+    const auto source = [&] { return OAuthClient::source(essai(), folders); };
+    const auto install = [&](const std::string& bytes) {
+        writeBytes(folder / "download.json", bytes);
+        return outcome([&] { return OAuthClient::install(essai(), folders, folder / "download.json"), ""; });
+    };
+    const auto own = folder / "data/Essai/client.json";
+    const std::string unreadable = "Client Google illisible (attendu : client OAuth « Application de bureau »)";
+    std::filesystem::create_directories(folders.data);
     std::filesystem::create_directories(folders.resources);
     const auto load = [&] { return outcome([&] { return OAuthClient::load(essai(), folders).clientID; }); };
     EXPECT_FALSE(OAuthClient::isAvailable(essai(), folders));
     EXPECT_EQ(load(), "Client Google absent de cette version de l'app");
+    EXPECT_EQ(source(), Source::missing);
 
     writeBytes(folder / "share/google-client.json", R"({"installed": {"client_id": "package", "client_secret": "s"}})");
     EXPECT_TRUE(OAuthClient::isAvailable(essai(), folders));
     EXPECT_EQ(load(), "package");
+    EXPECT_EQ(source(), Source::package);
 
-    writeBytes(folder / "data/Essai/client.json", R"({"installed": {"client_id": "user", "client_secret": "s"}})");
+    const std::string user = R"({"installed": {"client_id": "user", "client_secret": "s"}})";
+    EXPECT_EQ(install(user), "");
     EXPECT_EQ(load(), "user");
-
-    for (const auto* bytes : {R"({"web": {"client_id": "user", "client_secret": "s"}})", "\xff", ""}) {
-        writeBytes(folder / "data/Essai/client.json", bytes);
-        EXPECT_EQ(load(), "Client Google illisible (attendu : client OAuth « Application de bureau »)");
+    EXPECT_EQ(source(), Source::own);
+    for (const auto& bytes : {std::string(R"({"web": {"client_id": "user", "client_secret": "s"}})"),
+                              std::string("\xff"), std::string(), user + std::string(std::size_t{1} << 20, ' ')}) {
+        EXPECT_EQ(install(bytes), unreadable);
+        EXPECT_EQ(load(), "user") << "what was there stays";
+        writeBytes(own, bytes);
+        std::filesystem::permissions(own, std::filesystem::perms(0644));
+        EXPECT_EQ(load(), unreadable);
+        EXPECT_EQ(source(), Source::unreadable);
+        EXPECT_EQ(install(user), "");
+        EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms(0600));
     }
+}
+
+TEST(TokenAnswer, NestsNoDeeperThanAnybodyNeeds) {
+    const auto nested = [](std::size_t depth, const std::string& open, const std::string& close) {
+        std::string text = R"({"access_token": "[[[\\\"{{{[", "expires_in": 1, "x": )";
+        for (std::size_t i = 0; i < depth; ++i) text += open;
+        text += "1";
+        for (std::size_t i = 0; i < depth; ++i) text += close;
+        return TokenResponse::parse(text + "}").has_value();
+    };
+    for (const auto& [open, close] : {std::pair{"[", "]"}, {R"({"a": )", "}"}}) {
+        EXPECT_TRUE(nested(63, open, close));
+        EXPECT_FALSE(nested(64, open, close));
+    }
+    EXPECT_TRUE(TokenResponse::parse(R"({"access_token": ")" + std::string(100, '[') + R"(", "expires_in": 1})"));
+    EXPECT_FALSE(TokenResponse::parse(std::string(std::size_t{8} << 20, '['))) << "the memory of a machine";
 }
 
 TEST(TokenAnswer, LastsFromNothingToAYear) {

@@ -79,16 +79,18 @@ TEST(CallbackRequest, ReadsTheQueryOfTheRequestLine) {
     for (const auto& row : table) EXPECT_EQ(read(row.bytes), row.expected) << row.bytes;
 }
 
-TEST(CallbackRequest, IsForUsWhenItsHostNamesThisMachineOrNothing) {
+TEST(CallbackRequest, IsForUsWhenItIsAVisitOfThisMachine) {
     const auto withHost = [](const std::string& headers) {
         return read("GET /?code=a HTTP/1.1\r\n" + headers + "\r\n");
     };
     for (const auto* headers : {"", "Host: 127.0.0.1\r\n", "Host: 127.0.0.1:41234\r\n", "HOST:LocalHost:80\r\n",
-                                "Accept: */*\r\nhost: localhost\r\n", "X-Host: example.org\r\n"})
+                                "Accept: */*\r\nhost: localhost\r\n", "X-Host: example.org\r\n",
+                                "Sec-Fetch-Dest: document\r\n", "sec-fetch-dest:document \r\nHost: localhost\r\n"})
         EXPECT_EQ(withHost(headers), "code=a") << headers;
     for (const auto* headers :
          {"Host: example.org\r\n", "Host: 127.0.0.1.example.org\r\n", "Host: 127.0.0.1:80.org\r\n", "Host: [::1]\r\n",
-          "Host:\r\n", "Host: localhost\r\nHost: example.org\r\n"})
+          "Host:\r\n", "Host: localhost\r\nHost: example.org\r\n", "Sec-Fetch-Dest: image\r\n",
+          "SEC-FETCH-DEST: iframe\r\n", "Sec-Fetch-Dest:\r\n", "Host: 127.0.0.1\r\nSec-Fetch-Dest: empty\r\n"})
         EXPECT_EQ(withHost(headers), "404") << headers;
 }
 

@@ -31,8 +31,8 @@ struct Store : testing::Test {
         std::filesystem::create_directories(folder / "Essai");
         return folder / "Essai/token.txt";
     }
-    std::string read() {
-        const auto found = store.read({});
+    std::string read(Keyring::Ask ask = Keyring::Ask::yes) {
+        const auto found = store.read(ask, {});
         if (found.found == Keyring::Found::unreachable) return "unreachable: " + found.trouble.reason;
         return found.found == Keyring::Found::found ? found.secret.reveal() : "absent";
     }
@@ -73,6 +73,10 @@ TEST_F(Store, KeepsTheFileUntilTheKeyringHasTheToken) {
 TEST_F(Store, AsksTheUserOnceToUnlockTheKeyring) {
     keyring->items[key] = "jeton-1";
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé", .declined = true};
+    writeBytes(legacy(), "jeton-0");
+    EXPECT_EQ(read(Keyring::Ask::no), "unreachable: le trousseau de clés est verrouillé");
+    EXPECT_EQ(keyring->asked, 0) << "neither for a look nor for the file of an earlier version";
+    std::filesystem::remove(legacy());
     for (int i = 0; i < 3; ++i) EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
     EXPECT_EQ(keyring->asked, 1);
     EXPECT_TRUE(store.write(Secret("jeton-2"), {})); // the user's own wish: asked again

@@ -11,11 +11,18 @@ TEST(MenuServer, AnswersHostsOfEveryHabit) {
     int count = 1;
     char name[] = "test", *arguments[] = {name, nullptr};
     const QCoreApplication application(count, arguments);
-    Menu menu{{.label = "Pain", .command = {MenuCommand::Kind::toggle, "pain"}},
-              {.kind = MenuEntry::Kind::submenu, .label = "À venir", .children = {{.label = "Vin"}}}};
+    Menu menu(2);
+    menu[0].label = "Pain";
+    menu[0].command.kind = MenuCommand::Kind::toggle;
+    menu[0].command.task.emplace().key = "pain";
+    menu[1].kind = MenuEntry::Kind::submenu;
+    menu[1].label = "À venir";
+    menu[1].children.resize(1);
+    menu[1].children[0].label = "Vin";
     std::string chosen;
     MenuServer server([&] { return menu; });
-    const auto listening = server.chosen.connect([&](const MenuCommand& command) { chosen += command.key + " "; });
+    const auto listening =
+        server.chosen.connect([&](const MenuCommand& command) { chosen += command.task->key + " "; });
     EXPECT_TRUE(server.AboutToShow(0));
     EXPECT_FALSE(server.AboutToShow(1));
 

@@ -20,16 +20,27 @@ TEST(Autostart, QuotesTheProgramForTheExecKey) {
 }
 
 TEST(Autostart, ReadsWhatOtherProgramsMadeOfTheEntry) {
-    const std::pair<const char*, bool> cases[] = {
-        {"[Desktop Entry]\nType=Application\nExec=tacla\n", true},
-        {"[Desktop Entry]\nType=Application\nHidden=false\nX-GNOME-Autostart-enabled = true\n", true},
-        {"[Desktop Entry]\r\nType=Application\r\nHidden=true\r\n", false},
-        {"[Desktop Entry]\nType=Application\nX-GNOME-Autostart-enabled=false\n", false},
-        {"[Desktop Entry]\nType=Application\n[Desktop Action new]\nHidden=true\n", true},
-        {"Type=Application\n", false},
-        {"", false},
+    using Status = LoginItem::Status;
+    const tacla::testing::TemporaryFolder folder;
+    const auto program = (folder / "tacla").string();
+    tacla::testing::writeBytes(program, "");
+    const std::string head = "[Desktop Entry]\nType=Application\nExec=", ours = head + program;
+    const std::pair<std::string, Status> cases[] = {
+        {autostartEntry(program), Status::enabled},
+        {head + "tacla %U", Status::enabled}, // by the search path
+        {ours + "\nHidden=false\nX-GNOME-Autostart-enabled = true\n", Status::enabled},
+        {ours + "\n[Desktop Action new]\nHidden=true\n", Status::enabled},
+        {"[Desktop Entry]\r\nType=Application\r\nHidden=true\r\n", Status::switchedOff},
+        {head + "/gone/tacla\nX-GNOME-Autostart-enabled=false\n", Status::switchedOff},
+        {autostartEntry("/gone/build/bin/tacla"), Status::foreign},
+        {head + "sh -c tacla\n", Status::foreign},
+        {"Type=Application\nExec=" + program, Status::foreign},
+        {"", Status::foreign},
     };
-    for (const auto& [text, active] : cases) EXPECT_EQ(isActiveAutostartEntry(text), active) << text;
+    for (const auto& [text, status] : cases)
+        EXPECT_EQ(statusOfAutostartEntry(text, program, "/nowhere:" + folder.path().string()), status) << text;
+    const std::string odd = "/opt/Mes outils/100% $`\"\\tacla";
+    EXPECT_EQ(statusOfAutostartEntry(autostartEntry(odd), odd, ""), Status::enabled);
 }
 
 TEST(Autostart, ComesAndGoesWithTheSwitch) {
@@ -43,9 +54,15 @@ TEST(Autostart, ComesAndGoesWithTheSwitch) {
     EXPECT_EQ(dravel::SafeFile::readText(file), autostartEntry("/opt/tacla"));
 
     std::ofstream(file, std::ios::app) << "Hidden=true\n"; // as a desktop's settings do
-    EXPECT_FALSE(item.isEnabled());
+    EXPECT_EQ(item.status(), LoginItem::Status::switchedOff);
     item.enable();
     EXPECT_TRUE(item.isEnabled());
+    AutostartLoginItem built(folder / "config", folder / "build/bin/tacla", folder / "locks");
+    EXPECT_EQ(built.status(), LoginItem::Status::foreign);
+    EXPECT_TRUE(built.mayComeUnasked());
+    fs::create_directories(folder / "build/bin");
+    tacla::testing::writeBytes(folder / "build/CMakeCache.txt", "");
+    EXPECT_FALSE(built.mayComeUnasked());
     item.disable();
     EXPECT_FALSE(fs::exists(file));
 }

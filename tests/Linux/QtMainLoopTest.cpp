@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace tacla;
 using namespace std::chrono_literals;
 
@@ -56,4 +58,26 @@ TEST(QtMainLoop, KeepsATimerThatDropsItself) {
     other = program.loop.after(1h, program.tell("never"));
     QCoreApplication::exec();
     EXPECT_EQ(program.story, "once ");
+}
+
+TEST(QtMainLoop, DoubtsALeapOfMoreThanADayUntilItHasHeldForAMinute) {
+    struct Look {
+        std::chrono::milliseconds sinceBoot, ahead; // of the wall clock, against where it began
+        std::chrono::milliseconds believed;
+    };
+    constexpr auto days = 24h;
+    const std::vector<Look> stories[] = {
+        {{0s, 0s, 0s}, {2s, 70 * 365 * days, 0s}, {6s, 70 * 365 * days, 0s}, {7s, 0s, 0s}}, // to 2099 and back
+        {{0s, 0s, 0s}, {1s, 30 * days, 0s}, {60s, 30 * days, 0s}, {61s, 30 * days + 9s, 30 * days + 9s}},
+        {{0s, 0s, 0s}, {1s, -30 * days, 0s}, {59s, 30 * days, 0s}, {90s, 30 * days, 0s}, {91s, -30 * days, 0s}},
+        {{0s, 0s, 0s}, {2s, 1 * days, 1 * days}, {4s, 1h, 1h}}, // a day is believed at once
+        {{0s, 0s, 0s}, {30 * days, 0s, 0s}},                    // asleep for a month
+    };
+    for (const auto& story : stories) {
+        WallClock clock;
+        for (const auto& [sinceBoot, ahead, believed] : story) {
+            clock = looked(clock, dravel::Instant(1h + sinceBoot + ahead), sinceBoot);
+            EXPECT_EQ(clock.believed, 1h + believed) << sinceBoot.count();
+        }
+    }
 }

@@ -114,8 +114,8 @@ TEST(SyncBadge, TellsTheWorstFirst) {
     const auto badge = [&] {
         const auto content = syncBadge(state, timeText);
         EXPECT_EQ(content.title, "2 à faire") << "late or of today";
-        EXPECT_EQ(content.syncing, content.symbol == Symbol::ArrowRepeat);
-        EXPECT_EQ(content.trouble && !content.syncing, content.symbol == Symbol::ExclamationLg);
+        EXPECT_EQ(content.syncing, content.symbol == Symbol::arrowRepeat);
+        EXPECT_EQ(content.trouble && !content.syncing, content.symbol == Symbol::exclamationLg);
         return content.subtitle + (content.trouble ? " !" : "") + " / " + syncText(state, timeText);
     };
     state.connection = Connection::signedOut;
@@ -143,6 +143,17 @@ TEST(SyncBadge, TellsTheWorstFirst) {
     EXPECT_TRUE(syncBadge(state, timeText).trouble);
     state = stateOf("");
     EXPECT_EQ(syncBadge(state, timeText).title, "Tout est coché");
+}
+
+TEST(AccountText, TellsHowLongTheSignInWaits) {
+    auto state = stateOf("");
+    state.connection = Connection::signingIn;
+    state.signIn = SignInWait{"https://accounts.google.com/?state=x", std::chrono::seconds(299)};
+    EXPECT_EQ(accountText(state), "Répondez à Google dans votre navigateur : encore 4 min 59 s.");
+    state.signIn->left = std::chrono::seconds(59);
+    state.signIn->noBrowser = true;
+    EXPECT_EQ(accountText(state),
+              "Aucun navigateur ne s'est ouvert. Copiez l'adresse et ouvrez-la dans un navigateur : encore 59 s.");
 }
 
 }

@@ -42,6 +42,7 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     window.press(Qt::Key_Return);
     EXPECT_EQ(window.world.text(), "- [ ] ❗ Appeler la banque · 2026-11-25 10:00\n- [ ] Relancer · 2026-11-25\n")
         << "the day stays, time and priority do not";
+    EXPECT_FALSE(title.isUndoAvailable()) << "what was added is the list's to take back";
     QTest::keyClicks(&title, u"   "_s);
     window.press(Qt::Key_Return);
     EXPECT_EQ(title.text(), QString());
@@ -200,6 +201,44 @@ TEST(Pages, TellWhatIsWrongWithTheFile) {
     EXPECT_NE(texts(window.control<QWidget>("syncBadge")).find("Liste illisible"), std::string::npos);
 }
 
+TEST(Pages, OfferToConvertALineEndThatHidesADate) {
+    const std::string tasks = "- [ ] Pain · 2026-11-24\r\n";
+    TestWindow window(tasks);
+    const auto problem = texts(window.control<QWidget>("problems"));
+    EXPECT_NE(problem.find("1 ligne finit par un retour chariot : sa date n'est pas lue"), std::string::npos)
+        << problem;
+    EXPECT_EQ(window.shown(), "");
+    window.control<Button>("problem.lineEnds").click();
+    window.settle();
+    EXPECT_FALSE(window.control<QWidget>("problems").isVisible());
+    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n");
+    window.world.model.undo();
+    EXPECT_EQ(window.world.text(), tasks);
+}
+
+TEST(SettingsPage, LooksAtACopyAndBringsItBack) {
+    TestWindow window("- [ ] Pain\n");
+    window.world.model.toggle(window.world.task("Pain"));
+    window.page(Section::settings);
+    const auto choose = [&](int action) {
+        window.control<Button>("copies.bringBack").click();
+        auto& menu = window.control<QMenu>("copies");
+        EXPECT_EQ(menu.actions().at(0)->text(), u"Aujourd'hui à 10:40"_s);
+        menu.actions().at(0)->menu()->actions().at(action)->trigger();
+        menu.close();
+        window.settle();
+    };
+    choose(0);
+    EXPECT_TRUE(window.asked.at(0).starts_with("open 2026-11-24 10h40m00s ")) << window.asked.at(0);
+    testing::writeBytes(window.world.file, "- [ ] Lait\n"); // since the list was last looked at
+    choose(1);
+    EXPECT_EQ(window.world.text(), "- [ ] Lait\n");
+    choose(1);
+    EXPECT_EQ(window.world.text(), "- [ ] Pain\n");
+    window.world.model.undo();
+    EXPECT_EQ(window.world.text(), "- [ ] Lait\n");
+}
+
 TEST(SettingsPage, AsksTheDesktopAndFollowsItsAnswers) {
     TestWindow window("");
     auto& page = window.page(Section::settings);
@@ -226,15 +265,61 @@ TEST(SettingsPage, FollowsTheAccount) {
     auto& page = window.page(Section::settings);
     EXPECT_NE(texts(page).find("Connecté à votre compte Google."), std::string::npos);
     EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
-    window.world.model.signOut();
+    window.control<Button>("account.signOut").click();
     window.world.loop.runPosted();
     window.settle();
     EXPECT_TRUE(window.control<Button>("account.signIn").isVisible());
-    window.world.background.held = true;
+    EXPECT_FALSE(window.control<Button>("account.signOut").isVisible());
+
+    window.world.calendar.clientFile = dravel::OAuthClient::Source::missing;
+    window.world.model.reload();
+    window.settle();
+    EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
+    EXPECT_NE(texts(page).find("fichier client, gratuit"), std::string::npos) << texts(page);
+    window.control<Button>("account.guide").click();
+    window.chosen = "/tmp/photo.png";
+    window.world.calendar.failure = "Client Google illisible";
+    window.control<Button>("client.choose").click();
+    window.settle();
+    EXPECT_NE(texts(page).find("Client Google illisible\n"), std::string::npos);
+    window.world.calendar.failure.reset();
+    window.chosen = "/tmp/client_secret_1.json";
+    window.control<Button>("client.choose").click();
+    window.settle();
+    EXPECT_EQ(texts(page).find("Client Google illisible\n"), std::string::npos);
+    EXPECT_TRUE(window.control<Button>("account.signIn").isVisible());
+    EXPECT_EQ(window.asked, (std::vector<std::string>{"guide", "client", "client"}));
+    window.world.calendar.clientFile = dravel::OAuthClient::Source::package;
+    window.world.model.reload();
+    window.settle();
+    EXPECT_FALSE(window.control<Button>("client.choose").isVisible()) << "the maker's own";
+}
+
+TEST(SettingsPage, LetsTheUserLeaveTheSignIn) {
+    TestWindow window("");
+    auto& world = window.world;
+    auto& page = window.page(Section::settings);
+    world.model.signOut();
+    world.loop.runPosted();
+    bool stopped = false;
+    world.calendar.duringSignIn = [&](const auto&, const auto& stop) {
+        stopped = stop.stop_requested();
+        if (stopped) throw std::runtime_error("Connexion Google interrompue");
+    };
+    world.background.held = true;
     window.control<Button>("account.signIn").click();
     window.settle();
     EXPECT_NE(texts(page).find("Connexion\n"), std::string::npos);
-    EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
+    world.calendar.present = Connection::signedOut;
+    window.control<Button>("account.leave").click();
+    window.settle();
+    EXPECT_TRUE(window.control<Button>("account.signIn").isVisible()) << "at once, whatever the job does";
+    world.background.held = false;
+    while (world.background.waiting() > 0) world.background.runOne();
+    world.loop.runPosted();
+    EXPECT_TRUE(stopped);
+    EXPECT_EQ(world.state().connection, Connection::signedOut);
+    EXPECT_EQ(world.state().syncError, std::nullopt) << "it is no failure";
 }
 
 TEST(Welcome, OffersTheThreeSteps) {

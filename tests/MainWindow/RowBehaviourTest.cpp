@@ -4,10 +4,12 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/TextField.h"
+#include "DravelKit/DravelUI/TextLabel.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QTest>
 
@@ -54,6 +56,22 @@ TEST(TaskRow, DoesADoneTaskAgainAndCopiesItsLine) {
     EXPECT_EQ(window.world.text(), done + "- [ ] ❗ Pain · 2026-11-30 18:00\n");
 }
 
+TEST(TaskRow, ActsOnTheTaskThatItShowedWhenItWasPressed) {
+    const char* nextWeek = "- [ ] Pain · 2026-11-25\n";
+    TestWindow window(std::string("- [ ] Pain · 2026-11-24\n") + nextWeek);
+    const auto remove = menuOf(window, "Pain").back();
+    window.fileBecomes(nextWeek); // the row shows this one now
+    remove->trigger();
+    EXPECT_EQ(window.world.text(), nextWeek);
+
+    window.fileBecomes(std::string("- [ ] Pain · 2026-11-24\n") + nextWeek);
+    auto* check = window.row("Pain").findChild<QWidget*>(u"check"_s);
+    QTest::mousePress(check, Qt::LeftButton);
+    window.fileBecomes(nextWeek);
+    QTest::mouseRelease(check, Qt::LeftButton);
+    EXPECT_EQ(window.world.text(), nextWeek);
+}
+
 TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
     TestWindow window("- [ ] ❗ Pain · 2026-11-24\n- [ ] Vin · 2026-11-24 18:00\n");
     window.focus("❗ Pain");
@@ -95,7 +113,54 @@ TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
     EXPECT_EQ(title.cursorPosition(), 3);
 
     window.fileBecomes("- [ ] Eau · 2026-11-20\n- [x] Pain · 2026-11-24\n- [ ] Autre chose · 2026-11-21\n");
-    EXPECT_EQ(window.view->findChild<TaskEditor*>(), nullptr) << "the task is gone, and its draft with it";
+    EXPECT_EQ(window.control<dravel::TextLabel>("editor.note").isVisible(), true)
+        << "the task is gone, what was typed is not";
+    EXPECT_EQ(title.text().toStdString(), "Vin rouge");
+    const auto text = window.world.text();
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.world.text(), text);
+    EXPECT_EQ(title.text().toStdString(), "Vin rouge");
+    window.press(Qt::Key_Escape);
+    EXPECT_EQ(window.view->findChild<TaskEditor*>(), nullptr);
+    EXPECT_EQ(window.rows().size(), 3U);
+}
+
+TEST(TaskEditor, KeepsWhatWasTypedUntilItIsInTheFile) {
+    TestWindow window("- [ ] Pain · 2026-11-24 9:05\n");
+    window.row("Pain").startEditing();
+    auto& title = window.control<dravel::TextField>("editor.title");
+    title.setText(u"Sel"_s);
+    std::filesystem::rename(window.world.file, window.world.folder / "aside");
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(title.text().toStdString(), "Sel");
+    EXPECT_TRUE(window.control<dravel::TextLabel>("editor.note").text().startsWith(u"Impossible d'écrire "_s));
+    std::filesystem::rename(window.world.folder / "aside", window.world.file);
+    window.press(Qt::Key_Return);
+    EXPECT_EQ(window.world.text(), "- [ ] Sel · 2026-11-24 9:05\n");
+    EXPECT_EQ(window.view->findChild<TaskEditor*>(), nullptr);
+}
+
+TEST(TaskRow, ChecksOneTaskWithADoubleClick) {
+    for (const int later : {80, 200, 350}) {
+        TestWindow window("- [ ] Pain · 2026-11-20\n- [ ] Vin · 2026-11-21\n- [ ] Sel · 2026-11-22\n");
+        window.page(Section::late);
+        const auto click = [&](const char* title, quint64 moment) {
+            auto* check = window.row(title).findChild<QWidget*>(u"check"_s);
+            const QPointF inside(16, 16);
+            for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+                QMouseEvent event(type, inside, check->mapToGlobal(inside), Qt::LeftButton,
+                                  type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {});
+                event.setTimestamp(moment);
+                QApplication::sendEvent(check, &event);
+            }
+            window.settle();
+        };
+        click("Pain", 1000);
+        click("Vin", static_cast<quint64>(1000 + later)); // where the first one was
+        EXPECT_EQ(window.rows().size(), 2U) << later;
+        click("Vin", 3000);
+        EXPECT_EQ(window.rows().size(), 1U) << later;
+    }
 }
 
 TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {

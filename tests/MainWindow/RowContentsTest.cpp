@@ -48,6 +48,7 @@ TEST(RowMenu, PostponesOpenTasksFromTodayAndByAWeekFromTheirOwnDay) {
     EXPECT_EQ(postponedDay(RowCommand::postponeToMonday, dated, today), (Day{2026, 11, 30}));
     EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, dated, today), (Day{2026, 11, 10}));
     EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, taskOf("- [ ] Pain"), today), (Day{2026, 12, 1}));
+    EXPECT_EQ(postponedDay(RowCommand::postponeByAWeek, taskOf("- [ ] Pain · 9999-12-28"), today), (Day{9999, 12, 31}));
     for (const auto& entry : rowMenu(taskOf("- [x] Pain"))) {
         EXPECT_EQ(postponedDay(entry.command, dated, today), std::nullopt) << entry.label;
         EXPECT_FALSE(entry.separatorBefore) << entry.label;
@@ -56,34 +57,39 @@ TEST(RowMenu, PostponesOpenTasksFromTodayAndByAWeekFromTheirOwnDay) {
 
 TEST(TaskEditor, OpensOnTheTaskWithTenOClockForOneWithoutATime) {
     EXPECT_EQ(draftOf(taskOf("- [ ] ❗ Pain · 2026-11-26 18:00"), today),
-              (TaskDraft{"Pain", {2026, 11, 26}, true, {18, 0}, {2026, 11, 26}, true}));
-    EXPECT_EQ(draftOf(taskOf("- [ ] Pain"), today), (TaskDraft{"Pain", today, false, {10, 0}, today, false}));
+              (TaskDraft{"Pain", {2026, 11, 26}, true, {18, 0}, true}));
+    EXPECT_EQ(draftOf(taskOf("- [ ] Pain"), today), (TaskDraft{"Pain", today, false, {10, 0}, false}));
     EXPECT_EQ(draftOf(taskOf("- [ ] Pain · 2026-02-30"), today).day, (Day{2026, 3, 2}));
 }
 
-TEST(TaskEditor, KeepsATaskWithoutADayUndatedUnlessADayOrTimeIsChosen) {
+TEST(TaskEditor, AsksForWhatWasTouchedAndKeepsATaskWithoutADayUndated) {
     struct Case {
         const char *what, *line;
         Day day;
         bool hasTime;
         Day savedOn;
-        TaskEdit expected;
+        TaskChange expected;
     };
     const Day tomorrow{2026, 11, 25}, friday{2026, 11, 20};
+    const std::optional<Clock> none;
     const Case cases[] = {
-        {"untouched", "- [ ] Pain", today, false, today, {"Pain", {}, {}}},
-        {"untouched over midnight", "- [ ] Pain", today, false, tomorrow, {"Pain", {}, {}}},
-        {"another day", "- [ ] Pain", tomorrow, false, today, {"Pain", tomorrow, {}}},
-        {"a time", "- [ ] Pain", today, true, today, {"Pain", today, Clock{10, 0}}},
-        {"dated, untouched", "- [ ] Pain · 2026-11-24", today, false, today, {"Pain", today, {}}},
-        {"its time taken away", "- [ ] Pain · 2026-11-20 18:00", friday, false, today, {"Pain", friday, {}}},
+        {"untouched", "- [ ] Pain", today, false, today, {}},
+        {"untouched over midnight", "- [ ] Pain", today, false, tomorrow, {}},
+        {"another day", "- [ ] Pain", tomorrow, false, today, {.day = tomorrow}},
+        {"a time", "- [ ] Pain", today, true, today, {.day = today, .time = Clock{10, 0}}},
+        {"dated, untouched", "- [ ] Pain · 2026-11-24", today, false, today, {}},
+        {"dated, to the day of its saving", "- [ ] Pain · 2026-11-20", today, false, today, {.day = today}},
+        {"its time taken away", "- [ ] Pain · 2026-11-20 18:00", friday, false, today, {.time = none}},
     };
     for (const auto& [what, line, day, hasTime, savedOn, expected] : cases) {
         SCOPED_TRACE(what);
-        auto draft = draftOf(taskOf(line), today);
+        const auto opened = draftOf(taskOf(line), today);
+        auto draft = opened;
         draft.day = day;
         draft.hasTime = hasTime;
-        EXPECT_EQ(editOf(draft, savedOn), expected);
+        EXPECT_EQ(changeOf(draft, opened, savedOn), expected);
+        draft.title = "Vin";
+        EXPECT_EQ(changeOf(draft, opened, savedOn).title, "Vin");
     }
 }
 

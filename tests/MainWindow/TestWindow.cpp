@@ -31,6 +31,10 @@ DesktopActions TestWindow::actions() {
     actions.reveal = [this](const auto& path) { asked.push_back("reveal " + path.filename().string()); };
     actions.chooseFile = panel("choose");
     actions.createFile = panel("create");
+    actions.openGuide = [this] { asked.emplace_back("guide"); };
+    actions.chooseClient = [choose = panel("client")](QWidget* parent, const auto& answer) {
+        choose(parent, {}, answer);
+    };
     actions.home = "/home/camille";
     return actions;
 }

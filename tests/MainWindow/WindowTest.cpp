@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QLayout>
 #include <QMainWindow>
+#include <QScreen>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -90,6 +91,7 @@ TEST(MainWindow, HidesWhenClosedAndComesBackAsItWas) {
     window.close();
     EXPECT_FALSE(controller.isShown());
     EXPECT_EQ(world.preferences.windowSize()->width, 1000);
+    EXPECT_EQ(world.preferences.windowPosition(), (Preferences::Position{window.x(), window.y()}));
 
     world.save("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n");
     controller.show();
@@ -97,6 +99,22 @@ TEST(MainWindow, HidesWhenClosedAndComesBackAsItWas) {
     EXPECT_EQ(&controller.window(), &window);
     EXPECT_TRUE(window.findChild<QWidget*>(u"page.late"_s)->isVisible());
     EXPECT_EQ(world.state().tasks.size(), 2u) << "read again when the user comes back";
+}
+
+TEST(MainWindow, FitsIntoTheScreenThatItComesTo) {
+    for (const auto& [free, panelsKnown, room] : {std::tuple{QSize(1366, 720), true, QSize(1358, 680)},
+                                                  {QSize(1366, 768), false, QSize(1358, 672)},
+                                                  {QSize(1280, 720), false, QSize(1272, 624)},
+                                                  {QSize(1024, 600), false, QSize(1016, 504)}})
+        EXPECT_EQ(roomForContent(free, panelsKnown), room);
+    testing::ModelWorld world("2026-11-24 10:40", "");
+    world.start();
+    world.preferences.setWindow({3000, 2000}, Preferences::Position{2500, 1900}); // of a larger screen, which is gone
+    MainWindowController controller(world.model, world.preferences, {}, [&] { return world.loop.now(); });
+    controller.show();
+    const QRect free = controller.window().screen()->availableGeometry();
+    EXPECT_TRUE(free.contains(controller.window().geometry())) << "with room for a title bar";
+    EXPECT_LT(controller.window().height(), free.height());
 }
 
 TEST(HeadlessSnapshot, DrawsTheWindowInItsAppearanceAndScale) {

@@ -2,6 +2,7 @@
 import datetime
 import os
 import pathlib
+import platform
 import re
 import shutil
 import subprocess
@@ -12,7 +13,7 @@ import unittest
 HERE = pathlib.Path(__file__).resolve().parent
 PACKAGES = pathlib.Path(os.environ["TACLA_PACKAGES"])
 BASE = PACKAGES.parent / "bare-debian.tar"
-VERSION = re.search(r"_([\d.]+)_", next(PACKAGES.glob("tacla_*.deb")).name)[1]
+VERSION = re.search(r"_([^_]+)_", next(PACKAGES.glob("tacla_*.deb")).name)[1]
 # What the terminal tool must not bring to a server.
 HEAVY = re.compile(r"^(libqt|qt|libx11|libxcb|libxkb|libgl[0-9v]|libegl|libwayland|x11|systemd|libpam|dbus|font|libdbus)")
 DESKTOP = "sudo python3-gi dbus-daemon xvfb xdotool x11-utils openbox dunst at-spi2-core"
@@ -35,7 +36,7 @@ def make_base():
     fresh = BASE.with_suffix(".new.tar")
     output("mmdebstrap", "--mode=root", "--variant=minbase", "--skip=chroot/mount,check/canmount",
            "--dpkgopt=force-unsafe-io", *(f"--aptopt={line}" for line in ['Acquire::Languages "none";', *reach]),
-           "bookworm", str(fresh), "-", input=sources)
+           platform.freedesktop_os_release()["VERSION_CODENAME"], str(fresh), "-", input=sources)
     fresh.rename(BASE)
 
 

@@ -81,6 +81,62 @@ TEST(Preferences, KeepsADamagedFileAside) {
     EXPECT_TRUE(empty.reports.empty());
 }
 
+TEST(Preferences, EndsNoProgramAndLosesNoKeyOverAStrangeValue) {
+    const auto deep =
+        "{\"onboardingDone\": true, \"deep\": " + std::string(300'000, '[') + std::string(300'000, ']') + "}";
+    EXPECT_EQ(inChild([&] {
+                  Store store(deep);
+                  store.preferences.setCalendarSync(true);
+                  return store.preferences.calendarSync() && readBytes(store.file.string() + ".broken") == deep ? 0 : 1;
+              }),
+              0);
+    for (const auto* number : {"1e400", "-1E+999", "[1.5e400, \"1e400 \\\" 1e400\"]"}) {
+        Store store("{\"taskFilePath\": \"/1e400.md\", \"far\": " + std::string(number) + "}");
+        EXPECT_EQ(store.preferences.taskFilePath(), "/1e400.md");
+        store.preferences.setCalendarSync(true);
+        EXPECT_EQ(store.preferences.taskFilePath(), "/1e400.md");
+        EXPECT_TRUE(store.reports.empty());
+    }
+}
+
+TEST(Preferences, ReplacesNothingThatWasKeptAsideBefore) {
+    Store store("damaged");
+    const auto aside = store.file.string() + ".broken";
+    std::filesystem::create_directory(aside);
+    writeBytes(aside + "-2", "older");
+    EXPECT_FALSE(store.preferences.calendarSync());
+    EXPECT_EQ(store.reports, std::vector{"réglages endommagés, mis de côté dans " + aside + "-3"});
+    EXPECT_EQ(readBytes(aside + "-2") + readBytes(aside + "-3"), "olderdamaged");
+
+    Store linked;
+    const auto elsewhere = std::filesystem::path("/dev/shm") / linked.folder.path().filename();
+    if (!std::filesystem::exists("/dev/shm")) GTEST_SKIP() << "no other file system at hand";
+    writeBytes(elsewhere, "damaged");
+    std::filesystem::remove(linked.file);
+    std::filesystem::create_symlink(elsewhere, linked.file);
+    linked.preferences.setCalendarSync(true);
+    EXPECT_TRUE(linked.preferences.calendarSync());
+    EXPECT_EQ(readBytes(elsewhere.string() + ".broken"), "damaged");
+    EXPECT_TRUE(std::filesystem::is_symlink(linked.file));
+    for (const auto* ending : {"", ".broken"}) std::filesystem::remove(elsewhere.string() + ending);
+}
+
+TEST(Preferences, WritesBackWhatItKnowsWhenTheFileIsDamagedMeanwhile) {
+    for (const auto* damaged : {"{\"calendarSync\": tru", "", "\xFF"}) {
+        const auto* good = R"({"calendarSync": true, "ofALaterVersion": [1]})";
+        Store store(good);
+        EXPECT_TRUE(store.preferences.calendarSync());
+        writeBytes(store.file, damaged);
+        EXPECT_TRUE(store.preferences.calendarSync()) << damaged;
+        EXPECT_EQ(store.reports.size(), 1U);
+        EXPECT_EQ(readBytes(store.file), good);
+        writeBytes(store.file, damaged);
+        store.preferences.setOnboardingDone(true);
+        EXPECT_TRUE(store.preferences.calendarSync() && store.preferences.onboardingDone());
+        EXPECT_EQ(store.reports.size(), 2U);
+    }
+}
+
 TEST(Preferences, OverwritesNothingThatItCannotRead) {
     Store store;
     std::filesystem::remove(store.file);

@@ -31,15 +31,15 @@ struct Case {
 };
 
 std::string planned(const Case& given) {
-    ReminderRecord record;
+    Moments pending;
     Lines notified;
     for (const auto& named : lines(given.pending)) {
         const auto when = named.substr(named.find('@') + 1) + " 09:00"; // its own time comes first
-        record.pending[identifier(named)] = moment(when.substr(0, 16)) + given.zoneMoved;
+        pending[identifier(named)] = moment(when.substr(0, 16)) + given.zoneMoved;
     }
     for (const auto& named : lines(given.notified)) notified.push_back(identifier(named));
     const auto tasks = TaskFile::parse(dravel::replacedAll(given.tasks, "; ", "\n"));
-    const auto plan = planReminders(tasks, record, notified, moment(given.now));
+    const auto plan = planReminders(tasks, pending, notified, moment(given.now));
     std::string text;
     for (const auto& stale : plan.stale) text += "-" + stale + "; ";
     for (const auto& added : plan.schedule) text += "+" + added.identifier + "; ";
@@ -61,7 +61,10 @@ const Case cases[] = {
      "a@2025-03-04; b@2025-03-04; c@2025-03-05", "", "-c@2025-03-05; -b@2025-03-04"},
     {"what fell due in a long sleep waits for its turn", "2025-03-08 08:00",
      "- [ ] a · 2025-03-04; - [x] b · 2025-03-04", "a@2025-03-04; b@2025-03-04", "", "-b@2025-03-04"},
-    {"a clock set back rings nothing twice", "2025-03-03 08:00", "- [ ] a · 2025-03-04", "", "a@2025-03-04", ""},
+    {"a moment to come is never silenced", "2025-03-04 08:00", "- [ ] a · 2025-03-04", "", "a@2025-03-04",
+     "+a@2025-03-04"},
+    {"and rings though its clock had once been ahead", "2025-03-04 09:00", "- [ ] a · 2025-03-04", "a@2025-03-04",
+     "a@2025-03-04", ""},
     {"a new zone moves the moment", "2025-03-04 08:00", "- [ ] a · 2025-03-04 14:00", "a@2025-03-04 14:00", "",
      "+a@2025-03-04 14:00", std::chrono::hours(6)},
     {"a new zone that puts the moment in the past rings at once", "2025-03-05 00:30", "- [ ] a · 2025-03-04 23:00",
@@ -99,13 +102,18 @@ TEST(ReminderPlan, HoldsTheFirstSixtyOfTheFile) {
 }
 
 TEST(ReminderContent, SaysWhenHowUrgentAndSinceWhen) {
-    const std::pair<const char*, const char*> table[] = {
-        {"- [ ] R&D <b> · 2025-03-04", "R&D <b> | Prévue aujourd'hui"},
-        {"- [ ] ❗ Banque · 2025-03-04 9:05", "Banque | Prévue à 09:05 · prioritaire"},
-        {"- [ ] ❗ TVA · 2025-03-06 14:30 · due 2025-03-04", "TVA | Prévue à 14:30 · prioritaire · due le 04/03"},
+    const std::tuple<const char*, Day, const char*> table[] = {
+        {"- [ ] R&D <b> · 2025-03-04", {2025, 3, 4}, "R&D <b> | Prévue aujourd'hui"},
+        {"- [ ] R&D <b> · 2025-03-04", {2025, 3, 6}, "R&D <b> | Prévue le 04/03"},
+        {"- [ ] ❗ Banque · 2025-03-04 9:05", {2025, 3, 4}, "Banque | Prévue à 09:05 · prioritaire"},
+        {"- [ ] ❗ Banque · 2025-03-04 9:05", {2025, 3, 5}, "Banque | Prévue le 04/03 à 09:05 · prioritaire"},
+        {"- [ ] A · 2025-02-30", {2025, 3, 2}, "A | Prévue aujourd'hui"}, // the day on which it falls
+        {"- [ ] ❗ TVA · 2025-03-06 14:30 · due 2025-03-04",
+         {2025, 3, 6},
+         "TVA | Prévue à 14:30 · prioritaire · due le 04/03"},
     };
-    for (const auto& [line, said] : table) {
-        const auto content = reminderContent(TaskFile::parse(line).at(0));
+    for (const auto& [line, today, said] : table) {
+        const auto content = reminderContent(TaskFile::parse(line).at(0), today);
         EXPECT_EQ(content.title + " | " + content.body, said);
     }
 }

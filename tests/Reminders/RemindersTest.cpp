@@ -1,6 +1,9 @@
+#include "DravelKit/Foundation/Text.h"
 #include "tests/support/ModelWorld.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace tacla::testing {
 
@@ -13,9 +16,18 @@ TEST(NotificationCentre, ShowsEachAtItsMomentAndNeverAgain) {
     EXPECT_EQ(world.notifications.transcript(), "08:00 C | Prévue à 07:00\n");
     world.loop.advanceTo(moment("2025-03-04 12:00"));
     EXPECT_EQ(world.notifications.transcript(), "08:30 B | Prévue à 08:30\n09:00 A | Prévue aujourd'hui\n");
-    world.loop.setClock(moment("2025-03-04 06:00"));
     world.loop.advanceTo(moment("2025-03-05 12:00"));
     EXPECT_EQ(world.notifications.transcript(), "");
+}
+
+TEST(NotificationCentre, RingsAtItsMomentThoughTheClockHadBeenAhead) {
+    ModelWorld world("2025-03-04 11:30", "- [ ] A · 2025-03-04 11:00\n");
+    world.start();
+    EXPECT_EQ(world.notifications.transcript(), "11:30 A | Prévue à 11:00\n");
+    world.loop.setClock(moment("2025-03-04 09:30"));
+    world.loop.advance(3h);
+    EXPECT_EQ(world.notifications.transcript(), "11:00 A | Prévue à 11:00\n");
+    EXPECT_EQ(world.notifications.bubbles.size(), 1U); // in the place of the early one
 }
 
 TEST(NotificationCentre, ShowsWhatFellDueAsleepInTheOrderOfTheMoments) {
@@ -24,8 +36,26 @@ TEST(NotificationCentre, ShowsWhatFellDueAsleepInTheOrderOfTheMoments) {
     world.start();
     world.loop.suspend(28h);
     world.model.wokeUp();
-    EXPECT_EQ(world.notifications.transcript(), "12:00 A | Prévue à 08:30\n12:00 B | Prévue aujourd'hui\n"
-                                                "12:00 D | Prévue aujourd'hui\n12:00 Z | Prévue aujourd'hui\n");
+    EXPECT_EQ(world.notifications.transcript(), "12:00 A | Prévue le 04/03 à 08:30\n12:00 B | Prévue le 04/03\n"
+                                                "12:00 D | Prévue le 04/03\n12:00 Z | Prévue aujourd'hui\n");
+}
+
+TEST(NotificationCentre, KeepsWhatIsDueUntilAServerComes) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-04 9:30\n- [ ] C · 2025-03-04\n");
+    world.notifications.capabilities.reachable = false;
+    world.start();
+    EXPECT_FALSE(world.state().notificationsAllowed);
+    world.loop.advanceTo(moment("2025-03-05 10:00"));
+    world.model.toggle(world.task("C"));
+    world.save("- [ ] ❗ AA · 2025-03-04\n" + world.text().substr(world.text().find('\n') + 1)); // its text follows
+    world.loop.advance(2s);
+    EXPECT_EQ(world.preferences.notifiedTasks(), Preferences::Notified{});
+    world.notifications.setReachable(true);
+    world.loop.runPosted();
+    EXPECT_TRUE(world.state().notificationsAllowed);
+    EXPECT_EQ(world.notifications.transcript(),
+              "10:00 AA | Prévue le 04/03 · prioritaire\n10:00 B | Prévue le 04/03 à 09:30\n");
+    EXPECT_EQ(world.preferences.notifiedTasks().size(), 2U);
 }
 
 TEST(NotificationCentre, TriesAgainWhatAServerRefused) {
@@ -46,6 +76,97 @@ TEST(NotificationCentre, GivesThePlaceOfThoseShownToOthersOfTheFile) {
     world.start();
     world.loop.advance(4h);
     EXPECT_EQ(world.notifications.transcript(), "09:00 first | Prévue aujourd'hui\n10:00 last | Prévue à 10:00\n");
+}
+
+TEST(NotificationCentre, DeliversAFewASecondTheOldestMomentFirst) {
+    std::string text;
+    for (int number = 0; number < 1000; ++number)
+        text += "- [ ] t" + std::to_string(number) + " · 2025-03-04 " + Clock{number % 9, 0}.description() + "\n";
+    ModelWorld world("2025-03-04 10:00", text);
+    world.start();
+    const auto moments = [&world] {
+        std::vector<std::string> said;
+        for (const auto& shown : world.notifications.shown) said.push_back(shown.request.content.body);
+        return said;
+    };
+    world.loop.advance(2500ms);
+    EXPECT_EQ(moments(), std::vector<std::string>(12, "Prévue à 00:00"));
+    world.notifications.refusal = "full"; // after a while there is no room
+    world.loop.advance(100s);
+    EXPECT_EQ(moments().size(), 12U);
+    world.notifications.refusal.reset();
+    world.notifications.close(world.notifications.shown[0].handle);
+    world.loop.advance(300s);
+    EXPECT_EQ(moments().size(), 1000U);
+    EXPECT_TRUE(std::ranges::is_sorted(moments()));
+    EXPECT_EQ(world.notifications.bubbles.size(), 999U);
+}
+
+using Action = NotificationServer::Action;
+
+TEST(Bubbles, BelongToTheTaskForWhichTheyWereShown) {
+    ModelWorld world("2025-03-04 10:00", "- [ ] Courses · 2025-03-04\n- [ ] Pain · 2025-03-04\n");
+    world.start();
+    world.model.edit(world.task("Courses"), {.title = "Courses de Noël"});
+    world.model.add("Courses", Day{2025, 3, 4}, {}, false);
+    world.loop.advance(2s);
+    world.notifications.press(world.notifications.shown.back().handle, Action::done); // the new one's
+    EXPECT_TRUE(world.task("Courses").done);
+    EXPECT_FALSE(world.task("Courses de Noël").done);
+    world.model.undo();
+    world.save("- [ ] Lait · 2025-03-04\n" + dravel::replacedAll(world.text(), "Pain", "Pain bis")); // by an editor
+    world.notifications.press("Courses", Action::tomorrow); // of which there are two: the first one's
+    world.notifications.press("Pain", Action::done);
+    EXPECT_EQ(world.text(), "- [ ] Lait · 2025-03-04\n- [ ] Courses de Noël · 2025-03-05\n"
+                            "- [x] Pain bis · 2025-03-04 · ✅ 2025-03-04\n- [ ] Courses · 2025-03-04\n");
+}
+
+TEST(Bubbles, EndWithTheirTaskWithinTwoSeconds) {
+    const auto list = std::string("- [ ] A · 2025-03-04\n");
+    const char* edits[] = {"- [x] A · 2025-03-04 · ✅ 2025-03-04\n", "- [ ] A · 2025-03-05\n", "# rien\n",
+                           "- [ ] B · 2025-03-04\n- [ ] A · 2025-03-05\n"};
+    const char* reasons[] = {"La tâche « A » est déjà cochée.", "La tâche « A » a changé entre-temps.",
+                             "La tâche « A » n'est plus dans la liste.", "La tâche « A » a changé entre-temps."};
+    for (std::size_t i = 0; i < std::size(edits); ++i) {
+        for (const auto button : {Action::done, Action::tomorrow}) {
+            ModelWorld world("2025-03-04 10:00", list);
+            int asked = 0;
+            const auto windows = world.model.windowAsked.connect([&asked](const auto&) { ++asked; });
+            world.start();
+            world.save(edits[i]);
+            world.notifications.press("A", button); // before anybody looked
+            EXPECT_EQ(world.text(), edits[i]);
+            EXPECT_EQ(asked, 1);
+            EXPECT_EQ(world.state().undoBar, (UndoBar{reasons[i], false}));
+        }
+        ModelWorld world("2025-03-04 10:00", list);
+        world.start();
+        world.save(edits[i]);
+        world.loop.advance(2s);
+        EXPECT_FALSE(std::ranges::count(world.notifications.bubbles, "A", [](const auto& bubble) {
+            return bubble.second.title;
+        })) << edits[i];
+    }
+}
+
+TEST(Bubbles, AreAnsweredByTheNextProcessOrClosed) {
+    ModelWorld world("2025-03-04 10:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-04\n- [ ] C\tD · 2025-03-04 09:30\n");
+    world.start();
+    world.restart();
+    EXPECT_EQ(world.notifications.bubbles.size(), 3U);
+    world.notifications.press("A", Action::done);
+    EXPECT_TRUE(world.task("A").done);
+    world.restart([&] { world.save(dravel::replacedAll(world.text(), "] B", "] Bis")); });
+    world.notifications.press("C\tD", Action::tomorrow);
+    EXPECT_EQ(world.task("C\tD").day, (Day{2025, 3, 5}));
+    EXPECT_EQ(world.notifications.bubbles.size(), 1U); // of Bis, which nobody followed: it rings anew
+    world.notifications.capabilities.tellsOnlyOwner = true;
+    const auto handle = world.notifications.bubbles.begin()->first;
+    world.restart();
+    EXPECT_EQ(world.notifications.shown.back().request.replaced, handle);
+    EXPECT_EQ(world.notifications.bubbles.size(), 1U);
+    world.model.end();
+    EXPECT_TRUE(world.notifications.bubbles.empty());
 }
 
 TEST(TestNotification, SaysWhatBecameOfIt) {

@@ -76,6 +76,21 @@ WRAPPED(int, mkdir, (const char* a, mode_t m), (a, m), noexcept)
 WRAPPED(int, faccessat, (int f, const char* a, int m, int o), (f, a, m, o), noexcept)
 WRAPPED(ssize_t, readlink, (const char* a, char* b, size_t n), (a, b, n), noexcept)
 
+WRAPPED(int, statx, (int f, const char* a, int o, unsigned m, struct statx* s), (f, a, o, m, s), noexcept)
+
+extern "C" int fcntl(int descriptor, int command, ...) {
+    static const auto real = reinterpret_cast<int (*)(int, int, ...)>(::dlsym(RTLD_NEXT, "fcntl"));
+    if (const int error = tacla::testing::struck("fcntl")) {
+        errno = error;
+        return -1;
+    }
+    __builtin_va_list arguments;
+    __builtin_va_start(arguments, command);
+    const auto argument = __builtin_va_arg(arguments, long); // a number or a pointer
+    __builtin_va_end(arguments);
+    return real(descriptor, command, argument);
+}
+
 extern "C" int open(const char* path, int flags, ...) {
     static const auto real = reinterpret_cast<int (*)(const char*, int, ...)>(::dlsym(RTLD_NEXT, "open"));
     if (const int error = tacla::testing::struck("open")) {

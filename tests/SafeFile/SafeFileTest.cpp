@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <vector>
 
 using namespace tacla::testing;
@@ -128,8 +130,8 @@ TEST(SafeFile, UndoesAWriteInPlaceThatAPowerCutLeftHalfDone) {
         {fresh + "x", fresh + "x"}};
     for (const auto& [found, kept] : cases) {
         const SafeFileWorld world(found);
-        writeBytes(world.list / ".taches.md.tacla-old-text", old);
-        writeBytes(world.list / ".taches.md.tacla-new-text", fresh);
+        writeBytes(world.list / ".taches.md.tacla-old-text-0000001234", old); // of any user
+        writeBytes(world.list / ".taches.md.tacla-new-text-0000001234", fresh);
         EXPECT_EQ(world.failure(), "");
         EXPECT_EQ(world.text(), mark + kept);
         EXPECT_EQ(world.entries(), 1);
@@ -165,6 +167,86 @@ TEST(SafeFile, WaitsForALockNoLongerThanTwoSeconds) {
     };
     SafeFile::edit(world.file, whileLocked, world.locks);
     EXPECT_EQ(world.text(), "- [ ] Pain\n");
+}
+
+TEST(SafeFile, SavesWithoutAFolderForItsLocks) {
+    const SafeFileWorld world;
+    writeBytes(world.locks, "in the way");
+    const auto whileLocked = [&](std::string_view) {
+        EXPECT_EQ(world.failure(), "Tacla est déjà en train d'écrire ce fichier");
+        return std::nullopt;
+    };
+    SafeFile::edit(world.file, whileLocked, world.locks);
+    EXPECT_EQ(world.failure(), "");
+}
+
+TEST(SafeFile, LocksAFileByAllItsNamesAndFromAllLockFolders) {
+    const SafeFileWorld world;
+    std::filesystem::create_hard_link(world.file, world.list / "other.md");
+    const auto meanwhile = [&](std::string_view) {
+        EXPECT_EQ(world.failureAt(world.list / "other.md"), "Tacla est déjà en train d'écrire ce fichier");
+        EXPECT_THROW(SafeFile::edit(world.file, marked, world.folder / "other locks"), dravel::FileError);
+        return std::nullopt;
+    };
+    SafeFile::edit(world.file, meanwhile, world.locks);
+    EXPECT_EQ(world.text(), "- [ ] Pain\n");
+}
+
+TEST(SafeFile, LocksOutNoOwnerOfAFolderInWhichRootSaved) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can act for somebody else";
+    for (const bool asBefore : {false, true}) {
+        const SafeFileWorld world;
+        for (const auto& path : {world.folder.path(), world.list, world.file}) giveToNobody(path);
+        EXPECT_EQ(world.failure(), "");
+        for (const auto& lock : std::filesystem::directory_iterator(world.locks)) {
+            if (!asBefore) continue;
+            giveToNobody(world.locks);
+            EXPECT_TRUE(::chown(lock.path().c_str(), 0, 0) == 0 && ::chmod(lock.path().c_str(), 0600) == 0);
+        }
+        EXPECT_EQ(inChild([&] {
+                      becomeNobody();
+                      return world.failure() == "" ? 0 : 1;
+                  }),
+                  0);
+    }
+}
+
+TEST(SafeFile, WaitsForWhoeverStillWritesIntoTheFile) {
+    const SafeFileWorld world;
+    {
+        const std::ofstream writer(world.file, std::ios::app);
+        EXPECT_EQ(world.failure(), "Un autre programme est en train d'écrire ce fichier");
+    }
+    EXPECT_EQ(world.text(), "- [ ] Pain\n");
+    EXPECT_EQ(world.entries(), 1);
+    EXPECT_EQ(world.failure(), "");
+}
+
+TEST(SafeFile, IsNotHeldUpByWhatAKilledUserLeftInASharedFolder) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can make a file of somebody else's";
+    const SafeFileWorld world;
+    for (const auto* name : {".taches.md.tacla-old-text-0000000000", ".taches.md.tacla-new-text-0000000000"}) {
+        writeBytes(world.list / name, "x");
+        ::chmod((world.list / name).c_str(), 0600);
+    }
+    for (const auto& path : {world.folder.path(), world.list, world.file}) ::chmod(path.c_str(), 01777);
+    EXPECT_EQ(inChild([&] {
+                  becomeNobody();
+                  return world.failure() == "" ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(world.text(), mark + "- [ ] Pain\n");
+}
+
+TEST(SafeFile, LeavesNothingInAFolderThatOnlyGrows) {
+    const SafeFileWorld world;
+    const auto flag = [&](const char* how) {
+        return std::system(("chattr " + std::string(how) + " " + world.list.string() + " 2>/dev/null").c_str());
+    };
+    if (flag("+a") != 0) GTEST_SKIP() << "no such folders here";
+    EXPECT_EQ(world.failure(), "Opération non permise");
+    EXPECT_EQ(world.entries(), 1);
+    EXPECT_EQ(flag("-a"), 0);
 }
 
 TEST(SafeFile, LosesNoEditOfTwentyProcessesAtOnce) {

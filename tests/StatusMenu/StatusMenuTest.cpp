@@ -78,6 +78,24 @@ TEST(StatusMenu, ShowsFifteenComingTasksAndEveryLateOne) {
     EXPECT_EQ(coming.children.back().label, "01/12  Plus tard 14");
 }
 
+TEST(DesktopSearch, FindsOpenTasksByTheirWordsAndSaysWhenTheyAre) {
+    std::string file =
+        "- [ ] Appeler le garage · 2026-11-25 14:30\n- [ ] Garage à ranger · 2026-11-24\n"
+        "- [ ] Appeler Zoé, garage\n- [x] Payer le garage · 2026-11-24\n- [ ] Le garage · 2026-12-04 09:00\n";
+    const auto found = [&](std::string_view typed) {
+        std::string text;
+        for (const auto& entry : searchEntries(stateOf(file), typed)) text += entry.title + " | " + entry.when + "\n";
+        return text;
+    };
+    EXPECT_EQ(found("GARAGE"),
+              "Appeler le garage | demain 14:30\nGarage à ranger | aujourd'hui\nAppeler Zoé, garage | \n"
+              "Le garage | 04/12 09:00\n");
+    EXPECT_EQ(found("zoe appel"), "Appeler Zoé, garage | \n");
+    EXPECT_EQ(found(""), "");
+    for (int i = 0; i < 20; ++i) file += "- [ ] Garage " + std::to_string(i) + "\n";
+    EXPECT_EQ(searchEntries(stateOf(file), "garage").size(), 10U);
+}
+
 TEST(StatusMenu, CutsALongLabelAndNamesTheTaskAsItIs) {
     const std::string title(70, 'x');
     const auto long63 = statusMenu(stateOf("- [ ] " + title + " · 2026-11-24\n"), false);
@@ -89,5 +107,12 @@ TEST(StatusMenu, CutsALongLabelAndNamesTheTaskAsItIs) {
     const auto twins = stateOf("- [ ] Pain · 2026-11-24\n- [ ] pain · 2026-11-24\n");
     for (const std::size_t i : {0U, 1U})
         EXPECT_EQ(statusMenu(twins, false).at(i + 1).command,
-                  (MenuCommand{MenuCommand::Kind::toggle, twins.tasks.at(i).key}));
+                  (MenuCommand{MenuCommand::Kind::toggle, twins.tasks.at(i)}));
+}
+
+TEST(StatusMenu, SaysOverTheIconWhatIsWrongWithTheList) {
+    auto state = stateOf("- [ ] Pain · 2026-11-24\n");
+    EXPECT_EQ(statusToolTip(state), "Tacla · 1 à faire");
+    state.fileError = "Impossible d'écrire /t.md : Permission non accordée";
+    EXPECT_EQ(statusToolTip(state), "Tacla · Impossible d'écrire /t.md : Permission non accordée");
 }

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
+#include <random>
 #include <set>
 
 namespace tacla {
@@ -18,6 +20,8 @@ namespace {
 
 constexpr Instant start{std::chrono::sys_days{std::chrono::year{2025} / 3 / 4} + 7h};
 
+std::string withoutMark(std::string name) { return name.erase(name.find(' ', 11) + 1, 9); }
+
 struct List {
     TemporaryFolder folder;
     fs::path file = folder / "taches.md";
@@ -29,17 +33,52 @@ struct List {
     }
 
     bool write(const std::string& text, Instant now) const {
-        return TaskDocument(file, folders).edit([&](std::string_view) { return text; }, now) != nullptr;
+        return TaskDocument(file, folders).edit([&](std::string_view) { return text; }, now).has_value();
     }
     std::map<std::string, std::string> copies() const {
         std::map<std::string, std::string> texts;
         if (!fs::exists(copiesFolder(folders))) return texts;
         for (const auto& entry : fs::directory_iterator(copiesFolder(folders)))
-            texts[entry.path().filename()] = readBytes(entry.path());
+            texts[withoutMark(entry.path().filename())] = readBytes(entry.path());
         return texts;
     }
 };
 
+}
+
+// Against a model that knows each task by its place: its key of now, and the one that the calendar knows it by.
+TEST(RenamedKeys, LeadFromWhatTheCalendarKnowsToTheKeysOfNowOverRandomRenamesDuringSyncs) {
+    std::mt19937 random(20250304);
+    const auto pick = [&](std::size_t n) { return random() % n; };
+    for (int history = 0; history < 300; ++history) {
+        RenamedKeys keys;
+        std::vector<std::string> now{"a", "b", "c", "d"}, known = now, sent;
+        RenamedKeys::Map given;
+        for (int step = 0; step < 30; ++step) {
+            const auto task = pick(now.size());
+            const auto to = std::string(1, static_cast<char>('a' + pick(7)));
+            const auto other = std::ranges::find(now, to);
+            RenamedKeys::Map renamed{{now[task], to}};
+            if (other != now.end()) { // takes the title of another one, which is numbered anew
+                const auto place = static_cast<std::size_t>(other - now.begin());
+                if (place == task) continue;
+                renamed[to] = now[place] = now[task];
+            }
+            now[task] = to;
+            keys.remember(renamed);
+            if (sent.empty() && pick(3) == 0) {
+                given = keys.sinceSync();
+                sent = now;
+            } else if (!sent.empty() && pick(2) == 0) {
+                keys.synced(given);
+                known = std::exchange(sent, {});
+            }
+            for (std::size_t i = 0; i < now.size(); ++i) {
+                const auto found = keys.sinceSync().find(known[i]);
+                ASSERT_EQ(found == keys.sinceSync().end() ? known[i] : found->second, now[i]);
+            }
+        }
+    }
 }
 
 TEST(TaskDocument, KeepsTheTextThatItReplacesForTheUserAlone) {
@@ -56,14 +95,12 @@ TEST(TaskDocument, KeepsTheTextThatItReplacesForTheUserAlone) {
                                                                  {"2025-03-04 08h00m01s taches.md", "three"}}));
     const auto permissions = [](const fs::path& path) { return static_cast<int>(fs::status(path).permissions()); };
     EXPECT_EQ(permissions(copiesFolder(list.folders)), 0700);
-    EXPECT_EQ(permissions(copiesFolder(list.folders) / "2025-03-04 08h00m01s taches.md"), 0600);
+    for (const auto& copy : fs::directory_iterator(copiesFolder(list.folders))) EXPECT_EQ(permissions(copy), 0600);
 }
 
 TEST(TaskDocument, SavesWhetherOrNotACopyCanBeKept) {
     const List list;
     writeBytes(list.file, "one");
-    const auto tooLong = std::string((20 << 20) + 1, 'x');
-    EXPECT_FALSE(dravel::FileCopies::keep(list.folder / "copies", list.file, tooLong, start));
     writeBytes(list.folders.state, "in the way");
     EXPECT_TRUE(list.write("two", start));
     EXPECT_EQ(readBytes(list.file), "two");
@@ -84,24 +121,81 @@ TEST(TaskDocument, LeavesNoCopyOfWhatWasNotReplaced) {
     EXPECT_EQ(list.copies(), (std::map<std::string, std::string>{{"2025-03-04 08h00m00s taches.md", "by an editor"}}));
 }
 
-TEST(FileCopies, AreAtMostFiftyTwentyMebibytesAndThirtyDays) {
+TEST(TaskDocument, SeesASaveThatKeepsTheModificationTime) {
+    const List list;
+    writeBytes(list.file, "- [ ] Pain\n");
+    TaskDocument document(list.file, list.folders);
+    document.read();
+    EXPECT_FALSE(document.isStale(document.onDisk()));
+    const auto modified = fs::last_write_time(list.file);
+    writeBytes(list.folder / "new", "- [ ] Lait\n");
+    fs::last_write_time(list.folder / "new", modified);
+    fs::rename(list.folder / "new", list.file); // as a program that synchronises folders does
+    EXPECT_TRUE(document.isStale(document.onDisk()));
+}
+
+TEST(FileCopies, AreThinnedByAgeAndByListWithinTheirTotal) {
     using dravel::FileCopies::Copy;
-    const auto left = [](std::vector<Copy> copies, std::optional<std::uintmax_t> joining) {
+    const auto left = [](std::vector<Copy> copies, std::optional<Copy> joining = {}) {
         std::set<std::string> names;
         for (const auto& copy : copies) names.insert(copy.path);
         for (const auto& copy : dravel::FileCopies::surplus(copies, start, joining)) names.erase(copy.path);
         return names;
     };
-    std::vector<Copy> many;
-    for (int age = 0; age < 60; ++age) many.push_back({"copy", 1, start - std::chrono::minutes(age)});
-    EXPECT_EQ(dravel::FileCopies::surplus(many, start).size(), 10U);
-    EXPECT_EQ(dravel::FileCopies::surplus(many, start, 1).size(), 11U);
-    const std::uintmax_t third = 7 << 20;
-    const std::vector<Copy> large{{"a", third, start - 3h}, {"b", third, start - 2h}, {"c", 1, start - 4h}};
-    EXPECT_EQ(left(large, {}), (std::set<std::string>{"a", "b", "c"}));
-    EXPECT_EQ(left(large, third), (std::set<std::string>{"b"}));
-    const std::vector<Copy> old{{"a", 1, start - 720h}, {"b", 1, start - 720h - 1ms}, {"future", 1, start + 9h}};
-    EXPECT_EQ(left(old, {}), (std::set<std::string>{"a", "future"}));
+    using Names = std::set<std::string>;
+    const auto at = [](const char* name, auto age, std::uintmax_t bytes = 1, const char* of = "A") {
+        return Copy{name, of, bytes, start - age};
+    };
+    std::vector<Copy> busy; // a copy a minute for forty days
+    for (int age = 0; age < 40 * 24 * 60; ++age)
+        busy.push_back({"copy" + std::to_string(age), "A", 1, start - std::chrono::minutes(age)});
+    EXPECT_EQ(left(busy).size(), 8 * 60 + 1 + 7 * 24 - 8 + 24U);
+    EXPECT_EQ(left({at("a", 30h - 1min), at("b", 30h), at("c", 30h + 1min, 1, "B"), at("d", 240h), at("e", 241h),
+                    at("f", 720h), at("g", 720h + 1ms), at("future", -9h)}),
+              (Names{"a", "c", "d", "f", "future"}));
+    constexpr std::uintmax_t third = 70'000'000;
+    EXPECT_EQ(left({at("a", 2h, third), at("b", 3h, third), at("c", 700h, third, "B")}), (Names{"a", "c"}));
+    EXPECT_EQ(left({at("a", 2h, third), at("b", 3h, third), at("c", 700h, third, "B")}, at("new", 0h, third)),
+              (Names{"c"}));
+}
+
+TEST(FileCopies, TellListsApartTakeLongNamesAndLeaveOthersAlone) {
+    const List list;
+    const auto folder = list.folder / "copies";
+    const fs::path other = "/b/taches.md";
+    fs::create_directories(folder);
+    for (const auto* name : {"notes.md", "2025-01-04 notes.md", "2025-01-04 08h00m00s"}) {
+        writeBytes(folder / name, "x");
+        fs::last_write_time(folder / name, fs::file_time_type::min() + 1h);
+    }
+    EXPECT_TRUE(dravel::FileCopies::keep(folder, "/a/taches.md", "one", start));
+    EXPECT_TRUE(dravel::FileCopies::keep(folder, other, "two", start));
+    EXPECT_TRUE(dravel::FileCopies::keep(folder, "/a/" + std::string(250, 'x') + "é.md", "long", start));
+    EXPECT_FALSE(dravel::FileCopies::keep(folder, other, std::string(200'000'001, 'x'), start));
+    dravel::FileCopies::prune(folder, start + 24h);
+    const auto copies = dravel::FileCopies::of(folder, other);
+    ASSERT_EQ(copies.size(), 1U);
+    EXPECT_EQ(readBytes(copies[0].path), "two");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 6);
+}
+
+TEST(TaskDocument, CountsDatesBehindCarriageReturnsAndTakesTheseAway) {
+    const List list;
+    const std::string crlf =
+        "# Liste\r\n- [ ] A · 2025-03-04\r\n- [x] B · 2025-03-04 · \xE2\x9C\x85 2025-03-05\r\n- [ ] C\r\n- [ ] D\rE\n- "
+        "[ ] F · 2025-03-04\r";
+    writeBytes(list.file, crlf);
+    TaskDocument document(list.file, list.folders);
+    document.read();
+    EXPECT_EQ(document.unreadDates(), 3U);
+    document.edit(UserEdit::plainLineEnds().apply, start);
+    document.read();
+    EXPECT_EQ(document.unreadDates(), 0U);
+    EXPECT_EQ(readBytes(list.file),
+              "# Liste\n- [ ] A · 2025-03-04\n- [x] B · 2025-03-04 · \xE2\x9C\x85 2025-03-05\n- [ ] C\n- [ ] "
+              "D\rE\n- [ ] F · 2025-03-04");
+    document.undo(start);
+    EXPECT_EQ(readBytes(list.file), crlf);
 }
 
 }

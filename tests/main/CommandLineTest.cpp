@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 using namespace tacla;
 using namespace tacla::testing;
 using namespace std::string_literals;
@@ -108,7 +110,7 @@ TEST(CommandLine, RenamesTheOnlyMatch) {
         {"", "Beurre", "tacla : aucune tâche ne contient «  »\n1", ""},
         {"pain", "Pain", "refused", ""},
         {"pain", "❗ ", "refused", ""},
-        {"pain", "Pain\nBeurre", "refused", ""},
+        {"pain", "A\r\n B\u2028C\u0085\fD\n", "✏️ ❗ Pain → A  B C D\n0", "- [ ] ❗ A  B C D · 2025-03-06"},
         {"pain", "Caf\xE9", "refused", ""},
     };
     for (const auto& [search, title, shown, line] : cases) {
@@ -148,7 +150,7 @@ TEST(CommandLine, NamesTheFileThatItCannotReadOrWrite) {
     check();
 
     User blocked("- [ ] Pain\n");
-    writeBytes(blocked.home / "locks", "a file where the folder of the locks should be");
+    const std::ofstream writer(blocked.file, std::ios::app);
     EXPECT_EQ(blocked.types("done|pain"), "tacla : impossible d'écrire " + blocked.file.string() + "\n1");
     EXPECT_EQ(blocked.types("rename|pain|Lait"),
               "tacla : impossible de renommer dans " + blocked.file.string() + "\n1");

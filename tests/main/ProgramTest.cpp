@@ -100,6 +100,15 @@ TEST_F(Program, LoadsNeitherWindowNorNetworkForTheTerminal) {
 #endif
 }
 
+TEST_F(Program, SaysInFrenchThatItsFolderIsGone) {
+    const auto gone = (folder / "gone").string();
+    for (const auto* command : {" list", " done pain"})
+        EXPECT_EQ(
+            shell("mkdir " + gone + "; cd " + gone + "; rmdir " + gone + "; TACLA_FILE=taches.md " + program + command)
+                .output,
+            "tacla : taches.md illisible\n");
+}
+
 TEST_F(Program, GoesOnWithDamagedSettings) {
     const std::filesystem::path settings = std::getenv("XDG_CONFIG_HOME") + std::string("/fr.dravel.Tacla");
     std::filesystem::create_directories(settings);

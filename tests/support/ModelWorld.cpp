@@ -3,12 +3,13 @@
 #include "DravelKit/Foundation/WallCalendar.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace tacla::testing {
 
 namespace fs = std::filesystem;
 
-static dravel::UserFolders folders(const fs::path& all) {
+static dravel::UserFolders foldersIn(const fs::path& all) {
     return {all, all, all, all, all / "Documents", all / "locks"};
 }
 
@@ -19,10 +20,21 @@ Instant moment(std::string_view text) {
 }
 
 ModelWorld::ModelWorld(std::string_view now, std::string_view tasks)
-    : file(folder / "taches.md"), loop(moment(now)), preferences(folder / "preferences.json", folder / "locks"),
-      model({loop, background, preferences, folders(folder.path()), &notifications, &loginItem, &calendar}, file) {
+    : file(folder / "taches.md"), loop(moment(now)), folders(foldersIn(folder.path())),
+      preferences(folder / "preferences.json", folder / "locks"), model(ports(), file) {
     writeBytes(file, tasks);
     observer = model.changed.connect([this] { ++told; });
+}
+
+AppModel::Ports ModelWorld::ports() {
+    return {loop, background, preferences, folders, &notifications, &loginItem, &calendar};
+}
+
+void ModelWorld::restart(const std::function<void()>& meanwhile) {
+    std::destroy_at(&model);
+    if (meanwhile) meanwhile();
+    std::construct_at(&model, ports(), file);
+    start();
 }
 
 void ModelWorld::start() {

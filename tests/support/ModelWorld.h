@@ -7,6 +7,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualLoop.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -22,15 +23,39 @@ class RecordedCalendar final : public CalendarService {
     Connection present = Connection::signedIn;
     std::optional<std::string> failure;                   // of the next calls
     bool signedOutMeanwhile = false;                      // run finds no account
+    bool passing = false;                                 // run meets a trouble that passes
+    bool stopped = false;                                 // whether the last run was
     std::vector<std::map<std::string, std::string>> runs; // the renamed keys that each sync was given
+    std::vector<std::string> sent;                        // the first task of each
 
-    Connection account(std::stop_token) override { return present; }
-    void signIn(std::stop_token) override { failIfTold(); }
-    void signOut(std::stop_token) override { failIfTold(); }
-    void run(const Tasks&, const std::map<std::string, std::string>& renamed, std::stop_token) override {
-        runs.push_back(renamed);
-        if (signedOutMeanwhile) throw NotSignedIn("Non connecté");
+    std::vector<bool> mayAskUser; // for each look at the account
+    std::function<void(const Tell&, const std::stop_token&)> duringSignIn;
+    dravel::OAuthClient::Source clientFile = dravel::OAuthClient::Source::own;
+
+    Connection account(bool mayAsk, std::stop_token) override {
+        mayAskUser.push_back(mayAsk);
+        return present;
+    }
+    void signIn(const Tell& tell, std::stop_token stop) override {
+        if (duringSignIn) duringSignIn(tell, stop);
         failIfTold();
+    }
+    dravel::OAuthClient::Source client() const override { return clientFile; }
+    void useClient(const std::filesystem::path& downloaded) override {
+        failIfTold();
+        clientFile = downloaded.extension() == ".json" ? dravel::OAuthClient::Source::own : clientFile;
+    }
+    void signOut(std::stop_token) override { failIfTold(); }
+    Turn takeTurn(std::stop_token, const std::function<void()>&) override { return {}; }
+    std::string run(const Turn&, const Tasks& tasks, const std::map<std::string, std::string>& renamed,
+                    std::stop_token stop) override {
+        runs.push_back(renamed);
+        sent.push_back(tasks.empty() ? "" : tasks[0].title + (tasks[0].done ? ": done" : ""));
+        stopped = stop.stop_requested();
+        if (signedOutMeanwhile) throw NotSignedIn("Non connecté");
+        if (passing) throw Failure("hors ligne", "attendre", true);
+        failIfTold();
+        return {};
     }
 
   private:
@@ -44,7 +69,12 @@ class RecordedLoginItem final : public LoginItem {
     bool enabled = false;
     std::optional<dravel::FileError> failure;
 
-    bool isEnabled() const override { return enabled; }
+    bool switchedOff = false, unasked = true;
+
+    Status status() const override {
+        return switchedOff ? Status::switchedOff : enabled ? Status::enabled : Status::absent;
+    }
+    bool mayComeUnasked() const override { return unasked; }
     void enable() override { set(true); }
     void disable() override { set(false); }
 
@@ -64,6 +94,7 @@ struct ModelWorld {
     std::filesystem::path file;
     VirtualLoop loop;
     VirtualBackground background{loop};
+    dravel::UserFolders folders;
     Preferences preferences;
     RecordedNotifications notifications{loop};
     RecordedCalendar calendar;
@@ -73,10 +104,14 @@ struct ModelWorld {
     dravel::Connection observer;
 
     void start();
+    void restart(const std::function<void()>& meanwhile = {}); // after a kill: nothing was brought to its end
     void save(std::string_view text) const; // as an editor does; the modification time differs for sure
     std::string text() const { return readBytes(file); }
     const ModelState& state() const { return model.state(); }
     const TaskItem& task(std::string_view title) const;
+
+  private:
+    AppModel::Ports ports();
 };
 
 }

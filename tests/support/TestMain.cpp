@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
     GTEST_FLAG_SET(random_seed, 20250304);
 #ifdef QT_WIDGETS_LIB
     QApplication application(argc, argv);
-    dravel::installLook(application, dravel::Appearance::Light);
+    dravel::installLook(application, dravel::Appearance::light);
 #endif
     return RUN_ALL_TESTS();
 }

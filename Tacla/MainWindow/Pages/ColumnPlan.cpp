@@ -36,7 +36,7 @@ class ByteWidths {
         std::fill(widths_.begin() + 128, widths_.end(), static_cast<float>(metrics.maxWidth() / 4));
     }
 
-    int lines(const std::string& text, int room) const {
+    int lines(std::string_view text, int room) const {
         float width = 0;
         for (const char byte : text) width += widths_[static_cast<unsigned char>(byte)];
         return std::max(1, static_cast<int>(std::ceil(width / static_cast<float>(room))));
@@ -165,7 +165,8 @@ std::vector<int> estimatedRowHeights(const TaskGroups& groups, int rowWidth) {
     std::vector<int> heights;
     for (const auto& group : groups)
         for (const auto& task : group.tasks)
-            heights.push_back(TaskRow::heightOf(widths.lines(task.title, room), hasTags(task, group.showDay) ? 1 : 0));
+            heights.push_back(TaskRow::heightOf(widths.lines(std::string_view(task.title).substr(0, 10'000), room),
+                                                hasTags(task, group.showDay) ? 1 : 0));
     return heights;
 }
 

@@ -8,12 +8,12 @@
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 
-#include <QApplication>
 #include <QClipboard>
 #include <QDropEvent>
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QMenu>
 #include <QMimeData>
-#include <QUrl>
 
 namespace tacla {
 
@@ -26,6 +26,8 @@ using dravel::Switch;
 using dravel::Symbol;
 
 namespace {
+
+constexpr std::size_t mostCopiesOffered = 30;
 
 // A button at the right of a row. Several buttons of a page say "Ouvrir": the accessible name tells them apart.
 template <class Action>
@@ -91,7 +93,11 @@ void SettingsPage::addListCard() {
     });
 
     auto* copies = addRow(*card, Symbol::files, u"copies"_s, u"Copies de la liste"_s,
-                          u"Une copie est gardée avant chaque changement, pendant 30 jours au plus."_s);
+                          u"Une copie est gardée avant chaque changement : toutes celles du jour, puis une par heure "
+                          u"pendant 7 jours, puis une par jour pendant 30 jours, 200 Mo en tout."_s);
+    auto* bringBack = neutral(u"Rétablir…"_s);
+    addButton(bringBack, *copies, "copies.bringBack", u"Rétablir une copie de la liste"_s,
+              [this, bringBack] { offerCopies(*bringBack); });
     addButton(neutral(u"Afficher les copies"_s), *copies, "copies.show", u"Afficher les copies"_s,
               [this] { actions_.showCopies(); });
     card->setAcceptDrops(true);
@@ -124,6 +130,21 @@ bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
     return true;
 }
 
+void SettingsPage::offerCopies(QWidget& button) {
+    auto* menu = new QMenu(this);
+    menu->setObjectName(u"copies"_s);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    auto copies = model_.copies();
+    if (copies.empty()) menu->addAction(u"Aucune copie de cette liste"_s)->setEnabled(false);
+    if (copies.size() > mostCopiesOffered) copies.resize(mostCopiesOffered); // the others stand in the folder
+    for (const auto& copy : copies) {
+        auto* one = menu->addMenu(toQt(copyText(copy.made, model_.state().today)));
+        one->addAction(u"Regarder"_s, this, [this, path = copy.path] { actions_.openFile(path); });
+        one->addAction(u"Rétablir"_s, this, [this, path = copy.path] { model_.bringBack(path); });
+    }
+    menu->popup(button.mapToGlobal(button.rect().bottomLeft())); // not exec(), for those on the accessibility bus
+}
+
 void SettingsPage::addNotificationsCard() {
     auto* card = new SettingsCard(Symbol::bellFill, u"Notifications"_s, {}, &stage());
     reminders_ =
@@ -141,9 +162,7 @@ void SettingsPage::addNotificationsCard() {
 void SettingsPage::addCalendarCard() {
     auto* card = new SettingsCard(Symbol::calendar3, u"Google Agenda"_s,
                                   u"Facultatif : pour voir vos tâches datées dans Google Agenda."_s, &stage());
-    account_ = addRow(*card, Symbol::personCircle, u"account"_s, u"Compte Google"_s);
-    signIn_ = new Button(Button::Kind::soft, u"Se connecter…"_s);
-    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
+    addAccountRows(*card);
     const auto mirror = u"Recopier les tâches dans l'agenda"_s;
     mirror_ = addRow(*card, Symbol::calendarPlus, u"mirror"_s, mirror);
     mirrorOn_ = addSwitch(*mirror_, "mirror.switch", mirror, [this](bool on) {
@@ -156,11 +175,33 @@ void SettingsPage::addCalendarCard() {
     add(card);
 }
 
+void SettingsPage::addAccountRows(SettingsCard& card) {
+    account_ = addRow(card, Symbol::personCircle, u"account"_s, u"Compte Google"_s);
+    addButton(neutral(u"Mode d'emploi"_s), *account_, "account.guide", u"Mode d'emploi de Google Agenda"_s,
+              [this] { actions_.openGuide(); });
+    copyAddress_ = neutral(u"Copier l'adresse"_s);
+    addButton(copyAddress_, *account_, "account.copyAddress", u"Copier l'adresse de connexion"_s, [this] {
+        if (const auto& wait = model_.state().signIn) QGuiApplication::clipboard()->setText(toQt(wait->address));
+    });
+    leave_ = neutral(u"Annuler"_s);
+    addButton(leave_, *account_, "account.leave", u"Annuler la connexion à Google"_s, [this] { model_.leaveSignIn(); });
+    signIn_ = new Button(Button::Kind::soft, u"Se connecter…"_s);
+    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
+    signOut_ = neutral(u"Se déconnecter"_s);
+    addButton(signOut_, *account_, "account.signOut", u"Se déconnecter de Google"_s, [this] { model_.signOut(); });
+
+    client_ = addRow(card, Symbol::fileEarmark, u"client"_s, u"Fichier client"_s);
+    addButton(neutral(u"Choisir le fichier client…"_s), *client_, "client.choose", u"Choisir le fichier client"_s,
+              [this] {
+                  actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
+              });
+}
+
 void SettingsPage::addSystemCard() {
     auto* card = new SettingsCard(&stage());
     const auto title = u"Ouvrir Tacla à l'ouverture de session"_s;
-    auto* login = addRow(*card, Symbol::power, u"login"_s, title);
-    loginOn_ = addSwitch(*login, "login.switch", title, [this](bool on) {
+    login_ = addRow(*card, Symbol::power, u"login"_s, title);
+    loginOn_ = addSwitch(*login_, "login.switch", title, [this](bool on) {
         if (on == model_.state().launchAtLogin) return;
         model_.setLaunchAtLogin(on);
         refresh(); // the desktop may have refused
@@ -172,12 +213,12 @@ void SettingsPage::addSystemCard() {
                u"du clavier de votre bureau :\n"_s +
                    command);
     addButton(neutral(u"Copier"_s), *quick, "quick.copy", u"Copier la commande de la saisie rapide"_s,
-              [command] { QApplication::clipboard()->setText(command); });
+              [command] { QGuiApplication::clipboard()->setText(command); });
     quick->setTextsSelectable(true);
     auto* terminal =
         addRow(*card, Symbol::terminal, u"terminal"_s, u"En ligne de commande"_s,
                pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);
-    login->setTextsSelectable(true);
+    login_->setTextsSelectable(true);
     terminal->setTextsSelectable(true);
     add(card);
 }
@@ -208,20 +249,35 @@ void SettingsPage::refresh() {
     allow_->setVisible(!state.notificationsAllowed);
     test_->setNote(state.notificationTest ? toQt(*state.notificationTest) : QString());
     loginOn_->setChecked(state.launchAtLogin);
+    login_->setDetail(toQt(trayText(state)));
+    refreshAccount();
     refreshCalendar();
+}
+
+void SettingsPage::refreshAccount() {
+    using Source = dravel::OAuthClient::Source;
+    const auto& state = model_.state();
+    const bool signedIn = state.connection == Connection::signedIn;
+    const bool signingIn = state.connection == Connection::signingIn;
+    const bool noBrowser = state.signIn && state.signIn->noBrowser;
+    account_->setDetail(toQt(accountText(state)), noBrowser ? Theme::dangerText : Theme::textSecondary);
+    account_->setDone(signedIn, u"Connecté"_s);
+    account_->setStatus(signingIn ? u"Connexion"_s : QString());
+    copyAddress_->setVisible(noBrowser);
+    leave_->setVisible(signingIn);
+    signIn_->setVisible(!signedIn && !signingIn && state.googleClient != Source::missing);
+    signOut_->setVisible(signedIn);
+    client_->setVisible(!signedIn && !signingIn && state.googleClient != Source::package);
+    client_->setDetail(toQt(clientText(state.googleClient)),
+                       state.googleClient == Source::unreadable ? Theme::dangerText : Theme::textSecondary);
 }
 
 void SettingsPage::refreshCalendar() {
     const auto& state = model_.state();
-    const bool signedIn = state.connection == Connection::signedIn;
-    const bool signingIn = state.connection == Connection::signingIn;
-    account_->setDetail(signedIn ? u"Connecté à votre compte Google."_s : QString());
-    account_->setDone(signedIn, u"Connecté"_s);
-    account_->setStatus(signingIn ? u"Connexion"_s : QString());
-    signIn_->setVisible(!signedIn && !signingIn);
     mirrorOn_->setChecked(state.calendarSync);
     mirror_->setDetail(toQt(calendarSyncText(state.calendarSync)));
     sync_->setDetail(toQt(syncText(state, shortTime)), state.syncError ? Theme::dangerText : Theme::textSecondary);
+    sync_->setNote(toQt(state.syncHint.value_or("")));
 }
 
 }

@@ -25,17 +25,20 @@ class SettingsPage final : public dravel::DravelPage {
 
   private:
     void addListCard();
+    void offerCopies(QWidget& button);
     void addNotificationsCard();
     void addCalendarCard();
+    void addAccountRows(dravel::SettingsCard&);
     void addSystemCard();
     void addFooter();
     void refresh();
+    void refreshAccount();
     void refreshCalendar();
 
     AppModel& model_;
     const DesktopActions& actions_;
-    dravel::SettingRow *file_, *reminders_, *test_, *account_, *mirror_, *sync_;
-    dravel::Button *allow_, *signIn_;
+    dravel::SettingRow *file_, *reminders_, *test_, *account_, *client_, *mirror_, *sync_, *login_;
+    dravel::Button *allow_, *signIn_, *copyAddress_, *leave_, *signOut_;
     dravel::Switch *mirrorOn_, *loginOn_;
 };
 

@@ -11,9 +11,12 @@
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QFocusEvent>
+#include <QGuiApplication>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QStyleHints>
 
 #include <algorithm>
 
@@ -25,12 +28,36 @@ using namespace Qt::StringLiterals;
 // A card with a group's title and count. The column that it stands in places it and its rows.
 class TaskListCard final : public dravel::Card {
   public:
-    explicit TaskListCard(QWidget* parent = nullptr);
-    void setGroup(const TaskGroup&);
+    explicit TaskListCard(QWidget* parent = nullptr)
+        : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::calendar3, Theme::accent, {}, this)),
+          postpone_(new dravel::Button(dravel::Button::Kind::neutral, u"Tout reporter"_s)),
+          empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
+        setObjectName(u"tasks"_s);
+        postpone_->setObjectName(u"postponeAll"_s);
+        postpone_->hide();
+    }
+
+    void setGroup(const TaskGroup& group) {
+        const auto title = toQt(group.title());
+        setAccessibleName(title);
+        header_->setTitle(title);
+        header_->setSymbol(group.symbol, toneOf(group.role));
+        header_->setCount(static_cast<int>(group.tasks.size()));
+        if (group.postponable) header_->setControl(postpone_);
+        postpone_->setVisible(group.postponable);
+        empty_->setText(toQt(group.empty));
+        empty_->setVisible(group.tasks.empty());
+    }
+
     dravel::Button& postpone() { return *postpone_; }
 
   protected:
-    void resizeEvent(QResizeEvent*) override;
+    void resizeEvent(QResizeEvent* event) override {
+        Card::resizeEvent(event);
+        constexpr int rowsTop = ColumnLayout::cardPadding + ColumnLayout::headerHeight;
+        header_->setGeometry(0, ColumnLayout::cardPadding, width(), ColumnLayout::headerHeight);
+        empty_->setGeometry(textColumn, rowsTop + 4, width() - textColumn - 2 * ColumnLayout::cardPadding, 18);
+    }
 
   private:
     dravel::CardHeader* header_;
@@ -38,38 +65,9 @@ class TaskListCard final : public dravel::Card {
     dravel::TextLabel* empty_;
 };
 
-TaskListCard::TaskListCard(QWidget* parent)
-    : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::calendar3, Theme::accent, {}, this)),
-      postpone_(new dravel::Button(dravel::Button::Kind::neutral, u"Tout reporter"_s)),
-      empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
-    setObjectName(u"tasks"_s);
-    postpone_->setObjectName(u"postponeAll"_s);
-    postpone_->hide();
-}
-
-void TaskListCard::setGroup(const TaskGroup& group) {
-    const auto title = toQt(group.title());
-    setAccessibleName(title);
-    header_->setTitle(title);
-    header_->setSymbol(group.symbol, toneOf(group.role));
-    header_->setCount(static_cast<int>(group.tasks.size()));
-    if (group.postponable) header_->setControl(postpone_);
-    postpone_->setVisible(group.postponable);
-    empty_->setText(toQt(group.empty));
-    empty_->setVisible(group.tasks.empty());
-}
-
-void TaskListCard::resizeEvent(QResizeEvent* event) {
-    Card::resizeEvent(event);
-    constexpr int rowsTop = ColumnLayout::cardPadding + ColumnLayout::headerHeight;
-    header_->setGeometry(0, ColumnLayout::cardPadding, width(), ColumnLayout::headerHeight);
-    empty_->setGeometry(textColumn, rowsTop + 4, width() - textColumn - 2 * ColumnLayout::cardPadding, 18);
-}
-
 namespace {
 
-constexpr int rowInset = 8;
-constexpr int slack = 240; // rows are built a little before they come into view
+constexpr int rowInset = 8, slack = 240; // rows are built a little before they come into view
 
 QAccessibleInterface* columnAccessible(const QString&, QObject* object) {
     if (auto* row = qobject_cast<TaskRow*>(object)) return new QAccessibleWidget(row, QAccessible::ListItem);
@@ -97,7 +95,8 @@ TaskColumn::TaskColumn(dravel::DravelPage& page, AppModel& model, const dravel::
 }
 
 void TaskColumn::setGroups(TaskGroups groups, Day today) {
-    if (today == today_ && groups == groups_) return;
+    keepsDrafts_ = keepDrafts(groups);
+    if (today == today_ && groups == groups_ && !keepsDrafts_) return;
     const auto focus = focused();
     const auto anchors = anchorsInView();
     std::swap(groups_, groups);
@@ -114,6 +113,30 @@ void TaskColumn::setGroups(TaskGroups groups, Day today) {
         row->hide();
         row->deleteLater(); // it may be in the middle of the click that took it away
     }
+}
+
+// A row whose editor holds something typed stays where it was, even if its task is gone.
+bool TaskColumn::keepDrafts(TaskGroups& groups) const {
+    bool any = false;
+    for (const auto& [index, row] : rows_) {
+        if (!row->holdsDraft()) continue;
+        const auto& task = row->task();
+        const auto has = [&](const TaskGroup& group) {
+            return std::ranges::count(group.tasks, task.key, &TaskItem::key) > 0;
+        };
+        if (std::ranges::any_of(groups, has)) continue;
+        any = true;
+        const auto card = layout_.cardOf(index);
+        auto group = std::ranges::find(groups, groups_[card].title(), &TaskGroup::title);
+        if (group == groups.end()) {
+            group = groups.insert(groups.begin() + static_cast<std::ptrdiff_t>(std::min(card, groups.size())),
+                                  groups_[card]);
+            group->tasks.clear();
+        }
+        const auto place = std::min(index - layout_.rowsOf(card).first, group->tasks.size());
+        group->tasks.insert(group->tasks.begin() + static_cast<std::ptrdiff_t>(place), task);
+    }
+    return any;
 }
 
 // Rows of tasks that are still there move to their new places, without a jump on the screen; the others are handed
@@ -236,6 +259,17 @@ void TaskColumn::heightChanged() {
     for (const auto& [index, row] : rows_)
         if (row->isEditing()) keepEndBehind(*row); // an editor brings controls of its own
     fill();
+    const bool given = std::ranges::none_of(rows_, [](const auto& entry) { return entry.second->isEditing(); });
+    if (given && std::exchange(keepsDrafts_, false)) draftsGivenUp();
+}
+
+// The task of a row may have left, and the next one may have slid under the pointer, while a double click lasts.
+bool TaskColumn::isRepeated(const QMouseEvent& press) {
+    const auto before = std::exchange(lastPress_, {press.timestamp(), press.globalPosition()});
+    const auto* hints = QGuiApplication::styleHints();
+    const auto interval = static_cast<std::uint64_t>(hints->mouseDoubleClickInterval());
+    return before.time != 0 && press.timestamp() - before.time < interval &&
+           (press.globalPosition() - before.place).manhattanLength() <= hints->mouseDoubleClickDistance();
 }
 
 void TaskColumn::setSought(const SoughtWords& words) {
@@ -344,6 +378,15 @@ void TaskColumn::focusRow(std::size_t index, TaskRow::Stop stop, Qt::FocusReason
     fill();
 }
 
+void TaskColumn::focusTask(const std::string& key) {
+    std::size_t row = 0;
+    for (const auto& group : groups_)
+        for (const auto& task : group.tasks) {
+            if (task.key == key) return focusRow(row, TaskRow::Stop::check, Qt::TabFocusReason);
+            ++row;
+        }
+}
+
 void TaskColumn::step(const TaskRow& row, int by, TaskRow::Stop stop) {
     const auto index = indexOf(row);
     if (by < 0 ? index == 0 : index + 1 == rowCount()) return;
@@ -381,17 +424,14 @@ void TaskColumn::leave(bool forward) {
 }
 
 void TaskColumn::focusInEvent(QFocusEvent* event) {
-    if (rowCount() == 0 || event->reason() == Qt::BacktabFocusReason)
-        return leave(event->reason() != Qt::BacktabFocusReason);
-    focusRow(0, TaskRow::Stop::check, event->reason());
+    const bool forward = event->reason() != Qt::BacktabFocusReason;
+    rowCount() == 0 || !forward ? leave(forward) : focusRow(0, TaskRow::Stop::check, event->reason());
 }
 
 bool TaskColumn::eventFilter(QObject* watched, QEvent* event) {
     if (watched == end_ && event->type() == QEvent::FocusIn) {
-        if (rowCount() == 0 || static_cast<QFocusEvent*>(event)->reason() != Qt::BacktabFocusReason)
-            leave(true);
-        else
-            focusRow(rowCount() - 1, TaskRow::Stop::menu, Qt::BacktabFocusReason);
+        const bool backward = static_cast<QFocusEvent*>(event)->reason() == Qt::BacktabFocusReason && rowCount() > 0;
+        backward ? focusRow(rowCount() - 1, TaskRow::Stop::menu, Qt::BacktabFocusReason) : leave(true);
         return true;
     }
     return QWidget::eventFilter(watched, event);

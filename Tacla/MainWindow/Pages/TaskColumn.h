@@ -4,8 +4,10 @@
 #include "Tacla/MainWindow/Pages/ColumnPlan.h"
 #include "Tacla/MainWindow/Rows/TaskRow.h"
 
+#include <QPointF>
 #include <QWidget>
 
+#include <cstdint>
 #include <map>
 
 namespace dravel {
@@ -24,12 +26,16 @@ class TaskListCard;
 class TaskColumn final : public QWidget, private TaskRow::Container {
     Q_OBJECT
 
+  Q_SIGNALS:
+    void draftsGivenUp(); // the groups shall be told anew: they hold a row without a task
+
   public:
     TaskColumn(dravel::DravelPage&, AppModel&, const dravel::Now&);
 
     void setGroups(TaskGroups, Day today);
-    void setSought(const SoughtWords&); // marked in the titles
-    void postponeAll();                 // opens the menu of the first group that can be postponed
+    void setSought(const SoughtWords&);     // marked in the titles
+    void postponeAll();                     // opens the menu of the first group that can be postponed
+    void focusTask(const std::string& key); // scrolls it into view; nothing when it is not here
 
   protected:
     void moveEvent(QMoveEvent*) override { fill(); }
@@ -53,10 +59,12 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     bool tab(const TaskRow&, bool forward) override;
     void heightChanged() override;
     void highlightChanged() override { separate(); }
+    bool isRepeated(const QMouseEvent& press) override;
 
     std::optional<Focus> focused() const;
     std::vector<Anchor> anchorsInView() const;
     void keepInView(const Anchor&);
+    bool keepDrafts(TaskGroups&) const;
     Rows carryOver(const TaskGroups& before, const std::vector<Anchor>&);
 
     // In the order in which they follow each other: heights of all rows, widgets for those in view, what these really
@@ -89,7 +97,11 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     std::map<std::size_t, TaskListCard*> cards_;
     QWidget* end_;
     SoughtWords sought_{""};
-    bool filling_ = false;
+    bool filling_ = false, keepsDrafts_ = false;
+    struct {
+        std::uint64_t time = 0; // of the event, in milliseconds; 0: none yet
+        QPointF place;
+    } lastPress_; // of a check button
 };
 
 }

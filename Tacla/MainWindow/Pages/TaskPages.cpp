@@ -1,5 +1,6 @@
 #include "Tacla/MainWindow/Pages/TaskPages.h"
 
+#include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Disc.h"
 #include "DravelKit/DravelUI/TextField.h"
@@ -78,19 +79,24 @@ void HeroCard::resizeEvent(QResizeEvent* event) {
 // What is wrong with the file or the calendar; hidden when nothing is.
 class ProblemsCard final : public dravel::Card {
   public:
-    explicit ProblemsCard(QWidget* parent = nullptr);
+    explicit ProblemsCard(AppModel&, QWidget* parent = nullptr);
     void setProblems(std::vector<Problem>);
 
   protected:
     void paintEvent(QPaintEvent*) override;
 
   private:
+    void offerLineEnds();
+
+    AppModel& model_;
     std::vector<Problem> problems_;
     std::vector<dravel::TextLabel*> lines_;
+    dravel::Button* lineEnds_ = nullptr;
     QVBoxLayout* column_;
 };
 
-ProblemsCard::ProblemsCard(QWidget* parent) : Card(parent), column_(new QVBoxLayout(this)) {
+ProblemsCard::ProblemsCard(AppModel& model, QWidget* parent)
+    : Card(parent), model_(model), column_(new QVBoxLayout(this)) {
     setObjectName(u"problems"_s);
     column_->setContentsMargins(textColumn, 12, Theme::Space::md, 12);
     column_->setSpacing(Theme::Space::sm);
@@ -101,16 +107,26 @@ void ProblemsCard::setProblems(std::vector<Problem> problems) {
     if (problems == problems_) return;
     problems_ = std::move(problems);
     for (auto* line : std::exchange(lines_, {})) delete line;
-    for (const auto& [text, role] : problems_) {
-        auto* line = new dravel::TextLabel(Theme::Typography::body, toneOf(role), toQt(text), this);
+    if (auto* button = std::exchange(lineEnds_, nullptr)) button->deleteLater(); // its click may be what brings us here
+    for (const auto& problem : problems_) {
+        auto* line = new dravel::TextLabel(Theme::Typography::body, toneOf(problem.role), toQt(problem.text), this);
         line->setObjectName(u"problem"_s);
         line->setWraps(true);
         line->setSelectable(true);
         column_->addWidget(line);
         lines_.push_back(line);
+        if (problem.offersLineEnds) offerLineEnds();
     }
     setVisible(!problems_.empty());
     update();
+}
+
+void ProblemsCard::offerLineEnds() {
+    lineEnds_ = new dravel::Button(dravel::Button::Kind::neutral, u"Convertir le fichier"_s, this);
+    lineEnds_->setObjectName(u"problem.lineEnds"_s);
+    lineEnds_->setAccessibleName(u"Convertir les fins de ligne du fichier"_s);
+    column_->addWidget(lineEnds_, 0, Qt::AlignLeft);
+    connect(lineEnds_, &QAbstractButton::clicked, this, [this] { model_.convertLineEnds(); });
 }
 
 void ProblemsCard::paintEvent(QPaintEvent* event) {
@@ -125,11 +141,12 @@ void ProblemsCard::paintEvent(QPaintEvent* event) {
 
 TodayPage::TodayPage(AppModel& model, const dravel::Now& now, QWidget* parent)
     : DravelPage(parent), model_(model), hero_(new HeroCard(&stage())), add_(new AddTaskCard(model, now, &stage())),
-      problems_(new ProblemsCard(&stage())), tasks_(new TaskColumn(*this, model, now)) {
+      problems_(new ProblemsCard(model, &stage())), tasks_(new TaskColumn(*this, model, now)) {
     setObjectName(toQt("page." + std::string(rawValue(Section::today))));
     setAccessibleName(toQt(title(Section::today)));
     for (QWidget* card : std::initializer_list<QWidget*>{hero_, add_, problems_, tasks_}) add(card);
     new RefreshWhileVisible(*this, model.changed, [this] { refresh(); });
+    connect(tasks_, &TaskColumn::draftsGivenUp, this, &TodayPage::refresh);
     refresh();
 }
 
@@ -150,13 +167,15 @@ void TodayPage::refresh() {
 }
 
 ListPage::ListPage(Section section, AppModel& model, const dravel::Now& now, QWidget* parent)
-    : DravelPage(toQt(title(section)), {}, parent), model_(model), problems_(new ProblemsCard(&stage())),
+    : DravelPage(toQt(title(section)), {}, parent), model_(model), problems_(new ProblemsCard(model, &stage())),
       tasks_(new TaskColumn(*this, model, now)) {
     setObjectName(toQt("page." + std::string(rawValue(section))));
     auto contents = listContents(section, model.state());
     empty_ = new dravel::EmptyCard(contents.emptySymbol, toQt(contents.empty), &stage());
     for (QWidget* card : std::initializer_list<QWidget*>{problems_, empty_, tasks_}) add(card);
-    new RefreshWhileVisible(*this, model.changed, [this, section] { refresh(listContents(section, model_.state())); });
+    const auto refreshed = [this, section] { refresh(listContents(section, model_.state())); };
+    new RefreshWhileVisible(*this, model.changed, refreshed);
+    connect(tasks_, &TaskColumn::draftsGivenUp, this, refreshed);
     refresh(std::move(contents));
 }
 

@@ -269,7 +269,8 @@ void AddTaskCard::showDraft() {
     date_->setDate(toQt(day));
     const auto days = quickDays(today_);
     for (std::size_t i = 0; i < chips_.size(); ++i) chips_[i]->setSelected(days[i].day == day);
-    if (draft_.title.empty()) title_->clear();
+    // Unlike clear(), this ends the field's own history: what was added is the list's to take back.
+    if (draft_.title.empty() && !title_->text().isEmpty()) title_->setText({});
     hasTime_->setChecked(draft_.hasTime);
     time_->setVisible(draft_.hasTime);
     time_->setTime(toQt(draft_.time));

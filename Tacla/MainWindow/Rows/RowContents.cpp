@@ -19,7 +19,7 @@ std::string dayText(Day day, Day today) {
     return dayAndMonth(day);
 }
 
-constexpr Day lastDay{9999, 12, 31}; // a year has four digits in the file
+constexpr Day lastDay{9999, 12, 31}; // a fifth digit of the year would be read as no date at all
 
 // As a date picker shows it: a day that its month lacks becomes the one that it rolls over to.
 Day existing(Day day) { return Day::of(day.date()); }
@@ -79,15 +79,19 @@ TaskDraft draftOf(const TaskItem& task, Day today) {
             .day = day,
             .hasTime = task.time.has_value(),
             .time = task.time.value_or(Clock{10, 0}),
-            .openedOn = day,
             .dated = task.day.has_value()};
 }
 
-TaskEdit editOf(const TaskDraft& draft, Day today) {
+TaskChange changeOf(const TaskDraft& draft, const TaskDraft& opened, Day today) {
+    TaskChange change;
+    if (draft.title != opened.title) change.title = draft.title;
     // Midnight may pass while the editor is open: a day that nobody touched is not a choice either.
-    const bool dayChosen = draft.day != today && draft.day != draft.openedOn;
-    if (!draft.dated && !draft.hasTime && !dayChosen) return {.title = draft.title, .day = {}, .time = {}};
-    return {.title = draft.title, .day = draft.day, .time = draft.hasTime ? std::optional(draft.time) : std::nullopt};
+    const bool saidInWords = draft.dated && !opened.dated;
+    if (saidInWords || (draft.day != opened.day && (draft.dated || draft.day != today))) change.day = draft.day;
+    const auto timeOf = [](const TaskDraft& one) { return one.hasTime ? std::optional(one.time) : std::nullopt; };
+    if (timeOf(draft) != timeOf(opened)) change.time = timeOf(draft);
+    if (draft.dated != opened.dated || (!draft.dated && draft.hasTime)) change.day = draft.day;
+    return change;
 }
 
 void NewTaskDraft::pick(Day day, Day today) {

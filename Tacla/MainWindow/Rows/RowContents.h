@@ -52,7 +52,6 @@ struct TaskDraft {
     Day day;
     bool hasTime = false;
     Clock time;         // 10:00 for a task without a time
-    Day openedOn;       // the day that the editor opened with
     bool dated = false; // the task had a day, or words of its title told one
 
     bool operator==(const TaskDraft&) const = default;
@@ -60,16 +59,9 @@ struct TaskDraft {
 
 TaskDraft draftOf(const TaskItem&, Day today);
 
-// What saving the draft asks of the model. A task without a day stays so unless a day or a time was chosen.
-struct TaskEdit {
-    std::string title;
-    std::optional<Day> day;
-    std::optional<Clock> time;
-
-    bool operator==(const TaskEdit&) const = default;
-};
-
-TaskEdit editOf(const TaskDraft&, Day today);
+// What saving the draft asks of the model: what differs from the draft that the editor opened with. A task without a
+// day stays so unless a day or a time was chosen.
+TaskChange changeOf(const TaskDraft&, const TaskDraft& opened, Day today);
 
 // What the add card holds. Its day follows today until the user picks another one, or says one for this task in words.
 struct NewTaskDraft {

@@ -3,6 +3,7 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Fields.h"
 #include "DravelKit/DravelUI/TextField.h"
+#include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/MainWindow/QtValues.h"
 
 #include <QKeyEvent>
@@ -76,12 +77,13 @@ void CheckButton::paint(QPainter& painter) {
 }
 
 TaskEditor::TaskEditor(const TaskDraft& draft, const dravel::Now& now, QWidget* parent)
-    : QWidget(parent), draft_(draft), now_(now),
-      title_(new dravel::TextField(dravel::TextField::Kind::Boxed, u"Titre de la tâche"_s, this)),
+    : QWidget(parent), draft_(draft), opened_(draft), now_(now),
+      title_(new dravel::TextField(dravel::TextField::Kind::boxed, u"Titre de la tâche"_s, this)),
       offer_(new dravel::Offer(*title_, this)), date_(new dravel::DateField(u"Date"_s, this)),
       hasTime_(new dravel::Switch(u"Heure"_s)), time_(new dravel::TimeField(u"Heure de la tâche"_s, this)),
-      cancel_(new Button(Button::Kind::Neutral, u"Annuler"_s, this)),
-      save_(new Button(Button::Kind::Prominent, u"Enregistrer"_s, this)) {
+      cancel_(new Button(Button::Kind::neutral, u"Annuler"_s, this)),
+      save_(new Button(Button::Kind::prominent, u"Enregistrer"_s, this)),
+      note_(new dravel::TextLabel(Theme::Typography::body, Theme::dangerText, {}, this)) {
     setObjectName(u"editor"_s);
     title_->setObjectName(u"editor.title"_s);
     title_->setAccessibleName(u"Titre de la tâche"_s);
@@ -125,6 +127,17 @@ void TaskEditor::arrange() {
     line->addWidget(cancel_);
     line->addWidget(save_);
     column->addLayout(line);
+    column->addWidget(note_);
+    column->addStretch();
+    note_->setObjectName(u"editor.note"_s);
+    note_->setWraps(true);
+    note_->setSelectable(true);
+    note_->hide();
+}
+
+void TaskEditor::say(const QString& note) {
+    note_->setText(note);
+    note_->setVisible(!note.isEmpty());
 }
 
 void TaskEditor::followFields() {
@@ -145,16 +158,21 @@ void TaskEditor::followFields() {
     connect(save_, &QAbstractButton::clicked, this, [this] { Q_EMIT saved(Qt::OtherFocusReason); });
 }
 
-int TaskEditor::neededHeight() const { return offer_->isVisibleTo(this) ? 104 : 68; }
+int TaskEditor::fieldsHeight() const { return offer_->isVisibleTo(this) ? 104 : 68; }
+
+int TaskEditor::neededHeight(int width) const {
+    constexpr int gap = 8;
+    return note_->isHidden() ? fieldsHeight() : fieldsHeight() + gap + note_->heightForWidth(width);
+}
 
 // A priority is not the editor's: words that tell one stay in the title.
 void TaskEditor::offer() {
     const auto today = Day::of(now_());
     told_ = momentWords(draft_.title, today, Clock::of(now_()));
     if (told_ && told_->strong) told_.reset();
-    const int before = neededHeight();
+    const int before = fieldsHeight();
     offer_->make(told_ ? toQt(label(*told_, today)) : QString());
-    if (neededHeight() != before) Q_EMIT heightChanged();
+    if (fieldsHeight() != before) Q_EMIT heightChanged();
 }
 
 void TaskEditor::take(const MomentWords& told) {

@@ -16,6 +16,7 @@ class DateField;
 class Offer;
 class Switch;
 class TextField;
+class TextLabel;
 class TimeField;
 }
 
@@ -54,9 +55,11 @@ class TaskEditor final : public QWidget {
 
     TaskEditor(const TaskDraft&, const dravel::Now&, QWidget* parent);
 
-    const TaskDraft& draft() const { return draft_; }
+    TaskChange change(Day today) const { return changeOf(draft_, opened_, today); }
+    bool isTouched() const { return draft_ != opened_; }
+    void say(const QString&); // why nothing was saved; nothing: no more
+    int neededHeight(int width) const;
     void setToday(Day);
-    int neededHeight() const;
     std::vector<QWidget*> stops() const; // in the order of the Tab key
 
   Q_SIGNALS:
@@ -71,10 +74,11 @@ class TaskEditor final : public QWidget {
     void fill();
     void arrange();
     void followFields();
+    int fieldsHeight() const;
     void offer();
     void take(const MomentWords&);
 
-    TaskDraft draft_;
+    TaskDraft draft_, opened_;
     const dravel::Now& now_;
     dravel::TextField* title_;
     dravel::Offer* offer_;
@@ -83,6 +87,7 @@ class TaskEditor final : public QWidget {
     dravel::Switch* hasTime_;
     dravel::TimeField* time_;
     dravel::Button *cancel_, *save_;
+    dravel::TextLabel* note_;
 };
 
 }

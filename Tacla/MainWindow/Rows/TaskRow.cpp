@@ -6,13 +6,14 @@
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/Rows/TaskControls.h"
-#include "Tacla/TaskList/TaskFile.h"
+#include "Tacla/TaskList/Labels.h"
 
 #include <QContextMenuEvent>
 #include <QFocusEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
 
@@ -38,6 +39,9 @@ void paintSeparator(QPainter& painter, int left, int right, const QColor& colour
     painter.setRenderHint(QPainter::Antialiasing);
 }
 
+const QString taskIsGone =
+    u"Cette tâche n'est plus dans la liste : elle a été renommée ou supprimée ailleurs. Votre saisie reste ici."_s;
+
 Theme::TextStyle titleStyle(bool done) { return Theme::Typography::taskTitle.struckOut(done); }
 
 }
@@ -57,8 +61,10 @@ TaskRow::TaskRow(AppModel& model, const dravel::Now& now, Container& container, 
     connect(againButton_, &QAbstractButton::clicked, this, &TaskRow::openAgainMenu);
     check_->installEventFilter(this);
     menuButton_->installEventFilter(this);
-    // The model reloads at once and may take the row away: it gets a copy of the task.
-    connect(check_, &QAbstractButton::clicked, this, [this] { model_.toggle(TaskItem(task_)); });
+    // The row may show another task by the time the button is let go. The model reloads at once and may take the row
+    // away: it gets a copy.
+    connect(check_, &QAbstractButton::pressed, this, [this] { pressed_ = task_; });
+    connect(check_, &QAbstractButton::clicked, this, [this] { model_.toggle(TaskItem(pressed_)); });
     connect(check_, &QAbstractButton::toggled, this, [this](bool on) {
         if (on == task_.done) return;
         check_->setChecked(task_.done); // a screen reader toggled it: the same as a click
@@ -77,7 +83,7 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
     task_ = task;
     today_ = today;
     if (titleChanged) {
-        titleText_ = toQt(TaskFile::dropStrongMark(task.title));
+        titleText_ = toQt(drawnTitle(task.title));
         title_.reset();
         check_->setTask(titleText_, task.done, task.strong());
         setAccessibleName(titleText_);
@@ -90,7 +96,10 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
         tags_.push_back({std::move(tag), {}});
     }
     setAccessibleDescription(texts.join(u", "_s));
-    if (editor_) editor_->setToday(today);
+    if (editor_) {
+        editor_->setToday(today);
+        editor_->say(model_.holds(edited_) ? QString() : taskIsGone);
+    }
     placeTags(width());
     update();
 }
@@ -122,7 +131,7 @@ int TaskRow::heightOf(int titleLines, int tagLines) {
 }
 
 int TaskRow::heightFor(int width) {
-    if (editor_) return padding + editor_->neededHeight() + editorBottom;
+    if (editor_) return padding + editor_->neededHeight(width - textLeft - padding) + editorBottom;
     const int titleLines = title(width).height() / Theme::Typography::taskTitle.line;
     return heightOf(titleLines, placeTags(width));
 }
@@ -156,7 +165,12 @@ void TaskRow::placeControls() {
     check_->setGeometry(padding + 10 - hitArea / 2, checkMiddle - hitArea / 2, hitArea, hitArea);
     menuButton_->setGeometry(width() - padding - (menuFace + hitArea) / 2, firstLine - hitArea / 2, hitArea, hitArea);
     againButton_->setGeometry(menuButton_->geometry().translated(-hitArea, 0));
-    if (editor_) editor_->setGeometry(textLeft, padding, width() - textLeft - padding, editor_->neededHeight());
+    if (editor_) editor_->setGeometry(editorPlace());
+}
+
+QRect TaskRow::editorPlace() const {
+    const int room = width() - textLeft - padding;
+    return {textLeft, padding, room, editor_->neededHeight(room)};
 }
 
 void TaskRow::resizeEvent(QResizeEvent*) {
@@ -255,6 +269,8 @@ bool TaskRow::eventFilter(QObject* watched, QEvent* event) {
         const auto* key = static_cast<QKeyEvent*>(event);
         return keyPressed(watched == check_ ? Stop::check : Stop::menu, key->key(), key->modifiers());
     }
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
+        return watched == check_ && container_.isRepeated(*static_cast<QMouseEvent*>(event));
     return QWidget::eventFilter(watched, event);
 }
 
@@ -295,7 +311,8 @@ void TaskRow::openMenu() {
         if (entry.separatorBefore) menu_->addSeparator();
         auto* action = menu_->addAction(toQt(entry.label));
         if (entry.destructive) dravel::markDestructive(*action);
-        connect(action, &QAction::triggered, this, [this, command = entry.command] { perform(command); });
+        connect(action, &QAction::triggered, this,
+                [this, command = entry.command, task = task_] { perform(command, TaskItem(task)); });
     }
     popUp(*menu_, *menuButton_);
 }
@@ -326,8 +343,8 @@ void TaskRow::popUp(QMenu& menu, dravel::IconButton& button) {
     menu.popup(button.mapToGlobal(faceCorner) - QPoint(menu.sizeHint().width(), 0));
 }
 
-void TaskRow::perform(RowCommand command) {
-    const TaskItem task = task_; // the model reloads at once and may take the row away
+// The task is the one that the menu was opened for.
+void TaskRow::perform(RowCommand command, const TaskItem& task) {
     if (const auto day = postponedDay(command, task, currentDay())) return model_.reschedule(task, *day, task.time);
     switch (command) {
     case RowCommand::toggle: return model_.toggle(task);
@@ -341,6 +358,7 @@ void TaskRow::perform(RowCommand command) {
 
 void TaskRow::startEditing() {
     if (editor_) return;
+    edited_ = task_;
     editor_ = new TaskEditor(draftOf(task_, currentDay()), now_, this);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
@@ -374,12 +392,25 @@ void TaskRow::cancelEdit(Qt::FocusReason reason) {
     if (editor_) closeEditor(reason);
 }
 
+bool TaskRow::holdsDraft() const { return editor_ && editor_->isTouched(); }
+
+void TaskRow::explain(const QString& whyNotSaved) {
+    editor_->say(whyNotSaved);
+    placeControls();
+    container_.heightChanged();
+}
+
 void TaskRow::commitEdit(Qt::FocusReason reason) {
     if (!editor_) return; // a second Return, or a late click
-    const auto edit = editOf(editor_->draft(), currentDay());
-    const TaskItem task = task_;
-    closeEditor(reason);
-    model_.edit(task, edit.title, edit.day, edit.time);
+    const auto change = editor_->change(currentDay());
+    if (change == TaskChange()) return closeEditor(reason);
+    // The model reloads at once and may take the row away: it gets a copy.
+    switch (model_.edit(TaskItem(edited_), change, [this, reason] { closeEditor(reason); })) {
+    case AppModel::Outcome::saved: return;
+    case AppModel::Outcome::unchanged: return closeEditor(reason);
+    case AppModel::Outcome::gone: return explain(taskIsGone);
+    case AppModel::Outcome::failed: return explain(toQt(model_.state().fileError.value_or("")));
+    }
 }
 
 }

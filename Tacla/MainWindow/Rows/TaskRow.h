@@ -38,6 +38,7 @@ class TaskRow final : public QWidget {
         virtual bool tab(const TaskRow&, bool forward) = 0;  // beyond the row's controls
         virtual void heightChanged() = 0;
         virtual void highlightChanged() = 0;
+        virtual bool isRepeated(const QMouseEvent& press) = 0; // belongs to the click before it
 
       protected:
         ~Container() = default;
@@ -56,6 +57,7 @@ class TaskRow final : public QWidget {
     static int heightOf(int titleLines, int tagLines);
 
     bool isEditing() const { return editor_ != nullptr; }
+    bool holdsDraft() const; // something was typed that is not saved yet
     bool isHighlighted() const { return hovered_ || isEditing() || menu_; }
     bool isPinned() const; // must not go away while it is out of view
 
@@ -90,10 +92,12 @@ class TaskRow final : public QWidget {
     const dravel::Paragraph& title(int width);
     int placeTags(int width); // the number of tag lines
     void placeControls();
+    QRect editorPlace() const;
     void closeEditor(Qt::FocusReason);
+    void explain(const QString& whyNotSaved);
     void setHovered(bool);
     void highlightChanged();
-    void perform(RowCommand);
+    void perform(RowCommand, const TaskItem&);
     void popUp(QMenu&, dravel::IconButton&);
     bool keyPressed(Stop, int key, Qt::KeyboardModifiers);
     Day currentDay() const { return Day::of(now_()); }
@@ -101,7 +105,8 @@ class TaskRow final : public QWidget {
     AppModel& model_;
     const dravel::Now& now_;
     Container& container_;
-    TaskItem task_{};
+    TaskItem task_{};               // as shown
+    TaskItem pressed_{}, edited_{}; // as it was when its check button was pressed, and when its editor opened
     Day today_{1970, 1, 1};
     QString titleText_;
     std::optional<dravel::Paragraph> title_;

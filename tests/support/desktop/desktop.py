@@ -57,7 +57,7 @@ class Desktop:
 
     ALL = ("wm", "a11y", "secrets", "notify", "logind", "panel")
     NAMES = {"notify": "org.freedesktop.Notifications", "secrets": "org.freedesktop.secrets", "a11y": "org.a11y.Bus",
-             "panel": "org.kde.StatusNotifierWatcher"}
+             "notify of xfce": "org.freedesktop.Notifications", "panel": "org.kde.StatusNotifierWatcher"}
 
     def __init__(self, without=(), size="1280x900"):
         self.parts = [part for part in self.ALL if part not in without]
@@ -117,6 +117,7 @@ class Desktop:
             "a11y": ["/usr/libexec/at-spi-bus-launcher", "--launch-immediately", "--a11y=1"],
             "secrets": ["sh", "-c", "echo | exec gnome-keyring-daemon --foreground --unlock --components=secrets"],
             "notify": ["dunst", "-conf", f"{self.folder}/dunstrc"],
+            "notify of xfce": ["/usr/lib/x86_64-linux-gnu/xfce4/notifyd/xfce4-notifyd"],
             "logind": ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"],
             "panel": ["xfce4-panel", "--disable-wm-check", "--sm-client-disable"],
         }[part]
@@ -145,6 +146,13 @@ class Desktop:
     def owned(self, name, bus=None):
         return self.ask_bus("NameHasOwner", GLib.Variant("(s)", (name,)), bus)
 
+    def offer_service(self, name, program):
+        """Lets the session bus start the program for those who call its name."""
+        (self.folder / "services" / f"{name}.service").write_text(f"[D-BUS Service]\nName={name}\nExec={program}\n")
+        for member, arguments in (("UpdateActivationEnvironment", GLib.Variant("(a{ss})", (self.env,))),
+                                  ("ReloadConfig", None)):
+            self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member, arguments)
+
     def connections(self):
         return sum(name.startswith(":") for name in self.ask_bus("ListNames"))
 
@@ -154,6 +162,11 @@ class Desktop:
             self.call("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.DBus.Mock", "EmitSignal",
                       GLib.Variant("(sssav)", ("org.freedesktop.login1.Manager", "PrepareForSleep", "b",
                                                [GLib.Variant("b", asleep)])), self.system)
+
+    def network_back(self):
+        """What NetworkManager says when the machine is connected."""
+        path, interface = "/org/freedesktop/NetworkManager", "org.freedesktop.NetworkManager"
+        self.system.emit_signal(None, path, interface, "StateChanged", GLib.Variant("(u)", (70,)))
 
     def lock_keyring(self):
         self.call(self.NAMES["secrets"], "/org/freedesktop/secrets", "org.freedesktop.Secret.Service", "Lock",

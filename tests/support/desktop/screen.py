@@ -51,7 +51,7 @@ class Widget:
 
     def press(self):
         actions = self.actions
-        wanted = next((a for a in ("Press", "Toggle") if a in actions), None)
+        wanted = next((a for a in ("Press", "Toggle", "Click") if a in actions), None)
         assert wanted, f"{self.name!r} cannot be pressed: {actions}"
         self.call("Action", "DoAction", "(i)", actions.index(wanted))
 
