@@ -102,9 +102,13 @@ void AppDelegate::prepareWindows() {
     dravel::translateQt(*qApp);
 }
 
-void AppDelegate::showWindow(const std::string& activationToken) {
+void AppDelegate::prepareWindow() {
     prepareWindows();
     if (!menuInstalled_) installMenu();
+}
+
+void AppDelegate::showWindow(const std::string& activationToken) {
+    prepareWindow();
     ports_.window.show(activationToken);
 }
 
@@ -187,6 +191,7 @@ void AppDelegate::activate(const SingleInstance::Activation& activation) {
         prepareWindows();
         return ports_.window.showQuickEntry(token);
     }
+    prepareWindow(); // a window that is made later starts on today, whatever was asked before
     if (action == ApplicationAction::today || action == ApplicationAction::late) ports_.model.requestSection(action);
     showWindow(token);
 }

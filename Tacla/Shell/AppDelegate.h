@@ -59,7 +59,8 @@ class AppDelegate {
     void observe();
     void joinSession(const QDBusConnection&);
     void doWithoutSession();
-    void prepareWindows();
+    void prepareWindows(); // any
+    void prepareWindow();  // the main one, with its menus
     void showWindow(const std::string& activationToken = {});
     void trayAnswered(bool shown);
     void showTask(const std::string& key, const std::string& activationToken = {});
