@@ -99,6 +99,7 @@ QRect IconButton::face() const {
 }
 
 void IconButton::paint(QPainter& painter) {
+    if (shy_ && !emphasised_ && !open_ && !isHovered()) return;
     if (open_ || isHovered()) {
         const auto& fill = open_ ? Theme::accentSoft : isDown() ? Theme::neutralPressed : Theme::tile;
         painter.setPen(Qt::NoPen);

@@ -37,8 +37,9 @@ class IconButton : public Control {
     IconButton(Symbol, const QString& accessibleName, QWidget* parent = nullptr);
     void setSymbolSize(int);
     void setFaceSize(QSize);
-    void setEmphasised(bool); // its row is hovered: the symbol stands out more
-    void setOpen(bool);       // its menu is open
+    void setEmphasised(bool);           // its row is hovered: the symbol stands out more
+    void setOpen(bool);                 // its menu is open
+    void setShy(bool on) { shy_ = on; } // drawn only while it is emphasised, hovered or open
     QSize sizeHint() const override { return {32, 32}; }
 
   protected:
@@ -49,7 +50,7 @@ class IconButton : public Control {
     Symbol symbol_;
     int symbolSize_ = 14;
     QSize faceSize_{28, 24};
-    bool emphasised_ = false, open_ = false;
+    bool emphasised_ = false, open_ = false, shy_ = false;
 };
 
 // A quick choice. Selected is its checked state, which only its owner sets: a click says clicked() and changes nothing.

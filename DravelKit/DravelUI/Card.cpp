@@ -155,12 +155,24 @@ void CardHeader::setCount(int count) {
     arrange();
 }
 
+void CardHeader::setControl(QWidget* control) {
+    control_ = control;
+    control->setParent(this);
+    arrange();
+}
+
 void CardHeader::arrange() {
     int right = width() - Card::iconColumn;
     if (count_) {
         const QSize size = count_->sizeHint();
         right -= size.width();
         count_->setGeometry({{right, 8}, size});
+        right -= Theme::Space::sm;
+    }
+    if (control_) {
+        const QSize size = control_->sizeHint();
+        right -= size.width();
+        control_->setGeometry({{right, 18 - size.height() / 2}, size});
         right -= Theme::Space::sm;
     }
     title_->setGeometry(Card::textColumn, 8, std::max(right - Card::textColumn, 0), 20);

@@ -62,7 +62,8 @@ class CardHeader final : public QWidget {
     CardHeader(Symbol, const Theme::Tone& tint, const QString& title, QWidget* parent = nullptr);
     void setTitle(const QString&);
     void setSymbol(Symbol, const Theme::Tone& tint);
-    void setCount(int); // shows the capsule
+    void setCount(int);        // shows the capsule
+    void setControl(QWidget*); // left of it; takes it
     QSize sizeHint() const override { return {200, 36}; }
 
   protected:
@@ -76,6 +77,7 @@ class CardHeader final : public QWidget {
     Theme::Tone tint_;
     TextLabel* title_;
     QLabel* count_ = nullptr;
+    QWidget* control_ = nullptr;
 };
 
 // Nothing to show: a symbol on a disc and a sentence.

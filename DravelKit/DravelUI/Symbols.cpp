@@ -47,8 +47,10 @@ constexpr std::array files{"sun",
                            "plus-lg",
                            "chevron-left",
                            "chevron-right",
-                           "hand-thumbs-up-fill"};
-static_assert(files.size() == static_cast<std::size_t>(Symbol::handThumbsUpFill) + 1);
+                           "hand-thumbs-up-fill",
+                           "search",
+                           "keyboard"};
+static_assert(files.size() == static_cast<std::size_t>(Symbol::keyboard) + 1);
 
 QPixmap render(Symbol symbol, int pixels, const QColor& colour) {
     initResources();

@@ -41,7 +41,9 @@ enum class Symbol {
     plusLg,
     chevronLeft,
     chevronRight,
-    handThumbsUpFill
+    handThumbsUpFill,
+    search,
+    keyboard
 };
 
 // A square pixmap of `size` logical pixels in one colour, kept per size, colour and device pixel ratio.

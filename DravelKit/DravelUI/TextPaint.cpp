@@ -43,9 +43,21 @@ void paintLine(QPainter& painter, const QRectF& rect, const Theme::TextStyle& st
     painter.drawText(QPointF(rect.left() + shift, std::floor(top) + baseline(style)), shown);
 }
 
+QString typeset(QString text) {
+    const auto at = [&](qsizetype i) { return i >= 0 && i < text.size() ? text[i] : QChar(); };
+    for (qsizetype i = 1; i + 1 < text.size(); ++i) {
+        if (text[i] != u' ') continue;
+        const QChar before = text[i - 1], after = text[i + 1];
+        const bool hours = before.isDigit() && after == u'h' && !at(i + 2).isLetter();
+        const bool minutes = before == u'h' && at(i - 2) == QChar::Nbsp && after.isDigit();
+        if (before == u'«' || QStringView(u"»:;!?").contains(after) || hours || minutes) text[i] = QChar::Nbsp;
+    }
+    return text;
+}
+
 Paragraph::Paragraph(const QString& text, const Theme::TextStyle& style, int width, Qt::Alignment horizontal)
     : width_(width), line_(style.line) {
-    QString plain = text;
+    QString plain = typeset(text);
     plain.replace(u'\n', QChar::LineSeparator);
     const QFont& font = Theme::font(style);
     layout_ = std::make_unique<QTextLayout>(plain, font);

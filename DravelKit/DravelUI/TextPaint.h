@@ -22,6 +22,9 @@ int textWidth(const Theme::TextStyle&,
 void paintLine(QPainter&, const QRectF&, const Theme::TextStyle&, const QColor&, const QString&,
                Qt::Alignment horizontal = Qt::AlignLeft, Qt::TextElideMode = Qt::ElideRight);
 
+// The same text, as long, with no line break where French has none: inside « », before « : ; ! ? » and in « 9 h ».
+QString typeset(QString);
+
 // Text wrapped to a width, laid out once and painted often.
 class Paragraph {
   public:

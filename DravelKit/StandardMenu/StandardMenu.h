@@ -16,9 +16,11 @@ struct Actions {
     // What "Annuler" takes back where the focused text field has nothing to take back; empty: nothing.
     std::function<void()> undo;
     std::function<bool()> canUndo;
+    std::function<void()> copy{}; // what "Copier" does while no text field has the focus; empty: nothing
 };
 
-// Fills the window's menu bar with the menus that every program of the kit has, then the further ones.
+// Fills the window's menu bar with the menus that every program of the kit has, then the further ones. F10 opens the
+// first.
 void install(QMainWindow&, const About&, const Actions&, const std::vector<QMenu*>& extra = {});
 
 }

@@ -156,16 +156,18 @@ void AppModel::edit(const TaskItem& task, const TaskChange& change, std::functio
 }
 
 void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong,
-                   const std::function<void(std::optional<std::string>)>& done) {
+                   const Added& added) {
     const auto on = day.value_or(today());
-    const auto edit =
-        UserEdit::add(title, on, time, strong, on == today() ? "Tâche ajoutée" : "Ajoutée pour " + on.longLabel());
-    const auto answer = [this, done](bool failed, const std::optional<std::string>& why) {
-        if (done) done(failed ? why : std::nullopt);
-    };
-    if (!edit) return answer(true, "Ce titre ne peut pas être écrit.");
-    document_.apply(
-        *edit, [this, answer](auto outcome) { answer(outcome == LiveDocument::Outcome::failed, state_.fileError); });
+    write(UserEdit::add(title, on, time, strong, on == today() ? "Tâche ajoutée" : "Ajoutée pour " + on.longLabel()),
+          added);
+}
+
+void AppModel::write(const std::optional<UserEdit>& edit, const Added& added) {
+    if (!edit && added) added("Ce titre ne peut pas être écrit.");
+    if (!edit) return;
+    document_.apply(*edit, [this, added](auto outcome) {
+        if (added) added(outcome == LiveDocument::Outcome::failed ? state_.fileError : std::nullopt);
+    });
 }
 
 namespace {

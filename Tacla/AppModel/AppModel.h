@@ -54,9 +54,11 @@ class AppModel {
     // `done` of a save is called as soon as the file has it, before the list is told.
     void edit(const TaskItem&, const TaskChange&, std::function<void(Outcome)> done = {});
     bool holds(const TaskItem& seen) const; // the list, as it was read last
-    // `done` gets none when the task is in the file, else why it is not.
-    void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong,
-             const std::function<void(std::optional<std::string>)>& done = {});
+    // `added` gets none when the task is in the file, else why it is not.
+    using Added = std::function<void(const std::optional<std::string>& whyNot)>;
+    void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong, const Added& = {});
+    void addAll(std::vector<NewTask> tasks, const Added& added) { write(UserEdit::addAll(std::move(tasks)), added); }
+    void postpone(const Tasks& seen, Day to) { document_.apply(UserEdit::postpone(seen, to, today())); } // one edit
 
     void convertLineEnds() { document_.apply(UserEdit::plainLineEnds()); }
     std::vector<dravel::FileCopies::Copy> copies() const { return document_.copies(); }
@@ -110,6 +112,7 @@ class AppModel {
     void tellOf(MirrorEvent::Kind);
     void hear(LiveDocument::News);
     void openedOther();
+    void write(const std::optional<UserEdit>&, const Added&);
     void store(const std::function<void()>& preference); // a failure becomes status text
     void respond(const NotificationServer::Response&);
     void act(const NotificationServer::Response&);

@@ -2,6 +2,7 @@
 
 #include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/DravelShell.h"
+#include "DravelKit/DravelUI/KeysPanel.h"
 #include "DravelKit/DravelUI/SidebarList.h"
 #include "DravelKit/DravelUI/WelcomePage.h"
 #include "Tacla/AppModel/AppModel.h"
@@ -10,7 +11,12 @@
 #include "Tacla/MainWindow/Pages/TaskPages.h"
 #include "Tacla/MainWindow/QtValues.h"
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
+#include "Tacla/MainWindow/Rows/TaskRow.h"
+#include "Tacla/TaskList/TaskFile.h"
 
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
 #include <QShortcut>
 #include <QStackedLayout>
 #include <QVBoxLayout>
@@ -134,6 +140,27 @@ void WelcomeView::refreshAgenda() {
 
 namespace {
 
+// Every key of the window, as README and manual page tell them.
+const std::vector<dravel::KeysPanel::Entry> allKeys{{u"Ctrl+N"_s, u"Nouvelle tâche, depuis toute page"_s},
+                                                    {u"Tab"_s, u"Dans un titre : accepter le moment proposé"_s},
+                                                    {u"Entrée"_s, u"Ajouter, depuis tous les champs de la carte"_s},
+                                                    {u"Ctrl+F"_s, u"Chercher ; Échap revient à la page"_s},
+                                                    {u"Ctrl+R"_s, u"Reporter toutes les tâches en retard"_s},
+                                                    {u"Ctrl+1 … Ctrl+5"_s, u"Aller à une page"_s},
+                                                    {u"↑ ↓"_s, u"Passer d'une tâche à l'autre"_s},
+                                                    {u"Espace"_s, u"Cocher ou décocher"_s},
+                                                    {u"F2 ou Entrée"_s, u"Modifier une tâche ; Échap abandonne"_s},
+                                                    {u"Menu ou Maj+F10"_s, u"Le menu d'une tâche"_s},
+                                                    {u"R"_s, u"Refaire une tâche faite"_s},
+                                                    {u"Ctrl+C"_s, u"Copier la ligne d'une tâche"_s},
+                                                    {u"Ctrl+Z"_s, u"Annuler le dernier changement"_s},
+                                                    {u"F10 ou Alt"_s, u"Les menus de la fenêtre"_s},
+                                                    {u"Ctrl+,"_s, u"Réglages"_s},
+                                                    {u"Ctrl+W ou Ctrl+H"_s, u"Fermer la fenêtre"_s},
+                                                    {u"Ctrl+M"_s, u"Réduire la fenêtre"_s},
+                                                    {u"Ctrl+Q"_s, u"Quitter"_s},
+                                                    {u"Ctrl+?"_s, u"Cette liste"_s}};
+
 // The block at the foot of the sidebar that tells how list and calendar stand.
 dravel::SidebarBadge* makeSyncBadge(AppModel& model, QWidget* parent) {
     auto* badge = new dravel::SidebarBadge(parent);
@@ -213,13 +240,59 @@ dravel::DravelShell& MainView::shell() {
 
 void MainView::select(Section section) {
     section_ = section;
-    if (shell_) shell_->list().setCurrent(static_cast<int>(section));
+    if (!shell_) return;
+    shell_->list().setCurrent(static_cast<int>(section));
+    if (shell_->page() == find_) showPage();
 }
 
 void MainView::beginTask() {
     if (views_->currentWidget() != shell_) return;
     select(Section::today);
     static_cast<TodayPage*>(shell_->page())->beginTask();
+}
+
+void MainView::readyToType() {
+    const bool typing = qobject_cast<QLineEdit*>(focusWidget()) != nullptr;
+    if (shell_ && section_ == Section::today && shell_->page() != find_ && !typing) beginTask();
+}
+
+void MainView::closed() {
+    if (auto* today = static_cast<TodayPage*>(pages_[static_cast<std::size_t>(Section::today)])) today->forgetDay();
+}
+
+bool MainView::copyTask() {
+    for (auto* widget = QApplication::focusWidget(); widget != nullptr; widget = widget->parentWidget())
+        if (const auto* row = qobject_cast<TaskRow*>(widget)) {
+            QApplication::clipboard()->setText(toQt(TaskFile::line(row->task())));
+            return true;
+        }
+    return false;
+}
+
+// The page behind keeps its scroll position.
+void MainView::beginFind() {
+    if (views_->currentWidget() != shell_) return;
+    if (!find_) {
+        find_ = new FindPage(model_, now_, shell_);
+        connect(find_, &FindPage::closed, this, &MainView::endFind);
+    }
+    if (shell_->page() != find_) beforeFind_ = QApplication::focusWidget();
+    shell_->showPage(find_);
+    find_->begin();
+}
+
+void MainView::endFind() {
+    showPage();
+    if (beforeFind_ && beforeFind_->isVisible())
+        beforeFind_->setFocus(Qt::OtherFocusReason);
+    else
+        shell_->list().setFocus(Qt::OtherFocusReason);
+}
+
+void MainView::postponeLate() {
+    if (views_->currentWidget() != shell_) return;
+    select(Section::late);
+    static_cast<ListPage*>(shell_->page())->postponeAll();
 }
 
 void MainView::showTask(const std::string& key) {
@@ -256,11 +329,18 @@ QWidget* MainView::makePage(Section section) {
     return new SettingsPage(model_, actions_, shell_);
 }
 
-// Ctrl+1 to Ctrl+5.
+void MainView::addShortcut(const QKeySequence& keys, std::function<void()> run) {
+    connect(new QShortcut(keys, this), &QShortcut::activated, this, std::move(run));
+}
+
 void MainView::addShortcuts() {
+    addShortcut(Qt::CTRL | Qt::Key_N, [this] { beginTask(); });
+    addShortcut(Qt::CTRL | Qt::Key_F, [this] { beginFind(); });
+    addShortcut(Qt::CTRL | Qt::Key_R, [this] { postponeLate(); });
+    addShortcut(QKeySequence(u"Ctrl+?"_s), [this] { (new dravel::KeysPanel(allKeys, this))->open(); });
     for (const auto section : sections) {
         const QKeySequence keys(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(section)));
-        connect(new QShortcut(keys, this), &QShortcut::activated, this, [this, section] {
+        addShortcut(keys, [this, section] {
             if (views_->currentWidget() == shell_) select(section);
         });
     }

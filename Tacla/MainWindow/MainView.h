@@ -6,9 +6,11 @@
 #include "Tacla/MainWindow/DesktopActions.h"
 #include "Tacla/MainWindow/PageContents.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,6 +23,7 @@ class DravelShell;
 namespace tacla {
 
 class AppModel;
+class FindPage;
 class WelcomeView;
 
 // The window's content: the sidebar and the page of the selected section, or the welcome. Pages are made when they are
@@ -34,6 +37,9 @@ class MainView final : public QWidget {
     void select(Section);
     void beginTask();                      // on the today page, unless the welcome shows
     void showTask(const std::string& key); // likewise: its row, on the page where it is
+    void readyToType();                    // a new task, where the today page shows and nothing else is being typed
+    void closed();                         // what was chosen for new tasks is forgotten
+    bool copyTask();                       // the line of the row that has the focus
 
   private:
     void modelChanged();
@@ -43,6 +49,10 @@ class MainView final : public QWidget {
     void showUndoBar();
     QWidget* makePage(Section);
     void addShortcuts();
+    void addShortcut(const QKeySequence&, std::function<void()>);
+    void beginFind();
+    void endFind();
+    void postponeLate();
 
     AppModel& model_;
     const DesktopActions actions_;
@@ -54,6 +64,8 @@ class MainView final : public QWidget {
     WelcomeView* welcome_ = nullptr;
     dravel::DravelShell* shell_ = nullptr;
     std::array<QWidget*, sections.size()> pages_{};
+    FindPage* find_ = nullptr;
+    QPointer<QWidget> beforeFind_; // what had the focus
     dravel::Connection connection_;
 };
 

@@ -1,22 +1,27 @@
 #include "Tacla/MainWindow/MainWindowController.h"
 
+#include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/Foundation/FileError.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/MainView.h"
 #include "Tacla/MainWindow/QtValues.h"
+#include "Tacla/MainWindow/Rows/AddTaskCard.h"
 #include "Tacla/Preferences/Preferences.h"
 
 #include <QApplication>
 #include <QBuffer>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QCursor>
 #include <QEventLoop>
 #include <QFile>
 #include <QImageWriter>
+#include <QKeyEvent>
 #include <QMainWindow>
 #include <QScreen>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <QWindow>
 
 #include <cerrno>
@@ -40,6 +45,20 @@ bool onWayland() { return QGuiApplication::platformName().startsWith(u"wayland")
 QByteArray formatOf(const fs::path& path) {
     const auto ending = QByteArray::fromStdString(path.extension().string()).mid(1).toLower();
     return QImageWriter::supportedImageFormats().contains(ending) ? ending : QByteArray("png");
+}
+
+void bringForward(QWidget& window, const std::string& activationToken) {
+    if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
+    window.show();
+    window.raise();
+    window.activateWindow(); // on Wayland it takes the token
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    // Qt on X11 learns a tenth of a second late that a window which went has lost the focus. One that comes back before
+    // gets no keys, since for Qt nothing changed: no other call tells it.
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    if (QGuiApplication::focusWindow() == window.windowHandle()) QApplication::setActiveWindow(&window);
+    QT_WARNING_POP
 }
 
 void write(const QImage& image, const fs::path& path) {
@@ -142,23 +161,14 @@ void MainWindow::present(const std::string& activationToken) {
     comeForward(activationToken);
     // A desktop may refuse the token, or may just be taking the focus away.
     if (onWayland()) activation_.start();
+    view_->readyToType();
 }
 
 void MainWindow::comeForward(const std::string& activationToken) {
     // Without a token no Wayland desktop raises a window that is there, but each gives the focus to one that is new.
     if (onWayland() && activationToken.empty() && isVisible() && !isActiveWindow()) hide();
-    if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     if (isMinimized()) setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow(); // on Wayland it takes the token
-    qunsetenv("XDG_ACTIVATION_TOKEN");
-    // Qt on X11 learns a tenth of a second late that a window which went has lost the focus. One that comes back before
-    // gets no keys, since for Qt nothing changed: no other call tells it.
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
-    if (QGuiApplication::focusWindow() == windowHandle()) QApplication::setActiveWindow(this);
-    QT_WARNING_POP
+    bringForward(*this, activationToken);
 }
 
 // Closing only hides: the program lives on in the tray.
@@ -166,6 +176,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     rememberPlace();
     event->ignore();
     hide();
+    view_->closed();
 }
 
 void MainWindow::resizeEvent(QResizeEvent* event) {
@@ -201,6 +212,61 @@ void MainWindow::changeEvent(QEvent* event) {
     model_.reload();
 }
 
+// The add card alone.
+class QuickEntry final : public dravel::CardStage {
+  public:
+    QuickEntry(AppModel&, const dravel::Now&);
+    void present(const std::string& activationToken);
+
+  protected:
+    bool event(QEvent*) override;
+    void keyPressEvent(QKeyEvent*) override;
+    void hideEvent(QHideEvent*) override;
+
+  private:
+    static constexpr int panelWidth = 660, frame = 12;
+
+    const dravel::Now& now_;
+    AddTaskCard* card_;
+};
+
+QuickEntry::QuickEntry(AppModel& model, const dravel::Now& now) : now_(now), card_(new AddTaskCard(model, now_, this)) {
+    setObjectName(u"quickEntry"_s);
+    setWindowTitle(u"Ajouter une tâche"_s);
+    setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(frame, frame, frame, frame);
+    column->addWidget(card_);
+    connect(card_, &AddTaskCard::added, this, &QWidget::hide);
+}
+
+// As high as the card, whose foot moves when something is offered.
+bool QuickEntry::event(QEvent* event) {
+    const bool done = CardStage::event(event);
+    if (event->type() == QEvent::LayoutRequest) resize(panelWidth, layout()->heightForWidth(panelWidth));
+    return done;
+}
+
+void QuickEntry::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Escape) return CardStage::keyPressEvent(event);
+    hide(); // the words stay for the next time
+}
+
+void QuickEntry::hideEvent(QHideEvent* event) {
+    CardStage::hideEvent(event);
+    if (card_->isEmpty()) card_->forgetDay();
+}
+
+void QuickEntry::present(const std::string& activationToken) {
+    card_->setToday(Day::of(now_()));
+    resize(panelWidth, layout()->heightForWidth(panelWidth));
+    const auto* here = QGuiApplication::screenAt(QCursor::pos());
+    const auto free = (here ? here : screen())->availableGeometry();
+    if (!isVisible()) move(free.center().x() - panelWidth / 2, free.top() + free.height() / 4);
+    bringForward(*this, activationToken);
+    card_->focusTitle();
+}
+
 MainWindowController::MainWindowController(AppModel& model, Preferences& preferences, DesktopActions actions,
                                            dravel::Now now)
     : model_(model), preferences_(preferences), actions_(std::move(actions)), now_(std::move(now)) {}
@@ -215,6 +281,15 @@ MainWindow& MainWindowController::made() {
 QMainWindow& MainWindowController::window() { return made(); }
 
 void MainWindowController::show(const std::string& activationToken) { made().present(activationToken); }
+
+void MainWindowController::showQuickEntry(const std::string& activationToken) {
+    if (!quickEntry_) quickEntry_ = std::make_unique<QuickEntry>(model_, now_);
+    quickEntry_->present(activationToken);
+}
+
+void MainWindowController::copyTask() {
+    if (window_) window_->view().copyTask();
+}
 
 void MainWindowController::beginTask() { made().view().beginTask(); }
 

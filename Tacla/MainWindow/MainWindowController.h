@@ -17,6 +17,7 @@ class QMainWindow;
 namespace tacla {
 
 class MainWindow;
+class QuickEntry;
 
 // The size that a window's content may have on a screen of which that much is free. Where the desktop does not tell of
 // its panels, room for one is left. What the frame takes up is not known before the window shows: a title bar's usual
@@ -42,6 +43,9 @@ class MainWindowController {
     void show(const std::string& activationToken = {});
     void beginTask();                      // the window gets ready to type a new task
     void showTask(const std::string& key); // on its page, with the focus; nothing when there is none of that key
+    // A small panel over whatever is on the screen, to add one task: Return adds and closes, Escape only closes.
+    void showQuickEntry(const std::string& activationToken = {});
+    void copyTask(); // the line of the row that has the focus
     void close();
     bool isShown() const;
 
@@ -62,6 +66,7 @@ class MainWindowController {
     DesktopActions actions_;
     dravel::Now now_;
     std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<QuickEntry> quickEntry_;
 };
 
 }

@@ -168,7 +168,27 @@ TaskGroups lateGroups(const ModelState& state) {
              .symbol = Symbol::exclamationTriangleFill,
              .role = ColourRole::danger,
              .tasks = std::move(late),
-             .empty = {}}};
+             .empty = {},
+             .postponable = true}};
+}
+
+TaskGroups foundGroups(const Tasks& tasks, const std::vector<FoundTask>& found) {
+    TaskGroup open{.heading = "À cocher", .day = {}, .symbol = Symbol::inbox, .tasks = {}, .empty = {}};
+    TaskGroup done{.heading = "Faites",
+                   .day = {},
+                   .symbol = Symbol::checkCircleFill,
+                   .role = ColourRole::faint,
+                   .tasks = {},
+                   .empty = {}};
+    for (const auto& one : found) (tasks[one.task].done ? done : open).tasks.push_back(tasks[one.task]);
+    TaskGroups groups;
+    for (auto* group : {&open, &done})
+        if (!group->tasks.empty()) groups.push_back(std::move(*group));
+    return groups;
+}
+
+std::array<PostponedTo, 3> postponements(Day today) {
+    return {{{"À &aujourd'hui", today}, {"À &demain", today.plusDays(1)}, {"À &lundi", today.nextMonday()}}};
 }
 
 TaskGroups upcomingGroups(const ModelState& state) {

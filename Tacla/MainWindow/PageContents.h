@@ -2,6 +2,7 @@
 
 #include "Tacla/AppModel/ModelState.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
+#include "Tacla/TaskList/TaskFinder.h"
 
 #include <array>
 #include <functional>
@@ -34,6 +35,7 @@ struct TaskGroup {
     Tasks tasks;
     std::string empty; // said instead of the tasks when there are none
     bool showDay = true;
+    bool postponable = false; // all of its tasks at once
 
     std::string title() const;
     bool operator==(const TaskGroup&) const = default;
@@ -51,6 +53,14 @@ TodayContents todayContents(const ModelState&);
 TaskGroups lateGroups(const ModelState&);
 TaskGroups upcomingGroups(const ModelState&);
 TaskGroups doneGroups(const ModelState&);
+TaskGroups foundGroups(const Tasks&, const std::vector<FoundTask>&);
+
+// To where all late tasks are postponed at once; the labels announce their access keys.
+struct PostponedTo {
+    std::string_view label;
+    Day day;
+};
+std::array<PostponedTo, 3> postponements(Day today);
 
 struct Problem {
     std::string text;

@@ -94,14 +94,21 @@ void AppDelegate::doWithoutSession() {
     showWindow(); // there will be no icon
 }
 
+void AppDelegate::prepareWindows() {
+    if (std::exchange(windowsPrepared_, true)) return;
+    ports_.session.open();
+    // With its first window Qt asks the session bus for readers of the screen, and would wait for a silent bus.
+    if (!ports_.session.connection()) keepQtFromSessionBus();
+    dravel::translateQt(*qApp);
+}
+
+void AppDelegate::prepareWindow() {
+    prepareWindows();
+    if (!menuInstalled_) installMenu();
+}
+
 void AppDelegate::showWindow(const std::string& activationToken) {
-    if (!menuInstalled_) {
-        ports_.session.open();
-        // With its first window Qt asks the session bus for readers of the screen, and would wait for a silent bus.
-        if (!ports_.session.connection()) keepQtFromSessionBus();
-        dravel::translateQt(*qApp);
-        installMenu();
-    }
+    prepareWindow();
     ports_.window.show(activationToken);
 }
 
@@ -128,7 +135,8 @@ void AppDelegate::installMenu() {
                                   {.settings = settings,
                                    .quit = ports_.quit,
                                    .undo = [this] { ports_.model.undo(); },
-                                   .canUndo = [this] { return ports_.model.canUndo(); }});
+                                   .canUndo = [this] { return ports_.model.canUndo(); },
+                                   .copy = [this] { ports_.window.copyTask(); }});
 }
 
 void AppDelegate::refreshTray() {
@@ -179,9 +187,13 @@ void AppDelegate::activate(const SingleInstance::Activation& activation) {
     if (action == ApplicationAction::done) return answer(Action::done);
     if (action == ApplicationAction::tomorrow) return answer(Action::tomorrow);
     if (action == ApplicationAction::openTask) return answer(Action::opened);
+    if (action == ApplicationAction::newTask && !ports_.model.state().onboarding) {
+        prepareWindows();
+        return ports_.window.showQuickEntry(token);
+    }
+    prepareWindow(); // a window that is made later starts on today, whatever was asked before
     if (action == ApplicationAction::today || action == ApplicationAction::late) ports_.model.requestSection(action);
     showWindow(token);
-    if (action == ApplicationAction::newTask) ports_.window.beginTask();
 }
 
 }

@@ -59,6 +59,8 @@ class AppDelegate {
     void observe();
     void joinSession(const QDBusConnection&);
     void doWithoutSession();
+    void prepareWindows(); // any
+    void prepareWindow();  // the main one, with its menus
     void showWindow(const std::string& activationToken = {});
     void trayAnswered(bool shown);
     void showTask(const std::string& key, const std::string& activationToken = {});
@@ -72,7 +74,7 @@ class AppDelegate {
 
     Ports ports_;
     std::optional<StatusItem> item_; // with the session bus
-    bool menuInstalled_ = false;
+    bool windowsPrepared_ = false, menuInstalled_ = false;
     bool refreshPending_ = false;
     std::vector<dravel::Connection> connections_;
     dravel::Timer busPatience_;

@@ -8,6 +8,8 @@
 #include "Tacla/TaskList/TaskLines.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -180,6 +182,37 @@ UserEdit UserEdit::bringBack(std::string copy) {
                 if (!seen) seen = text;
                 return *seen == text ? Text(copy) : Text();
             }};
+}
+
+UserEdit UserEdit::postpone(const Tasks& seen, Day to, Day today) {
+    const auto count = std::to_string(seen.size());
+    return {seen.size() == 1 ? naming("Tâche reportée", seen.front().title) : count + " tâches reportées",
+            [=](std::string_view text) {
+                std::map<std::string_view, const TaskItem*> wanted;
+                for (const auto& task : seen) wanted[task.key] = &task;
+                std::set<std::string> keys;
+                for (const auto& task : TaskFile::parse(text)) {
+                    const auto found = wanted.find(task.key);
+                    if (found != wanted.end() && isStill(*found->second, task)) keys.insert(task.key);
+                }
+                return TaskFile::rescheduleAll(text, keys, to, today);
+            }};
+}
+
+std::optional<UserEdit> UserEdit::addAll(std::vector<NewTask> tasks) {
+    std::vector<NewTask> writable;
+    for (auto& task : tasks)
+        if (const auto title = writableTitle(task.title))
+            writable.push_back({*title, task.day, task.time, task.strong});
+    if (writable.empty()) return {};
+    const auto count = std::to_string(writable.size());
+    return UserEdit{writable.size() == 1 ? naming("Tâche ajoutée", writable.front().title) : count + " tâches ajoutées",
+                    [writable = std::move(writable)](std::string_view text) {
+                        std::string all(text);
+                        for (const auto& task : writable)
+                            all = TaskFile::add(all, task.title, task.day, task.time, task.strong);
+                        return Text(std::move(all));
+                    }};
 }
 
 TaskDocument::TaskDocument(path file, dravel::UserFolders folders)

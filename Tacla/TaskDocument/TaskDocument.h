@@ -38,6 +38,16 @@ std::string impossibleToWrite(const dravel::FileError&); // the file of the erro
 std::string unreadable(const std::filesystem::path&);    // "/home/moi/taches.md illisible"
 std::string sentence(std::string words);                 // the window's: with a capital letter
 
+// A task that is to be written.
+struct NewTask {
+    std::string title;
+    Day day;
+    std::optional<Clock> time;
+    bool strong = false;
+
+    bool operator==(const NewTask&) const = default;
+};
+
 // Whether a task that was seen is still that one. With other marks it may be a namesake that took over its key: then
 // only a title that stood once and stands once is unmistakable.
 bool isStill(const TaskItem& seen, const TaskItem& now);
@@ -68,6 +78,9 @@ struct UserEdit {
     // None when the title cannot be written.
     static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong,
                                        std::string said);
+    // Several at once. Of those that were seen, the ones that are still there; each keeps its time.
+    static UserEdit postpone(const Tasks& seen, Day to, Day today);
+    static std::optional<UserEdit> addAll(std::vector<NewTask>);
     static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
     static UserEdit bringBack(std::string copy);
 };

@@ -319,6 +319,29 @@ std::optional<std::string> reschedule(std::string_view text, std::string_view ke
     });
 }
 
+std::optional<std::string> rescheduleAll(std::string_view text, const std::set<std::string>& keys, Day to, Day today) {
+    std::string result;
+    std::size_t copied = 0;
+    for (const auto& title : keyedTitles(text)) {
+        if (!keys.contains(keyText(title.key, title.title))) continue;
+        const auto span = lineAround(text, title.title);
+        const auto line = lineOf(text, span);
+        const auto task = readTaskLine(line, 0);
+        result.append(text.substr(copied, span.begin - copied)).append(rescheduled(task, line, to, task.time, today));
+        copied = span.end;
+    }
+    if (copied == 0) return std::nullopt;
+    return result.append(text.substr(copied));
+}
+
+std::string line(const TaskItem& task) {
+    std::vector<std::string> parts{(task.done ? "- [x] " : "- [ ] ") + task.title};
+    if (task.day) parts.push_back(task.when());
+    if (task.due) parts.push_back(std::string(duePrefix) + task.due->description());
+    if (task.doneOn) parts.push_back(std::string(doneMark) + " " + task.doneOn->description());
+    return joined(parts);
+}
+
 std::optional<std::string> remove(std::string_view text, std::string_view key) {
     const auto line = findLine(text, key);
     if (!line) return std::nullopt;

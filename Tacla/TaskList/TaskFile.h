@@ -4,6 +4,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,6 +47,12 @@ std::optional<Renamed> rename(std::string_view text, std::string_view key, std::
 std::optional<std::string> reschedule(std::string_view text, std::string_view key, Day to, std::optional<Clock>,
                                       Day today);
 std::optional<std::string> remove(std::string_view text, std::string_view key);
+
+// The tasks with those keys moved to one day, each keeping its time.
+std::optional<std::string> rescheduleAll(std::string_view text, const std::set<std::string>& keys, Day to, Day today);
+
+// A task's line, as it would be written.
+std::string line(const TaskItem&);
 
 // The keys of the lines whose task has another key in the new text.
 NewKeys renamedKeys(std::string_view from, std::string_view to);

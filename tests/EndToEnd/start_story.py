@@ -57,16 +57,28 @@ class Ended(Story):
 
 
 class FromTheLauncher(Story):
+    def act(self, action):
+        subprocess.run(["gapplication", "action", "fr.dravel.Tacla", action], env=self.desktop.env, check=True)
+
+    def new_task(self):
+        self.act("new-task")
+        until(lambda: "focused" in self.screen.wait("Nouvelle tâche").states, "the field to get the focus")
+
     def test_a_new_task_can_be_typed_at_once(self):
         self.desktop.offer_service("fr.dravel.Tacla", TACLA)
-        for title in ("Pain", "Vin"):  # not running yet; then on another page
-            subprocess.run(["gapplication", "action", "fr.dravel.Tacla", "new-task"], env=self.desktop.env, check=True)
-            until(lambda: "focused" in self.screen.wait("Nouvelle tâche").states, "the field to get the focus")
+        for title in ("Pain", "Vin"):  # not running yet; then running
+            self.new_task()
             self.screen.key(*title, "Return")
             until(lambda: f"- [ ] {title} · {day()}\n" in self.file.read_text(), "the task")
-            self.screen.key("ctrl+3")
+            until(lambda: not self.desktop.windows(), "the panel to go")
+        self.new_task()
+        self.screen.key(*"Lait", "Escape")
+        until(lambda: not self.desktop.windows(), "the panel to go")
+        self.new_task()
+        self.assertEqual(self.screen.wait("Nouvelle tâche").text, "Lait")
+        self.screen.key("Escape")
         for action, page in (("late", "En retard"), ("today", "Aujourd'hui")):
-            subprocess.run(["gapplication", "action", "fr.dravel.Tacla", action], env=self.desktop.env, check=True)
+            self.act(action)
             self.screen.wait(page, "filler")
         self.tray.click("Quitter Tacla")
 

@@ -124,6 +124,51 @@ TEST(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
     EXPECT_FALSE(reason.isVisible());
 }
 
+TEST(AddCard, MakesSeveralTasksOfSeveralLinesWhenAsked) {
+    TestWindow window("");
+    auto& title = window.control<dravel::TextField>("add.title");
+    QApplication::clipboard()->setText(
+        u"# Courses\r\n- Pain\n\n- [x] ❗ Vin · 2026-12-24 18:00 · ✅ 2026-11-20\nSel\n"_s);
+    title.paste();
+    title.setFocus();
+    EXPECT_EQ(window.control<dravel::Offer>("add.offer").text().toStdString(), "Ajouter 3 tâches ?");
+    window.press(Qt::Key_Tab);
+    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n- [ ] ❗ Vin · 2026-12-24 18:00\n- [ ] Sel · 2026-11-24\n");
+    EXPECT_EQ(title.text(), QString());
+    window.world.model.undo();
+    EXPECT_EQ(window.world.text(), "") << "one edit";
+}
+
+TEST(LatePage, PostponesAllAtOnce) {
+    TestWindow window(
+        "- [ ] Pain · 2026-11-20 08:00\n- [ ] Vin · 2026-11-21 · due 2026-11-01\n- [ ] Sel · 2026-11-25\n");
+    const auto before = window.world.text();
+    window.press(Qt::Key_R, Qt::ControlModifier);
+    auto& menu = window.control<QMenu>("postponeAll.menu");
+    QTest::keyClick(&menu, Qt::Key_D);
+    window.settle();
+    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-25 08:00 · due 2026-11-20\n"
+                                   "- [ ] Vin · 2026-11-25 · due 2026-11-01\n- [ ] Sel · 2026-11-25\n");
+    window.world.model.undo();
+    EXPECT_EQ(window.world.text(), before) << "one edit";
+}
+
+TEST(FindPage, FindsInAllTasksAndGivesThePageBack) {
+    TestWindow window("- [x] Été indien · 2026-11-20\n- [ ] Thé d'été · 2026-11-30\n- [ ] Pain · 2026-11-24\n");
+    window.focus("Pain");
+    window.press(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(window.focused(), "find.words");
+    QTest::keyClicks(QApplication::focusWidget(), u"ete"_s);
+    window.settle();
+    EXPECT_EQ(window.shown(), "Thé d'été [30/11]\nÉté indien [20/11]\n");
+    window.press(Qt::Key_Down);
+    window.press(Qt::Key_Space);
+    EXPECT_EQ(window.world.state().tasks.at(1).done, true) << "rows act as everywhere";
+    window.press(Qt::Key_Escape);
+    EXPECT_EQ(window.page().objectName(), u"page.today"_s);
+    EXPECT_EQ(window.focused(), "Pain check");
+}
+
 TEST(AddCard, MovesWithTheDayAtMidnight) {
     TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 23:59");
     EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 24));

@@ -7,6 +7,7 @@
 #include "DravelKit/DravelUI/TextLabel.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
@@ -42,6 +43,17 @@ TEST(TaskRow, PostponesFromTheDayOfTheClickNotOfTheLastReload) {
     window.world.loop.setClock(testing::moment("2026-11-25 00:01"));
     window.row("Pain").findChild<QMenu*>()->actions().front()->trigger(); // to tomorrow
     EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-26 · due 2026-11-20\n");
+}
+
+TEST(TaskRow, DoesADoneTaskAgainAndCopiesItsLine) {
+    const std::string done = "- [x] ❗ Pain · 2026-11-24 18:00 · ✅ 2026-11-24\n";
+    TestWindow window(done);
+    window.focus("❗ Pain");
+    EXPECT_TRUE(window.view->copyTask());
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString() + "\n", done);
+    window.press(Qt::Key_R);
+    QTest::keyClick(window.row("❗ Pain").findChild<QMenu*>(), Qt::Key_L);
+    EXPECT_EQ(window.world.text(), done + "- [ ] ❗ Pain · 2026-11-30 18:00\n");
 }
 
 TEST(TaskRow, ActsOnTheTaskThatItShowedWhenItWasPressed) {

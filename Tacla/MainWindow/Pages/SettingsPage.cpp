@@ -9,9 +9,11 @@
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 
 #include <QClipboard>
+#include <QDropEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QMenu>
+#include <QMimeData>
 
 namespace tacla {
 
@@ -98,7 +100,34 @@ void SettingsPage::addListCard() {
               [this, bringBack] { offerCopies(*bringBack); });
     addButton(neutral(u"Afficher les copies"_s), *copies, "copies.show", u"Afficher les copies"_s,
               [this] { actions_.showCopies(); });
+    card->setAcceptDrops(true);
+    card->installEventFilter(this);
     add(card);
+}
+
+namespace {
+
+// The list that is being dropped, if it may be one.
+std::optional<std::filesystem::path> droppedList(const QMimeData& data) {
+    if (data.urls().size() != 1 || !data.urls().front().isLocalFile()) return {};
+    const std::filesystem::path path = fromQt(data.urls().front().toLocalFile());
+    const auto ending = path.extension();
+    if (ending != ".md" && ending != ".markdown" && ending != ".txt") return {};
+    return path;
+}
+
+}
+
+// A file that is dropped on the list's card becomes the list.
+bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
+    const bool drop = event->type() == QEvent::Drop;
+    if (!drop && event->type() != QEvent::DragEnter) return DravelPage::eventFilter(watched, event);
+    auto* dropped = static_cast<QDropEvent*>(event);
+    const auto path = droppedList(*dropped->mimeData());
+    if (!path) return false;
+    dropped->acceptProposedAction();
+    if (drop) model_.use(*path);
+    return true;
 }
 
 void SettingsPage::offerCopies(QWidget& button) {
@@ -177,6 +206,15 @@ void SettingsPage::addSystemCard() {
         model_.setLaunchAtLogin(on);
         refresh(); // the desktop may have refused
     });
+    const auto command = u"gapplication action fr.dravel.Tacla new-task"_s;
+    auto* quick =
+        addRow(*card, Symbol::keyboard, u"quick"_s, u"Saisie rapide"_s,
+               u"Pour ajouter une tâche depuis tout programme, associez une touche à cette commande dans les réglages "
+               u"du clavier de votre bureau :\n"_s +
+                   command);
+    addButton(neutral(u"Copier"_s), *quick, "quick.copy", u"Copier la commande de la saisie rapide"_s,
+              [command] { QGuiApplication::clipboard()->setText(command); });
+    quick->setTextsSelectable(true);
     auto* terminal =
         addRow(*card, Symbol::terminal, u"terminal"_s, u"En ligne de commande"_s,
                pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);

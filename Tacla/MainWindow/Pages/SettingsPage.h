@@ -20,6 +20,9 @@ class SettingsPage final : public dravel::DravelPage {
   public:
     SettingsPage(AppModel&, const DesktopActions&, QWidget* parent = nullptr);
 
+  protected:
+    bool eventFilter(QObject*, QEvent*) override;
+
   private:
     void addListCard();
     void offerCopies(QWidget& button);

@@ -1,14 +1,18 @@
 #include "Tacla/MainWindow/Pages/TaskColumn.h"
 
+#include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/DravelUI/TextLabel.h"
+#include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/QtValues.h"
+#include "Tacla/TaskList/TaskFile.h"
 
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QFocusEvent>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScrollBar>
@@ -26,8 +30,11 @@ class TaskListCard final : public dravel::Card {
   public:
     explicit TaskListCard(QWidget* parent = nullptr)
         : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::calendar3, Theme::accent, {}, this)),
+          postpone_(new dravel::Button(dravel::Button::Kind::neutral, u"Tout reporter"_s)),
           empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
         setObjectName(u"tasks"_s);
+        postpone_->setObjectName(u"postponeAll"_s);
+        postpone_->hide();
     }
 
     void setGroup(const TaskGroup& group) {
@@ -36,9 +43,13 @@ class TaskListCard final : public dravel::Card {
         header_->setTitle(title);
         header_->setSymbol(group.symbol, toneOf(group.role));
         header_->setCount(static_cast<int>(group.tasks.size()));
+        if (group.postponable) header_->setControl(postpone_);
+        postpone_->setVisible(group.postponable);
         empty_->setText(toQt(group.empty));
         empty_->setVisible(group.tasks.empty());
     }
+
+    dravel::Button& postpone() { return *postpone_; }
 
   protected:
     void resizeEvent(QResizeEvent* event) override {
@@ -50,6 +61,7 @@ class TaskListCard final : public dravel::Card {
 
   private:
     dravel::CardHeader* header_;
+    dravel::Button* postpone_;
     dravel::TextLabel* empty_;
 };
 
@@ -260,6 +272,30 @@ bool TaskColumn::isRepeated(const QMouseEvent& press) {
            (press.globalPosition() - before.place).manhattanLength() <= hints->mouseDoubleClickDistance();
 }
 
+void TaskColumn::setSought(const SoughtWords& words) {
+    sought_ = words;
+    for (const auto& [index, row] : rows_) showTask(index);
+}
+
+void TaskColumn::postponeAll() {
+    const auto group = std::ranges::find(groups_, true, &TaskGroup::postponable);
+    if (group != groups_.end()) openPostponeMenu(static_cast<std::size_t>(group - groups_.begin()));
+}
+
+void TaskColumn::openPostponeMenu(std::size_t group) {
+    auto& button = builtCard(group).postpone();
+    page_.reveal(button);
+    auto* menu = new QMenu(this);
+    menu->setObjectName(u"postponeAll.menu"_s);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (const auto& [label, day] : postponements(Day::of(now_()))) {
+        // The tasks as they are seen now: the list may be another one when an entry is chosen.
+        const auto postpone = [this, day = day, tasks = groups_[group].tasks] { model_.postpone(tasks, day); };
+        connect(menu->addAction(toQt(label)), &QAction::triggered, this, postpone);
+    }
+    menu->popup(button.mapToGlobal(QPoint(button.width() - menu->sizeHint().width(), button.height() + 4)));
+}
+
 TaskListCard& TaskColumn::builtCard(std::size_t index) {
     auto& card = cards_[index];
     if (!card) {
@@ -268,6 +304,8 @@ TaskListCard& TaskColumn::builtCard(std::size_t index) {
         const auto span = layout_.card(index);
         card->setGeometry(x(), y() + span.top, width(), span.height);
         card->show();
+        connect(&card->postpone(), &QAbstractButton::clicked, this, [this, index] { openPostponeMenu(index); });
+        setTabOrder(previousInFocusChain(), &card->postpone());
     }
     return *card;
 }
@@ -297,7 +335,9 @@ void TaskColumn::showTask(std::size_t index) {
         if (focus) focus->setFocus(row->focusReason()); // lost with the old parent
     }
     const auto& group = groups_[cardIndex];
-    row->setTask(group.tasks[index - layout_.rowsOf(cardIndex).first], today_, group.showDay);
+    const auto& task = group.tasks[index - layout_.rowsOf(cardIndex).first];
+    row->setTask(task, today_, group.showDay);
+    row->setMarks(sought_.rangesIn(TaskFile::dropStrongMark(task.title)));
 }
 
 void TaskColumn::dropOutside(ColumnLayout::Range range) {

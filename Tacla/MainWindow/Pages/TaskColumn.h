@@ -33,6 +33,8 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     TaskColumn(dravel::DravelPage&, AppModel&, const dravel::Now&);
 
     void setGroups(TaskGroups, Day today);
+    void setSought(const SoughtWords&);     // marked in the titles
+    void postponeAll();                     // opens the menu of the first group that can be postponed
     void focusTask(const std::string& key); // scrolls it into view; nothing when it is not here
 
   protected:
@@ -81,6 +83,7 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     TaskRow& builtRow(std::size_t);
     TaskListCard& builtCard(std::size_t);
     void showTask(std::size_t row);
+    void openPostponeMenu(std::size_t group);
     void dropOutside(ColumnLayout::Range);
     void dropUnusedCards(ColumnLayout::Range);
 
@@ -93,6 +96,7 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     Rows rows_;
     std::map<std::size_t, TaskListCard*> cards_;
     QWidget* end_;
+    SoughtWords sought_{""};
     bool filling_ = false, keepsDrafts_ = false;
     struct {
         std::uint64_t time = 0; // of the event, in milliseconds; 0: none yet

@@ -3,6 +3,7 @@
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Disc.h"
+#include "DravelKit/DravelUI/TextField.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/TaskColumn.h"
@@ -10,6 +11,7 @@
 #include "Tacla/MainWindow/RefreshWhileVisible.h"
 #include "Tacla/MainWindow/Rows/AddTaskCard.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
@@ -153,6 +155,8 @@ void TodayPage::beginTask() {
     add_->focusTitle();
 }
 
+void TodayPage::forgetDay() { add_->forgetDay(); }
+
 void TodayPage::refresh() {
     const auto& state = model_.state();
     auto contents = todayContents(state);
@@ -175,11 +179,82 @@ ListPage::ListPage(Section section, AppModel& model, const dravel::Now& now, QWi
     refresh(std::move(contents));
 }
 
+void ListPage::postponeAll() { tasks_->postponeAll(); }
+
 void ListPage::refresh(ListContents contents) {
     setSubtitle(toQt(contents.subtitle));
     problems_->setProblems(std::move(contents.problems));
     empty_->setVisible(contents.groups.empty());
     tasks_->setGroups(std::move(contents.groups), model_.state().today);
+}
+
+namespace {
+
+// The card at the head of the find page.
+dravel::Card* makeSearchCard(dravel::TextField& field, QWidget* parent) {
+    auto* card = new dravel::Card(parent);
+    card->setObjectName(u"find"_s);
+    auto* line = new QHBoxLayout(card);
+    line->setContentsMargins(dravel::Card::iconColumn, Theme::Space::sm, Theme::Space::md, Theme::Space::sm);
+    line->setSpacing(dravel::Card::textColumn - dravel::Card::iconColumn - dravel::Card::iconWidth);
+    line->addWidget(new dravel::Disc(
+        {.diameter = dravel::Card::iconWidth, .symbol = dravel::Symbol::search, .symbolSize = 12}, card));
+    field.setFixedHeight(40);
+    line->addWidget(&field, 1);
+    QObject::connect(&field, &dravel::TextField::focusChanged, card, &dravel::Card::setHighlighted);
+    return card;
+}
+
+}
+
+FindPage::FindPage(AppModel& model, const dravel::Now& now, QWidget* parent)
+    : DravelPage(parent), model_(model), finder_({}),
+      words_(new dravel::TextField(dravel::TextField::Kind::frameless, u"Chercher une tâche…"_s)),
+      none_(new dravel::EmptyCard(dravel::Symbol::search, u"Aucune tâche ne contient ces mots."_s, &stage())),
+      tasks_(new TaskColumn(*this, model, now)) {
+    setObjectName(u"page.find"_s);
+    setAccessibleName(u"Recherche"_s);
+    words_->setObjectName(u"find.words"_s);
+    words_->setAccessibleName(u"Chercher une tâche"_s);
+    words_->installEventFilter(this);
+    connect(words_, &QLineEdit::textChanged, this, &FindPage::find);
+    for (QWidget* card : std::initializer_list<QWidget*>{makeSearchCard(*words_, &stage()), none_, tasks_}) add(card);
+    new RefreshWhileVisible(*this, model.changed, [this] { readTasks(); });
+    readTasks();
+}
+
+void FindPage::begin() {
+    reveal(*words_);
+    words_->selectAll();
+    words_->setFocus(Qt::ShortcutFocusReason);
+}
+
+void FindPage::readTasks() {
+    finder_ = TaskFinder(model_.state().tasks);
+    find();
+}
+
+void FindPage::find() {
+    const auto typed = fromQt(words_->text());
+    const SoughtWords words(typed);
+    auto groups = foundGroups(model_.state().tasks, finder_.find(typed));
+    none_->setVisible(groups.empty() && !words_->text().trimmed().isEmpty());
+    tasks_->setGroups(std::move(groups), model_.state().today);
+    tasks_->setSought(words);
+}
+
+// Down leads from the words to what was found.
+bool FindPage::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != words_ || event->type() != QEvent::KeyPress) return DravelPage::eventFilter(watched, event);
+    const auto key = static_cast<QKeyEvent*>(event)->key();
+    if ((key != Qt::Key_Down && key != Qt::Key_Return && key != Qt::Key_Enter) || !tasks_->isVisible()) return false;
+    tasks_->setFocus(Qt::TabFocusReason);
+    return true;
+}
+
+void FindPage::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Escape) return DravelPage::keyPressEvent(event);
+    Q_EMIT closed();
 }
 
 }

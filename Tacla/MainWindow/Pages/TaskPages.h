@@ -7,6 +7,7 @@
 // The pages that show tasks.
 namespace dravel {
 class EmptyCard;
+class TextField;
 }
 
 namespace tacla {
@@ -23,6 +24,7 @@ class TodayPage final : public dravel::DravelPage {
   public:
     TodayPage(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
     void beginTask(); // the add card comes into view, ready to type
+    void forgetDay(); // the one that was picked for new tasks
 
   private:
     void refresh();
@@ -40,6 +42,7 @@ class ListPage final : public dravel::DravelPage {
 
   public:
     ListPage(Section, AppModel&, const dravel::Now&, QWidget* parent = nullptr);
+    void postponeAll(); // asks where to
 
   private:
     void refresh(ListContents);
@@ -47,6 +50,32 @@ class ListPage final : public dravel::DravelPage {
     AppModel& model_;
     ProblemsCard* problems_;
     dravel::EmptyCard* empty_;
+    TaskColumn* tasks_;
+};
+
+// All tasks whose title holds the words that are typed at its head.
+class FindPage final : public dravel::DravelPage {
+    Q_OBJECT
+
+  public:
+    FindPage(AppModel&, const dravel::Now&, QWidget* parent = nullptr);
+    void begin(); // ready to type, over what was typed last
+
+  Q_SIGNALS:
+    void closed();
+
+  protected:
+    void keyPressEvent(QKeyEvent*) override;
+    bool eventFilter(QObject*, QEvent*) override;
+
+  private:
+    void readTasks();
+    void find();
+
+    AppModel& model_;
+    TaskFinder finder_;
+    dravel::TextField* words_;
+    dravel::EmptyCard* none_;
     TaskColumn* tasks_;
 };
 

@@ -10,7 +10,9 @@
 #include "Tacla/MainWindow/QtValues.h"
 
 #include <QCoreApplication>
+#include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QPointer>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
@@ -46,6 +48,7 @@ AddTaskCard::AddTaskCard(AppModel& model, const dravel::Now& now, QWidget* paren
 
 void AddTaskCard::nameFields() {
     setObjectName(u"add"_s);
+    setAcceptDrops(true);
     title_->setObjectName(u"add.title"_s);
     title_->setAccessibleName(u"Nouvelle tâche"_s);
     offer_->setObjectName(u"add.offer"_s);
@@ -109,12 +112,17 @@ QBoxLayout* AddTaskCard::choices() {
 
 void AddTaskCard::followFields() {
     connect(title_, &dravel::TextField::focusChanged, this, &Card::setHighlighted);
+    connect(title_, &dravel::TextField::linesPasted, this, [this](const QStringList& lines) {
+        pasted_ = Pasted{fromQt(title_->text()), {}};
+        for (const auto& line : lines) pasted_->lines.push_back(fromQt(line));
+    });
     connect(title_, &QLineEdit::textChanged, this, [this](const QString& text) {
         draft_.title = fromQt(text);
         explain({});
         offer();
     });
     connect(offer_, &QAbstractButton::clicked, this, [this] {
+        if (const auto tasks = offeredTasks(); !tasks.empty()) return addAll(tasks);
         if (told_) take(MomentWords(*told_));
     });
     for (QWidget* control : std::initializer_list<QWidget*>{hasTime_, strong_}) control->installEventFilter(this);
@@ -190,7 +198,6 @@ void AddTaskCard::focusTitle() { title_->setFocus(Qt::OtherFocusReason); }
 
 void AddTaskCard::forgetDay() {
     draft_.picked.reset();
-    draft_.said.reset();
     setToday(currentDay());
 }
 
@@ -200,7 +207,17 @@ void AddTaskCard::pick(Day day) {
     showDraft();
 }
 
+std::vector<NewTask> AddTaskCard::offeredTasks() const {
+    constexpr std::size_t most = 200; // what is longer is a file of its own
+    if (!pasted_ || pasted_->text != draft_.title || pasted_->lines.size() > most) return {};
+    auto tasks = pastedTasks(pasted_->lines, draft_, currentDay());
+    if (tasks.size() < 2) tasks.clear();
+    return tasks;
+}
+
 void AddTaskCard::offer() {
+    if (const auto several = offeredTasks().size(); several > 0)
+        return offer_->make(u"Ajouter %1 tâches ?"_s.arg(several));
     told_ = momentWords(draft_.title, currentDay(), Clock::of(now_()));
     offer_->make(told_ ? toQt(label(*told_, currentDay())) : QString());
 }
@@ -219,11 +236,21 @@ void AddTaskCard::add() {
     focusTitle();
     const auto task = newTask(draft_, today_);
     if (!task) return finish({});
-    isAdding_ = true;
-    model_.add(task->title, task->day, task->time, task->strong, [card = QPointer(this)](const auto& why) {
-        if (card) card->finish(why);
-    });
+    model_.add(task->title, task->day, task->time, task->strong, beginAdding());
+    title_->setReadOnly(isAdding_); // the disk is slow
+}
+
+void AddTaskCard::addAll(const std::vector<NewTask>& tasks) {
+    if (isAdding_) return;
+    model_.addAll(tasks, beginAdding());
     title_->setReadOnly(isAdding_);
+}
+
+std::function<void(const std::optional<std::string>&)> AddTaskCard::beginAdding() {
+    isAdding_ = true;
+    return [card = QPointer(this)](const auto& why) {
+        if (card) card->finish(why);
+    };
 }
 
 // What could not be written stays in the field.
@@ -235,6 +262,17 @@ void AddTaskCard::finish(const std::optional<std::string>& why) {
     draft_.title.clear();
     showDraft();
     Q_EMIT added();
+}
+
+// Text that is dropped anywhere on the card fills the field.
+void AddTaskCard::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasText()) event->acceptProposedAction();
+}
+
+void AddTaskCard::dropEvent(QDropEvent* event) {
+    title_->insert(event->mimeData()->text());
+    event->acceptProposedAction();
+    focusTitle();
 }
 
 void AddTaskCard::explain(const QString& why) {

@@ -5,6 +5,7 @@
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -35,6 +36,7 @@ class AddTaskCard final : public dravel::Card {
     void setToday(Day);
     void focusTitle(); // ready to type
     void forgetDay();  // the day that was picked
+    bool isEmpty() const { return draft_.title.empty(); }
 
   Q_SIGNALS:
     void added(); // and the task is in the file
@@ -42,6 +44,8 @@ class AddTaskCard final : public dravel::Card {
   protected:
     bool eventFilter(QObject*, QEvent*) override;
     void keyPressEvent(QKeyEvent*) override;
+    void dragEnterEvent(QDragEnterEvent*) override;
+    void dropEvent(QDropEvent*) override;
     bool focusNextPrevChild(bool forward) override;
 
   private:
@@ -54,9 +58,12 @@ class AddTaskCard final : public dravel::Card {
     void pick(Day);
     void offer();
     void take(const MomentWords&);
+    void addAll(const std::vector<NewTask>&);
+    std::function<void(const std::optional<std::string>& whyNot)> beginAdding(); // what is told how it ended
+    void finish(const std::optional<std::string>& whyNot);
+    std::vector<NewTask> offeredTasks() const; // none, or several
     void startTime(const QString& typed);
     void add();
-    void finish(const std::optional<std::string>& whyNot);
     void explain(const QString& why);
     void showDraft();
     Day currentDay() const { return Day::of(now_()); }
@@ -70,6 +77,11 @@ class AddTaskCard final : public dravel::Card {
     dravel::Offer* offer_;
     dravel::TextLabel* reason_; // why the task is not in the file
     std::optional<MomentWords> told_;
+    struct Pasted {
+        std::string text; // in one line, as the field shows it
+        std::vector<std::string> lines;
+    };
+    std::optional<Pasted> pasted_;
     std::array<dravel::Chip*, 3> chips_;
     dravel::DateField* date_;
     dravel::Switch *hasTime_, *strong_;

@@ -19,6 +19,8 @@ std::string dayText(Day day, Day today) {
     return dayAndMonth(day);
 }
 
+constexpr Day lastDay{9999, 12, 31}; // a fifth digit of the year would be read as no date at all
+
 // As a date picker shows it: a day that its month lacks becomes the one that it rolls over to.
 Day existing(Day day) { return Day::of(day.date()); }
 
@@ -63,8 +65,7 @@ std::optional<Day> postponedDay(RowCommand command, const TaskItem& task, Day to
     switch (command) {
     case RowCommand::postponeToTomorrow: return today.plusDays(1);
     case RowCommand::postponeToMonday: return today.nextMonday();
-    // A fifth digit of the year would be read as no date at all.
-    case RowCommand::postponeByAWeek: return std::min(task.day.value_or(today).plusDays(7), Day{9999, 12, 31});
+    case RowCommand::postponeByAWeek: return std::min(task.day.value_or(today).plusDays(7), lastDay);
     case RowCommand::toggle:
     case RowCommand::edit:
     case RowCommand::remove: break;
@@ -129,6 +130,31 @@ std::optional<NewTask> newTask(const NewTaskDraft& draft, Day today) {
                    .time = draft.hasTime ? std::optional(draft.time) : std::nullopt,
                    .strong = draft.strong};
 }
+
+std::vector<NewTask> pastedTasks(const std::vector<std::string>& lines, const NewTaskDraft& draft, Day today) {
+    std::vector<NewTask> tasks;
+    for (const auto& typed : lines) {
+        auto line = dravel::trimmedOfWhiteSpaceAndLineBreaks(typed);
+        if (const auto read = TaskFile::parse(line); !read.empty()) {
+            const auto& task = read.front();
+            tasks.push_back({task.title, task.day.value_or(draft.day(today)), task.time, task.strong()});
+            continue;
+        }
+        if (line.starts_with('#')) continue;
+        for (const std::string_view bullet : {"- ", "* ", "• ", "– "})
+            if (line.starts_with(bullet)) line.remove_prefix(bullet.size());
+        if (!line.empty()) tasks.push_back({std::string(line), draft.day(today), {}, draft.strong});
+    }
+    return tasks;
+}
+
+std::array<Again, 3> againDays(Day today) {
+    return {{{"Refaire &demain", today.plusDays(1)},
+             {"Refaire &lundi prochain", today.nextMonday()},
+             {"Refaire dans une &semaine", today.plusDays(7)}}};
+}
+
+NewTask again(const TaskItem& task, Day day) { return {task.title, day, task.time, task.strong()}; }
 
 NewTaskDraft afterAdding(const NewTaskDraft& draft) {
     NewTaskDraft next;

@@ -76,21 +76,24 @@ struct NewTaskDraft {
     void dropPast(Day today); // a day that was picked when it was still to come
 };
 
-struct NewTask {
-    std::string title;
-    Day day;
-    std::optional<Clock> time;
-    bool strong = false;
-};
-
 // The words left the title: what they say is set.
 NewTaskDraft taking(const MomentWords&, NewTaskDraft);
 TaskDraft taking(const MomentWords&, TaskDraft); // says nothing of a priority
 
 // None when the title is blank.
 std::optional<NewTask> newTask(const NewTaskDraft&, Day today);
+// The lines that were pasted, each a task: of the draft's day, unless the line tells another one as the file does.
+std::vector<NewTask> pastedTasks(const std::vector<std::string>& lines, const NewTaskDraft&, Day today);
 // Only the day stays, ready for the next task of that day.
 NewTaskDraft afterAdding(const NewTaskDraft&);
+
+// The same task once more.
+struct Again {
+    std::string_view label; // announces its access key
+    Day day;
+};
+std::array<Again, 3> againDays(Day today);
+NewTask again(const TaskItem&, Day);
 
 struct QuickDay {
     std::string_view label;

@@ -48,10 +48,17 @@ Theme::TextStyle titleStyle(bool done) { return Theme::Typography::taskTitle.str
 
 TaskRow::TaskRow(AppModel& model, const dravel::Now& now, Container& container, QWidget* parent)
     : QWidget(parent), model_(model), now_(now), container_(container), check_(new CheckButton(this)),
-      menuButton_(new dravel::IconButton(dravel::Symbol::threeDots, u"Modifier, reporter ou supprimer"_s, this)) {
+      menuButton_(new dravel::IconButton(dravel::Symbol::threeDots, u"Modifier, reporter ou supprimer"_s, this)),
+      againButton_(new dravel::IconButton(dravel::Symbol::arrowRepeat, u"Refaire"_s, this)) {
     setObjectName(u"task"_s);
     menuButton_->setObjectName(u"menu"_s);
     menuButton_->setToolTip(menuButton_->accessibleName());
+    againButton_->setObjectName(u"again"_s);
+    againButton_->setToolTip(u"Refaire (R)"_s);
+    againButton_->setShy(true);
+    againButton_->setFocusPolicy(Qt::NoFocus); // the key R does it
+    againButton_->hide();
+    connect(againButton_, &QAbstractButton::clicked, this, &TaskRow::openAgainMenu);
     check_->installEventFilter(this);
     menuButton_->installEventFilter(this);
     // The row may show another task by the time the button is let go. The model reloads at once and may take the row
@@ -81,6 +88,7 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
         check_->setTask(titleText_, task.done, task.strong());
         setAccessibleName(titleText_);
     }
+    againButton_->setVisible(task.done && !editor_);
     tags_.clear();
     QStringList texts;
     for (auto& tag : taskTags(task, today, showDay)) {
@@ -93,6 +101,18 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
         editor_->say(model_.holds(edited_) ? QString() : taskIsGone);
     }
     placeTags(width());
+    update();
+}
+
+void TaskRow::setMarks(const std::vector<dravel::TextRange>& ranges) {
+    if (ranges.empty() && marks_.isEmpty()) return;
+    const auto title = titleText_.toStdString();
+    const auto units = [&](std::size_t from, std::size_t to) {
+        return static_cast<int>(QString::fromUtf8(title.data() + from, static_cast<qsizetype>(to - from)).size());
+    };
+    marks_.clear();
+    for (const auto& [begin, end] : ranges)
+        if (end <= title.size()) marks_.append(QTextLayout::FormatRange{units(0, begin), units(begin, end), {}});
     update();
 }
 
@@ -117,7 +137,7 @@ int TaskRow::heightFor(int width) {
 }
 
 const dravel::Paragraph& TaskRow::title(int width) {
-    const int room = titleWidth(width);
+    const int room = titleWidth(width) - (task_.done ? hitArea : 0);
     if (!title_ || title_->width() != room) title_.emplace(titleText_, titleStyle(task_.done), room);
     return *title_;
 }
@@ -144,6 +164,7 @@ void TaskRow::placeControls() {
     const int checkMiddle = editor_ ? padding + TaskEditor::titleHeight / 2 : firstLine;
     check_->setGeometry(padding + 10 - hitArea / 2, checkMiddle - hitArea / 2, hitArea, hitArea);
     menuButton_->setGeometry(width() - padding - (menuFace + hitArea) / 2, firstLine - hitArea / 2, hitArea, hitArea);
+    againButton_->setGeometry(menuButton_->geometry().translated(-hitArea, 0));
     if (editor_) editor_->setGeometry(editorPlace());
 }
 
@@ -169,7 +190,12 @@ void TaskRow::paintEvent(QPaintEvent*) {
     }
     if (editor_) return;
     const auto appearance = dravel::appearanceOf(*this);
-    title(width()).paint(painter, {textLeft, titleTop}, (task_.done ? Theme::textTertiary : Theme::text).on(*this));
+    for (auto& mark : marks_) {
+        mark.format.setBackground(Theme::accentSoftPressed.on(*this));
+        mark.format.setForeground(Theme::text.on(*this));
+    }
+    const auto& ink = task_.done ? Theme::textTertiary : Theme::text;
+    title(width()).paint(painter, {textLeft, titleTop}, ink.on(*this), marks_);
     for (const auto& [tag, position] : tags_)
         dravel::paintTag(painter, position, appearance, tag.symbol, toQt(tag.text), tagLookOf(tag.role));
 }
@@ -182,6 +208,7 @@ void TaskRow::setHovered(bool on) {
 void TaskRow::highlightChanged() {
     check_->setRowHighlighted(isHighlighted());
     menuButton_->setEmphasised(isHighlighted());
+    againButton_->setEmphasised(isHighlighted() || focusedStop());
     update();
     container_.highlightChanged();
 }
@@ -236,6 +263,8 @@ bool TaskRow::focusNextPrevChild(bool forward) {
 
 bool TaskRow::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) focusReason_ = static_cast<QFocusEvent*>(event)->reason();
+    if (event->type() == QEvent::FocusIn) againButton_->setEmphasised(true);
+    if (event->type() == QEvent::FocusOut) againButton_->setEmphasised(isHighlighted());
     if (event->type() == QEvent::KeyPress) {
         const auto* key = static_cast<QKeyEvent*>(event);
         return keyPressed(watched == check_ ? Stop::check : Stop::menu, key->key(), key->modifiers());
@@ -257,6 +286,10 @@ bool TaskRow::keyPressed(Stop stop, int key, Qt::KeyboardModifiers modifiers) {
         startEditing();
         return true;
     case Qt::Key_Menu: openMenu(); return true;
+    case Qt::Key_R:
+        if (!task_.done || modifiers != Qt::NoModifier) return false;
+        openAgainMenu();
+        return true;
     case Qt::Key_F10:
         if (!modifiers.testFlag(Qt::ShiftModifier)) return false;
         openMenu();
@@ -274,7 +307,6 @@ void TaskRow::openMenu() {
     if (menu_ || editor_) return;
     menu_ = new QMenu(this);
     menu_->setObjectName(u"actions"_s);
-    menu_->setAttribute(Qt::WA_DeleteOnClose);
     for (const auto& entry : rowMenu(task_)) {
         if (entry.separatorBefore) menu_->addSeparator();
         auto* action = menu_->addAction(toQt(entry.label));
@@ -282,16 +314,33 @@ void TaskRow::openMenu() {
         connect(action, &QAction::triggered, this,
                 [this, command = entry.command, task = task_] { perform(command, TaskItem(task)); });
     }
-    connect(menu_, &QMenu::aboutToHide, this, [this] {
+    popUp(*menu_, *menuButton_);
+}
+
+void TaskRow::openAgainMenu() {
+    if (menu_ || editor_ || !task_.done) return;
+    menu_ = new QMenu(this);
+    menu_->setObjectName(u"again.menu"_s);
+    for (const auto& [label, day] : againDays(currentDay()))
+        connect(menu_->addAction(toQt(label)), &QAction::triggered, this, [this, day = day] {
+            const auto task = again(task_, day);
+            model_.add(task.title, task.day, task.time, task.strong);
+        });
+    popUp(*menu_, *againButton_);
+}
+
+void TaskRow::popUp(QMenu& menu, dravel::IconButton& button) {
+    menu.setAttribute(Qt::WA_DeleteOnClose);
+    connect(&menu, &QMenu::aboutToHide, this, [this, &button] {
         menu_.clear();
-        menuButton_->setOpen(false);
+        button.setOpen(false);
         highlightChanged();
     });
-    menuButton_->setOpen(true);
+    button.setOpen(true);
     highlightChanged();
     // Not exec(): whoever pressed the button over the accessibility bus would wait for the menu to close.
     constexpr QPoint faceCorner{30, 32};
-    menu_->popup(menuButton_->mapToGlobal(faceCorner) - QPoint(menu_->sizeHint().width(), 0));
+    menu.popup(button.mapToGlobal(faceCorner) - QPoint(menu.sizeHint().width(), 0));
 }
 
 // The task is the one that the menu was opened for.
@@ -320,6 +369,7 @@ void TaskRow::startEditing() {
     placeControls();
     editor_->show();
     menuButton_->hide();
+    againButton_->hide();
     highlightChanged();
     container_.heightChanged();
     editor_->stops().front()->setFocus(Qt::OtherFocusReason);
@@ -330,6 +380,7 @@ void TaskRow::closeEditor(Qt::FocusReason reason) {
     editor_ = nullptr;
     placeControls();
     menuButton_->show();
+    againButton_->setVisible(task_.done);
     check_->setFocus(reason);
     closed->hide();
     closed->deleteLater();

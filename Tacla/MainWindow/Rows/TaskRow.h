@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DravelKit/DravelUI/TextPaint.h"
+#include "DravelKit/Foundation/FoldedText.h"
 #include "DravelKit/Foundation/Instant.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
 #include "Tacla/TaskList/TaskItem.h"
@@ -48,7 +49,8 @@ class TaskRow final : public QWidget {
 
     const TaskItem& task() const { return task_; }
     void setTask(const TaskItem&, Day today, bool showDay);
-    void setSeparated(bool); // a line above, unless the row is highlighted
+    void setMarks(const std::vector<dravel::TextRange>&); // letters of the title that were looked for
+    void setSeparated(bool);                              // a line above, unless the row is highlighted
     int heightFor(int width);
 
     static int titleWidth(int rowWidth);
@@ -68,6 +70,7 @@ class TaskRow final : public QWidget {
     void commitEdit(Qt::FocusReason = Qt::OtherFocusReason);
     void cancelEdit(Qt::FocusReason = Qt::OtherFocusReason);
     void openMenu();
+    void openAgainMenu(); // of a done task
 
   protected:
     void paintEvent(QPaintEvent*) override;
@@ -95,6 +98,7 @@ class TaskRow final : public QWidget {
     void setHovered(bool);
     void highlightChanged();
     void perform(RowCommand, const TaskItem&);
+    void popUp(QMenu&, dravel::IconButton&);
     bool keyPressed(Stop, int key, Qt::KeyboardModifiers);
     Day currentDay() const { return Day::of(now_()); }
 
@@ -106,9 +110,10 @@ class TaskRow final : public QWidget {
     Day today_{1970, 1, 1};
     QString titleText_;
     std::optional<dravel::Paragraph> title_;
+    QList<QTextLayout::FormatRange> marks_;
     std::vector<PlacedTag> tags_;
     CheckButton* check_;
-    dravel::IconButton* menuButton_;
+    dravel::IconButton *menuButton_, *againButton_;
     TaskEditor* editor_ = nullptr;
     bool isCommitting_ = false;
     QPointer<QMenu> menu_;
