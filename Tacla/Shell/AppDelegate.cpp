@@ -47,7 +47,7 @@ void AppDelegate::launch() {
         ports_.model.applyLaunchAtLogin();
         ports_.system.whenOpen([this](const QDBusConnection& connection) {
             ports_.wake.watch(connection);
-            ports_.network.watch(connection);
+            ports_.network.watchManager(connection);
         });
         ports_.system.open();
     });
@@ -87,6 +87,7 @@ void AppDelegate::joinSession(const QDBusConnection& connection) {
     ports_.search.registerOn(connection);
     ports_.scheme.watch(connection);
     ports_.secrets.watch(connection);
+    ports_.network.watchPortal(connection);
 }
 
 void AppDelegate::doWithoutSession() {
