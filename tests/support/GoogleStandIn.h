@@ -1,17 +1,18 @@
 #pragma once
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
 namespace tacla::testing {
 
 // scripts/google_stand_in.py in a process of its own, for as long as this object lives.
 class GoogleStandIn {
   public:
-    explicit GoogleStandIn(std::vector<std::string> options = {});
+    GoogleStandIn();
     ~GoogleStandIn();
     GoogleStandIn(const GoogleStandIn&) = delete;
     GoogleStandIn& operator=(const GoogleStandIn&) = delete;
@@ -25,8 +26,9 @@ class GoogleStandIn {
   private:
     std::string ask(const std::string& method, const std::string& path, const std::string& body) const;
 
+    TemporaryFolder folder_;
     std::string base_;
-    int process_ = -1, input_ = -1; // it ends when its input does
+    FILE* process_ = nullptr; // it ends when its input does
 };
 
 }
