@@ -51,6 +51,7 @@ class Twice(Story):
             self.tray.wait()
             program.send_signal(number)
             self.assertEqual(program.wait(20), 0)
+            until(lambda: not self.tray.item(), "the icon to go")
 
 
 class FromTheLauncher(Story):
