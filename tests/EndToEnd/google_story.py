@@ -19,8 +19,7 @@ class SignIn(Story):
         if client:
             self.google.give_client(self.home / ".local/share/Tacla")
         self.launch(TACLA_GOOGLE_BASE=self.google.base)
-        self.open_window()
-        self.screen.press("Réglages", "list item")
+        self.open_settings()
 
     def follow(self, browser, section):
         """Does what the guide says: presses what is bold, fills in what is set, and sees what stands in quotes."""

@@ -1,6 +1,7 @@
 #include "tests/support/GoogleStandIn.h"
 
 #include "DravelKit/Net/HttpClient.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <sys/stat.h>
 
@@ -10,15 +11,13 @@
 namespace tacla::testing {
 
 GoogleStandIn::GoogleStandIn() {
-    const auto pipe = folder_ / "base";
-    ::mkfifo(pipe.c_str(), 0600);
-    const auto command = "exec /usr/bin/python3 " TACLA_GOOGLE_STAND_IN " --until-eof > " + pipe.string();
-    process_ = ::popen(command.c_str(), "we");
-    if (process_ == nullptr || !std::getline(std::ifstream(pipe), base_))
-        throw std::runtime_error("the stand-in did not start");
+    const TemporaryFolder folder;
+    const auto said = (folder / "base").string();
+    ::mkfifo(said.c_str(), 0600);
+    input_ = ::popen(("exec /usr/bin/python3 " TACLA_GOOGLE_STAND_IN " --until-eof > " + said).c_str(), "we");
+    std::ifstream output(said);
+    if (!std::getline(output, base_)) throw std::runtime_error("the stand-in did not start");
 }
-
-GoogleStandIn::~GoogleStandIn() { ::pclose(process_); }
 
 std::string GoogleStandIn::ask(const std::string& method, const std::string& path, const std::string& body) const {
     dravel::HttpClient http;

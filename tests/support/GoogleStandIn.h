@@ -1,7 +1,5 @@
 #pragma once
 
-#include "tests/support/TemporaryFolder.h"
-
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
@@ -13,7 +11,7 @@ namespace tacla::testing {
 class GoogleStandIn {
   public:
     GoogleStandIn();
-    ~GoogleStandIn();
+    ~GoogleStandIn() { ::pclose(input_); }
     GoogleStandIn(const GoogleStandIn&) = delete;
     GoogleStandIn& operator=(const GoogleStandIn&) = delete;
 
@@ -26,9 +24,8 @@ class GoogleStandIn {
   private:
     std::string ask(const std::string& method, const std::string& path, const std::string& body) const;
 
-    TemporaryFolder folder_;
+    std::FILE* input_; // it ends when its input does
     std::string base_;
-    FILE* process_ = nullptr; // it ends when its input does
 };
 
 }
