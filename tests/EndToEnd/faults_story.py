@@ -121,8 +121,7 @@ class Disk(Story):
         bubbles.wait("Lait")
         until(lambda: {rung[-5:] for rung in json.loads(settings.read_text()).get("notifiedTasks", [])} == {"00:00", "00:01"},
               "both reminders in the settings")
-        program.kill()
-        program.wait()
+        self.kill(program)
         self.launch()
         self.file.write_text(self.tasks + f"- [ ] Vin · {day()} 00:02\n")
         bubbles.wait("Vin")
@@ -183,8 +182,7 @@ class Surroundings(Story):
                 self.screen.press("Demain")
                 self.screen.press("Ajouter")
                 until(lambda: f"- [ ] Thé n° {number} à 5 € · " in self.file.read_text(), "the new task")
-                self.tray.click("Quitter Tacla")
-                self.assertEqual(program.wait(20), 0)
+                self.quit(program)
         self.assertEqual(len(self.file.read_text().splitlines()), 1 + 6)
 
     def test_tell_the_time_of_another_zone_at_once(self):
@@ -233,8 +231,7 @@ class Time(Story):
         clock = Clock(self.desktop, "2026-03-10 10:01:00")
         self.launch(**clock.environment)
         bubbles.wait("Pain")
-        self.open_window()
-        self.screen.press("Réglages", "list item")
+        self.open_settings()
         with stopped(self.desktop.processes["notify"]):
             clock.set("2026-03-10 12:01:00")
             self.until_menu("(En retard)", "10:00  Pain", "12:00  Lait")
@@ -273,6 +270,9 @@ class Network(Story):
         self.assertEqual(self.file.read_text(), self.tasks)
 
     def test_that_is_not_there_or_breaks_off_is_named_and_made_up_for(self):
+        online = self.home / "online"
+        tell = self.desktop.offer_portal("org.freedesktop.portal.NetworkMonitor", "GetAvailable", "", "b",
+                                         f"import os; ret = os.path.exists('{online}')")
         run("ip", "address", "delete", "127.0.0.1/8", "dev", "lo")
         self.launch()
         self.screen.wait("Agenda : Connexion impossible à 127.0.0.1")
@@ -280,7 +280,13 @@ class Network(Story):
         self.google.fault(at=3, kind="reset", after=True)
         self.desktop.network_back()
         self.screen.wait("Agenda : Connexion perdue avec 127.0.0.1")
-        self.synchronise()
+        asked = len(self.google.ask("/control/state?log"))
+        tell("changed", "")
+        until(lambda: "GetAvailable" in self.desktop.log("portal"), "the question whether there is a network")
+        self.assertEqual(len(self.google.ask("/control/state?log")), asked)
+        online.touch()
+        tell("changed", "")
+        until(lambda: len(self.google.ask("/control/state?log")) > asked, "the next sync, which else takes half a minute", 10)
         self.until_mirrored()
 
     def test_that_never_answers_holds_up_neither_the_window_nor_the_end(self):
@@ -289,8 +295,7 @@ class Network(Story):
         self.screen.wait("Synchro de l'agenda…")
         self.screen.press("Cocher Pain")
         self.until_file(*self.tasks.replace("[ ] Pain · " + day(), f"[x] Pain · {day()} · ✅ {day()}").splitlines())
-        self.tray.click("Quitter Tacla")
-        self.assertEqual(program.wait(20), 0)
+        self.quit(program)
 
     def test_with_a_keyring_that_is_absent_frozen_or_locked_waits_for_it(self):
         trouble = "Agenda : Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas"
@@ -301,8 +306,7 @@ class Network(Story):
         self.until_mirrored()
         self.assertFalse((self.data / "token.json").exists(), "moved into the keyring")
         with stopped(self.desktop.processes["secrets"]):
-            self.tray.click("Quitter Tacla")
-            self.assertEqual(program.wait(20), 0)
+            self.quit(program)
             program = self.launch()
             self.screen.wait(trouble)
         self.synchronise()

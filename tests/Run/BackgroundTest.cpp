@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <optional>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -54,16 +53,6 @@ TEST(JobQueue, RunsInOrderAndWaitsOnlyForWhatIsQuick) {
     EXPECT_TRUE(queue.isIdle());
     loop.runPosted(); // what came in time is not done again
     EXPECT_EQ(done.size(), 3U);
-}
-
-TEST(Lifetime, EndsWhatItGuards) {
-    int calls = 0;
-    std::optional<dravel::Lifetime> owner(std::in_place);
-    const auto guarded = owner->guard([&] { ++calls; });
-    guarded();
-    owner.reset();
-    guarded();
-    EXPECT_EQ(calls, 1);
 }
 
 TEST(ThreadedBackground, StopsItsJobsAtQuitLeavesTheDeafBehindAndDropsWhatTheyComeTo) {
