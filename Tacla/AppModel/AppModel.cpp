@@ -195,6 +195,7 @@ void AppModel::act(const NotificationServer::Response& response) {
                           ? UserEdit::setDone(*task.now, true, today())
                           : UserEdit::reschedule(*task.now, today().plusDays(1), task.now->time, today());
     document_.apply(edit, [this, task, response](auto outcome) {
+        if (outcome == LiveDocument::Outcome::failed) reminders_->ringAgain(*task.now);
         if (outcome != LiveDocument::Outcome::saved) explain(task, response);
     });
 }

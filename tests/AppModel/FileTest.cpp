@@ -128,6 +128,22 @@ TEST(AppModel, SavesOnASlowDiskInOrderInTheBackgroundAndWaitsForItAtTheEnd) {
     EXPECT_EQ(answer.value(), std::nullopt);
 }
 
+TEST(AppModel, RingsAgainWhenTheButtonOfAReminderCouldNotBeSaved) {
+    ModelWorld world("2025-03-04 09:59", "- [ ] A · 2025-03-04 10:00\n");
+    world.start();
+    world.loop.advance(1min);
+    EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue à 10:00\n");
+    fs::rename(world.file, world.folder / "aside");
+    world.notifications.press("A", NotificationServer::Action::done);
+    EXPECT_TRUE(world.state().fileError.value_or("").starts_with("Impossible d'écrire "));
+    EXPECT_EQ(world.notifications.transcript(), "");
+    fs::rename(world.folder / "aside", world.file);
+    world.loop.advance(10s);
+    EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue à 10:00\n");
+    world.notifications.press("A", NotificationServer::Action::done);
+    EXPECT_EQ(world.text(), "- [x] A · 2025-03-04 10:00 · ✅ 2025-03-04\n");
+}
+
 TEST(AppModel, MendsDamagedSettingsWithinTwoSeconds) {
     ModelWorld world("2025-03-04 08:00", "");
     world.start();
