@@ -13,9 +13,9 @@ GUIDE = " ".join((ROOT / "docs/google-agenda.md").read_text().split())
 class SignIn(Story):
     tasks = f"- [ ] Pain · {day()}\n- [ ] Loyer · {day(2)} 14:00\n- [ ] Sans date\n"
 
-    def settings(self, *options, client=True):
+    def settings(self, client=True):
         """The settings page of a program that knows the stand-in."""
-        self.google = self.enterContext(Google(*options))
+        self.google = self.enterContext(Google())
         if client:
             self.google.give_client(self.home / ".local/share/Tacla")
         self.launch(TACLA_GOOGLE_BASE=self.google.base)
@@ -31,24 +31,11 @@ class SignIn(Story):
             else:
                 browser.press_return() if press == "Entrée" else browser.click(press)
 
-    def browse(self):
-        browser = Browser(self.desktop, self.home)
+    def sign_in(self, browser):
         self.screen.press("Se connecter à Google")
-        (address,) = until(self.desktop.opened, "the browser to be opened")
-        browser.open(address)
-        return browser
+        browser.open(until(self.desktop.opened, "the browser to be opened")[0])
 
-    def test_an_agreement_connects_and_mirrors_until_it_is_taken_back(self):
-        self.settings("--automatic", "allow")
-        self.browse().see("C'est connecté")
-        self.screen.wait("Connecté à votre compte Google.")
-        until(lambda: sorted(self.google.events()) == ["Loyer", "Pain"], "the dated tasks in the calendar")
-        self.assertIn("Ouvrir l'agenda", self.tray.labels())
-        self.assertEqual(self.run_tacla("sync", TACLA_GOOGLE_BASE=self.google.base).stdout, "+0 ~0 -0\n")
-        self.screen.press("Se déconnecter de Google")
-        self.screen.wait("Se connecter à Google")
-
-    def test_the_guide_leads_whoever_clicks_what_it_says_to_the_calendar(self):
+    def test_the_guide_leads_whoever_clicks_what_it_says_to_the_calendar_and_out_again(self):
         self.settings(client=False)
         steps = re.split(r" (?=[1-7]\. )", GUIDE.partition("en sept étapes")[2].partition("## Se connecter")[0])[1:]
         self.assertEqual(len(steps), 7)
@@ -60,14 +47,19 @@ class SignIn(Story):
         self.screen.press("Choisir le fichier client")
         self.screen.wait("Nom de fichier :", "text").type(str(client))
         self.screen.press("Choisir")
-        self.screen.press("Se connecter à Google")
-        browser.open(until(self.desktop.opened, "the browser to be opened")[0])
+        self.sign_in(browser)
         self.follow(browser, re.search(r"une page (« Google n'a pas.+?) « Connecté", GUIDE)[1])
         until(lambda: sorted(self.google.events()) == ["Loyer", "Pain"], "the dated tasks in the calendar")
+        self.screen.wait("Connecté à votre compte Google.")
+        self.assertIn("Ouvrir l'agenda", self.tray.labels())
+        self.assertEqual(self.run_tacla("sync", TACLA_GOOGLE_BASE=self.google.base).stdout, "+0 ~0 -0\n")
+        self.screen.press("Se déconnecter de Google")
+        self.screen.wait("Se connecter à Google")
 
     def test_a_refusal_says_so_in_both_places(self):
         self.settings()
-        browser = self.browse()
+        browser = Browser(self.desktop, self.home)
+        self.sign_in(browser)
         browser.click("Continuer")
         browser.click("Refuser")
         browser.see("Vous avez refusé l'accès à votre agenda.")
