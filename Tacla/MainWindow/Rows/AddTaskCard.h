@@ -38,7 +38,7 @@ class AddTaskCard final : public dravel::Card {
     bool isEmpty() const { return draft_.title.empty(); }
 
   Q_SIGNALS:
-    void added(); // and the task is in the file
+    void added(bool more); // the task is in the file; more: the user wants to add another one
 
   protected:
     bool eventFilter(QObject*, QEvent*) override;
@@ -58,10 +58,10 @@ class AddTaskCard final : public dravel::Card {
     void offer();
     void take(const MomentWords&);
     void addAll(const std::vector<NewTask>&);
-    void finish(const std::optional<std::string>& why);
+    void finish(const std::optional<std::string>& why, bool more = false);
     std::vector<NewTask> offeredTasks() const; // none, or several
     void startTime(const QString& typed);
-    void add();
+    void add(bool more);
     void explain(const QString& why);
     void showDraft();
     Day currentDay() const { return Day::of(now_()); }
