@@ -9,7 +9,9 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QLineEdit>
 #include <QScrollBar>
+#include <QShortcut>
 
 namespace {
 
@@ -108,6 +110,22 @@ void scrollFrame(benchmark::State& state) {
     }
 }
 BENCHMARK(scrollFrame)->Arg(40)->Arg(700)->Unit(benchmark::kMillisecond);
+
+// A word grows and goes, a letter at a key press.
+void findKeyPress(benchmark::State& state) {
+    Screen screen(tasks(static_cast<int>(state.range(0)), false));
+    for (auto* shortcut : screen.view->findChildren<QShortcut*>())
+        if (shortcut->key() == QKeySequence(Qt::CTRL | Qt::Key_F)) Q_EMIT shortcut->activated();
+    auto& words = *screen.view->findChild<QLineEdit*>(QStringLiteral("find.words"));
+    const QString typed = QStringLiteral("quai dossier 123");
+    qsizetype length = 0;
+    for (auto _ : state) {
+        length = length % typed.size() + 1;
+        words.setText(typed.left(length));
+        screen.frame();
+    }
+}
+BENCHMARK(findKeyPress)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 void openDonePage(benchmark::State& state) {
     const std::string text = tasks(100000, true);

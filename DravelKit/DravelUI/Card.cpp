@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace dravel {
 
@@ -65,6 +66,14 @@ void paintShadow(QPainter& painter, const QRectF& face, int radius) {
     }
 }
 
+void paintSeparator(QPainter& painter, int left, int right, const QColor& colour) {
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    const qreal top = painter.deviceTransform().map(QPointF()).y();
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.fillRect(QRectF(left, (std::round(top) - top) / ratio, right - left, std::floor(ratio) / ratio), colour);
+    painter.setRenderHint(QPainter::Antialiasing);
+}
+
 Card::Card(QWidget* parent, Kind kind) : QWidget(parent), kind_(kind) {}
 
 int Card::radius() const { return kind_ == Kind::hero ? Theme::Radius::lg : Theme::Radius::md; }
@@ -77,20 +86,21 @@ void Card::paintShadow(QPainter& painter, const QRect& exposed) const {
     dravel::paintShadow(painter, nearby(geometry(), exposed), radius());
 }
 
-void Card::updateShadow(const QRect& at) const {
-    if (parentWidget()) parentWidget()->update(at.adjusted(-3, 0, 3, 6));
+// Qt paints anew what the card itself covered and covers, not what its shadow did.
+void Card::updateShadow() {
+    const auto before = std::exchange(shadowed_, isVisible() ? geometry() : QRect());
+    if (parentWidget() == nullptr) return;
+    for (const auto& at : {before, shadowed_}) parentWidget()->update(at.adjusted(-3, 0, 3, 6));
 }
 
 void Card::moveEvent(QMoveEvent* event) {
     QWidget::moveEvent(event);
-    updateShadow({event->oldPos(), size()});
-    updateShadow(geometry());
+    updateShadow();
 }
 
 void Card::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    updateShadow({pos(), event->oldSize()});
-    updateShadow(geometry());
+    updateShadow();
 }
 
 void Card::paintEvent(QPaintEvent* event) {

@@ -14,6 +14,9 @@ class TextLabel;
 // The soft shadow of a face with rounded corners, for the light look. It reaches 3 beside the face and 6 below it.
 void paintShadow(QPainter&, const QRectF& face, int radius);
 
+// A line of whole device pixels at the top of what is painted: at a scale of 1.25 all lines look alike.
+void paintSeparator(QPainter&, int left, int right, const QColor&);
+
 // A surface with rounded corners. Its shadow (light only) falls on the parent, which must be a CardStage: the column of
 // a page and the body of a welcome are. Inside, the left grid: a column of 20 at x 16, text from x 48.
 class Card : public QWidget {
@@ -31,14 +34,15 @@ class Card : public QWidget {
     void paintEvent(QPaintEvent*) override;
     void moveEvent(QMoveEvent*) override;
     void resizeEvent(QResizeEvent*) override;
-    void showEvent(QShowEvent*) override { updateShadow(geometry()); }
-    void hideEvent(QHideEvent*) override { updateShadow(geometry()); }
+    void showEvent(QShowEvent*) override { updateShadow(); }
+    void hideEvent(QHideEvent*) override { updateShadow(); }
 
   private:
-    void updateShadow(const QRect&) const;
+    void updateShadow();
     int radius() const;
 
     Kind kind_;
+    QRect shadowed_; // where the card was when its shadow was painted last
     bool highlighted_ = false;
 };
 

@@ -3,7 +3,11 @@
 #include "DravelKit/DravelUI/Disc.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
+#include <QAbstractButton>
+#include <QAbstractSpinBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QPainter>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -97,6 +101,40 @@ void DravelPage::fitColumn() {
     const int right = viewport()->width() - left - column;
     const int top = head_ ? margin + titleTop - accentRoom : margin;
     column_->setContentsMargins(left, top, std::max(right, 0), Theme::Space::xl + coveredFoot_);
+}
+
+namespace {
+
+bool takesKeys(const QWidget& widget) {
+    const bool control = qobject_cast<const QAbstractButton*>(&widget) || qobject_cast<const QLineEdit*>(&widget) ||
+                         qobject_cast<const QAbstractSpinBox*>(&widget);
+    return control && widget.focusPolicy() & Qt::TabFocus && !widget.focusProxy() && widget.isEnabled();
+}
+
+}
+
+// The control nearest to the top of what shows, or to its foot.
+QWidget* DravelPage::controlInView(bool topmost) const {
+    QWidget* found = nullptr;
+    int best = 0;
+    for (auto* widget : stage().findChildren<QWidget*>()) {
+        if (!widget->isVisible() || !takesKeys(*widget) || visiblePart(*widget) != widget->rect()) continue;
+        const int top = widget->mapTo(&stage(), QPoint()).y();
+        if (found && (topmost ? top >= best : top <= best)) continue;
+        found = widget;
+        best = top;
+    }
+    return found;
+}
+
+// Paging takes the focus along: it must be seen.
+void DravelPage::keyPressEvent(QKeyEvent* event) {
+    const int before = verticalScrollBar()->value();
+    QScrollArea::keyPressEvent(event);
+    const int moved = verticalScrollBar()->value() - before;
+    const auto* focused = focusWidget();
+    if (moved == 0 || !focused || !stage().isAncestorOf(focused) || !visiblePart(*focused).isEmpty()) return;
+    if (auto* next = controlInView(moved > 0)) next->setFocus(Qt::TabFocusReason);
 }
 
 void DravelPage::resizeEvent(QResizeEvent* event) {

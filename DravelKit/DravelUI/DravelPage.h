@@ -35,10 +35,12 @@ class DravelPage : public QScrollArea {
     void viewChanged(); // scrolled or resized: what shows may be other rows
 
   protected:
+    void keyPressEvent(QKeyEvent*) override;
     void resizeEvent(QResizeEvent*) override;
     void scrollContentsBy(int, int) override;
 
   private:
+    QWidget* controlInView(bool topmost) const;
     void fitColumn();
 
     QVBoxLayout* column_;

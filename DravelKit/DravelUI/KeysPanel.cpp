@@ -25,6 +25,7 @@ KeysPanel::KeysPanel(const std::vector<Entry>& entries, QWidget* parent) : QDial
         grid->addWidget(name, row, 0);
         grid->addWidget(text, row, 1);
     }
+    grid->setRowMinimumHeight(grid->rowCount(), Theme::Space::sm);
     auto* close = new Button(Button::Kind::neutralOnBackground, u"Fermer"_s);
     connect(close, &QAbstractButton::clicked, this, &QDialog::accept);
     grid->addWidget(close, grid->rowCount(), 0, 1, 2, Qt::AlignHCenter);

@@ -255,6 +255,7 @@ QAccessibleInterface* kitAccessible(const QString&, QObject* object) {
     if (auto* chip = qobject_cast<Chip*>(object)) return new Choice(*chip, QAccessible::RadioButton);
     if (auto* ring = qobject_cast<ProgressRing*>(object)) return new Ring(*ring);
     if (auto* list = qobject_cast<SidebarList*>(object)) return new QAccessibleWidget(list, QAccessible::List);
+    if (auto* page = qobject_cast<DravelPage*>(object)) return new QAccessibleWidget(page, QAccessible::Pane);
     if (auto* toast = qobject_cast<Toast*>(object)) return new QAccessibleWidget(toast, QAccessible::Notification);
     for (auto* group :
          {static_cast<QWidget*>(qobject_cast<SettingRow*>(object)), static_cast<QWidget*>(qobject_cast<Card*>(object)),

@@ -3,7 +3,6 @@
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
@@ -115,18 +114,6 @@ void fillWindowMenu(QMenu& menu, QMainWindow& window) {
     add(menu, u"Ré&duire"_s, Qt::CTRL | Qt::Key_M, [&window] { window.showMinimized(); });
 }
 
-// As the Alt key does, so that the bar gives the focus back afterwards.
-void openFirst(QMenuBar& bar) {
-    auto* focused = QApplication::focusWidget();
-    auto& from = focused ? *focused : *bar.window();
-    QKeyEvent announced(QEvent::ShortcutOverride, Qt::Key_Alt, Qt::AltModifier);
-    QKeyEvent released(QEvent::KeyRelease, Qt::Key_Alt, Qt::NoModifier);
-    QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
-    QCoreApplication::sendEvent(&from, &announced);
-    QCoreApplication::sendEvent(&from, &released);
-    QCoreApplication::sendEvent(&bar, &down);
-}
-
 }
 
 void install(QMainWindow& window, const About& about, const Actions& actions, const std::vector<QMenu*>& extra) {
@@ -137,7 +124,7 @@ void install(QMainWindow& window, const About& about, const Actions& actions, co
     fillWindowMenu(*bar.addMenu(u"&Fenêtre"_s), window);
     for (auto* menu : extra) bar.addMenu(menu);
     auto* f10 = new QShortcut(Qt::Key_F10, &window);
-    QObject::connect(f10, &QShortcut::activated, &bar, [&bar] { openFirst(bar); });
+    QObject::connect(f10, &QShortcut::activated, &bar, [&bar] { bar.setActiveAction(bar.actions().first()); });
 }
 
 }

@@ -144,6 +144,7 @@ namespace {
 const std::vector<dravel::KeysPanel::Entry> allKeys{{u"Ctrl+N"_s, u"Nouvelle tâche, depuis toute page"_s},
                                                     {u"Tab"_s, u"Dans un titre : accepter le moment proposé"_s},
                                                     {u"Entrée"_s, u"Ajouter, depuis tous les champs de la carte"_s},
+                                                    {u"Ctrl+Entrée"_s, u"Ajouter sans fermer la saisie rapide"_s},
                                                     {u"Ctrl+F"_s, u"Chercher ; Échap revient à la page"_s},
                                                     {u"Ctrl+R"_s, u"Reporter toutes les tâches en retard"_s},
                                                     {u"Ctrl+1 … Ctrl+5"_s, u"Aller à une page"_s},

@@ -224,7 +224,7 @@ class QuickEntry final : public dravel::CardStage {
     void hideEvent(QHideEvent*) override;
 
   private:
-    static constexpr int panelWidth = 660, frame = 12;
+    static constexpr int panelWidth = 760, frame = 12;
 
     const dravel::Now& now_;
     AddTaskCard* card_;
@@ -237,7 +237,9 @@ QuickEntry::QuickEntry(AppModel& model, const dravel::Now& now) : now_(now), car
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(frame, frame, frame, frame);
     column->addWidget(card_);
-    connect(card_, &AddTaskCard::added, this, &QWidget::hide);
+    connect(card_, &AddTaskCard::added, this, [this](bool more) {
+        if (!more) hide();
+    });
 }
 
 // As high as the card, whose foot moves when something is offered.

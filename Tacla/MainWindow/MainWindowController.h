@@ -43,7 +43,8 @@ class MainWindowController {
     void show(const std::string& activationToken = {});
     void beginTask();                      // the window gets ready to type a new task
     void showTask(const std::string& key); // on its page, with the focus; nothing when there is none of that key
-    // A small panel over whatever is on the screen, to add one task: Return adds and closes, Escape only closes.
+    // A small panel over whatever is on the screen, to add one task: Return adds and closes, Ctrl+Return
+    // adds and waits for the next, Escape only closes.
     void showQuickEntry(const std::string& activationToken = {});
     void copyTask(); // the line of the row that has the focus
     void close();

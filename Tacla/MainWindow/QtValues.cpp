@@ -39,4 +39,14 @@ TagLook tagLookOf(ColourRole role) {
     return TagLook::plain();
 }
 
+QList<QTextLayout::FormatRange> formatRanges(std::string_view text, const std::vector<dravel::TextRange>& ranges) {
+    const auto units = [&](std::size_t from, std::size_t to) {
+        return static_cast<int>(toQt(text.substr(from, to - from)).size());
+    };
+    QList<QTextLayout::FormatRange> formats;
+    for (const auto& [begin, end] : ranges)
+        if (end <= text.size()) formats.append({units(0, begin), units(begin, end), {}});
+    return formats;
+}
+
 }

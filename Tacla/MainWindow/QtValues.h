@@ -1,15 +1,18 @@
 #pragma once
 
 #include "DravelKit/DravelUI/TextLabel.h"
+#include "DravelKit/Foundation/FoldedText.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <QDate>
 #include <QString>
+#include <QTextLayout>
 #include <QTime>
 
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Between the values of the program and those of the widgets.
 namespace tacla {
@@ -33,5 +36,8 @@ std::string shortTime(dravel::Instant);
 
 const dravel::Theme::Tone& toneOf(ColourRole);
 dravel::TagLook tagLookOf(ColourRole);
+
+// From bytes of the text to places in it as Qt counts them.
+QList<QTextLayout::FormatRange> formatRanges(std::string_view text, const std::vector<dravel::TextRange>&);
 
 }

@@ -52,7 +52,7 @@ TEST(Accessibility, GivesEveryControlItsRoleAndName) {
         {ring(), QAccessible::ProgressBar, u"2 faites · 3 en retard"_s},
         {badge(), QAccessible::Grouping, u"7 à faire, taches.md"_s},
         {std::make_unique<SettingRow>(Symbol::bell, u"Tester"_s), QAccessible::Grouping, u"Tester"_s},
-        {std::make_unique<DravelPage>(u"Faites"_s, u""_s), QAccessible::Client, u"Faites"_s},
+        {std::make_unique<DravelPage>(u"Faites"_s, u""_s), QAccessible::Pane, u"Faites"_s},
         {std::make_unique<SidebarList>(u"Sections"_s), QAccessible::List, u"Sections"_s},
     }};
     for (const Row& row : rows) {

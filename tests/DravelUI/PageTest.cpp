@@ -1,3 +1,4 @@
+#include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/DravelUI/DravelShell.h"
 #include "DravelKit/DravelUI/SidebarList.h"
@@ -57,6 +58,14 @@ TEST(DravelPage, RevealsWhatIsOutOfViewAndTellsWhatShows) {
     page.reveal(*cards[0]);
     EXPECT_EQ(page.verticalScrollBar()->value(), 8); // 16 above it stay in view
     EXPECT_EQ(changes, 2);
+
+    for (auto* one : cards) (new Button(Button::Kind::neutral, u"Ouvrir"_s, one))->show();
+    auto* focused = cards[0]->findChild<Button*>();
+    focused->setFocus(Qt::TabFocusReason);
+    for (const auto key : {Qt::Key_PageDown, Qt::Key_PageDown, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_PageUp}) {
+        QTest::keyClick(page.focusWidget(), key);
+        EXPECT_EQ(page.visiblePart(*page.focusWidget()), page.focusWidget()->rect()) << "paging takes the focus along";
+    }
 }
 
 TEST(DravelShell, KeepsTheSidebarBetweenItsMinimumAndThePage) {
@@ -76,6 +85,11 @@ TEST(DravelShell, KeepsTheSidebarBetweenItsMinimumAndThePage) {
     shell.resize(640, 560); // half of a small screen
     EXPECT_EQ(inside(*page, shell), QRect(64, 0, 576, 560));
     EXPECT_EQ(shell.list().findChild<SidebarRow*>()->toolTip(), u"Aujourd'hui"_s);
+    auto* handle = shell.findChild<QWidget*>(u"sidebarHandle"_s);
+    shell.resize(980, 720);
+    for (const auto key : {Qt::Key_Home, Qt::Key_Right, Qt::Key_Right, Qt::Key_Left}) QTest::keyClick(handle, key);
+    EXPECT_EQ(shell.sidebarWidth(), DravelShell::idealSidebar + 16);
+    shell.setSidebarWidth(900);
     shell.resize(1500, 720);
     EXPECT_EQ(shell.sidebarWidth(), 900); // what was asked for fits now
 }

@@ -81,6 +81,14 @@ TEST(StandardMenu, EditsTheFieldThatHasTheFocusAndElseUndoesInTheProgram) {
     EXPECT_EQ(shown.offered(), std::pair(false, false));
     for (const char* name : {"Annuler", "Coller", "Réglages…", "Quitter R&D"}) shown.choose(name);
     EXPECT_EQ(shown.story, "undo settings quit ");
+    shown.field->setFocus();
+    QTest::keyClick(shown.field, Qt::Key_F10);
+    auto* first = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->title(), u"&R&&D"_s);
+    QTest::keyClick(first, Qt::Key_Escape);
+    QTest::keyClick(shown.window.menuBar(), Qt::Key_Escape);
+    EXPECT_TRUE(shown.field->hasFocus()) << "given back";
     shown.choose("À propos de R&D");
     EXPECT_NE(shown.window.findChild<AboutPanel*>(), nullptr);
     shown.choose("Masquer R&D");

@@ -77,7 +77,7 @@ class FromTheLauncher(Story):
         self.screen.key("Escape")
         for action, page in (("late", "En retard"), ("today", "Aujourd'hui")):
             self.act(action)
-            self.screen.wait(page, "filler")
+            self.screen.wait(page, "panel")
         self.tray.click("Quitter Tacla")
 
 

@@ -1,5 +1,5 @@
 """The window: tasks are added, checked, postponed, edited and deleted in it, and it follows the file."""
-from story import Story, day, main, short, until
+from story import Reader, Story, day, main, short, until
 
 
 class Tasks(Story):
@@ -11,7 +11,7 @@ class Tasks(Story):
     def choose(self, task, entry):
         """Opens the menu of an open task's row and takes an entry, with the keys."""
         entries = ["Reporter à demain", "Reporter à lundi", "Reporter d'une semaine", "Cocher", "Modifier", "Supprimer"]
-        self.screen.inside(task, "Modifier, reporter ou supprimer").press()
+        self.screen.inside(task, f"Modifier, reporter ou supprimer : {task}").press()
         until(lambda: len(self.desktop.windows()) == 2, "the menu")
         self.screen.key(*["Down"] * (entries.index(entry) + 1), "Return")
 
@@ -97,7 +97,7 @@ class Menus(Story):
         self.open_window()
         for number, page in enumerate(("Aujourd'hui", "En retard", "À venir", "Faites", "Réglages"), 1):
             self.screen.press(page, "list item")
-            self.screen.wait(page, "filler")
+            self.screen.wait(page, "panel")
             for role, control in self.screen.kinds().items():
                 control.focus()
                 self.screen.key("ctrl+z", "ctrl+shift+z", "ctrl+x", "ctrl+c", "ctrl+v", "ctrl+a", "ctrl+alt+h")
@@ -108,7 +108,7 @@ class Menus(Story):
                     self.tray.activate()
                     until(self.desktop.windows, "the window to come back")
                 self.assertIsNone(program.poll(), f"ended by a key on a {role} of {page}")
-                self.screen.wait(page, "filler")
+                self.screen.wait(page, "panel")
         self.assertEqual(self.file.read_text(), self.tasks)
 
 

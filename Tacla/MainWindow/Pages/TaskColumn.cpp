@@ -1,18 +1,15 @@
 #include "Tacla/MainWindow/Pages/TaskColumn.h"
 
-#include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/DravelPage.h"
-#include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/AppModel/AppModel.h"
-#include "Tacla/MainWindow/QtValues.h"
+#include "Tacla/MainWindow/Pages/TaskListCard.h"
+#include "Tacla/MainWindow/Rows/TaskControls.h"
 #include "Tacla/TaskList/TaskFile.h"
 
 #include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QFocusEvent>
 #include <QGuiApplication>
-#include <QMenu>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScrollBar>
@@ -22,63 +19,36 @@
 
 namespace tacla {
 
-namespace Theme = dravel::Theme;
 using namespace Qt::StringLiterals;
 
-// A card with a group's title and count. The column that it stands in places it and its rows.
-class TaskListCard final : public dravel::Card {
-  public:
-    explicit TaskListCard(QWidget* parent = nullptr)
-        : Card(parent), header_(new dravel::CardHeader(dravel::Symbol::calendar3, Theme::accent, {}, this)),
-          postpone_(new dravel::Button(dravel::Button::Kind::neutral, u"Tout reporter"_s)),
-          empty_(new dravel::TextLabel(Theme::Typography::body, Theme::textSecondary, {}, this)) {
-        setObjectName(u"tasks"_s);
-        postpone_->setObjectName(u"postponeAll"_s);
-        postpone_->hide();
-    }
-
-    void setGroup(const TaskGroup& group) {
-        const auto title = toQt(group.title());
-        setAccessibleName(title);
-        header_->setTitle(title);
-        header_->setSymbol(group.symbol, toneOf(group.role));
-        header_->setCount(static_cast<int>(group.tasks.size()));
-        if (group.postponable) header_->setControl(postpone_);
-        postpone_->setVisible(group.postponable);
-        empty_->setText(toQt(group.empty));
-        empty_->setVisible(group.tasks.empty());
-    }
-
-    dravel::Button& postpone() { return *postpone_; }
-
-  protected:
-    void resizeEvent(QResizeEvent* event) override {
-        Card::resizeEvent(event);
-        constexpr int rowsTop = ColumnLayout::cardPadding + ColumnLayout::headerHeight;
-        header_->setGeometry(0, ColumnLayout::cardPadding, width(), ColumnLayout::headerHeight);
-        empty_->setGeometry(textColumn, rowsTop + 4, width() - textColumn - 2 * ColumnLayout::cardPadding, 18);
-    }
-
-  private:
-    dravel::CardHeader* header_;
-    dravel::Button* postpone_;
-    dravel::TextLabel* empty_;
-};
-
 namespace {
+
+const QString endName = u"column.end"_s;
 
 constexpr int rowInset = 8, slack = 240; // rows are built a little before they come into view
 
 QAccessibleInterface* columnAccessible(const QString&, QObject* object) {
     if (auto* row = qobject_cast<TaskRow*>(object)) return new QAccessibleWidget(row, QAccessible::ListItem);
-    if (auto* card = dynamic_cast<TaskListCard*>(object)) return new QAccessibleWidget(card, QAccessible::List);
+    if (auto* card = qobject_cast<TaskListCard*>(object)) return new QAccessibleWidget(card, QAccessible::List);
+    if (auto* editor = qobject_cast<TaskEditor*>(object)) return new QAccessibleWidget(editor, QAccessible::Grouping);
     return nullptr;
+}
+
+// Qt tells of the focus after focusInEvent(). A stop that handed it on to a row would be spoken of last.
+void withoutStops(QAccessibleEvent* event) {
+    const auto* object = event->object();
+    const bool stop = object && (qobject_cast<const TaskColumn*>(object) || object->objectName() == endName);
+    if (event->type() == QAccessible::Focus && stop) return;
+    QAccessible::installUpdateHandler(nullptr);
+    QAccessible::updateAccessibility(event);
+    QAccessible::installUpdateHandler(withoutStops);
 }
 
 // Tells screen readers what rows and their cards are. Each column says it anew: they must not be asked twice.
 void installAccessibility() {
     QAccessible::removeFactory(columnAccessible);
     QAccessible::installFactory(columnAccessible);
+    QAccessible::installUpdateHandler(withoutStops);
 }
 
 }
@@ -87,7 +57,7 @@ TaskColumn::TaskColumn(dravel::DravelPage& page, AppModel& model, const dravel::
     : page_(page), model_(model), now_(now), end_(new QWidget(this)) {
     installAccessibility();
     setObjectName(u"column"_s);
-    end_->setObjectName(u"column.end"_s);
+    end_->setObjectName(endName);
     for (QWidget* stop : {static_cast<QWidget*>(this), end_}) stop->setFocusPolicy(Qt::TabFocus);
     end_->installEventFilter(this);
     connect(&page, &dravel::DravelPage::viewChanged, this, &TaskColumn::fill);
@@ -279,33 +249,21 @@ void TaskColumn::setSought(const SoughtWords& words) {
 
 void TaskColumn::postponeAll() {
     const auto group = std::ranges::find(groups_, true, &TaskGroup::postponable);
-    if (group != groups_.end()) openPostponeMenu(static_cast<std::size_t>(group - groups_.begin()));
-}
-
-void TaskColumn::openPostponeMenu(std::size_t group) {
-    auto& button = builtCard(group).postpone();
-    page_.reveal(button);
-    auto* menu = new QMenu(this);
-    menu->setObjectName(u"postponeAll.menu"_s);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    for (const auto& [label, day] : postponements(Day::of(now_()))) {
-        // The tasks as they are seen now: the list may be another one when an entry is chosen.
-        const auto postpone = [this, day = day, tasks = groups_[group].tasks] { model_.postpone(tasks, day); };
-        connect(menu->addAction(toQt(label)), &QAction::triggered, this, postpone);
-    }
-    menu->popup(button.mapToGlobal(QPoint(button.width() - menu->sizeHint().width(), button.height() + 4)));
+    if (group == groups_.end()) return;
+    auto& card = builtCard(static_cast<std::size_t>(group - groups_.begin()));
+    page_.reveal(card.postponeButton());
+    card.offerDays();
 }
 
 TaskListCard& TaskColumn::builtCard(std::size_t index) {
     auto& card = cards_[index];
     if (!card) {
-        card = new TaskListCard(&page_.stage());
+        card = new TaskListCard(model_, now_, &page_.stage());
         card->setGroup(groups_[index]);
         const auto span = layout_.card(index);
         card->setGeometry(x(), y() + span.top, width(), span.height);
         card->show();
-        connect(&card->postpone(), &QAbstractButton::clicked, this, [this, index] { openPostponeMenu(index); });
-        setTabOrder(previousInFocusChain(), &card->postpone());
+        setTabOrder(previousInFocusChain(), &card->postponeButton());
     }
     return *card;
 }

@@ -83,7 +83,6 @@ class TaskColumn final : public QWidget, private TaskRow::Container {
     TaskRow& builtRow(std::size_t);
     TaskListCard& builtCard(std::size_t);
     void showTask(std::size_t row);
-    void openPostponeMenu(std::size_t group);
     void dropOutside(ColumnLayout::Range);
     void dropUnusedCards(ColumnLayout::Range);
 

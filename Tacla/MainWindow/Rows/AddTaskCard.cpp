@@ -126,7 +126,7 @@ void AddTaskCard::followFields() {
         if (told_) take(MomentWords(*told_));
     });
     for (QWidget* control : std::initializer_list<QWidget*>{hasTime_, strong_}) control->installEventFilter(this);
-    connect(add_, &QAbstractButton::clicked, this, &AddTaskCard::add);
+    connect(add_, &QAbstractButton::clicked, this, [this] { add(false); });
     for (std::size_t i = 0; i < chips_.size(); ++i) {
         connect(chips_[i], &QAbstractButton::clicked, this, [this, i] { pick(quickDays(currentDay())[i].day); });
         connect(chips_[i], &QAbstractButton::toggled, this, [this, i](bool on) {
@@ -166,7 +166,7 @@ void AddTaskCard::startTime(const QString& typed) {
 
 void AddTaskCard::keyPressEvent(QKeyEvent* event) {
     if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) return Card::keyPressEvent(event);
-    if (!event->isAutoRepeat()) add();
+    if (!event->isAutoRepeat()) add(event->modifiers().testFlag(Qt::ControlModifier));
 }
 
 std::vector<QWidget*> AddTaskCard::stops() const {
@@ -230,38 +230,38 @@ void AddTaskCard::take(const MomentWords& told) {
     focusTitle();
 }
 
-void AddTaskCard::add() {
+void AddTaskCard::add(bool more) {
     if (isAdding_) return; // a second Return, while a slow disk writes
     setToday(currentDay());
     focusTitle();
     const auto task = newTask(draft_, today_);
-    if (!task) return finish({});
-    model_.add(task->title, task->day, task->time, task->strong, beginAdding());
+    if (!task) return finish({}, more);
+    model_.add(task->title, task->day, task->time, task->strong, beginAdding(more));
     title_->setReadOnly(isAdding_); // the disk is slow
 }
 
 void AddTaskCard::addAll(const std::vector<NewTask>& tasks) {
     if (isAdding_) return;
-    model_.addAll(tasks, beginAdding());
+    model_.addAll(tasks, beginAdding(false));
     title_->setReadOnly(isAdding_);
 }
 
-std::function<void(const std::optional<std::string>&)> AddTaskCard::beginAdding() {
+std::function<void(const std::optional<std::string>&)> AddTaskCard::beginAdding(bool more) {
     isAdding_ = true;
-    return [card = QPointer(this)](const auto& why) {
-        if (card) card->finish(why);
+    return [card = QPointer(this), more](const auto& why) {
+        if (card) card->finish(why, more);
     };
 }
 
 // What could not be written stays in the field.
-void AddTaskCard::finish(const std::optional<std::string>& why) {
+void AddTaskCard::finish(const std::optional<std::string>& why, bool more) {
     isAdding_ = false;
     title_->setReadOnly(false);
     if (why) return explain(toQt(*why));
     if (newTask(draft_, today_)) draft_ = afterAdding(draft_);
     draft_.title.clear();
     showDraft();
-    Q_EMIT added();
+    Q_EMIT added(more);
 }
 
 // Text that is dropped anywhere on the card fills the field.

@@ -39,7 +39,7 @@ class AddTaskCard final : public dravel::Card {
     bool isEmpty() const { return draft_.title.empty(); }
 
   Q_SIGNALS:
-    void added(); // and the task is in the file
+    void added(bool more); // the task is in the file; more: the user wants to add another one
 
   protected:
     bool eventFilter(QObject*, QEvent*) override;
@@ -59,11 +59,11 @@ class AddTaskCard final : public dravel::Card {
     void offer();
     void take(const MomentWords&);
     void addAll(const std::vector<NewTask>&);
-    std::function<void(const std::optional<std::string>& whyNot)> beginAdding(); // what is told how it ended
-    void finish(const std::optional<std::string>& whyNot);
+    std::function<void(const std::optional<std::string>& whyNot)> beginAdding(bool more); // what is told how it ended
+    void finish(const std::optional<std::string>& whyNot, bool more = false);
     std::vector<NewTask> offeredTasks() const; // none, or several
     void startTime(const QString& typed);
-    void add();
+    void add(bool more);
     void explain(const QString& why);
     void showDraft();
     Day currentDay() const { return Day::of(now_()); }

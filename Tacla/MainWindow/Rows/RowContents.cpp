@@ -47,6 +47,12 @@ std::vector<TaskTag> taskTags(const TaskItem& task, Day today, bool showDay) {
     return tags;
 }
 
+std::string spokenTags(const TaskItem& task, Day today) {
+    std::string all;
+    for (const auto& tag : taskTags(task, today, true)) all += (all.empty() ? "" : ", ") + tag.text;
+    return all;
+}
+
 std::vector<RowEntry> rowMenu(const TaskItem& task) {
     std::vector<RowEntry> entries;
     if (!task.done)

@@ -1,6 +1,7 @@
 #include "Tacla/MainWindow/Rows/TaskRow.h"
 
 #include "DravelKit/DravelUI/Button.h"
+#include "DravelKit/DravelUI/Card.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/DravelUI/Theme.h"
 #include "Tacla/AppModel/AppModel.h"
@@ -18,7 +19,6 @@
 #include <QToolTip>
 
 #include <algorithm>
-#include <cmath>
 
 namespace tacla {
 
@@ -30,15 +30,7 @@ namespace {
 constexpr int padding = 8, textLeft = 40, titleTop = 10, tagTop = 2, tagHeight = 18, tagGap = 12, tagLineGap = 4;
 constexpr int hitArea = 32, menuFace = 28, menuGap = 12, editorBottom = 12;
 
-// A line of whole device pixels at the top of the row: at a scale of 1.25 all lines look alike.
-void paintSeparator(QPainter& painter, int left, int right, const QColor& colour) {
-    const qreal ratio = painter.device()->devicePixelRatioF();
-    const qreal top = painter.deviceTransform().map(QPointF()).y();
-    painter.setRenderHint(QPainter::Antialiasing, false);
-    painter.fillRect(QRectF(left, (std::round(top) - top) / ratio, right - left, std::floor(ratio) / ratio), colour);
-    painter.setRenderHint(QPainter::Antialiasing);
-}
-
+const QString menuHelp = u"Modifier, reporter ou supprimer"_s;
 const QString taskIsGone =
     u"Cette tâche n'est plus dans la liste : elle a été renommée ou supprimée ailleurs. Votre saisie reste ici."_s;
 
@@ -48,11 +40,11 @@ Theme::TextStyle titleStyle(bool done) { return Theme::Typography::taskTitle.str
 
 TaskRow::TaskRow(AppModel& model, const dravel::Now& now, Container& container, QWidget* parent)
     : QWidget(parent), model_(model), now_(now), container_(container), check_(new CheckButton(this)),
-      menuButton_(new dravel::IconButton(dravel::Symbol::threeDots, u"Modifier, reporter ou supprimer"_s, this)),
+      menuButton_(new dravel::IconButton(dravel::Symbol::threeDots, menuHelp, this)),
       againButton_(new dravel::IconButton(dravel::Symbol::arrowRepeat, u"Refaire"_s, this)) {
     setObjectName(u"task"_s);
     menuButton_->setObjectName(u"menu"_s);
-    menuButton_->setToolTip(menuButton_->accessibleName());
+    menuButton_->setToolTip(menuHelp);
     againButton_->setObjectName(u"again"_s);
     againButton_->setToolTip(u"Refaire (R)"_s);
     againButton_->setShy(true);
@@ -87,15 +79,15 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
         title_.reset();
         check_->setTask(titleText_, task.done, task.strong());
         setAccessibleName(titleText_);
+        menuButton_->setAccessibleName(menuHelp + u" : "_s + titleText_);
+        againButton_->setAccessibleName(u"Refaire : "_s + titleText_);
     }
     againButton_->setVisible(task.done && !editor_);
     tags_.clear();
-    QStringList texts;
-    for (auto& tag : taskTags(task, today, showDay)) {
-        texts << toQt(tag.text);
-        tags_.push_back({std::move(tag), {}});
-    }
-    setAccessibleDescription(texts.join(u", "_s));
+    for (auto& tag : taskTags(task, today, showDay)) tags_.push_back({std::move(tag), {}});
+    const auto moment = toQt(spokenTags(task, today));
+    setAccessibleDescription(moment);
+    check_->setAccessibleDescription(moment); // it is what the focus goes to
     if (editor_) {
         editor_->setToday(today);
         editor_->say(model_.holds(edited_) ? QString() : taskIsGone);
@@ -106,13 +98,7 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
 
 void TaskRow::setMarks(const std::vector<dravel::TextRange>& ranges) {
     if (ranges.empty() && marks_.isEmpty()) return;
-    const auto title = titleText_.toStdString();
-    const auto units = [&](std::size_t from, std::size_t to) {
-        return static_cast<int>(QString::fromUtf8(title.data() + from, static_cast<qsizetype>(to - from)).size());
-    };
-    marks_.clear();
-    for (const auto& [begin, end] : ranges)
-        if (end <= title.size()) marks_.append(QTextLayout::FormatRange{units(0, begin), units(begin, end), {}});
+    marks_ = formatRanges(titleText_.toStdString(), ranges);
     update();
 }
 
@@ -186,7 +172,7 @@ void TaskRow::paintEvent(QPaintEvent*) {
         painter.setBrush(Theme::rowHover.on(*this));
         painter.drawRoundedRect(rect(), Theme::Radius::sm, Theme::Radius::sm);
     } else if (separated_) {
-        paintSeparator(painter, textLeft, width() - padding, Theme::tile.on(*this));
+        dravel::paintSeparator(painter, textLeft, width() - padding, Theme::tile.on(*this));
     }
     if (editor_) return;
     const auto appearance = dravel::appearanceOf(*this);
@@ -262,9 +248,13 @@ bool TaskRow::focusNextPrevChild(bool forward) {
 }
 
 bool TaskRow::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) focusReason_ = static_cast<QFocusEvent*>(event)->reason();
-    if (event->type() == QEvent::FocusIn) againButton_->setEmphasised(true);
-    if (event->type() == QEvent::FocusOut) againButton_->setEmphasised(isHighlighted());
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+        const bool in = event->type() == QEvent::FocusIn;
+        const auto reason = static_cast<QFocusEvent*>(event)->reason();
+        // A menu or another window only gives back what came by a key, or did not.
+        if (in && reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason) focusReason_ = reason;
+        againButton_->setEmphasised(in || isHighlighted());
+    }
     if (event->type() == QEvent::KeyPress) {
         const auto* key = static_cast<QKeyEvent*>(event);
         return keyPressed(watched == check_ ? Stop::check : Stop::menu, key->key(), key->modifiers());
@@ -322,10 +312,8 @@ void TaskRow::openAgainMenu() {
     menu_ = new QMenu(this);
     menu_->setObjectName(u"again.menu"_s);
     for (const auto& [label, day] : againDays(currentDay()))
-        connect(menu_->addAction(toQt(label)), &QAction::triggered, this, [this, day = day] {
-            const auto task = again(task_, day);
-            model_.add(task.title, task.day, task.time, task.strong);
-        });
+        connect(menu_->addAction(toQt(label)), &QAction::triggered, this,
+                [this, task = again(task_, day)] { model_.add(task.title, task.day, task.time, task.strong); });
     popUp(*menu_, *againButton_);
 }
 
@@ -360,6 +348,7 @@ void TaskRow::startEditing() {
     if (editor_) return;
     edited_ = task_;
     editor_ = new TaskEditor(draftOf(task_, currentDay()), now_, this);
+    editor_->setAccessibleName(u"Modifier "_s + titleText_);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
     connect(editor_, &TaskEditor::heightChanged, this, [this] {

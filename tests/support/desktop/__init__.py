@@ -4,7 +4,7 @@ from .bubbles import Bubbles
 from .clock import Clock
 from .desktop import Desktop, until
 from .google import Google
-from .screen import Screen
+from .screen import Reader, Screen
 from .tray import Tray
 
-__all__ = ["Browser", "Bubbles", "Clock", "Desktop", "Google", "Screen", "Tray", "until"]
+__all__ = ["Browser", "Bubbles", "Clock", "Desktop", "Google", "Reader", "Screen", "Tray", "until"]

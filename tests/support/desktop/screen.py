@@ -129,3 +129,45 @@ class Screen:
     def key(self, *keys):
         """Real keys, to the window that has the focus."""
         subprocess.run(["xdotool", "key", "--clearmodifiers", *keys], env=self.desktop.env, check=True)
+
+
+class Reader:
+    """Says what a screen reader says as the focus moves: the pages, lists and groups that it comes into, then the control's
+    name, role, state and description."""
+
+    def __init__(self, screen):
+        self.bus, self.said, self.around = screen.bus, [], []
+        self.bus.call_sync("org.a11y.atspi.Registry", "/org/a11y/atspi/registry", A + "Registry", "RegisterEvent",
+                           GLib.Variant("(sass)", ("object:state-changed:focused", [], "")), None, 0, 5000, None)
+        self.bus.signal_subscribe(None, A + "Event.Object", "StateChanged", None, "focused", 0, self._focused)
+
+    def _focused(self, _bus, sender, path, _interface, _member, arguments):
+        if arguments[1] != 1:
+            return
+        try:
+            self.said.append(self._words(Widget(self.bus, (sender, path))))
+        except GLib.Error:
+            pass  # it went away meanwhile
+
+    def _words(self, widget):
+        around, parent = [], widget
+        while (parent := Widget(self.bus, parent.get("Accessible", "Parent"))).role not in ("frame", "dialog", "application"):
+            if parent.name and parent.role in ("panel", "list"):
+                around.insert(0, parent)
+        entered = [one for one in around if one.reference not in self.around]
+        self.around = [one.reference for one in around]
+        words = [f"[{', '.join(filter(None, (one.name, one.get('Accessible', 'Description'))))}]" for one in entered]
+        state = "checked" if "checked" in widget.states else ""
+        told = (widget.name, widget.role, state, widget.get("Accessible", "Description"))
+        return " ".join([*words, ", ".join(filter(None, told))])
+
+    def hears(self, wanted):
+        """Waits until that is what was said last."""
+        def heard():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return self.said and self.said[-1] == wanted
+        try:
+            until(heard, wanted, 10)
+        except AssertionError:
+            raise AssertionError(f"said last, not {wanted!r}: {self.said[-4:]}") from None
