@@ -158,6 +158,7 @@ void AppDelegate::refreshTraySoon() {
 
 void AppDelegate::followColours() {
     refreshTray();
+    dravel::setMotion(ports_.scheme.motion());
     switch (ports_.scheme.preference()) {
     case ColourScheme::Preference::dark: return dravel::setAppearance(dravel::Appearance::dark);
     case ColourScheme::Preference::light: return dravel::setAppearance(dravel::Appearance::light);
