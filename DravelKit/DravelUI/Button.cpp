@@ -55,12 +55,12 @@ QSize Button::sizeHint() const {
 void Button::paint(QPainter& painter) {
     const Faces tones = faces(kind_);
     const auto& fill = isDown() ? tones.pressed : isHovered() ? tones.hover : tones.rest;
-    // The neutral fill alone is not seen on a dark card.
+    // The neutral fills alone are not seen in the dark.
     const bool bordered = kind_ == Kind::neutralOnBackground,
-               outlined = kind_ == Kind::neutral && appearanceOf(*this) == Appearance::dark;
+               outlined = (kind_ == Kind::neutral || bordered) && appearanceOf(*this) == Appearance::dark;
     const qreal inset = bordered || outlined ? 0.5 : 0;
-    painter.setPen(bordered   ? QPen(Theme::border.on(*this))
-                   : outlined ? QPen(Theme::outline.on(*this))
+    painter.setPen(outlined   ? QPen(Theme::outline.on(*this))
+                   : bordered ? QPen(Theme::border.on(*this))
                               : QPen(Qt::NoPen));
     painter.setBrush(fill.on(*this));
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), Theme::Radius::sm - inset,

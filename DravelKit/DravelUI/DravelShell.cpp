@@ -86,31 +86,15 @@ namespace {
 constexpr int handleWidth = 5, sidePadding = 12, footPadding = 12, iconLeft = 20, iconTop = 20, iconSide = 28;
 constexpr int brandGap = 10, listTop = 72, narrowestPage = 480;
 
-// Invisible: only the cursor tells that the sidebar can be dragged, or a line that it has the keys.
+// Invisible: only the cursor tells that the sidebar can be dragged.
 class Handle final : public QWidget {
   public:
     explicit Handle(DravelShell& shell) : QWidget(&shell), shell_(shell) {
         setObjectName(u"sidebarHandle"_s);
-        setAccessibleName(u"Largeur de la barre latérale"_s);
         setCursor(Qt::SplitHCursor);
-        setFocusPolicy(Qt::TabFocus);
     }
 
   protected:
-    void keyPressEvent(QKeyEvent* event) override {
-        constexpr int step = 16;
-        switch (event->key()) {
-        case Qt::Key_Left: return shell_.setSidebarWidth(shell_.sidebarWidth() - step);
-        case Qt::Key_Right: return shell_.setSidebarWidth(shell_.sidebarWidth() + step);
-        case Qt::Key_Home: return shell_.setSidebarWidth(DravelShell::idealSidebar);
-        default: QWidget::keyPressEvent(event);
-        }
-    }
-    void paintEvent(QPaintEvent*) override {
-        if (hasFocus()) QPainter(this).fillRect(rect(), Theme::accent.on(*this));
-    }
-    void focusInEvent(QFocusEvent*) override { update(); }
-    void focusOutEvent(QFocusEvent*) override { update(); }
     void mousePressEvent(QMouseEvent* event) override {
         grab_ = event->globalPosition().toPoint().x() - shell_.sidebarWidth();
     }
@@ -157,6 +141,15 @@ QWidget* DravelShell::page() const { return pages_->currentWidget(); }
 void DravelShell::setSidebarWidth(int wanted) {
     wantedSidebar_ = std::max(wanted, minimumSidebar);
     arrange();
+}
+
+// In the sidebar the arrows do what dragging its edge does.
+void DravelShell::keyPressEvent(QKeyEvent* event) {
+    constexpr int step = 16;
+    const int by = event->key() == Qt::Key_Left ? -step : event->key() == Qt::Key_Right ? step : 0;
+    const auto* focused = focusWidget();
+    if (by == 0 || !focused || !list_->isAncestorOf(focused)) return QWidget::keyPressEvent(event);
+    setSidebarWidth(sidebarWidth_ + by);
 }
 
 void DravelShell::resizeEvent(QResizeEvent*) { arrange(); }

@@ -56,6 +56,7 @@ class DravelShell final : public QWidget {
     void setSidebarWidth(int); // kept between the minimum and what leaves the page its own
 
   protected:
+    void keyPressEvent(QKeyEvent*) override;
     void paintEvent(QPaintEvent*) override;
     void resizeEvent(QResizeEvent*) override;
 

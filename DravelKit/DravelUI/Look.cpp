@@ -30,6 +30,8 @@ namespace dravel {
 using namespace Qt::StringLiterals;
 namespace {
 
+constexpr auto still = "dravel.still"; // of the application: nothing moves by itself
+
 constexpr int scrollExtent = 14, thumbWidth = 6, thumbInset = 4, shortestThumb = 32;
 
 // A field of the kit: no frame, no arrows, a symbol at the left.
@@ -316,8 +318,11 @@ void setAppearance(Appearance appearance) {
     QToolTip::setPalette(palette);
 }
 
+void setMotion(bool wanted) { qApp->setProperty(still, !wanted); }
+
 bool animates(const QWidget& widget) {
-    return widget.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &widget) > 0;
+    return !qApp->property(still).toBool() &&
+           widget.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &widget) > 0;
 }
 
 void markDestructive(QAction& action) { action.setProperty(menus::destructive, true); }

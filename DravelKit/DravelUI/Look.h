@@ -18,7 +18,8 @@ void translateQt(QApplication&);
 // turn of the event loop.
 void setAppearance(Appearance);
 
-// False when the desktop turns animations off.
+// Nothing moves by itself where the desktop does not want it.
+void setMotion(bool wanted);
 bool animates(const QWidget&);
 
 // Shown in the danger tones ("Supprimer"). Every QMenu is drawn in the look of the kit without further ado.

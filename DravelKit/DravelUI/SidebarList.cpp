@@ -59,7 +59,9 @@ void SidebarRow::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Up:
     case Qt::Key_Down:
     case Qt::Key_Home:
-    case Qt::Key_End: event->ignore(); return; // the list moves
+    case Qt::Key_End: // the list moves
+    case Qt::Key_Left:
+    case Qt::Key_Right: event->ignore(); return; // and so does the sidebar's edge
     default: Control::keyPressEvent(event);
     }
 }

@@ -57,6 +57,15 @@ TextField::TextField(Kind kind, const QString& placeholder, QWidget* parent) : Q
 
 QSize TextField::sizeHint() const { return {200, kind_ == Kind::boxed ? 32 : 40}; }
 
+// Where the field has nothing to take back, the key is the program's own.
+bool TextField::event(QEvent* event) {
+    const bool undo =
+        event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->matches(QKeySequence::Undo);
+    if (!undo || isUndoAvailable()) return QLineEdit::event(event);
+    event->ignore();
+    return true;
+}
+
 void TextField::focusInEvent(QFocusEvent* event) {
     QLineEdit::focusInEvent(event);
     Q_EMIT focusChanged(true);

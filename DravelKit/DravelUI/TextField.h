@@ -22,6 +22,7 @@ class TextField final : public QLineEdit {
     void linesPasted(const QStringList&); // told before textChanged(): what the field now holds in one line
 
   protected:
+    bool event(QEvent*) override;
     void focusInEvent(QFocusEvent*) override;
     void focusOutEvent(QFocusEvent*) override;
 

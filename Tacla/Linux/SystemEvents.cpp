@@ -17,8 +17,10 @@ constexpr QLatin1String portal("org.freedesktop.portal.Desktop");
 constexpr QLatin1String path("/org/freedesktop/portal/desktop");
 constexpr QLatin1String networkMonitor("org.freedesktop.portal.NetworkMonitor");
 constexpr QLatin1String settings("org.freedesktop.portal.Settings");
-constexpr QLatin1String group("org.freedesktop.appearance");
-constexpr QLatin1String key("color-scheme");
+constexpr QLatin1String appearance("org.freedesktop.appearance");
+constexpr QLatin1String colours("color-scheme");
+constexpr QLatin1String interface("org.gnome.desktop.interface"); // also where the desktop is another one
+constexpr QLatin1String animations("enable-animations");
 
 QVariant unwrapped(QVariant value) { // Read answers with a variant in a variant
     while (value.metaType() == QMetaType::fromType<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
@@ -31,21 +33,32 @@ void ColourScheme::watch(QDBusConnection session) {
     qRegisterMetaType<QDBusVariant>(); // a slot with a type that Qt has not met yet is not connected, without a word
     session.connect({}, path, settings, u"SettingChanged"_s, this,
                     SLOT(settingChanged(QString, QString, QDBusVariant)));
+    ask(session, appearance, colours);
+    ask(session, interface, animations);
+}
+
+void ColourScheme::ask(QDBusConnection& session, const QString& group, const QString& key) {
     auto message = QDBusMessage::createMethodCall(portal, path, settings, u"Read"_s);
-    message << QString(group) << QString(key);
+    message << group << key;
     auto* call = new QDBusPendingCallWatcher(session.asyncCall(message), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call, group, key] {
         call->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *call;
-        if (reply.isValid()) set(reply.value().variant());
+        if (reply.isValid()) set(group, key, reply.value().variant());
     });
 }
 
-void ColourScheme::settingChanged(const QString& changedGroup, const QString& changedKey, const QDBusVariant& value) {
-    if (changedGroup == group && changedKey == key) set(value.variant());
+void ColourScheme::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
+    set(group, key, value.variant());
 }
 
-void ColourScheme::set(const QVariant& value) {
+void ColourScheme::set(const QString& group, const QString& key, const QVariant& value) {
+    if (group == interface && key == animations) {
+        const bool wanted = unwrapped(value).toBool();
+        if (std::exchange(motion_, wanted) != wanted) changed();
+        return;
+    }
+    if (group != appearance || key != colours) return;
     const auto number = unwrapped(value).toUInt(); // 0 no preference, 1 dark, 2 light
     const auto preference = number == 1 ? Preference::dark : number == 2 ? Preference::light : Preference::unknown;
     if (std::exchange(preference_, preference) != preference) changed();

@@ -12,7 +12,8 @@
 
 namespace tacla {
 
-// Whether the desktop prefers light or dark, as its settings portal tells, and tells again when it changes.
+// Whether the desktop prefers light or dark, and wants things to move, as its settings portal tells, and tells again
+// when it changes.
 class ColourScheme final : public QObject {
     Q_OBJECT
 
@@ -22,15 +23,18 @@ class ColourScheme final : public QObject {
     void watch(QDBusConnection session);
 
     Preference preference() const { return preference_; }
+    bool motion() const { return motion_; }
     dravel::Signal<> changed;
 
   private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
   private:
-    void set(const QVariant& value);
+    void ask(QDBusConnection&, const QString& group, const QString& key);
+    void set(const QString& group, const QString& key, const QVariant& value);
 
     Preference preference_ = Preference::unknown;
+    bool motion_ = true;
 };
 
 // The tray icon's colour: readable on the panel of such a desktop, on either kind when it is not known.

@@ -148,6 +148,7 @@ const std::vector<dravel::KeysPanel::Entry> allKeys{{u"Ctrl+N"_s, u"Nouvelle tâ
                                                     {u"Ctrl+F"_s, u"Chercher ; Échap revient à la page"_s},
                                                     {u"Ctrl+R"_s, u"Reporter toutes les tâches en retard"_s},
                                                     {u"Ctrl+1 … Ctrl+5"_s, u"Aller à une page"_s},
+                                                    {u"← →"_s, u"Dans la barre latérale : sa largeur"_s},
                                                     {u"↑ ↓"_s, u"Passer d'une tâche à l'autre"_s},
                                                     {u"Espace"_s, u"Cocher ou décocher"_s},
                                                     {u"F2 ou Entrée"_s, u"Modifier une tâche ; Échap abandonne"_s},

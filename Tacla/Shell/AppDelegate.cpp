@@ -159,6 +159,7 @@ void AppDelegate::refreshTraySoon() {
 
 void AppDelegate::followColours() {
     refreshTray();
+    dravel::setMotion(ports_.scheme.motion());
     switch (ports_.scheme.preference()) {
     case ColourScheme::Preference::dark: return dravel::setAppearance(dravel::Appearance::dark);
     case ColourScheme::Preference::light: return dravel::setAppearance(dravel::Appearance::light);

@@ -27,6 +27,8 @@ class Tasks(Story):
         self.screen.press("Ajouter")
         self.screen.press("À venir", "list item")
         self.screen.wait("Appeler « R&D » 🎉")
+        self.screen.key("ctrl+n", "ctrl+z")  # the field itself has nothing to take back
+        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
 
     def test_checks_and_takes_it_back(self):
         self.launch()
@@ -110,6 +112,33 @@ class Menus(Story):
                 self.assertIsNone(program.poll(), f"ended by a key on a {role} of {page}")
                 self.screen.wait(page, "panel")
         self.assertEqual(self.file.read_text(), self.tasks)
+
+
+class ForAReader(Story):
+    tasks = (f"- [ ] Bail · {day(-2)}\n- [ ] ❗ Loyer · {day(-2)} 14:00 · due {day(-9)}\n"
+             + "".join(f"- [ ] Tâche {number}\n" for number in range(120)))
+
+    def test_a_working_day_is_heard(self):
+        self.launch()
+        self.open_window()
+        reader = Reader(self.screen)
+        rent = f"{short(-2)}, 14:00, Prioritaire, due le {short(-9)}"
+        for keys, said in (
+                (["Tab"], "[Aujourd'hui] Date, spin box"),
+                (["Tab"] * 4, f"[En retard, 2 tâches] Cocher Bail, check box, {short(-2)}"),
+                (["ctrl+2"], f"[En retard] [2 en retard, 2 tâches] Cocher Bail, check box, {short(-2)}"),
+                (["Down"], f"Cocher Loyer, check box, {rent}"),
+                (["Tab"], f"Modifier, reporter ou supprimer : Loyer, push button, {rent}"),
+                (["ctrl+3"], "[À venir] [Sans date, 120 tâches] Cocher Tâche 0, check box, Sans date"),
+                (["F2"], "[Modifier Tâche 0] Titre de la tâche, text, Titre de la tâche"),
+                (["Escape"], "Cocher Tâche 0, check box, Sans date"),
+                (["shift+F10", "Up", "Return"], "Cocher Tâche 1, check box, Sans date"),
+                (["ctrl+f"], "[Recherche] Chercher une tâche, text, Chercher une tâche…"),
+                ([*"BAIL", "Down"], f"[À cocher, 1 tâche] Cocher Bail, check box, {short(-2)}"),
+                (["Escape"], "[À venir] [Sans date, 119 tâches] Cocher Tâche 1, check box, Sans date")):
+            for key in keys:
+                self.screen.key(key)
+            reader.hears(said)
 
 
 class Settings(Story):

@@ -167,8 +167,11 @@ TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {
     TestWindow window("- [ ] Pain · 2026-11-20\n- [ ] Vin · 2026-11-21\n- [ ] Sel · 2026-11-22\n");
     window.page(Section::late);
     window.focus("Vin");
-    window.press(Qt::Key_Space);
+    window.press(Qt::Key_Menu);
+    auto* menu = window.row("Vin").findChild<QMenu*>();
+    for (const auto key : {Qt::Key_Up, Qt::Key_Return}) QTest::keyClick(menu, key);
     EXPECT_EQ(window.focused(), "Sel check");
+    EXPECT_NE(window.view->findChild<QWidget*>(u"focusRing"_s), nullptr) << "deleted by keys: the ring goes on";
     window.press(Qt::Key_Space);
     EXPECT_EQ(window.focused(), "Pain check") << "none below: the one above";
     window.fileBecomes("- [ ] Eau · 2026-11-19\n- [ ] Pain · 2026-11-20\n- [ ] Thé · 2026-11-22\n");

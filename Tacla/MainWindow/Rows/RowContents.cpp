@@ -47,9 +47,9 @@ std::vector<TaskTag> taskTags(const TaskItem& task, Day today, bool showDay) {
     return tags;
 }
 
-std::string spokenTags(const TaskItem& task, Day today) {
+std::string spokenTags(const TaskItem& task, Day today, bool showDay) {
     std::string all;
-    for (const auto& tag : taskTags(task, today, true)) all += (all.empty() ? "" : ", ") + tag.text;
+    for (const auto& tag : taskTags(task, today, showDay)) all += (all.empty() ? "" : ", ") + tag.text;
     return all;
 }
 

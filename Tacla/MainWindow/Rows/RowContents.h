@@ -29,7 +29,7 @@ struct TaskTag {
 // The date stands among them only with `showDay`.
 std::vector<TaskTag> taskTags(const TaskItem&, Day today, bool showDay);
 // All of them in one line, as a screen reader says them.
-std::string spokenTags(const TaskItem&, Day today);
+std::string spokenTags(const TaskItem&, Day today, bool showDay);
 // Whether there are any, at no cost.
 bool hasTags(const TaskItem&, bool showDay);
 

@@ -85,9 +85,10 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
     againButton_->setVisible(task.done && !editor_);
     tags_.clear();
     for (auto& tag : taskTags(task, today, showDay)) tags_.push_back({std::move(tag), {}});
-    const auto moment = toQt(spokenTags(task, today));
-    setAccessibleDescription(moment);
-    check_->setAccessibleDescription(moment); // it is what the focus goes to
+    setAccessibleDescription(toQt(spokenTags(task, today, showDay)));
+    const auto moment = toQt(spokenTags(task, today, true));
+    for (QWidget* control : std::initializer_list<QWidget*>{check_, menuButton_}) // the focus goes to these
+        control->setAccessibleDescription(moment.isEmpty() ? u"Sans date"_s : moment);
     if (editor_) {
         editor_->setToday(today);
         editor_->say(model_.holds(edited_) ? QString() : taskIsGone);
@@ -180,8 +181,8 @@ void TaskRow::paintEvent(QPaintEvent*) {
         mark.format.setBackground(Theme::accentSoftPressed.on(*this));
         mark.format.setForeground(Theme::text.on(*this));
     }
-    const auto& ink = task_.done ? Theme::textTertiary : Theme::text;
-    title(width()).paint(painter, {textLeft, titleTop}, ink.on(*this), marks_);
+    title(width()).paint(painter, {textLeft, titleTop}, (task_.done ? Theme::textTertiary : Theme::text).on(*this),
+                         marks_);
     for (const auto& [tag, position] : tags_)
         dravel::paintTag(painter, position, appearance, tag.symbol, toQt(tag.text), tagLookOf(tag.role));
 }
@@ -275,15 +276,14 @@ bool TaskRow::keyPressed(Stop stop, int key, Qt::KeyboardModifiers modifiers) {
         if (stop != Stop::check) return false;
         startEditing();
         return true;
-    case Qt::Key_Menu: openMenu(); return true;
     case Qt::Key_R:
         if (!task_.done || modifiers != Qt::NoModifier) return false;
         openAgainMenu();
         return true;
     case Qt::Key_F10:
         if (!modifiers.testFlag(Qt::ShiftModifier)) return false;
-        openMenu();
-        return true;
+        [[fallthrough]];
+    case Qt::Key_Menu: openMenu(); return true;
     default: return false;
     }
 }
@@ -334,14 +334,9 @@ void TaskRow::popUp(QMenu& menu, dravel::IconButton& button) {
 // The task is the one that the menu was opened for.
 void TaskRow::perform(RowCommand command, const TaskItem& task) {
     if (const auto day = postponedDay(command, task, currentDay())) return model_.reschedule(task, *day, task.time);
-    switch (command) {
-    case RowCommand::toggle: return model_.toggle(task);
-    case RowCommand::edit: return startEditing();
-    case RowCommand::remove: return model_.remove(task);
-    case RowCommand::postponeToTomorrow:
-    case RowCommand::postponeToMonday:
-    case RowCommand::postponeByAWeek: break;
-    }
+    if (command == RowCommand::toggle) model_.toggle(task);
+    if (command == RowCommand::edit) startEditing();
+    if (command == RowCommand::remove) model_.remove(task);
 }
 
 void TaskRow::startEditing() {
@@ -375,10 +370,6 @@ void TaskRow::closeEditor(Qt::FocusReason reason) {
     closed->deleteLater();
     highlightChanged();
     container_.heightChanged();
-}
-
-void TaskRow::cancelEdit(Qt::FocusReason reason) {
-    if (editor_) closeEditor(reason);
 }
 
 bool TaskRow::holdsDraft() const { return editor_ && editor_->isTouched(); }

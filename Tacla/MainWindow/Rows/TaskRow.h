@@ -68,7 +68,9 @@ class TaskRow final : public QWidget {
 
     void startEditing();
     void commitEdit(Qt::FocusReason = Qt::OtherFocusReason);
-    void cancelEdit(Qt::FocusReason = Qt::OtherFocusReason);
+    void cancelEdit(Qt::FocusReason reason = Qt::OtherFocusReason) {
+        if (editor_) closeEditor(reason);
+    }
     void openMenu();
     void openAgainMenu(); // of a done task
 
