@@ -197,6 +197,7 @@ void MainWindow::rememberPlace() {
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+    activation_.stop(); // it came; whoever goes elsewhere now wants to
     model_.refreshPermissions();
     model_.reload();
 }
