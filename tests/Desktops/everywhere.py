@@ -9,16 +9,17 @@ from gi.repository import GLib
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "EndToEnd"))
 
-from story import TACLA, Desktop, Story, day, main, until  # noqa: E402
+from story import Desktop, Screen, Story, day, main, until  # noqa: E402
 
-__all__ = ["NAME", "Everywhere", "Wayland", "day", "main", "told_on", "until"]
+__all__ = ["NAME", "Desktop", "Everywhere", "Screen", "Wayland", "day", "main", "told_on", "until"]
 NAME = "fr.dravel.Tacla"
 PICTURES = os.environ.get("TACLA_PICTURES")  # what their names begin with; none are taken without
 
 
 class Wayland(Desktop):
     """A desktop tells: start_shell, windows (rectangles by application, the one with the focus first), area (what its panels
-    leave), bring (a window to the front), shoot (a picture into a file), choose (in the menu of the icon), answer (a bubble)."""
+    leave), bring (a window to the front), shoot (a picture into a file), darken, scale, and where one clicks: locate (the
+    middles of what bears these words, of the icon in the panel for None) and click. Sway has other ways than the last two."""
 
     ALL = ("a11y", "shell")
     services = "<standard_session_servicedirs/>"
@@ -36,6 +37,35 @@ class Wayland(Desktop):
         found = until(lambda: next((p for p in (self.folder / "runtime").glob("wayland-*") if p.suffix != ".lock"), None),
                       "its display", 60)
         self.env["WAYLAND_DISPLAY"] = found.name
+
+    def place(self, words):
+        """Where these words stand, once they do not move any more."""
+        seen = []
+
+        def still():
+            seen.append(self.locate(words))
+            return len(seen) > 2 and seen[-1] == seen[-2] == seen[-3] and seen[-1]
+        return until(still, f"{words!r} on the screen")[-1]
+
+    def choose(self, label, story):
+        self.click(None)
+        self.picture("menu")
+        self.click(label)
+
+    def wait_for_bubble(self, title):
+        until(lambda: self.locate(title), f"the reminder of {title}")
+
+    def answer(self, title, label):
+        self.wait_for_bubble(title)
+        self.click(label or title)
+
+    def brightness(self):
+        """Of what the window shows, between 0 and 1."""
+        from PIL import Image, ImageStat
+        x, y, width, height = self.windows()[NAME]
+        self.shoot(f"{self.folder}/shot.png")
+        with Image.open(f"{self.folder}/shot.png") as shot:
+            return ImageStat.Stat(shot.convert("L").crop((x, y, x + width, y + height))).median[0] / 255
 
     def focused(self):
         return next(iter(self.windows()), None)
@@ -57,6 +87,7 @@ class Wayland(Desktop):
 
 
 class Everywhere(Story):
+    size = "1280x800"
     says = "(?s:.*)"  # the desktops' own plugins of Qt speak, too
     tasks = f"- [ ] Pain · {day()}\n"
 
@@ -71,16 +102,18 @@ class Everywhere(Story):
         self.until_front("cover", "brought there")
 
     def open_window(self):
+        self.tray.wait()
         self.run_tacla()
         self.until_front(NAME, "at first")
 
 
 class FirstStart(Everywhere):
-    welcomed, tasks = False, ""
+    size, welcomed, tasks = "1280x720", False, ""
 
     def test_the_whole_window_is_on_the_screen(self):
         self.launch()
-        x, y, width, height = until(lambda: self.desktop.windows().get(NAME), "the window")
+        x, y, width, height = until(lambda: next((place for name, place in self.desktop.windows().items()
+                                                  if name == NAME and place[2]), None), "the window in its place")
         self.desktop.picture("first-start")
         left, top, wide, high = self.desktop.area()
         self.assertTrue(left <= x and top <= y and x + width <= left + wide and y + height <= top + high,
@@ -144,20 +177,28 @@ class Dark(Everywhere):
 
 
 class Scales(Everywhere):
-    def test_one_and_a_half_and_two(self):
+    size = "1920x1080"
+
+    def test_one_and_a_half(self):
+        self.opens_whole_at(1.5)
+
+    def test_two(self):
+        self.opens_whole_at(2)
+
+    def opens_whole_at(self, scale):
+        self.desktop.scale(scale)
         self.launch()
         self.open_window()
-        for scale in (1.5, 2):
-            self.desktop.scale(scale)
-            left, top, wide, high = until(self.desktop.area, "the screen")
-            x, y, width, height = self.desktop.windows()[NAME]
-            self.assertTrue(width <= wide and height <= high, f"{(width, height)} in {(wide, high)} at {scale}")
-            self.desktop.picture(f"scale-{scale}")
+        self.desktop.picture(f"scale-{scale}")
+        left, top, wide, high = self.desktop.area()
+        x, y, width, height = self.desktop.windows()[NAME]
+        self.assertTrue(left <= x and top <= y and width <= wide and height <= high,
+                        f"{(x, y, width, height)} in {(left, top, wide, high)}")
 
 
 def told_on(desktop, *but):
     """The stories as they are told on that desktop, without those which it has no such thing for."""
     def make_desktop(story):
-        return desktop(story.without)
+        return desktop(size=story.size)
     return {story.__name__: type(story.__name__, (story,), {"make_desktop": make_desktop, "without": ("a11y",)})
             for story in (FirstStart, Raised, Reminder, Dark, Scales) if story.__name__ not in but}

@@ -7,7 +7,7 @@ import subprocess
 from everywhere import NAME, Everywhere, Wayland, day, main, told_on, until
 
 CONFIG = """xwayland disable
-output HEADLESS-1 resolution 1280x720
+output HEADLESS-1 resolution {size}
 output * bg #335577 solid_color
 default_border none
 default_floating_border none
@@ -25,7 +25,7 @@ class Sway(Wayland):
     def start_shell(self):
         self.env |= {"XDG_CURRENT_DESKTOP": "sway", "WLR_BACKENDS": "headless", "WLR_RENDERER": "pixman",
                      "WLR_LIBINPUT_NO_DEVICES": "1"}
-        self._write("sway", CONFIG, 0o644)
+        self._write("sway", CONFIG.format(size=self.size), 0o644)
         self._write("waybar", WAYBAR)
         if self.plain:
             self.folder.chmod(0o711)
@@ -76,14 +76,14 @@ class Sway(Wayland):
         self.ask("makoctl", "invoke", "-n", str(self._bubbles()[title]), ACTIONS[label])
 
     def scale(self, factor):
-        self.ask("swaymsg", "output", "HEADLESS-1", "resolution", "2560x1440", "scale", str(factor))
+        self.ask("swaymsg", "output", "HEADLESS-1", "scale", str(factor))
 
 
 class Tile(Everywhere):
     tasks = f"- [ ] Appeler le garage à propos de la courroie · {day()}\n- [ ] Pain · {day()}\n"
 
     def make_desktop(self):
-        return Sway()
+        return Sway(size=self.size)
 
     def test_half_a_screen_cuts_nothing_off(self):
         self.launch()

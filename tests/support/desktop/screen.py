@@ -80,13 +80,21 @@ class Screen:
         except GLib.Error:
             return  # it went away meanwhile
 
-    def widgets(self):
-        """Everything of the program that shows, in the order of the tree."""
+    def programs(self):
+        """Those of that name, as they speak to who cannot see."""
         for program in Widget(self.bus, ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")).children:
             try:
                 if program.name.lower() == self.program:
-                    for window in program.children:
-                        yield from self._within(window)
+                    yield program
+            except GLib.Error:
+                continue
+
+    def widgets(self):
+        """Everything of the program that shows, in the order of the tree."""
+        for program in self.programs():
+            try:
+                for window in program.children:
+                    yield from self._within(window)
             except GLib.Error:
                 continue
 
