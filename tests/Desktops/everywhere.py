@@ -59,13 +59,13 @@ class Wayland(Desktop):
         self.wait_for_bubble(title)
         self.click(label or title)
 
-    def brightness(self):
-        """Of what the window shows, between 0 and 1."""
+    def brightness(self, lines=None):
+        """Of what the window shows, or of its uppermost lines, between 0 and 1."""
         from PIL import Image, ImageStat
         x, y, width, height = self.windows()[NAME]
         self.shoot(f"{self.folder}/shot.png")
         with Image.open(f"{self.folder}/shot.png") as shot:
-            return ImageStat.Stat(shot.convert("L").crop((x, y, x + width, y + height))).median[0] / 255
+            return ImageStat.Stat(shot.convert("L").crop((x, y, x + width, y + (lines or height)))).median[0] / 255
 
     def focused(self):
         return next(iter(self.windows()), None)
@@ -173,6 +173,7 @@ class Dark(Everywhere):
         self.desktop.picture("light")
         self.desktop.darken()
         until(lambda: self.desktop.brightness() < 0.3, "a dark window")
+        until(lambda: self.desktop.brightness(16) < 0.4, "a dark frame around it")
         self.desktop.picture("dark")
 
 
