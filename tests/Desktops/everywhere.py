@@ -13,6 +13,14 @@ from story import Desktop, Screen, Story, day, main, until  # noqa: E402
 
 __all__ = ["NAME", "Desktop", "Everywhere", "Screen", "Wayland", "day", "main", "told_on", "until"]
 NAME = "fr.dravel.Tacla"
+COVER = """import gi
+gi.require_version("Gtk", "3.0")
+from gi.repository import GLib, Gtk
+GLib.set_prgname("cover")
+window = Gtk.Window(title="cover")
+window.maximize()
+window.show_all()
+Gtk.main()"""
 PICTURES = os.environ.get("TACLA_PICTURES")  # what their names begin with; none are taken without
 
 
@@ -96,7 +104,7 @@ class Everywhere(Story):
 
     def cover(self):
         if "cover" not in self.desktop.windows():
-            self.desktop.run(["foot", "--app-id=cover", "--maximized", "sleep", "600"], "cover")
+            self.desktop.run(["/usr/bin/python3", "-c", COVER], "cover", GDK_BACKEND="wayland")
             until(lambda: "cover" in self.desktop.windows(), "another window")
         self.desktop.bring("cover")
         self.until_front("cover", "brought there")

@@ -15,10 +15,11 @@ SCRIPT = """const all = workspace.windowList ? workspace.windowList() : workspac
     rectangle = r => [r.x, r.y, r.width, r.height].map(Math.round);
 callDBus("%s", "/", "fr.dravel.Story", "say", JSON.stringify((() => { %s })()));"""
 WINDOWS = "return all.map(w => [String(w.desktopFileName || w.resourceClass), rectangle(w.frameGeometry), w === front, w.minimized]);"
-AREA = """return rectangle(workspace.desktopList ? workspace.clientArea(KWin.MaximizeArea, 0, 1)
+AREA = """return rectangle(!workspace.windowList ? workspace.clientArea(KWin.MaximizeArea, 0, 1)
     : workspace.clientArea(KWin.MaximizeArea, workspace.screens[0], workspace.desktops[0]));"""
 BRING = """const wanted = all.find(w => String(w.desktopFileName || w.resourceClass) === "%s");
-    if (workspace.windowList) workspace.activeWindow = wanted; else workspace.activeClient = wanted;"""
+    if (workspace.windowList) workspace.activeWindow = wanted; else workspace.activeClient = wanted;
+    return true;"""
 
 
 class Plasma(Wayland):
@@ -85,25 +86,31 @@ class Plasma(Wayland):
         ImageGrab.grab(xdisplay=self.display).save(file)
 
     def locate(self, words):
-        """By what the shell tells those who cannot see, which counts from its windows' corners; KWin knows where these are."""
-        frames = [place for name, place, _, _ in self.script(WINDOWS) if "plasma" in name]
+        """By what the shell tells those who cannot see."""
         found = []
-        for program in self.shell.programs():
-            for window in program.children:
-                size = window.call("Component", "GetExtents", "(u)", 1)[0][2:]
-                frame = next((each for each in frames if tuple(each[2:]) == tuple(size)), None)
-                if frame is None:
-                    continue
-                for widget in self.shell._within(window):
-                    if widget.name == ("Tacla" if words is None else words):
-                        x, y, width, height = widget.call("Component", "GetExtents", "(u)", 1)[0]
-                        found.append((frame[0] + x + width // 2, frame[1] + y + height // 2))
+        for widget in self.shell.widgets():
+            if widget.name == ("Tacla" if words is None else words) and (words or widget.role == "push button"):
+                x, y, width, height = widget.call("Component", "GetExtents", "(u)", 0)[0]
+                found.append((x + width // 2, y + height // 2))
         return found
 
-    def click(self, words):
-        x, y = self.place(words)
-        subprocess.run(["xdotool", "mousemove", str(x - 1), str(y), "mousemove", str(x), str(y), "click", "1"],
+    def click(self, words, button=1):
+        self._press(*self.place(words), button)
+
+    def _press(self, x, y, button):
+        subprocess.run(["xdotool", "mousemove", str(x - 1), str(y), "mousemove", str(x), str(y), "click", str(button)],
                        env=self.env | {"DISPLAY": self.display}, check=True)
+
+    def choose(self, label, story):
+        """The menu is silent to those who cannot see: its entries stand in even rows, lines take two fifths of one."""
+        self.click(None, 3)
+        x, y, width, height = until(lambda: next((place for name, place, _, _ in self.script(WINDOWS) if name == "plasmashell"), None),
+                                    "the menu")
+        self.picture("menu")
+        rows = [0.4 if line == "-" else 1 for line in story.tray.labels() if not line.startswith("> ")]
+        before = rows[:story.tray.labels().index(label)]
+        row = height / (sum(rows) + 0.3)
+        self._press(x + width // 2, y + round(row * (0.15 + sum(before) + 0.5)), 1)
 
     def darken(self):
         self.ask("plasma-apply-colorscheme", "BreezeDark")

@@ -101,7 +101,7 @@ class Screen:
     def find(self, name, role=""):
         for widget in self.widgets():
             try:
-                if widget.name == name and role in widget.role:
+                if widget.name.replace("\xa0", " ") == name and role in widget.role:  # before Qt's own colons, of late
                     return widget
             except GLib.Error:
                 continue
