@@ -197,8 +197,8 @@ void MainWindow::rememberPlace() {
     }
 }
 
-// Where the desktop leaves the frame to Qt, that of before Qt 6.7 keeps the colours of the moment when it was made. Made
-// anew it comes to the front: not while the user is elsewhere.
+// Where the desktop leaves the frame to Qt, that of before Qt 6.7 keeps the colours of the moment when it was made.
+// Made anew it comes to the front: not while the user is elsewhere.
 void MainWindow::renewFrame() {
     if (!std::exchange(frameIsOld_, false) || !windowHandle() || windowHandle()->frameMargins().isNull()) return;
     const bool shown = isVisible();
