@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QIcon>
 #include <QLabel>
+#include <QRectF>
 
 class QPainter;
+class QColor;
 
 namespace dravel {
 
@@ -17,5 +20,12 @@ class DravelLogo final : public QLabel {
   protected:
     void paintEvent(QPaintEvent*) override;
 };
+
+// The application icon at any size: a square with a diagonal gradient and a white tick in a box.
+QIcon tickIcon();
+void paintTickIcon(QPainter&, const QRectF&);
+
+// The tick in its open box alone, on a grid of 18 that fills the rectangle.
+void paintTickGlyph(QPainter&, const QRectF&, const QColor&);
 
 }

@@ -50,17 +50,17 @@ const LatinTable& latinTable() {
     return table;
 }
 
-template <class Visitor>
-void forEachFolded(std::string_view text, Visitor visit) {
+template <class Action>
+void forEachFolded(std::string_view text, Action action) {
     const auto& latin = latinTable();
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end) {
         UChar32 c;
         U8_NEXT(bytes, end, text.size(), c);
         if (c >= 0 && c < latinEnd)
-            visit(c, std::string_view(latin[static_cast<std::size_t>(c)]), TextRange{begin, end});
+            action(c, std::string_view(latin[static_cast<std::size_t>(c)]), TextRange{begin, end});
         else
-            visit(c, std::string_view(foldedCharacter(c)), TextRange{begin, end});
+            action(c, std::string_view(foldedCharacter(c)), TextRange{begin, end});
     }
 }
 

@@ -90,7 +90,7 @@ std::string OpenFile::readAll() const {
     return text;
 }
 
-void OpenFile::readByLines(const std::function<void(std::string_view)>& visit) const {
+void OpenFile::readByLines(const std::function<void(std::string_view)>& take) const {
     std::string piece(std::min(length() + 1, largestPiece), '\0');
     std::size_t offset = 0, kept = 0; // the start of a line whose end is still to come
     while (const auto count = readAt(offset, piece.data() + kept, piece.size() - kept)) {
@@ -98,12 +98,12 @@ void OpenFile::readByLines(const std::function<void(std::string_view)>& visit) c
         const std::string_view filled(piece.data(), kept + count);
         const auto lastBreak = filled.substr(kept).rfind('\n');
         const auto end = lastBreak == filled.npos ? 0 : kept + lastBreak + 1;
-        if (end > 0) visit(filled.substr(0, end));
+        if (end > 0) take(filled.substr(0, end));
         kept = filled.size() - end;
         std::ranges::copy(filled.substr(end), piece.begin());
         if (kept == piece.size()) piece.resize(piece.size() * 2);
     }
-    if (kept > 0) visit(std::string_view(piece).substr(0, kept));
+    if (kept > 0) take(std::string_view(piece).substr(0, kept));
 }
 
 void OpenFile::overwrite(std::string_view bytes) const {

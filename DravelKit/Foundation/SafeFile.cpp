@@ -103,10 +103,10 @@ std::string readText(const Path& path) {
     return text;
 }
 
-void readByLines(const Path& path, const std::function<void(std::string_view)>& visit) {
+void readByLines(const Path& path, const std::function<void(std::string_view)>& take) {
     openToRead(path).readByLines([&](std::string_view lines) {
         requireUtf8(path, lines);
-        visit(lines);
+        take(lines);
     });
 }
 

@@ -114,8 +114,8 @@ bool isAscii(std::string_view text) {
 }
 
 // Calls back with the end of each character until that returns false.
-template <class Visitor>
-void forEachCharacterEnd(std::string_view text, Visitor visit) {
+template <class Action>
+void forEachCharacterEnd(std::string_view text, Action action) {
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<icu::BreakIterator> characters(
         icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
@@ -126,7 +126,7 @@ void forEachCharacterEnd(std::string_view text, Visitor visit) {
         throw std::runtime_error(u_errorName(status));
     }
     for (auto end = characters->next(); end != icu::BreakIterator::DONE; end = characters->next())
-        if (!visit(static_cast<std::size_t>(end))) break;
+        if (!action(static_cast<std::size_t>(end))) break;
     utext_close(utf8);
 }
 

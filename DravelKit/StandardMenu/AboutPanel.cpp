@@ -1,7 +1,6 @@
 #include "DravelKit/StandardMenu/AboutPanel.h"
 
 #include "DravelKit/DravelLogo/DravelLogo.h"
-#include "DravelKit/DravelLogo/TickIcon.h"
 #include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "DravelKit/DravelUI/Theme.h"

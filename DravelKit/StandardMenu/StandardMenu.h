@@ -8,6 +8,17 @@
 class QMainWindow;
 class QMenu;
 
+namespace dravel {
+
+// Looks for a new version of the program. Where packages update through the system there is nothing to look for.
+class Updater {
+  public:
+    bool isAvailable() const { return false; }
+    void checkForUpdates() {}
+};
+
+}
+
 namespace dravel::StandardMenu {
 
 struct Actions {

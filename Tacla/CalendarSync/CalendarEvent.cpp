@@ -48,8 +48,8 @@ std::pair<EventTime, EventTime> timed(Instant moment, const std::string& timeZon
     return {{start, timeZone}, {std::move(end), timeZone}};
 }
 
-std::pair<EventTime, EventTime> allDay(Day written) {
-    const Day day = Day::of(written.date()); // 30 February is 1 or 2 March
+std::pair<EventTime, EventTime> allDay(Day named) {
+    const Day day = Day::of(named.date()); // 30 February is 1 or 2 March
     return {wholeDay(day), wholeDay(day.plusDays(1))};
 }
 

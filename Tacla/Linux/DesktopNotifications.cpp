@@ -1,9 +1,12 @@
 #include "Tacla/Linux/DesktopNotifications.h"
 
 #include <QDBusError>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QTimer>
+#include <QUuid>
+#include <QVariantMap>
 
 #include <limits>
 #include <utility>
@@ -227,6 +230,68 @@ void DesktopNotifications::notificationClosed(uint id, uint, const QDBusMessage&
     const auto bubble = handle(id, signal);
     activationTokens_.erase(bubble);
     closed(bubble);
+}
+
+namespace {
+
+QDBusMessage gnomeCall(const QString& method) {
+    const auto server = QString::fromLatin1(GnomeNotifications::server);
+    return QDBusMessage::createMethodCall(server, u"/org/gtk/Notifications"_s, server, method);
+}
+
+QString inApplication(const char* action) { return u"app."_s + QLatin1String(action); }
+
+QVariantMap button(const QString& label, const char* action, const QString& id) {
+    return {{u"label"_s, label}, {u"action"_s, inApplication(action)}, {u"target"_s, id}};
+}
+
+QVariantMap notification(const NotificationContent& content, const QString& id) {
+    const QList<QVariantMap> buttons{button(u"Fait"_s, ApplicationAction::done, id),
+                                     button(u"Demain"_s, ApplicationAction::tomorrow, id)};
+    return {{u"title"_s, plain(content.title)}, {u"body"_s, plain(content.body)},
+            {u"priority"_s, u"urgent"_s},       {u"default-action"_s, inApplication(ApplicationAction::openTask)},
+            {u"default-action-target"_s, id},   {u"buttons"_s, QVariant::fromValue(buttons)}};
+}
+
+}
+
+GnomeNotifications::GnomeNotifications(NotificationServer& other)
+    : other_(other),
+      otherResponded_(other.responded.connect([this](const Response& response) { responded(response); })),
+      otherClosed_(other.closed.connect([this](const BubbleHandle& bubble) { closed(bubble); })),
+      otherChanged_(other.changed.connect([this] { changed(); })) {
+    qDBusRegisterMetaType<QList<QVariantMap>>();
+}
+
+void GnomeNotifications::ask(std::function<void(Capabilities)> answer) {
+    other_.ask([this, answer = std::move(answer)](Capabilities capabilities) {
+        if (connection_) capabilities.server = server;
+        answer(std::move(capabilities));
+    });
+}
+
+void GnomeNotifications::close(const BubbleHandle& bubble) {
+    if (bubble.server != server) return other_.close(bubble);
+    if (!connection_) return;
+    auto message = gnomeCall(u"RemoveNotification"_s);
+    message << u"fr.dravel.Tacla"_s << QString::fromStdString(bubble.id);
+    connection_->asyncCall(message);
+}
+
+void GnomeNotifications::show(const NotificationRequest& request,
+                              std::function<void(const Error&, const BubbleHandle&)> shown) {
+    if (!connection_ || request.content.key.empty()) return other_.show(request, std::move(shown));
+    const bool replaces = request.replaced && request.replaced->server == server;
+    const auto id =
+        replaces ? QString::fromStdString(request.replaced->id) : QUuid::createUuid().toString(QUuid::Id128);
+    auto message = gnomeCall(u"AddNotification"_s);
+    message << u"fr.dravel.Tacla"_s << id << notification(request.content, id);
+    auto* call = new QDBusPendingCallWatcher(connection_->asyncCall(message, endlessPatience), this);
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call, request, id, shown = std::move(shown)] {
+        call->deleteLater();
+        if (call->isError()) return other_.show(request, shown);
+        shown({}, {server, id.toStdString()});
+    });
 }
 
 }

@@ -1,6 +1,6 @@
 #include "Tacla/Linux/StatusItem.h"
 
-#include "DravelKit/DravelLogo/TickIcon.h"
+#include "DravelKit/DravelLogo/DravelLogo.h"
 #include "DravelKit/Foundation/Text.h"
 #include "statusnotifieritemadaptor.h"
 

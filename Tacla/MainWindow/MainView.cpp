@@ -1,9 +1,9 @@
 #include "Tacla/MainWindow/MainView.h"
 
-#include "DravelKit/DravelLogo/TickIcon.h"
+#include "DravelKit/DravelLogo/DravelLogo.h"
+#include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/DravelUI/DravelShell.h"
 #include "DravelKit/DravelUI/SidebarList.h"
-#include "DravelKit/DravelUI/WelcomePage.h"
 #include "Tacla/AppModel/AppModel.h"
 #include "Tacla/MainWindow/Pages/SettingsPage.h"
 #include "Tacla/MainWindow/Pages/TaskColumn.h"

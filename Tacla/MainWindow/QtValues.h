@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DravelKit/DravelUI/StatusTag.h"
+#include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <QDate>

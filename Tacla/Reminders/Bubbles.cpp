@@ -17,7 +17,7 @@ namespace {
 // One bubble a line, its fields between tabs; the title, which may hold some, comes last.
 constexpr std::string_view between = "\t";
 
-std::string written(const BubbleHandle& handle, const TaskItem& task) {
+std::string lineOf(const BubbleHandle& handle, const TaskItem& task) {
     std::string line = handle.server;
     for (const auto& field : {handle.id, std::to_string(task.line), task.key, task.when(), task.title})
         line.append(between).append(field);
@@ -160,7 +160,7 @@ void Bubbles::forget(const BubbleHandle& handle) {
 // Where that cannot be written, the buttons work until this process ends.
 void Bubbles::remember() const {
     std::string text = list_.string() + "\n";
-    for (const auto& [handle, task] : up_) text += written(handle, *task.now);
+    for (const auto& [handle, task] : up_) text += lineOf(handle, *task.now);
     try {
         SafeFile::editOwn(
             memory_, [&](std::string_view) { return std::optional(text); }, memory_.parent_path());

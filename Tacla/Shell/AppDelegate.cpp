@@ -2,7 +2,6 @@
 
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/StandardMenu/AboutPanel.h"
-#include "DravelKit/StandardMenu/StandardMenu.h"
 #include "Tacla/StatusMenu/StatusMenu.h"
 
 #include <QApplication>

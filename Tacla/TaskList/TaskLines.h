@@ -48,12 +48,12 @@ std::optional<Checkbox> checkbox(std::string_view line);
 
 TaskLine readTaskLine(std::string_view line, std::int64_t number);
 
-template <class Visitor>
-void forEachTask(std::string_view text, Visitor visit) {
+template <class Action>
+void forEachTask(std::string_view text, Action action) {
     std::int64_t number = 0;
     for (std::size_t begin = 0; begin <= text.size(); ++number) {
         const auto end = std::min(text.find('\n', begin), text.size());
-        if (const auto task = readTaskLine(text.substr(begin, end - begin), number); task.isTask()) visit(task);
+        if (const auto task = readTaskLine(text.substr(begin, end - begin), number); task.isTask()) action(task);
         begin = end + 1;
     }
 }

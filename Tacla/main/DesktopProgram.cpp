@@ -1,4 +1,4 @@
-#include "DravelKit/DravelLogo/TickIcon.h"
+#include "DravelKit/DravelLogo/DravelLogo.h"
 #include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/Foundation/FileError.h"
 #include "DravelKit/Foundation/Text.h"

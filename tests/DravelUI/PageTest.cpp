@@ -3,7 +3,6 @@
 #include "DravelKit/DravelUI/SidebarList.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 #include "DravelKit/DravelUI/TextPaint.h"
-#include "DravelKit/DravelUI/WelcomePage.h"
 
 #include <gtest/gtest.h>
 

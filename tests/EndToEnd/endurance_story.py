@@ -76,8 +76,7 @@ class Killed(Story):
             self.turn(program, turn % 3 == 0)
             program = self.desktop.run(self.command, "tacla")
         until(self.check_one, "the icon")
-        program.kill()
-        program.wait()
+        self.kill(program)
         self.assertEqual(self.run_tacla("rename", "sonne", "Sonne encore").returncode, 0)
         self.assertEqual(os.listdir(self.file.parent), ["taches.md"])
         settings = self.home / ".config/fr.dravel.Tacla"

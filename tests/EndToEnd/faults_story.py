@@ -119,8 +119,7 @@ class Disk(Story):
         self.file.write_text(self.tasks + f"- [ ] Lait · {day()} 00:01\n")
         bubbles.wait("Lait")
         until(lambda: len(json.loads(settings.read_text()).get("notifiedTasks", [])) == 2, "both reminders in the settings")
-        program.kill()
-        program.wait()
+        self.kill(program)
         self.launch()
         self.file.write_text(self.tasks + f"- [ ] Vin · {day()} 00:02\n")
         bubbles.wait("Vin")
@@ -143,8 +142,7 @@ class Surroundings(Story):
                 self.screen.press("Demain")
                 self.screen.press("Ajouter")
                 until(lambda: f"- [ ] Thé n° {number} à 5 € · " in self.file.read_text(), "the new task")
-                self.tray.click("Quitter Tacla")
-                self.assertEqual(program.wait(20), 0)
+                self.quit(program)
         self.assertEqual(len(self.file.read_text().splitlines()), 1 + 6)
 
     def test_tell_the_time_of_another_zone_at_once(self):
@@ -193,8 +191,7 @@ class Time(Story):
         clock = Clock(self.desktop, "2026-03-10 10:01:00")
         self.launch(**clock.environment)
         bubbles.wait("Pain")
-        self.open_window()
-        self.screen.press("Réglages", "list item")
+        self.open_settings()
         with stopped(self.desktop.processes["notify"]):
             clock.set("2026-03-10 12:01:00")
             self.until_menu("(En retard)", "10:00  Pain", "12:00  Lait")
@@ -249,8 +246,7 @@ class Network(Story):
         self.screen.wait("Synchro de l'agenda…")
         self.screen.press("Cocher Pain")
         self.until_file(*self.tasks.replace("[ ] Pain · " + day(), f"[x] Pain · {day()} · ✅ {day()}").splitlines())
-        self.tray.click("Quitter Tacla")
-        self.assertEqual(program.wait(20), 0)
+        self.quit(program)
 
     def test_with_a_keyring_that_is_absent_frozen_or_locked_waits_for_it(self):
         trouble = "Agenda : Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas"
@@ -261,8 +257,7 @@ class Network(Story):
         self.until_mirrored()
         self.assertFalse((self.data / "token.json").exists(), "moved into the keyring")
         with stopped(self.desktop.processes["secrets"]):
-            self.tray.click("Quitter Tacla")
-            self.assertEqual(program.wait(20), 0)
+            self.quit(program)
             program = self.launch()
             self.screen.wait(trouble)
         self.synchronise()

@@ -17,8 +17,7 @@ class SignIn(Story):
         self.google = self.enterContext(Google(*options))
         self.google.give_client(self.home / ".local/share/Tacla")
         self.launch(TACLA_GOOGLE_BASE=self.google.base)
-        self.open_window()
-        self.screen.press("Réglages", "list item")
+        self.open_settings()
 
     def browse(self, answer):
         """What the user who gives that answer reads in the browser at the end of the redirects."""

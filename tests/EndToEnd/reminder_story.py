@@ -54,15 +54,13 @@ class Reminders(Story):
         ids = {name: self.bubbles.wait(name)["id"] for name in ("Pain", "R&D <b>")}
         memory = self.desktop.folder / "runtime/Tacla/bubbles"
         until(lambda: memory.exists() and memory.read_text().count("\n") == 3, "both bubbles to be remembered")
-        program.kill()
-        program.wait()
+        self.kill(program)
         program = self.launch()
         self.bubbles.wait("Pain", 2)
         self.bubbles.answer("Pain", "Fait")
         until(lambda: f"- [x] Pain · {day()} 00:00 · ✅ {day()}\n" in self.file.read_text(), "the checked task")
         self.assertEqual({b["replaces"] for b in self.bubbles.shown}, {0, *ids.values()})  # in the old ones' place
-        self.tray.click("Quitter Tacla")
-        self.assertEqual(program.wait(20), 0)
+        self.quit(program)
         until(lambda: set(ids.values()) <= set(self.bubbles.closed), "the bubbles to close")
 
     def test_rings_at_its_moment_once(self):
@@ -79,14 +77,10 @@ class Reminders(Story):
         self.until_menu("(En retard)")
         self.assertEqual(sorted(b["summary"] for b in self.bubbles.shown), ["Bientôt", "Pain", "R&D <b>"])
 
-    def test_opens_the_window_when_clicked(self):
+    def test_opens_the_window_when_clicked_and_survives_a_daemon_that_starts_anew(self):
         self.launch()
         self.bubbles.answer("Pain", "Ouvrir")
         self.screen.wait("Nouvelle tâche")
-
-    def test_survives_a_daemon_that_starts_anew(self):
-        self.launch()
-        self.bubbles.wait("Pain")
         self.desktop.restart("notify")
         with open(self.file, "a") as file:
             file.write(f"- [ ] Après · {day()} 00:01\n")
@@ -128,8 +122,7 @@ class OnGnome(Story):
             subprocess.run(["gapplication", "action", "fr.dravel.Tacla", *action], env=self.desktop.env, check=True)
         choose(said["Pain"]["buttons"][0])
         self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Vin · {day()} 00:01")
-        program.kill()
-        program.wait()
+        self.kill(program)
         choose(said["Vin"]["buttons"][1])
         self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Vin · {day(1)} 00:01")
         self.assertEqual((bubbles.shown, self.desktop.windows()), ([], []))
@@ -152,8 +145,7 @@ class Another(Story):
         time.sleep(12)  # what asks for nothing leaves after ten seconds
         memory = self.desktop.folder / "runtime/Tacla/bubbles"
         self.assertEqual((memory.read_text().count("\n"), memory.stat().st_mode & 0o777), (3, 0o600))
-        program.kill()
-        program.wait()
+        self.kill(program)
         program = self.launch()
         self.tray.wait()
         screen.press("Fait")

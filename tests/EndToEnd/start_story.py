@@ -45,15 +45,13 @@ class Twice(Story):
         self.until_menu("(Aujourd'hui)", "Pain")
 
 
-class Ended(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
-
-    def test_by_a_signal_ends_in_order(self):
+    def test_one_that_gets_a_signal_ends_in_order(self):
         for number in (signal.SIGTERM, signal.SIGINT):
             program = self.launch()
             self.tray.wait()
             program.send_signal(number)
             self.assertEqual(program.wait(20), 0)
+            until(lambda: not self.tray.item(), "the icon to go")
 
 
 class FromTheLauncher(Story):

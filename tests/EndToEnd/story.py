@@ -63,6 +63,19 @@ class Story(unittest.TestCase):
         self.tray.click("Ouvrir Tacla…")
         return self.screen.wait("Nouvelle tâche")
 
+    def open_settings(self):
+        self.open_window()
+        self.screen.press("Réglages", "list item")
+
+    def quit(self, program):
+        self.tray.click("Quitter Tacla")
+        self.assertEqual(program.wait(20), 0)
+
+    @staticmethod
+    def kill(program):
+        program.kill()
+        program.wait()
+
     def report(self, stalls):
         """What the program said, and how long its main thread ever stood still."""
         said = self.desktop.log("tacla")
@@ -77,19 +90,18 @@ class Story(unittest.TestCase):
         return subprocess.run([*self.command, *arguments], env=self.desktop.env | environment, capture_output=True, text=True,
                               timeout=60)
 
-    def until_file(self, *lines):
-        wanted = "\n".join(lines) + "\n"
+    def until_equal(self, look, wanted, what):
         try:
-            until(lambda: self.file.exists() and self.file.read_text() == wanted, "the file")
-        except AssertionError:
-            self.assertEqual(self.file.read_text(), wanted)
+            until(lambda: look() == wanted, what)
+        except AssertionError:  # the comparison says more
+            self.assertEqual(look(), wanted)
+
+    def until_file(self, *lines):
+        self.until_equal(lambda: self.file.exists() and self.file.read_text(), "\n".join(lines) + "\n", "the file")
 
     def until_menu(self, *lines):
         """Waits until the tray menu begins with these lines."""
-        try:
-            until(lambda: self.tray.labels()[:len(lines)] == list(lines), "the menu")
-        except AssertionError:
-            self.assertEqual(self.tray.labels()[:len(lines)], list(lines))
+        self.until_equal(lambda: self.tray.labels()[:len(lines)], list(lines), "the menu")
 
 
 def main():

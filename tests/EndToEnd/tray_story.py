@@ -42,8 +42,7 @@ class Menu(Story):
         self.tray.click("Ouvrir la liste")
         until(self.desktop.opened, "the editor")
         self.assertEqual(self.desktop.opened(), [self.file.as_uri()])
-        self.tray.click("Quitter Tacla")
-        self.assertEqual(program.wait(20), 0)
+        self.quit(program)
 
 
 class Panel(Story):

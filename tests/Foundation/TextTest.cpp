@@ -44,10 +44,7 @@ TEST(Text, CountsAndCutsWhatAReaderCallsCharacters) {
     EXPECT_EQ(firstCharacters("été", 0), "");
 }
 
-TEST(Text, SplitsReplacesAndReadsDigits) {
-    EXPECT_EQ(split("a · b · ", " · ").size(), 3U);
-    EXPECT_EQ(split("--a--b-", "-", false).size(), 2U);
-    EXPECT_EQ(replacedAll("a · b · c", " · ", " - "), "a - b - c");
+TEST(Text, ReadsDigitsAndNothingElse) {
     EXPECT_EQ(parsedDigits("0042"), 42);
     for (const auto* text : {"", "+1", "-1", " 1", "1 ", "٣", "1.0", "9223372036854775808", "99999999999999999999"})
         EXPECT_FALSE(parsedDigits(text)) << text;

@@ -15,6 +15,12 @@ Instant utc(int year, int month, int day, int hour, int minute) {
     return sys_days(std::chrono::year(year) / month / day) + hours(hour) + minutes(minute);
 }
 
+// Whether the zone is another one then.
+bool goTo(const std::string& zone) {
+    ::setenv("TZ", zone.c_str(), 1);
+    return wall::refreshZone();
+}
+
 }
 
 TEST(WallCalendar, SpeaksFrench) {
@@ -45,8 +51,7 @@ TEST(WallCalendar, KnowsTheOddNightsOfTheWorld) {
         {"Europe/Paris", {2025, 12, 31, 24, 0}, utc(2025, 12, 31, 23, 0)},
     };
     for (const auto& [zone, reading, expected] : cases) {
-        ::setenv("TZ", zone, 1);
-        wall::refreshZone();
+        goTo(zone);
         EXPECT_EQ(wall::instant(reading), expected) << zone;
     }
     EXPECT_EQ(wall::read(utc(2025, 10, 26, 1, 30)).hour, 2);
@@ -68,23 +73,19 @@ TEST(WallCalendar, FollowsTheUserToAnotherZone) {
                                                          {"XYZ-3:17", "UTC"},
                                                          {"Europe/Paris", "Europe/Paris"}};
     for (const auto& [variable, name] : names) {
-        ::setenv("TZ", variable.c_str(), 1);
-        wall::refreshZone();
+        goTo(variable);
         EXPECT_EQ(wall::zoneIdentifier(), name) << variable;
     }
-    ::setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1); // which zone that is, the system may know
+    goTo("EST5EDT,M3.2.0,M11.1.0"); // which zone that is, the system may know
     EXPECT_FALSE(wall::zoneIdentifier().empty());
     ::unsetenv("TZ");
     EXPECT_FALSE(wall::zoneIdentifier().empty());
     EXPECT_TRUE(wall::refreshZone());
-    ::setenv("TZ", "Europe/Paris", 1);
-    wall::refreshZone();
-    EXPECT_FALSE(wall::refreshZone());
-    ::setenv("TZ", "Asia/Tokyo", 1);
-    EXPECT_TRUE(wall::refreshZone());
+    goTo("Europe/Paris");
+    EXPECT_FALSE(goTo("Europe/Paris"));
+    EXPECT_TRUE(goTo("Asia/Tokyo"));
     EXPECT_EQ(wall::zoneIdentifier(), "Asia/Tokyo");
     EXPECT_EQ(wall::instant({2025, 3, 4, 9, 0}), utc(2025, 3, 4, 0, 0));
     EXPECT_EQ(wall::read(utc(2025, 3, 4, 0, 0)).hour, 9);
-    ::setenv("TZ", "Europe/Paris", 1);
-    EXPECT_TRUE(wall::refreshZone());
+    EXPECT_TRUE(goTo("Europe/Paris"));
 }

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -29,16 +28,6 @@ TEST(ThreadedBackground, BringsEachResultToTheMainThread) {
     }
     while (finished < 20) loop.runPostedByAThread();
     EXPECT_EQ(sum, 210 - 7);
-}
-
-TEST(Lifetime, EndsWhatItGuards) {
-    int calls = 0;
-    std::optional<dravel::Lifetime> owner(std::in_place);
-    const auto guarded = owner->guard([&] { ++calls; });
-    guarded();
-    owner.reset();
-    guarded();
-    EXPECT_EQ(calls, 1);
 }
 
 TEST(ThreadedBackground, StopsItsJobsAtQuitLeavesTheDeafBehindAndDropsWhatTheyComeTo) {

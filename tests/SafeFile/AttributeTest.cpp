@@ -60,13 +60,9 @@ TEST(SafeFile, WritesInPlaceWhereARenameWouldLoseALinkOrTheOwner) {
     EXPECT_EQ(readBytes(linked.list / "other.md"), mark + "- [ ] Pain\n");
 
     if (::geteuid() != 0) GTEST_SKIP() << "only root can make a file of somebody else's";
-    for (const auto& path : {shared.folder.path(), shared.list, shared.file}) ::chmod(path.c_str(), 0777);
+    shared.forEachPath([](const Path& path) { ::chmod(path.c_str(), 0777); });
     const auto old = ownership(shared.file);
-    EXPECT_EQ(inChild([&] {
-                  becomeNobody();
-                  return shared.failure() == "" ? 0 : 1;
-              }),
-              0);
+    EXPECT_TRUE(shared.nobodyMeets(""));
     EXPECT_EQ(ownership(shared.file), old);
     EXPECT_EQ(shared.text(), mark + "- [ ] Pain\n");
 }

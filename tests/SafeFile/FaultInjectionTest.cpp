@@ -138,13 +138,10 @@ TEST(SafeFile, SavesWhereTheFileSystemCannotDoEverythingAndThroughSignals) {
         const Fault fault(call, nullptr, error);
         EXPECT_EQ(world.failure(), "") << call;
         EXPECT_EQ(world.text(), mark + "- [ ] Pain\n") << call;
-    }
-    for (const int error : {EINVAL, ENOSYS}) {
-        const SafeFileWorld world;
-        const Fault fault("renameat2", nullptr, error);
-        EXPECT_TRUE(SafeFile::create(world.list / "new.md", mark));
-        EXPECT_FALSE(SafeFile::create(world.list / "new.md", ""));
-        EXPECT_EQ(readBytes(world.list / "new.md"), mark);
+        if (error != EINVAL && error != ENOSYS) continue; // what a file system does not know at all
+        EXPECT_TRUE(SafeFile::create(world.list / "new.md", mark)) << call;
+        EXPECT_FALSE(SafeFile::create(world.list / "new.md", "")) << call;
+        EXPECT_EQ(readBytes(world.list / "new.md"), mark) << call;
     }
 }
 

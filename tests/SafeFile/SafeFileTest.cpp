@@ -86,12 +86,8 @@ TEST(SafeFile, RefusesWhatTheUserMayNotWrite) {
         const SafeFileWorld world;
         ::chmod(world.file.c_str(), fileMode);
         ::chmod(world.list.c_str(), folderMode);
-        for (const auto& path : {world.folder.path(), world.list, world.file}) giveToNobody(path);
-        EXPECT_EQ(inChild([&] {
-                      becomeNobody();
-                      return world.failure() == "Permission non accordée" ? 0 : 1;
-                  }),
-                  0);
+        world.forEachPath(giveToNobody);
+        EXPECT_TRUE(world.nobodyMeets("Permission non accordée"));
         EXPECT_EQ(world.text(), "- [ ] Pain\n");
         EXPECT_EQ(world.entries(), 1);
     }
@@ -159,55 +155,35 @@ TEST(SafeFile, MakesFilesForTheUserAndForItself) {
         EXPECT_EQ(std::filesystem::status(world.folder / path).permissions(), std::filesystem::perms(mode)) << path;
 }
 
+// By all its names, from all lock folders, and without one.
 TEST(SafeFile, WaitsForALockNoLongerThanTwoSeconds) {
-    const SafeFileWorld world;
-    const auto whileLocked = [&](std::string_view) {
-        EXPECT_EQ(world.failure(), "Tacla est déjà en train d'écrire ce fichier");
-        return std::nullopt;
-    };
-    SafeFile::edit(world.file, whileLocked, world.locks);
-    EXPECT_EQ(world.text(), "- [ ] Pain\n");
-}
-
-TEST(SafeFile, SavesWithoutAFolderForItsLocks) {
-    const SafeFileWorld world;
-    writeBytes(world.locks, "in the way");
-    const auto whileLocked = [&](std::string_view) {
-        EXPECT_EQ(world.failure(), "Tacla est déjà en train d'écrire ce fichier");
-        return std::nullopt;
-    };
-    SafeFile::edit(world.file, whileLocked, world.locks);
-    EXPECT_EQ(world.failure(), "");
-}
-
-TEST(SafeFile, LocksAFileByAllItsNamesAndFromAllLockFolders) {
-    const SafeFileWorld world;
-    std::filesystem::create_hard_link(world.file, world.list / "other.md");
-    const auto meanwhile = [&](std::string_view) {
-        EXPECT_EQ(world.failureAt(world.list / "other.md"), "Tacla est déjà en train d'écrire ce fichier");
-        EXPECT_THROW(SafeFile::edit(world.file, marked, world.folder / "other locks"), dravel::FileError);
-        return std::nullopt;
-    };
-    SafeFile::edit(world.file, meanwhile, world.locks);
-    EXPECT_EQ(world.text(), "- [ ] Pain\n");
+    for (const bool withFolder : {true, false}) {
+        const SafeFileWorld world;
+        std::filesystem::create_hard_link(world.file, world.list / "other.md");
+        if (!withFolder) writeBytes(world.locks, "in the way");
+        const auto meanwhile = [&](std::string_view) {
+            EXPECT_EQ(world.failureAt(world.list / "other.md"), "Tacla est déjà en train d'écrire ce fichier");
+            EXPECT_THROW(SafeFile::edit(world.file, marked, world.folder / "other locks"), dravel::FileError);
+            return std::nullopt;
+        };
+        SafeFile::edit(world.file, meanwhile, world.locks);
+        EXPECT_EQ(world.text(), "- [ ] Pain\n");
+        EXPECT_EQ(world.failure(), "");
+    }
 }
 
 TEST(SafeFile, LocksOutNoOwnerOfAFolderInWhichRootSaved) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can act for somebody else";
     for (const bool asBefore : {false, true}) {
         const SafeFileWorld world;
-        for (const auto& path : {world.folder.path(), world.list, world.file}) giveToNobody(path);
+        world.forEachPath(giveToNobody);
         EXPECT_EQ(world.failure(), "");
         for (const auto& lock : std::filesystem::directory_iterator(world.locks)) {
             if (!asBefore) continue;
             giveToNobody(world.locks);
             EXPECT_TRUE(::chown(lock.path().c_str(), 0, 0) == 0 && ::chmod(lock.path().c_str(), 0600) == 0);
         }
-        EXPECT_EQ(inChild([&] {
-                      becomeNobody();
-                      return world.failure() == "" ? 0 : 1;
-                  }),
-                  0);
+        EXPECT_TRUE(world.nobodyMeets(""));
     }
 }
 
@@ -229,12 +205,8 @@ TEST(SafeFile, IsNotHeldUpByWhatAKilledUserLeftInASharedFolder) {
         writeBytes(world.list / name, "x");
         ::chmod((world.list / name).c_str(), 0600);
     }
-    for (const auto& path : {world.folder.path(), world.list, world.file}) ::chmod(path.c_str(), 01777);
-    EXPECT_EQ(inChild([&] {
-                  becomeNobody();
-                  return world.failure() == "" ? 0 : 1;
-              }),
-              0);
+    world.forEachPath([](const Path& path) { ::chmod(path.c_str(), 01777); });
+    EXPECT_TRUE(world.nobodyMeets(""));
     EXPECT_EQ(world.text(), mark + "- [ ] Pain\n");
 }
 

@@ -34,6 +34,14 @@ struct SafeFileWorld {
             return error.description();
         }
     }
+    // Whether that is what a user without the rights of root meets.
+    bool nobodyMeets(std::string_view expected) const {
+        return inChild([&] { return becomeNobody(), failure() == expected ? 0 : 1; }) == 0;
+    }
+    template <class Change>
+    void forEachPath(Change change) const {
+        for (const auto& path : {folder.path(), list, file}) change(path);
+    }
     std::string text() const { return readBytes(file); }
     auto entries() const { return std::distance(std::filesystem::directory_iterator(list), {}); }
 };

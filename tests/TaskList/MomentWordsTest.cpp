@@ -11,7 +11,7 @@ using namespace tacla;
 // the words behind the title, and what the chip says; the title is what is left. "Demain : Paul | Demain, Paul → Paul →
 // demain": whole titles as typed, what is left of each, and what the chip says; "–" where nothing is offered.
 // "= 2026-11-18 10:00" sets the clock; "_" is a no-break space.
-TEST(MomentWords, areTheOnesOfTheTable) {
+TEST(MomentWords, AreTheOnesOfTheTable) {
     std::ifstream table(TACLA_PHRASES);
     Day today{};
     Clock now{};

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
-#include <numeric>
 #include <random>
 
 using namespace tacla;
@@ -96,15 +95,11 @@ void readPlainly(TaskItem& task, std::string_view part) {
         task.day = day, task.time = time;
 }
 
-// By sorting: equals stand together then, in the order of the file.
 template <class Value>
 std::vector<std::uint32_t> plainNumbers(const std::vector<Value>& values) {
-    std::vector<std::size_t> order(values.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::stable_sort(order, {}, [&](auto index) { return values[index]; });
-    std::vector<std::uint32_t> numbers(values.size(), 1);
-    for (std::size_t i = 1; i < order.size(); ++i)
-        if (values[order[i]] == values[order[i - 1]]) numbers[order[i]] = numbers[order[i - 1]] + 1;
+    std::map<Value, std::uint32_t> seen;
+    std::vector<std::uint32_t> numbers;
+    for (const auto& value : values) numbers.push_back(++seen[value]);
     return numbers;
 }
 
@@ -145,7 +140,7 @@ TEST(QuickReading, ComesToWhatPlainReadingComesTo) {
     }
 }
 
-TEST(Numbering, ComesToWhatSortingComesTo) {
+TEST(Numbering, ComesToWhatCountingInAMapComesTo) {
     RandomTexts random;
     for (int round = 0; round < 300; ++round) {
         std::vector<std::uint64_t> digests(random.pick(200));

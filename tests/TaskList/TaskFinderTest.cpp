@@ -5,7 +5,7 @@
 
 using namespace tacla;
 
-TEST(TaskFinder, findsWordsWhateverTheirCaseAccentsAndOrder) {
+TEST(TaskFinder, FindsWordsWhateverTheirCaseAccentsAndOrder) {
     const auto tasks =
         TaskFile::parse("- [x] Été fini\n- [ ] Photos de l’ÉTÉ\n- [ ] ❗ Pain et œufs\n- [ ] Fe\u0301te\n");
     const TaskFinder finder(tasks);

@@ -1,19 +1,12 @@
-#include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/MomentWords.h"
 #include "Tacla/TaskList/TaskFinder.h"
-
-#include <cstdint>
-#include <cstdlib>
+#include "tests/fuzz/Fuzzer.h"
 
 using namespace tacla;
 
 namespace {
 
 constexpr Day today{2026, 11, 18};
-
-void require(bool holds) {
-    if (!holds) std::abort();
-}
 
 // Inside the title, one behind the other, and no character cut in two.
 void requireWhole(std::string_view title, const std::vector<TextRange>& ranges) {
@@ -39,11 +32,9 @@ void readMoment(std::string_view title) {
 }
 
 // What is typed may be anything, and the words to look for as well: they end at the first line break.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
-    if (!dravel::isValidUtf8(text)) return 0;
+void fuzz(std::string_view text) {
+    if (!dravel::isValidUtf8(text)) return;
     readMoment(text);
     const auto title = text.substr(std::min(text.find('\n'), text.size()));
     requireWhole(title, SoughtWords(text.substr(0, text.size() - title.size())).rangesIn(title));
-    return 0;
 }

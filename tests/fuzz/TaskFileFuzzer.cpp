@@ -1,9 +1,6 @@
 #include "tests/TaskList/EditChecks.h"
+#include "tests/fuzz/Fuzzer.h"
 
-#include <cstdlib>
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
-    if (dravel::isValidUtf8(text) && !tacla::testing::wrongEdit(text, "Pain", {2025, 3, 5}).empty()) std::abort();
-    return 0;
+void fuzz(std::string_view text) {
+    require(!dravel::isValidUtf8(text) || tacla::testing::wrongEdit(std::string(text), "Pain", {2025, 3, 5}).empty());
 }

@@ -1,46 +1,22 @@
 #include "tests/support/GoogleStandIn.h"
 
 #include "DravelKit/Net/HttpClient.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
-#include <array>
+#include <fstream>
 #include <stdexcept>
 
 namespace tacla::testing {
 
-GoogleStandIn::GoogleStandIn(std::vector<std::string> options) {
-    std::array<int, 2> input{}, output{};
-    if (::pipe2(input.data(), O_CLOEXEC) != 0 || ::pipe2(output.data(), O_CLOEXEC) != 0) {
-        throw std::runtime_error("no pipe");
-    }
-    options.insert(options.begin(), {"/usr/bin/python3", TACLA_GOOGLE_STAND_IN, "--until-eof"});
-    std::vector<char*> arguments;
-    for (auto& option : options) arguments.push_back(option.data());
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_adddup2(&actions, input[0], 0);
-    ::posix_spawn_file_actions_adddup2(&actions, output[1], 1);
-    const int failure = ::posix_spawn(&process_, "/usr/bin/python3", &actions, nullptr, arguments.data(), environ);
-    ::posix_spawn_file_actions_destroy(&actions);
-    ::close(input[0]);
-    ::close(output[1]);
-    input_ = input[1];
-    std::string line;
-    char c = 0;
-    while (failure == 0 && ::read(output[0], &c, 1) == 1 && c != '\n') line += c;
-    ::close(output[0]);
-    if (line.empty()) throw std::runtime_error("the stand-in did not start");
-    base_ = line;
-}
-
-GoogleStandIn::~GoogleStandIn() {
-    ::close(input_);
-    ::waitpid(process_, nullptr, 0);
+GoogleStandIn::GoogleStandIn() {
+    const TemporaryFolder folder;
+    const auto said = (folder / "base").string();
+    ::mkfifo(said.c_str(), 0600);
+    input_ = ::popen(("exec /usr/bin/python3 " TACLA_GOOGLE_STAND_IN " --until-eof > " + said).c_str(), "we");
+    std::ifstream output(said);
+    if (!std::getline(output, base_)) throw std::runtime_error("the stand-in did not start");
 }
 
 std::string GoogleStandIn::ask(const std::string& method, const std::string& path, const std::string& body) const {

@@ -4,15 +4,14 @@
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
 namespace tacla::testing {
 
 // scripts/google_stand_in.py in a process of its own, for as long as this object lives.
 class GoogleStandIn {
   public:
-    explicit GoogleStandIn(std::vector<std::string> options = {});
-    ~GoogleStandIn();
+    GoogleStandIn();
+    ~GoogleStandIn() { ::pclose(input_); }
     GoogleStandIn(const GoogleStandIn&) = delete;
     GoogleStandIn& operator=(const GoogleStandIn&) = delete;
 
@@ -25,8 +24,8 @@ class GoogleStandIn {
   private:
     std::string ask(const std::string& method, const std::string& path, const std::string& body) const;
 
+    std::FILE* input_; // it ends when its input does
     std::string base_;
-    int process_ = -1, input_ = -1; // it ends when its input does
 };
 
 }

@@ -73,13 +73,13 @@ void LoopbackServer::serve() {
 
 // False when the connection is over.
 bool LoopbackServer::serveOne(int client, int connection) {
-    Request request{.line = {}, .headers = {}, .body = {}, .connection = connection};
-    if (!receive(client, request)) return false;
+    const auto request = receive(client, connection);
+    if (!request) return false;
     std::size_t number;
     {
         const std::lock_guard lock(mutex_);
         number = requests_.size();
-        requests_.push_back(request);
+        requests_.push_back(*request);
     }
     if (number >= script_.size()) return false;
     const Answer& answer = script_[number];
@@ -103,24 +103,20 @@ bool LoopbackServer::serveOne(int client, int connection) {
     return answer.then == Then::keep;
 }
 
-bool LoopbackServer::receive(int client, Request& request) {
+std::optional<LoopbackServer::Request> LoopbackServer::receive(int client, int connection) {
     std::string bytes;
-    std::size_t head = std::string::npos, wanted = 0;
-    while (head == std::string::npos || bytes.size() < wanted) {
-        std::array<char, 65536> buffer;
-        const auto count = ::recv(client, buffer.data(), buffer.size(), 0);
-        if (count <= 0) return false;
+    std::array<char, 65536> buffer;
+    for (ssize_t count; (count = ::recv(client, buffer.data(), buffer.size(), 0)) > 0;) {
         bytes.append(buffer.data(), static_cast<std::size_t>(count));
-        if (head != std::string::npos || (head = bytes.find("\r\n\r\n")) == std::string::npos) continue;
         constexpr std::string_view name = "\r\nContent-Length: ";
-        const auto length = bytes.find(name);
-        wanted = head + 4 + (length < head ? std::stoul(bytes.substr(length + name.size())) : 0);
+        const auto lineEnd = bytes.find("\r\n"), head = bytes.find("\r\n\r\n"), length = bytes.find(name);
+        if (head == bytes.npos) continue;
+        auto body = bytes.substr(head + 4);
+        if (length < head && body.size() < std::stoul(bytes.substr(length + name.size()))) continue;
+        return Request{bytes.substr(0, lineEnd), bytes.substr(lineEnd + 2, head - lineEnd), std::move(body),
+                       connection};
     }
-    const auto lineEnd = bytes.find("\r\n");
-    request.line = bytes.substr(0, lineEnd);
-    request.headers = bytes.substr(lineEnd + 2, head - lineEnd);
-    request.body = bytes.substr(head + 4);
-    return true;
+    return {};
 }
 
 }

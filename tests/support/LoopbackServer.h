@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -44,7 +45,7 @@ class LoopbackServer {
   private:
     void serve();
     bool serveOne(int client, int connection);
-    bool receive(int client, Request&);
+    static std::optional<Request> receive(int client, int connection);
 
     const std::vector<Answer> script_;
     int listener_ = -1, port_ = 0;

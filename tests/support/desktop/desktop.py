@@ -92,11 +92,11 @@ class Desktop:
             self.stop(name)
         shutil.rmtree(self.folder, ignore_errors=True)
 
-    def run(self, command, name="program", **extra):
+    def run(self, command, name="program", kept=(), **extra):
         """Starts a program inside the desktop, without the variables that are None; it ends with the desktop."""
         environment = {name: value for name, value in (self.env | extra).items() if value is not None}
         with open(self.folder / "log" / name, "ab") as log:
-            self.processes[name] = subprocess.Popen(command, env=environment, stdout=log, stderr=log,
+            self.processes[name] = subprocess.Popen(command, env=environment, stdout=log, stderr=log, pass_fds=kept,
                                                     stdin=subprocess.DEVNULL, start_new_session=True)
         return self.processes[name]
 
@@ -211,10 +211,7 @@ class Desktop:
         self.env["DISPLAY"] = f":{10_000 + os.getpid()}"
         reading, writing = os.pipe()
         command = ["Xvfb", self.env["DISPLAY"], "-screen", "0", f"{self.size}x24", "-nolisten", "tcp", "-noreset"]
-        with open(self.folder / "log" / "x", "ab") as log:
-            self.processes["x"] = subprocess.Popen(
-                [*command, "-displayfd", str(writing)],
-                pass_fds=[writing], stdout=log, stderr=log, stdin=subprocess.DEVNULL, start_new_session=True)
+        self.run([*command, "-displayfd", str(writing)], "x", kept=[writing])
         os.close(writing)
         with os.fdopen(reading) as pipe:
             assert pipe.readline(), "the X server did not start: " + self.log("x")
