@@ -346,10 +346,7 @@ void TaskRow::startEditing() {
     editor_->setAccessibleName(u"Modifier "_s + titleText_);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
-    connect(editor_, &TaskEditor::heightChanged, this, [this] {
-        placeControls();
-        container_.heightChanged();
-    });
+    connect(editor_, &TaskEditor::heightChanged, this, &TaskRow::editorGrew);
     placeControls();
     editor_->show();
     menuButton_->hide();
@@ -376,8 +373,7 @@ bool TaskRow::holdsDraft() const { return editor_ && editor_->isTouched(); }
 
 void TaskRow::explain(const QString& whyNotSaved) {
     editor_->say(whyNotSaved);
-    placeControls();
-    container_.heightChanged();
+    editorGrew();
 }
 
 void TaskRow::commitEdit(Qt::FocusReason reason) {
@@ -386,9 +382,8 @@ void TaskRow::commitEdit(Qt::FocusReason reason) {
     if (change == TaskChange()) return closeEditor(reason);
     isCommitting_ = true;
     const auto committed = [row = QPointer(this), change, reason](AppModel::Outcome outcome) {
-        if (!row) return;
-        row->isCommitting_ = false;
-        if (!row->editor_) return;
+        if (row) row->isCommitting_ = false;
+        if (!row || !row->editor_) return;
         switch (outcome) {
         case AppModel::Outcome::saved:
         case AppModel::Outcome::unchanged: // what was typed since then stays

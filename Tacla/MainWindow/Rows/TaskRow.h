@@ -96,6 +96,7 @@ class TaskRow final : public QWidget {
     void placeControls();
     QRect editorPlace() const;
     void closeEditor(Qt::FocusReason);
+    void editorGrew() { placeControls(), container_.heightChanged(); }
     void explain(const QString& whyNotSaved);
     void setHovered(bool);
     void highlightChanged();
