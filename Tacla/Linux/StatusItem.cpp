@@ -9,9 +9,12 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
+#include <QDir>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
+#include <QSaveFile>
+#include <QStandardPaths>
 #include <QtEndian>
 
 #include <algorithm>
@@ -32,19 +35,41 @@ constexpr std::array sizes{16, 18, 22, 24, 32, 36, 44, 48, 64};
 // Everything is drawn on a grid of 18 by 18 units.
 constexpr double grid = 18;
 
-void drawNumber(QPainter& painter, const QColor& colour, std::size_t open) {
-    painter.setPen(QPen(colour, 1.5));
-    painter.drawRoundedRect(QRectF(1.25, 1.25, 15.5, 15.5), 3.6, 3.6);
+// A box with the number in it, as outlines: text would be laid out on whole pixels, and symbols be filled where they
+// are only stroked.
+QPainterPath numberGlyph(std::size_t open) {
+    QPainterPath box;
+    box.addRoundedRect(QRectF(1.25, 1.25, 15.5, 15.5), 3.6, 3.6);
+    QPainterPathStroker pen;
+    pen.setWidth(1.5);
     const bool twoDigits = open > 9;
     QFont font = QGuiApplication::font();
     font.setPixelSize(twoDigits ? 10 : 12);
     font.setBold(true);
     font.setHintingPreference(QFont::PreferNoHinting);
     if (twoDigits) font.setLetterSpacing(QFont::AbsoluteSpacing, -0.3);
-    QPainterPath digits; // outlines, for text would be laid out on whole pixels
-    digits.addText(0, twoDigits ? 12.5 : 13.2, font, QString::number(std::min<std::size_t>(open, 99)));
+    QPainterPath digits;
+    digits.addText(0, twoDigits ? 12.5 : 13.2, font, QString::number(open));
     digits.translate(grid / 2 - digits.boundingRect().center().x(), 0);
-    painter.fillPath(digits, colour);
+    auto glyph = pen.createStroke(box);
+    glyph.addPath(digits);
+    glyph.setFillRule(Qt::OddEvenFill);
+    return glyph;
+}
+
+// The same as a file in which a panel finds nothing but a shape to colour.
+QByteArray symbol(const QPainterPath& glyph) {
+    QByteArray outline;
+    for (int i = 0; i < glyph.elementCount(); ++i) {
+        const auto element = glyph.elementAt(i);
+        if (element.isMoveTo()) outline += 'M';
+        if (element.isLineTo()) outline += 'L';
+        if (element.isCurveTo()) outline += 'C'; // the next two belong to it
+        outline += QByteArray::number(element.x, 'f', 3) + ' ' + QByteArray::number(element.y, 'f', 3) + ' ';
+    }
+    return R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 18 18" width="16" height="16"><path fill="#2e3436")"
+           R"( fill-rule="evenodd" d=")" +
+           outline + R"("/></svg>)";
 }
 
 // The icon at that many pixels: a ticked box when nothing is open, else a box with the number.
@@ -55,7 +80,7 @@ QImage trayGlyph(int pixels, std::size_t open, const QColor& colour) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(pixels / grid, pixels / grid);
     if (open > 0)
-        drawNumber(painter, colour, open);
+        painter.fillPath(numberGlyph(open), colour);
     else
         dravel::paintTickGlyph(painter, QRectF(0, 0, grid, grid), colour);
     return image;
@@ -90,6 +115,9 @@ StatusItem::StatusItem(QDBusConnection connection, TrayHost host) : connection_(
     qDBusRegisterMetaType<StatusPixmap>();
     qDBusRegisterMetaType<StatusPixmaps>();
     qDBusRegisterMetaType<StatusToolTip>();
+    if (host_.coloursSymbols)
+        themePath_ = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/Tacla/icons"_s;
+    nameSymbol();
     new StatusNotifierItemAdaptor(this);
     connection_.registerObject(itemPath, this);
 
@@ -125,6 +153,7 @@ void StatusItem::show(const Content& content) {
     const auto before = std::exchange(content_, content);
     if (before.open != content.open || before.colour != content.colour) {
         pixmaps_.reset();
+        nameSymbol();
         Q_EMIT NewIcon();
         Q_EMIT NewAttentionIcon();
         announceCount();
@@ -144,13 +173,26 @@ void StatusItem::announceCount() {
     connection_.send(message);
 }
 
-// Only a symbol gets the panel's own colour; it is the ticked box, and the count stands beside it.
-QString StatusItem::iconName() const { return host_.coloursSymbols ? u"fr.dravel.Tacla-symbolic"_s : QString(); }
+// Only a symbol gets the panel's own colour: the ticked box that is installed, or one of ours with the number, of which
+// each has a name, since hosts remember what they found under one; it begins unlike the installed ones, to which they
+// would fall back. Where none can be written, the count stands beside.
+void StatusItem::nameSymbol() {
+    if (!host_.coloursSymbols) return;
+    numbered_ = false;
+    iconName_ = u"fr.dravel.Tacla-symbolic"_s;
+    const auto open = std::min<std::size_t>(content_.open, 99);
+    const auto name = u"tacla%1-symbolic"_s.arg(open);
+    QSaveFile file(themePath_ + u'/' + name + u".svg"_s);
+    if (open == 0 || !QDir().mkpath(themePath_) || !file.open(QIODevice::WriteOnly)) return;
+    file.write(symbol(numberGlyph(open)));
+    numbered_ = file.commit();
+    if (numbered_) iconName_ = name;
+}
 
 StatusPixmaps StatusItem::pixmaps() const {
     if (!pixmaps_) {
         pixmaps_.emplace();
-        const auto number = host_.showsTitle ? 0 : content_.open;
+        const auto number = host_.showsTitle ? 0 : std::min<std::size_t>(content_.open, 99);
         for (const int size : sizes) pixmaps_->append(pixmap(trayGlyph(size, number, content_.colour)));
     }
     return *pixmaps_;

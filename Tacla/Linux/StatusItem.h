@@ -52,9 +52,10 @@ class StatusItem final : public QObject {
     Q_PROPERTY(QString Title READ name CONSTANT)
     Q_PROPERTY(QString Status READ status)
     Q_PROPERTY(int WindowId READ windowId CONSTANT)
-    Q_PROPERTY(QString IconName READ iconName CONSTANT)
+    Q_PROPERTY(QString IconName READ iconName)
+    Q_PROPERTY(QString IconThemePath READ iconThemePath CONSTANT)
     Q_PROPERTY(tacla::StatusPixmaps IconPixmap READ pixmaps)
-    Q_PROPERTY(QString AttentionIconName READ iconName CONSTANT)
+    Q_PROPERTY(QString AttentionIconName READ iconName)
     Q_PROPERTY(tacla::StatusPixmaps AttentionIconPixmap READ pixmaps)
     Q_PROPERTY(QString IconAccessibleDesc READ name CONSTANT)
     Q_PROPERTY(tacla::StatusToolTip ToolTip READ toolTip)
@@ -92,12 +93,13 @@ class StatusItem final : public QObject {
         return content_.needsAttention ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
     }
     int windowId() const { return 0; }
-    QString iconName() const;
+    QString iconName() const { return iconName_; }
+    QString iconThemePath() const { return themePath_; }
     StatusPixmaps pixmaps() const; // also of the item that needs attention: hosts swap the icons
     StatusToolTip toolTip() const;
     bool itemIsMenu() const { return true; }
     QDBusObjectPath menu() const { return QDBusObjectPath(QLatin1String(MenuServer::path)); }
-    QString label() const { return QString::fromStdString(content_.title); }
+    QString label() const { return numbered_ ? QString() : QString::fromStdString(content_.title); }
 
     Q_INVOKABLE void Activate(int x, int y);
     Q_INVOKABLE void SecondaryActivate(int x, int y);
@@ -119,12 +121,15 @@ class StatusItem final : public QObject {
   private:
     void registerWithWatcher();
     void announceCount();
+    void nameSymbol();
 
     QDBusConnection connection_;
     TrayHost host_;
     Content content_;
     mutable std::optional<StatusPixmaps> pixmaps_; // drawn at the first question, then kept
     std::string activationToken_;
+    QString iconName_, themePath_;
+    bool numbered_ = false; // the symbol bears the number
 };
 
 }

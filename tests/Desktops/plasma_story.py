@@ -101,11 +101,14 @@ class Plasma(Wayland):
         subprocess.run(["xdotool", "mousemove", str(x - 1), str(y), "mousemove", str(x), str(y), "click", str(button)],
                        env=self.env | {"DISPLAY": self.display}, check=True)
 
+    def _of_the_shell(self):
+        return [place for name, place, _, _ in self.script(WINDOWS) if "plasma" in name]
+
     def choose(self, label, story):
         """The menu is silent to those who cannot see: its entries stand in even rows, lines take two fifths of one."""
+        there = self._of_the_shell()
         self.click(None, 3)
-        x, y, width, height = until(lambda: next((place for name, place, _, _ in self.script(WINDOWS) if name == "plasmashell"), None),
-                                    "the menu")
+        x, y, width, height = until(lambda: [each for each in self._of_the_shell() if each not in there], "the menu")[-1]
         self.picture("menu")
         rows = [0.4 if line == "-" else 1 for line in story.tray.labels() if not line.startswith("> ")]
         before = rows[:story.tray.labels().index(label)]
