@@ -3,7 +3,7 @@
 
     google_stand_in.py [--port N] [--automatic allow|refuse] [--quota N] [--until-eof]
 
-It prints its address. Besides Google's paths it serves /control: GET /control/client is the client file to sign in
+It prints its address. Besides Google's paths it serves /console, where a user makes the client file, and /control: GET /control/client is the client file to sign in
 with, GET /control/state everything it holds (or, with ?calendars, that part), and POST /control takes a JSON object with
 any of
   calendars       the whole content, in the shape that /control/state gives
@@ -34,6 +34,8 @@ from datetime import date, datetime, timezone
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import parse_qs, parse_qsl, unquote, urlencode, urlsplit
 from zoneinfo import ZoneInfo, available_timezones
+
+from google_console import Console
 
 SCOPE = "https://www.googleapis.com/auth/calendar."
 ZONES = available_timezones()
@@ -244,6 +246,7 @@ class Google:
     def __init__(self, automatic=None, quota=None):
         self.lock = threading.RLock()
         self.account, self.calendars = Account(), Calendars()
+        self.console = Console(self.account.client)
         self.automatic, self.quota = automatic, quota
         self.recent = collections.deque()
         self.faults, self.seen, self.log = [], collections.Counter(), []
@@ -285,6 +288,8 @@ class Google:
 
     def api(self, method, url, headers, body):
         scope = self.account.scope_of(headers.get("Authorization"))
+        missing = self.console.missing(scope, ready=True)
+        require(not missing, missing, 403, "accessNotConfigured")
         self.check_quota()
         if body:
             require(headers.get("Content-Type", "").startswith("application/json"), "Invalid content type", 415)
@@ -327,7 +332,12 @@ class Handler(BaseHTTPRequestHandler):
         if url.path == "/o/oauth2/v2/auth":
             return self.authorize(url, body)
         if url.path == "/":
-            return self.send(200, self.home(), "text/html; charset=utf-8")
+            return self.send(200, self.home(), HTML)
+        if url.path.startswith("/console"):
+            form = dict(parse_qsl(body.decode())) if self.command == "POST" else None
+            with google.lock:
+                status, text, headers = google.console.serve(url.path, form)
+            return self.send(status, text, HTML, headers)
         kind = "token" if url.path == "/token" else "calendar"
         with google.lock:
             google.busy += 1
@@ -407,19 +417,29 @@ class Handler(BaseHTTPRequestHandler):
         with self.google.lock:
             try:
                 self.google.account.check_authorization(query)
+                missing = self.google.console.missing(query["scope"], ready=False)
+                require(not missing, missing)
             except Refusal as refusal:
                 return self.send(400, f"<!doctype html><h1>Erreur 400</h1><p>{html.escape(str(refusal))}", "text/html")
             choice = self.google.automatic or dict(parse_qsl(body.decode())).get("answer")
-            if choice:
+            if choice in ("allow", "refuse"):
                 return self.send(302, "", headers={"Location": self.google.account.callback(query, choice == "allow")})
-        return self.send(200, CONSENT % html.escape(query["scope"]), "text/html; charset=utf-8")
+        return self.send(200, CONSENT % html.escape(query["scope"]) if choice else UNKNOWN, HTML)
 
     do_GET = do_POST = do_PATCH = do_DELETE = serve
 
 
+HTML = "text/html; charset=utf-8"
+
 HOME = """<!doctype html><html lang="fr"><meta charset="utf-8"><title>Remplaçant de Google</title>
 <body style="font:16px sans-serif;max-width:36em;margin:4em auto"><h1>Remplaçant de Google</h1>
-<p><a href="/control/client" id="client">Télécharger le fichier client</a></p><h2>Agenda</h2><ul>%s</ul></body></html>"""
+<p><a href="/control/client" id="client">Télécharger le fichier client</a>, ou le fabriquer dans
+<a href="/console">la console</a></p><h2>Agenda</h2><ul>%s</ul></body></html>"""
+
+UNKNOWN = """<!doctype html><html lang="fr"><meta charset="utf-8"><title>Se connecter</title>
+<body style="font:16px sans-serif;max-width:28em;margin:4em auto;text-align:center">
+<h1>Google n'a pas validé cette application</h1><form method="post"><button name="answer" value="go on">Continuer</button>
+</form></body></html>"""
 
 CONSENT = """<!doctype html><html lang="fr"><meta charset="utf-8"><title>Se connecter</title>
 <body style="font:16px sans-serif;max-width:28em;margin:4em auto;text-align:center">

@@ -46,4 +46,9 @@ inline std::optional<std::string> jsonString(const nlohmann::json& value, const 
     return member.is_string() ? std::optional(member.get<std::string>()) : std::nullopt;
 }
 
+inline std::optional<bool> jsonFlag(const nlohmann::json& value, const char* name) {
+    const auto& member = jsonMember(value, name);
+    return member.is_boolean() ? std::optional(member.get<bool>()) : std::nullopt;
+}
+
 }

@@ -27,6 +27,8 @@ constexpr auto turnSaidAfter = std::chrono::seconds(1);
 constexpr auto turnPause = std::chrono::milliseconds(100);
 
 constexpr auto later = "Rien n'est perdu : la prochaine recopie fera le reste";
+constexpr auto lookThere = "Supprimez dans Google Agenda l'agenda « Tacla » vide, s'il y est, puis désactivez et "
+                           "réactivez la recopie dans les réglages de Tacla";
 constexpr auto signInAgain = "Reconnectez-vous dans les réglages de Tacla";
 
 // Whether the service asks for fewer requests, or is in trouble itself.
@@ -48,6 +50,8 @@ std::string describe(SyncError::Kind kind, long status, const std::string& body)
     case SyncError::Kind::settingsLost: return "Réglages de Tacla illisibles : " + body;
     case SyncError::Kind::busy:
         return "Une autre recopie dans Google Agenda dure depuis plus de deux minutes : réessayez plus tard";
+    case SyncError::Kind::inDoubt:
+        return "La création de l'agenda a été interrompue : Google l'a peut-être fait, Tacla n'en fait pas un second";
     }
     return {};
 }
@@ -71,12 +75,21 @@ std::string adviceOn(long status, bool aboutTask) {
 }
 
 std::string hint(SyncError::Kind kind, long status, const std::string& body, const std::string& task) {
+    if (kind == SyncError::Kind::inDoubt) return lookThere;
     if (kind != SyncError::Kind::http) return {};
     const auto said = serviceMessage(body);
     const auto google = said.empty() ? said : "Google dit : " + inQuotes(said);
     if (refusesForPace(status, body)) return joined({google, later}, ". ");
     return joined({task.empty() ? task : "Tâche refusée : " + inQuotes(task), google, adviceOn(status, !task.empty())},
                   ". ");
+}
+
+// Whether a request that ended so has made nothing: the service said no, or was never reached.
+bool isRefusal(const std::exception& error) {
+    if (const auto* sync = dynamic_cast<const SyncError*>(&error)) return sync->status >= 300;
+    const auto* http = dynamic_cast<const dravel::HttpError*>(&error);
+    return http == nullptr || http->kind == dravel::HttpError::Kind::unknownHost ||
+           http->kind == dravel::HttpError::Kind::unreachable;
 }
 
 void throwIfStopped(const std::stop_token& stop) {
@@ -198,11 +211,24 @@ struct CalendarSync::Pass {
         return *id;
     }
 
-    // The identifier is on disk before the first event goes out, and is remembered when it cannot be put there:
-    // otherwise the next pass would create a second calendar.
+    // That it is asked for is on disk before it is, and its identifier before the first event goes out, or is
+    // remembered when it cannot be put there: otherwise the next pass would create a second calendar. There is no way
+    // to ask the service for calendars, so only the user can tell what became of a request without an answer.
     std::string createCalendar() {
-        sync.preferences_.proveWritable();
-        sync.known_ = {create(), true};
+        auto& preferences = sync.preferences_;
+        if (preferences.calendarMaking() != Preferences::Making::none) {
+            preferences.setCalendarMaking(Preferences::Making::told);
+            throw SyncError(SyncError::Kind::inDoubt);
+        }
+        sync.auth_.validAccessToken(stop); // without one nothing is asked for
+        throwIfStopped(stop);
+        preferences.setCalendarMaking(Preferences::Making::asked);
+        try {
+            sync.known_ = {create(), true};
+        } catch (const std::exception& error) {
+            if (isRefusal(error)) preferences.setCalendarMaking(Preferences::Making::none);
+            throw;
+        }
         sync.unstored_ = true;
         sync.store();
         return sync.known_->id;

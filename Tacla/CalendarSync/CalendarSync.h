@@ -29,6 +29,7 @@ class SyncError : public std::runtime_error {
         calendarGone, // a calendar that we did not create, and must not create anew
         settingsLost, // they cannot be read: whether there is a calendar is not known
         busy,         // another run went on for too long
+        inDoubt,      // the service may have made a calendar whose identifier never came
     };
 
     // `task` is the title of the one that the request was about, if any.

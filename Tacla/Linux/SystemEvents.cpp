@@ -15,6 +15,7 @@ namespace {
 
 constexpr QLatin1String portal("org.freedesktop.portal.Desktop");
 constexpr QLatin1String path("/org/freedesktop/portal/desktop");
+constexpr QLatin1String networkMonitor("org.freedesktop.portal.NetworkMonitor");
 constexpr QLatin1String settings("org.freedesktop.portal.Settings");
 constexpr QLatin1String appearance("org.freedesktop.appearance");
 constexpr QLatin1String colours("color-scheme");
@@ -81,7 +82,7 @@ void WakeWatch::prepareForSleep(bool goingDown) {
     if (!goingDown) wokeUp();
 }
 
-void NetworkWatch::watch(QDBusConnection system) {
+void NetworkWatch::watchManager(QDBusConnection system) {
     system.connect({}, u"/org/freedesktop/NetworkManager"_s, u"org.freedesktop.NetworkManager"_s, u"StateChanged"_s,
                    this, SLOT(stateChanged(uint)));
 }
@@ -89,6 +90,22 @@ void NetworkWatch::watch(QDBusConnection system) {
 void NetworkWatch::stateChanged(uint state) {
     constexpr uint connectedSite = 60, connectedGlobal = 70; // whether the internet is there, not everybody checks
     if (state == connectedSite || state == connectedGlobal) back();
+}
+
+void NetworkWatch::watchPortal(QDBusConnection session) {
+    session_.emplace(session);
+    session.connect({}, path, networkMonitor, u"changed"_s, this, SLOT(monitorChanged()));
+}
+
+// The signal says neither what has changed nor to what.
+void NetworkWatch::monitorChanged() {
+    const auto question = QDBusMessage::createMethodCall(portal, path, networkMonitor, u"GetAvailable"_s);
+    auto* call = new QDBusPendingCallWatcher(session_->asyncCall(question), this);
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
+        call->deleteLater();
+        const QDBusPendingReply<bool> reply = *call;
+        if (reply.isValid() && reply.value()) back();
+    });
 }
 
 void SecretStoreWatch::watch(QDBusConnection session) {

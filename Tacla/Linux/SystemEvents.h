@@ -8,6 +8,8 @@
 #include <QObject>
 #include <QVariantMap>
 
+#include <optional>
+
 namespace tacla {
 
 // Whether the desktop prefers light or dark, and wants things to move, as its settings portal tells, and tells again
@@ -50,16 +52,23 @@ class WakeWatch final : public QObject {
     void prepareForSleep(bool goingDown);
 };
 
-// Tells when the machine is on the network again, after NetworkManager's StateChanged on the system bus.
+// Tells when the machine is on the network again: after NetworkManager's StateChanged on the system bus, and, where
+// another manager keeps the network or Tacla sits in a sandbox, after what the desktop's portal tells on the session
+// bus.
 class NetworkWatch final : public QObject {
     Q_OBJECT
 
   public:
-    void watch(QDBusConnection system);
+    void watchManager(QDBusConnection system);
+    void watchPortal(QDBusConnection session);
     dravel::Signal<> back;
 
   private Q_SLOTS:
     void stateChanged(uint state);
+    void monitorChanged();
+
+  private:
+    std::optional<QDBusConnection> session_;
 };
 
 // Tells when the store of secrets comes or is unlocked, on the session bus.

@@ -1,5 +1,6 @@
 #include "Tacla/Preferences/Preferences.h"
 
+#include "DravelKit/Foundation/Json.h"
 #include "DravelKit/Foundation/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -17,10 +18,13 @@ namespace tacla {
 namespace {
 
 using dravel::FileError;
+using dravel::jsonFlag;
+using dravel::jsonMember;
+using dravel::jsonString;
 using nlohmann::json;
 
-// Settings of any version stay far below; each level costs stack when values are copied and written.
-constexpr int deepest = 100;
+// Of Preferences::Making.
+constexpr auto makingKey = "calendarMaking", asked = "asked", told = "told";
 
 bool isBlank(std::string_view text) { return dravel::trimmedOfWhiteSpaceAndLineBreaks(text).empty(); }
 
@@ -51,22 +55,6 @@ std::string withinBounds(std::string_view text) {
     return result;
 }
 
-// The value of a key, null where there is none: null is no value of any type here.
-json at(const json& object, const char* key) {
-    const auto found = object.find(key);
-    return found == object.end() ? json() : *found;
-}
-
-std::optional<std::string> text(const json& value) {
-    if (!value.is_string()) return {};
-    return value.get<std::string>();
-}
-
-std::optional<bool> flag(const json& value) {
-    if (!value.is_boolean()) return {};
-    return value.get<bool>();
-}
-
 std::vector<std::string> texts(const json& value) {
     if (!value.is_array() || !std::ranges::all_of(value, [](const json& one) { return one.is_string(); })) return {};
     return value.get<std::vector<std::string>>();
@@ -91,11 +79,7 @@ std::optional<std::pair<int, int>> coordinates(const json& value) {
 // An empty file is what a crash of the system can leave of a new one: no settings.
 std::optional<json> parsedSettings(std::string_view text) {
     if (isBlank(text)) return json::object();
-    bool tooDeep = false;
-    const auto look = [&](int depth, json::parse_event_t, const json&) { return !(tooDeep |= depth > deepest); };
-    auto value = json::parse(withinBounds(text), look, false);
-    if (tooDeep || !value.is_object()) return {};
-    return value;
+    return dravel::jsonObject(withinBounds(text));
 }
 
 SettingsFile::SettingsFile(std::filesystem::path file, std::filesystem::path lockFolder, Report report)
@@ -154,7 +138,7 @@ void SettingsFile::setAsideIfDamaged() const {
 }
 
 void SettingsFile::change(const std::function<void(json&)>& change) {
-    editText([&](std::string_view text) -> std::optional<std::string> {
+    const auto edit = [&](std::string_view text) -> std::optional<std::string> {
         const auto before = parsedSettings(text);
         if (!before) throw FileError(FileError::Kind::changed, file_);
         auto after = *before;
@@ -165,16 +149,7 @@ void SettingsFile::change(const std::function<void(json&)>& change) {
         } catch (const json::type_error&) { // a path or an identifier in another encoding
             throw FileError(FileError::Kind::notUtf8, file_);
         }
-    });
-}
-
-void SettingsFile::proveWritable() {
-    editText([](std::string_view text) -> std::optional<std::string> {
-        return text.ends_with("\n\n") ? std::string(text.substr(0, text.size() - 1)) : std::string(text) + "\n";
-    });
-}
-
-void SettingsFile::editText(const std::function<std::optional<std::string>(std::string_view text)>& edit) {
+    };
     const std::scoped_lock one(using_);
     if (!settingsThere()) setAsideIfDamaged();
     if (auto changed = dravel::SafeFile::editOwn(file_, edit, lockFolder_)) known_ = std::move(changed->after);
@@ -187,42 +162,48 @@ std::filesystem::path preferencesFile(const dravel::UserFolders& folders) {
 Preferences::Preferences(std::filesystem::path file, std::filesystem::path lockFolder, Report report)
     : file_(std::move(file), std::move(lockFolder), std::move(report)) {}
 
-std::optional<std::string> Preferences::taskFilePath() const { return text(at(file_.read(), "taskFilePath")); }
+std::optional<std::string> Preferences::taskFilePath() const { return jsonString(file_.read(), "taskFilePath"); }
 
 bool Preferences::calendarSync() const {
     const auto settings = file_.read();
-    return flag(at(settings, "calendarSync")).value_or(text(at(settings, "calendarID")).has_value());
+    return jsonFlag(settings, "calendarSync").value_or(jsonString(settings, "calendarID").has_value());
 }
 
-std::optional<std::string> Preferences::calendarID() const { return text(at(file_.read(), "calendarID")); }
+std::optional<std::string> Preferences::calendarID() const { return jsonString(file_.read(), "calendarID"); }
 
 bool Preferences::calendarCreatedByTacla() const {
-    return flag(at(file_.read(), "calendarCreatedByTacla")).value_or(false);
+    return jsonFlag(file_.read(), "calendarCreatedByTacla").value_or(false);
 }
 
 std::optional<Preferences::Calendar> Preferences::calendar() const {
     const auto settings = file_.readOrThrow();
-    auto id = text(at(settings, "calendarID"));
+    auto id = jsonString(settings, "calendarID");
     if (!id) return {};
-    return Calendar{std::move(*id), flag(at(settings, "calendarCreatedByTacla")).value_or(false)};
+    return Calendar{std::move(*id), jsonFlag(settings, "calendarCreatedByTacla").value_or(false)};
 }
 
-std::vector<std::string> Preferences::notifiedTasks() const { return texts(at(file_.read(), "notifiedTasks")); }
+Preferences::Making Preferences::calendarMaking() const {
+    const auto settings = file_.readOrThrow();
+    const auto& making = jsonMember(settings, makingKey);
+    return making.is_null() ? Making::none : making == told ? Making::told : Making::asked;
+}
 
-std::optional<bool> Preferences::wantsLaunchAtLogin() const { return flag(at(file_.read(), "wantsLaunchAtLogin")); }
+std::vector<std::string> Preferences::notifiedTasks() const { return texts(jsonMember(file_.read(), "notifiedTasks")); }
 
-bool Preferences::onboardingDone() const { return flag(at(file_.read(), "onboardingDone")).value_or(false); }
+std::optional<bool> Preferences::wantsLaunchAtLogin() const { return jsonFlag(file_.read(), "wantsLaunchAtLogin"); }
 
-bool Preferences::launchedOnce() const { return flag(at(file_.read(), "launchedOnce")).value_or(false); }
+bool Preferences::onboardingDone() const { return jsonFlag(file_.read(), "onboardingDone").value_or(false); }
+
+bool Preferences::launchedOnce() const { return jsonFlag(file_.read(), "launchedOnce").value_or(false); }
 
 std::optional<Preferences::Size> Preferences::windowSize() const {
-    const auto size = coordinates(at(file_.read(), "windowSize"));
+    const auto size = coordinates(jsonMember(file_.read(), "windowSize"));
     if (!size || size->first <= 0 || size->second <= 0) return {};
     return Size{size->first, size->second};
 }
 
 std::optional<Preferences::Position> Preferences::windowPosition() const {
-    const auto position = coordinates(at(file_.read(), "windowPosition"));
+    const auto position = coordinates(jsonMember(file_.read(), "windowPosition"));
     if (!position) return {};
     return Position{position->first, position->second};
 }
@@ -232,13 +213,24 @@ void Preferences::setTaskFilePath(const std::string& path) {
 }
 
 void Preferences::setCalendarSync(bool on) {
-    file_.change([&](json& settings) { settings["calendarSync"] = on; });
+    file_.change([&](json& settings) {
+        settings["calendarSync"] = on;
+        if (on && jsonString(settings, makingKey) == told) settings.erase(makingKey);
+    });
 }
 
 void Preferences::setCalendar(const std::string& identifier, bool createdByTacla) {
     file_.change([&](json& settings) {
         settings["calendarID"] = identifier;
         settings["calendarCreatedByTacla"] = createdByTacla;
+        settings.erase(makingKey);
+    });
+}
+
+void Preferences::setCalendarMaking(Making making) {
+    file_.change([&](json& settings) {
+        settings.erase(makingKey);
+        if (making != Making::none) settings[makingKey] = making == Making::asked ? asked : told;
     });
 }
 
@@ -259,7 +251,7 @@ void Preferences::setWindow(Size size, std::optional<Position> position) {
 
 void Preferences::updateNotifiedTasks(const std::function<Notified(Notified)>& update) {
     file_.change([&](json& settings) {
-        const auto before = texts(at(settings, "notifiedTasks"));
+        const auto before = texts(jsonMember(settings, "notifiedTasks"));
         if (auto after = update(before); after != before) settings["notifiedTasks"] = std::move(after);
     });
 }

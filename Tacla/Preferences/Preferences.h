@@ -35,10 +35,7 @@ class SettingsFile {
     // Reads, changes and saves under one lock; writes nothing when nothing changed. Throws dravel::FileError.
     void change(const std::function<void(nlohmann::json& object)>&);
 
-    void proveWritable(); // by writing a blank line; throws dravel::FileError
-
   private:
-    void editText(const std::function<std::optional<std::string>(std::string_view text)>&);
     void setAsideIfDamaged() const;
     std::optional<nlohmann::json> settingsThere() const;
 
@@ -74,7 +71,9 @@ class Preferences {
         bool createdByTacla = false;
     };
     std::optional<Calendar> calendar() const; // throws dravel::FileError when the settings are lost
-    void proveWritable() { file_.proveWritable(); }
+    // How far a calendar is whose identifier is not known: asked for, and perhaps made; or the user was told so.
+    enum class Making { none, asked, told };
+    Making calendarMaking() const;
     std::vector<std::string> notifiedTasks() const;
     std::optional<bool> wantsLaunchAtLogin() const;
     bool onboardingDone() const;
@@ -90,8 +89,9 @@ class Preferences {
     std::optional<Position> windowPosition() const; // of its frame
 
     void setTaskFilePath(const std::string&);
-    void setCalendarSync(bool);
-    void setCalendar(const std::string& identifier, bool createdByTacla); // both keys at once, synced to disk
+    void setCalendarSync(bool); // on: who was told of a calendar in the making has seen to it
+    void setCalendar(const std::string& identifier, bool createdByTacla); // all at once, synced to disk; it is made
+    void setCalendarMaking(Making);
     void setWantsLaunchAtLogin(bool);
     void setOnboardingDone(bool);
     void setWindow(Size, std::optional<Position>); // no position: the one before stays

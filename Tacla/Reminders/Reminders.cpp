@@ -42,9 +42,7 @@ NotificationCentre::NotificationCentre(dravel::MainLoop& loop, NotificationServe
 
 void NotificationCentre::put(const Reminder& reminder) {
     pending_[reminder.identifier] = reminder.moment;
-    const auto [held, added] = held_.try_emplace(reminder.identifier, reminder.task, added_ + 1);
-    if (added) ++added_;
-    held->second.task = reminder.task;
+    if (held_.try_emplace(reminder.identifier, reminder.task, added_ + 1).second) ++added_;
 }
 
 void NotificationCentre::remove(const std::string& identifier) {

@@ -46,7 +46,7 @@ void AppDelegate::launch() {
         ports_.model.applyLaunchAtLogin();
         ports_.system.whenOpen([this](const QDBusConnection& connection) {
             ports_.wake.watch(connection);
-            ports_.network.watch(connection);
+            ports_.network.watchManager(connection);
         });
         ports_.system.open();
     });
@@ -86,6 +86,7 @@ void AppDelegate::joinSession(const QDBusConnection& connection) {
     ports_.search.registerOn(connection);
     ports_.scheme.watch(connection);
     ports_.secrets.watch(connection);
+    ports_.network.watchPortal(connection);
 }
 
 void AppDelegate::doWithoutSession() {

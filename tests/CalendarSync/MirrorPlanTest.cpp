@@ -1,5 +1,7 @@
 #include "Tacla/CalendarSync/MirrorPlan.h"
 
+#include "Tacla/TaskDocument/RenamedKeys.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -35,23 +37,15 @@ MirrorState with(MirrorState state, const char* status) {
     return state;
 }
 
-const MirrorState ready{.on = true, .connection = signedIn}, lost{.on = true, .connection = signedOut};
-const MirrorState running{.on = true, .connection = signedIn, .running = true}, off = at(signedIn);
+const MirrorState ready{.on = true, .connection = signedIn}, off = at(signedIn);
 const MirrorState unasked{.on = true}, asking{.on = true, .asking = true}, asked{.asking = true},
     nowhere{.available = false};
 const MirrorState unreadable{.on = true, .listReadable = false, .connection = signedIn};
-const dravel::Instant now{90s};
-const MirrorState synced{.on = true, .connection = signedIn, .lastSync = now};
-const MirrorState runningAgain{.on = true, .connection = signedIn, .running = true, .again = true};
 const MirrorState stopping{.on = true, .connection = signedIn, .running = true, .stopping = true};
-MirrorState with(MirrorState state, const char* status, bool isRunning) {
-    state.running = isRunning;
-    return with(state, status);
+MirrorState tried(bool running) {
+    return {.on = true, .connection = signedIn, .running = running, .retries = 5, .status = ""};
 }
-MirrorState tried(std::size_t retries) {
-    return {.on = true, .connection = signedIn, .retries = retries, .status = ""};
-}
-const Actions ask{{.kind = Do::askAccount, .on = true}}, switchOn{{.kind = Do::storeSwitch, .on = true}};
+const Actions ask{{.kind = Do::askAccount, .on = true}};
 
 MirrorState waiting(std::chrono::seconds left, bool noBrowser = false) {
     return {.connection = signingIn, .signIn = SignInWait{"adresse", left, noBrowser}};
@@ -61,34 +55,16 @@ const MirrorEvent waits{.kind = On::signInWaits, .message = "adresse", .left = 3
 const Actions countDown{{.kind = Do::countDown}}, signOut{{.kind = Do::signOut}};
 
 const Row rows[] = {
-    {"a run", ready, {On::syncDue}, running, {{.kind = Do::takeTurn}}},
-    {"its turn", running, {On::turnCame}, running, {{.kind = Do::send}}},
-    {"never two runs, but another one", running, {On::syncDue}, runningAgain, {}},
-    {"after it", runningAgain, {.kind = On::runEnded, .at = now}, synced, after(500ms)},
-    {"so do other tasks", running, {.kind = On::runEnded, .at = now, .listChanged = true}, synced, after(500ms)},
-    {"what was asked for before its turn goes with it", runningAgain, {On::turnCame}, running, {{.kind = Do::send}}},
-    {"off", running, {On::switchAsked}, stopping, {{.kind = Do::stopRun}, {.kind = Do::storeSwitch}}},
     {"a run that was stopped says nothing", stopping, {On::runFailed, "interrompue"}, ready, {}},
     {"nor does it begin to send", stopping, {On::turnCame}, ready, {}},
-    {"a trouble that passes", running, {.kind = On::runFailed, .passing = true}, tried(1), after(15s)},
-    {"again", with(tried(4), "", true), {.kind = On::runFailed, .passing = true}, tried(5), after(240s)},
-    {"then the period holds", with(tried(5), "", true), {.kind = On::runFailed, .passing = true}, tried(5), {}},
-    {"the network comes back", tried(5), {On::networkBack}, with(ready, ""), after(0s)},
-    {"it is of no interest to a mirror in step", ready, {On::networkBack}, ready, {}},
-    {"nothing is sent while off", off, {On::syncDue}, off, {}},
+    {"then the period holds", tried(true), {.kind = On::runFailed, .passing = true}, tried(false), {}},
     {"nor of a list that cannot be read", unreadable, {On::syncDue}, unreadable, {}},
-    {"nor without an account", lost, {On::syncDue}, lost, {}},
     {"it is asked for first", unasked, {On::syncDue}, asking, ask},
     {"once at a time", asking, {On::syncDue}, asking, {}},
-    {"a run that ended", with(running, "hors ligne"), {.kind = On::runEnded, .at = now}, synced, {}},
-    {"a run that failed", running, {On::runFailed, "hors ligne"}, with(ready, "hors ligne"), {}},
-    {"one that found no account", running, {On::runFailed, "Non connecté", signedOut}, with(lost, "Non connecté"), {}},
 
-    {"an edit", running, {On::edited}, running, after(500ms)},
     {"a save while it was read", ready, {On::savedWhileRead}, ready, after(1s)},
     {"a wake", ready, {On::wokeUp}, ready, after(2s)},
     {"another list", ready, {On::listChosen}, ready, after(0s)},
-    {"a period", ready, {On::periodPassed}, ready, after(0s)},
     {"a period without an answer", unasked, {On::periodPassed}, asking, ask},
     {"the keyring comes", unasked, {On::accountStoreAppeared}, asking, ask},
     {"it is of no interest once the account is known", off, {On::accountStoreAppeared}, off, {}},
@@ -100,10 +76,7 @@ const Row rows[] = {
     {"an answer that fails", asked, {On::accountFailed, "?"}, at(signedOut), after(0s)},
     {"a sign-in was faster", {.connection = signingIn, .asking = true}, told(signedOut), at(signingIn), {}},
 
-    {"a sign-in", at(signedOut), {On::signInAsked}, at(signingIn), {{.kind = Do::signIn}}},
-    {"never two", at(signingIn), {On::signInAsked}, at(signingIn), {}},
     {"nowhere to sign in", nowhere, {On::signInAsked}, nowhere, {}},
-    {"signed in", with(at(signingIn), "refusé"), {On::signedIn}, off, switchOn},
     {"refused", at(signingIn), {On::signInFailed, "refusé"}, with(at(signedOut), "refusé"), {}},
     {"it waits in the browser", at(signingIn), waits, waiting(300s), countDown},
     {"a second less", waiting(300s), {On::signInSecondPassed}, waiting(299s), countDown},
@@ -119,14 +92,8 @@ const Row rows[] = {
     {"signed out", with(off, "hors ligne"), {On::signedOut}, with(at(signedOut), "hors ligne"), {}},
     {"a token that stays", off, {On::signOutFailed, "verrouillé"}, with(off, "verrouillé"), {}},
 
-    {"switched on", off, {.kind = On::switched, .on = true}, ready, after(0s)},
-    {"on only where it can be remembered",
-     off,
-     {On::switchFailed, "plein", unknown, true},
-     with(off, "plein"),
-     after(0s)},
+    {"on only if remembered", off, {On::switchFailed, "plein", unknown, true}, with(off, "plein"), after(0s)},
     {"off in any case", ready, {On::switchFailed, "plein"}, with(off, "plein"), after(0s)},
-    {"enabled anew", with(off, "plein"), {On::enableAsked}, off, switchOn},
 };
 
 TEST(MirrorPlan, IsWhatBecomesOfTheMirrorAndWhatThereIsToDo) {
@@ -145,28 +112,23 @@ struct World {
     enum class Run { none, waiting, sending } run = Run::none;
     bool stopped = false, signingOut = false, signingIn = false, saidNo = false, hasCalendar = false;
     int list = 1, sent = 0, calendar = 0, created = 0; // the last edit that is in each; calendars that were made
+    RenamedKeys renamed;
+    RenamedKeys::Map sentRenamed;
+    std::string key = "0", sentKey, shown; // of the one task: in the list, as sent, in the calendar
     std::string history;
 
-    std::vector<int> key() const {
+    std::vector<int> kind() const {
         const auto& m = mirror;
-        return {m.on,
-                static_cast<int>(m.connection),
-                m.leaving,
-                m.running,
-                m.stopping,
-                m.again,
-                m.due,
-                static_cast<int>(m.retries),
-                m.status.has_value(),
-                static_cast<int>(run),
-                stopped,
-                signingOut,
-                signingIn,
-                saidNo,
-                hasCalendar,
-                list - sent,
-                list - calendar,
-                created};
+        const auto& keys = renamed.sinceSync();
+        std::vector<int> kind{static_cast<int>(m.connection), static_cast<int>(m.retries), static_cast<int>(run),
+                              static_cast<int>(keys.size())};
+        for (const int more : {list - sent, list - calendar, created}) kind.push_back(more);
+        for (const bool more : {m.on, m.leaving, m.running, m.stopping, m.again, m.due, m.status.has_value()})
+            kind.push_back(more);
+        for (const bool more : {stopped, signingOut, signingIn, saidNo, hasCalendar, key == shown, key == sentKey,
+                                shown == sentKey, keys.contains(shown), keys.contains(sentKey)})
+            kind.push_back(more);
+        return kind;
     }
 
     void tell(const MirrorEvent& event) {
@@ -186,6 +148,8 @@ struct World {
             EXPECT_TRUE(run == Run::waiting && !saidNo) << "sends after no:" << history;
             run = Run::sending;
             sent = list;
+            sentKey = key;
+            sentRenamed = renamed.sinceSync();
             return;
         case Do::stopRun: stopped = true; return;
         case Do::signOut: signingOut = true; return;
@@ -201,6 +165,28 @@ struct World {
     void request() { // one more of the run
         EXPECT_FALSE(saidNo) << "a request after no:" << history;
         created += !std::exchange(hasCalendar, true);
+        const auto carried = sentRenamed.find(shown);
+        EXPECT_TRUE(shown.empty() || sentKey == (carried == sentRenamed.end() ? shown : carried->second))
+            << "an event loses its task:" << history;
+        shown = sentKey;
+    }
+
+    void succeed() {
+        request();
+        calendar = sent;
+        renamed.synced(sentRenamed);
+        end({.kind = On::runEnded});
+    }
+
+    void takeTurn() {
+        const bool late = stopped;
+        tell({On::turnCame});
+        if (late || run == Run::waiting) run = Run::none;
+    }
+
+    void rename() {
+        const auto before = std::exchange(key, std::to_string(++list));
+        renamed.remember({{before, key}});
     }
 
     void end(MirrorEvent event) {
@@ -214,54 +200,48 @@ struct World {
     }
 };
 
+bool always(const World&) { return true; }
+bool sends(const World& w) { return w.run == World::Run::sending; }
+bool goesOn(const World& w) { return sends(w) && !w.stopped; }
+auto tells(MirrorEvent event) {
+    return [event](World& w) { w.tell(event); };
+}
+auto ends(MirrorEvent event) {
+    return [event](World& w) { w.end(event); };
+}
+auto says(bool no, MirrorEvent event) {
+    return [no, event](World& w) { w.saidNo = no || w.signingOut, w.tell(event); };
+}
+
 const struct {
     const char* name;
     std::function<bool(const World&)> possible;
     std::function<void(World&)> happen;
 } happenings[] = {
-    {"edit", [](const World&) { return true; }, [](World& w) { ++w.list, w.tell({On::edited}); }},
-    {"editor", [](const World& w) { return w.run == World::Run::sending; },
-     [](World& w) { ++w.list, w.tell({On::listRead}); }},
-    {"tick", [](const World&) { return true; }, [](World& w) { w.tell({On::periodPassed}); }},
-    {"wake", [](const World&) { return true; }, [](World& w) { w.tell({On::wokeUp}); }},
-    {"network", [](const World&) { return true; }, [](World& w) { w.tell({On::networkBack}); }},
-    {"due", [](const World& w) { return w.mirror.due; }, [](World& w) { w.tell({On::syncDue}); }},
-    {"off", [](const World&) { return true; }, [](World& w) { w.saidNo = true, w.tell({On::switchAsked}); }},
-    {"on", [](const World&) { return true; },
-     [](World& w) { w.saidNo = w.signingOut, w.tell({.kind = On::switchAsked, .on = true}); }},
-    {"sign out", [](const World& w) { return w.mirror.connection == signedIn; },
-     [](World& w) { w.saidNo = true, w.tell({On::signOutAsked}); }},
+    {"edit", always, [](World& w) { ++w.list, w.tell({On::edited}); }},
+    {"rename", always, [](World& w) { w.rename(), w.tell({On::edited}); }},
+    {"editor", sends, [](World& w) { ++w.list, w.tell({On::listRead}); }},
+    {"tick", always, tells({On::periodPassed})},
+    {"wake", always, tells({On::wokeUp})},
+    {"network", always, tells({On::networkBack})},
+    {"due", [](const World& w) { return w.mirror.due; }, tells({On::syncDue})},
+    {"off", always, says(true, {On::switchAsked})},
+    {"on", always, says(false, {.kind = On::switchAsked, .on = true})},
+    {"sign out", [](const World& w) { return w.mirror.connection == signedIn; }, says(true, {On::signOutAsked})},
     {"signed out", [](const World& w) { return w.signingOut; },
      [](World& w) { w.signingOut = false, w.tell({On::signedOut}); }},
-    {"sign in", [](const World& w) { return w.mirror.connection == signedOut; },
-     [](World& w) { w.tell({On::signInAsked}); }},
+    {"sign in", [](const World& w) { return w.mirror.connection == signedOut; }, tells({On::signInAsked})},
     {"signed in", [](const World& w) { return w.signingIn; },
      [](World& w) { w.signingIn = w.saidNo = false, w.tell({On::signedIn}); }},
-    {"turn", [](const World& w) { return w.run == World::Run::waiting && !w.stopped; },
-     [](World& w) {
-         w.tell({On::turnCame});
-         if (w.run == World::Run::waiting) w.run = World::Run::none;
-     }},
-    {"late turn", [](const World& w) { return w.run == World::Run::waiting && w.stopped; },
-     [](World& w) { w.tell({On::turnCame}), w.run = World::Run::none; }},
-    {"request", [](const World& w) { return w.run == World::Run::sending && !w.stopped; },
-     [](World& w) { w.request(); }},
-    {"success", [](const World& w) { return w.run == World::Run::sending && !w.stopped; },
-     [](World& w) { w.request(), w.calendar = w.sent, w.end({.kind = On::runEnded}); }},
+    {"turn", [](const World& w) { return w.run == World::Run::waiting; }, [](World& w) { w.takeTurn(); }},
+    {"request", goesOn, [](World& w) { w.request(); }},
+    {"success", goesOn, [](World& w) { w.succeed(); }},
     {"stopped", [](const World& w) { return w.run != World::Run::none && w.stopped; },
-     [](World& w) {
-         w.end({On::runFailed, "interrompue"});
-     }},
+     ends({On::runFailed, "interrompue"})},
     {"offline", [](const World& w) { return w.run != World::Run::none; },
-     [](World& w) { w.end({.kind = On::runFailed, .message = "hors ligne", .passing = true}); }},
-    {"refused", [](const World& w) { return w.run == World::Run::sending; },
-     [](World& w) {
-         w.end({On::runFailed, "refusé"});
-     }},
-    {"no account", [](const World& w) { return w.run == World::Run::sending; },
-     [](World& w) {
-         w.end({On::runFailed, "Non connecté", signedOut});
-     }},
+     ends({.kind = On::runFailed, .message = "hors ligne", .passing = true})},
+    {"refused", sends, ends({On::runFailed, "refusé"})},
+    {"no account", sends, ends({On::runFailed, "Non connecté", signedOut})},
 };
 
 TEST(MirrorPlan, KeepsItsWordInEveryOrderOfEvents) {
@@ -280,7 +260,7 @@ TEST(MirrorPlan, KeepsItsWordInEveryOrderOfEvents) {
                 happen(world);
                 EXPECT_TRUE(world.list == world.calendar || world.isOwed()) << "an edit is forgotten:" << world.history;
                 EXPECT_LE(world.created, 1) << world.history;
-                if (seen.insert(world.key()).second) reached.push_back(std::move(world));
+                if (seen.insert(world.kind()).second) reached.push_back(std::move(world));
             }
         }
     }

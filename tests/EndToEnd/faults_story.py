@@ -230,6 +230,9 @@ class Network(Story):
         self.assertEqual(self.file.read_text(), self.tasks)
 
     def test_that_is_not_there_or_breaks_off_is_named_and_made_up_for(self):
+        online = self.home / "online"
+        tell = self.desktop.offer_portal("org.freedesktop.portal.NetworkMonitor", "GetAvailable", "", "b",
+                                         f"import os; ret = os.path.exists('{online}')")
         run("ip", "address", "delete", "127.0.0.1/8", "dev", "lo")
         self.launch()
         self.screen.wait("Agenda : Connexion impossible à 127.0.0.1")
@@ -237,7 +240,13 @@ class Network(Story):
         self.google.fault(at=3, kind="reset", after=True)
         self.desktop.network_back()
         self.screen.wait("Agenda : Connexion perdue avec 127.0.0.1")
-        self.synchronise()
+        asked = len(self.google.ask("/control/state?log"))
+        tell("changed", "")
+        until(lambda: "GetAvailable" in self.desktop.log("portal"), "the question whether there is a network")
+        self.assertEqual(len(self.google.ask("/control/state?log")), asked)
+        online.touch()
+        tell("changed", "")
+        until(lambda: len(self.google.ask("/control/state?log")) > asked, "the next sync, which else takes half a minute", 10)
         self.until_mirrored()
 
     def test_that_never_answers_holds_up_neither_the_window_nor_the_end(self):

@@ -1,44 +1,68 @@
 """Signing in: from the settings page through a real browser to the mirrored calendar, and out of sight of everybody."""
 import pathlib
+import re
 import subprocess
 
-from story import Google, Story, day, main, until
+from story import Browser, Google, Story, day, main, until
 
-STAND_IN = pathlib.Path(__file__).parents[2] / "scripts/google-stand-in"
-BROWSER = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
-           "--disable-background-networking", "--disable-component-update", "--virtual-time-budget=5000", "--dump-dom"]
+ROOT = pathlib.Path(__file__).parents[2]
+STAND_IN = ROOT / "scripts/google-stand-in"
+GUIDE = " ".join((ROOT / "docs/google-agenda.md").read_text().split())
 
 
 class SignIn(Story):
     tasks = f"- [ ] Pain · {day()}\n- [ ] Loyer · {day(2)} 14:00\n- [ ] Sans date\n"
 
-    def settings(self, *options):
+    def settings(self, client=True):
         """The settings page of a program that knows the stand-in."""
-        self.google = self.enterContext(Google(*options))
-        self.google.give_client(self.home / ".local/share/Tacla")
+        self.google = self.enterContext(Google())
+        if client:
+            self.google.give_client(self.home / ".local/share/Tacla")
         self.launch(TACLA_GOOGLE_BASE=self.google.base)
         self.open_settings()
 
-    def browse(self, answer):
-        """What the user who gives that answer reads in the browser at the end of the redirects."""
-        self.settings("--automatic", answer)
-        self.screen.press("Se connecter à Google")
-        (address,) = until(self.desktop.opened, "the browser to be opened")
-        profile = f"--user-data-dir={self.desktop.folder}/browser"
-        return subprocess.run([*BROWSER, profile, address], env=self.desktop.env, capture_output=True, text=True,
-                              timeout=120).stdout
+    def follow(self, browser, section):
+        """Does what the guide says: presses what is bold, fills in what is set, and sees what stands in quotes."""
+        for press, label, text, seen in re.findall(r"\*\*(.+?)\*\*|[Dd]ans \*(.+?)\*, [^`]*`(.+?)`|« (.+?) »", section):
+            if seen:
+                browser.see(seen)
+            elif label:
+                browser.type(label, text)
+            else:
+                browser.press_return() if press == "Entrée" else browser.click(press)
 
-    def test_an_agreement_connects_and_mirrors_until_it_is_taken_back(self):
-        self.assertIn("C'est connecté", self.browse("allow"))
-        self.screen.wait("Connecté à votre compte Google.")
+    def sign_in(self, browser):
+        self.screen.press("Se connecter à Google")
+        browser.open(until(self.desktop.opened, "the browser to be opened")[0])
+
+    def test_the_guide_leads_whoever_clicks_what_it_says_to_the_calendar_and_out_again(self):
+        self.settings(client=False)
+        steps = re.split(r" (?=[1-7]\. )", GUIDE.partition("en sept étapes")[2].partition("## Se connecter")[0])[1:]
+        self.assertEqual(len(steps), 7)
+        browser = Browser(self.desktop, self.home)
+        browser.open(self.google.base + "/console")
+        for step in steps:
+            self.follow(browser, step)
+        (client,) = until(lambda: list(self.home.glob("client_secret_*.json")), "the download")
+        self.screen.press("Choisir le fichier client")
+        self.screen.wait("Nom de fichier :", "text").type(str(client))
+        self.screen.press("Choisir")
+        self.sign_in(browser)
+        self.follow(browser, re.search(r"une page (« Google n'a pas.+?) « Connecté", GUIDE)[1])
         until(lambda: sorted(self.google.events()) == ["Loyer", "Pain"], "the dated tasks in the calendar")
+        self.screen.wait("Connecté à votre compte Google.")
         self.assertIn("Ouvrir l'agenda", self.tray.labels())
         self.assertEqual(self.run_tacla("sync", TACLA_GOOGLE_BASE=self.google.base).stdout, "+0 ~0 -0\n")
         self.screen.press("Se déconnecter de Google")
         self.screen.wait("Se connecter à Google")
 
     def test_a_refusal_says_so_in_both_places(self):
-        self.assertIn("Vous avez refusé l'accès à votre agenda.", self.browse("refuse"))
+        self.settings()
+        browser = Browser(self.desktop, self.home)
+        self.sign_in(browser)
+        browser.click("Continuer")
+        browser.click("Refuser")
+        browser.see("Vous avez refusé l'accès à votre agenda.")
         self.screen.wait("Se connecter à Google")
         self.assertEqual(self.google.ask("/control/state?calendars"), {})
 

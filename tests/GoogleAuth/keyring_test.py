@@ -2,6 +2,7 @@
 
     keyring_test.py PATH_OF_KEYRING_PROBE
 """
+import json
 import os
 import signal
 import subprocess
@@ -88,7 +89,8 @@ class SlowDialog(Bare):
     """The user takes longer than the deadline to type the password."""
 
     def service(self, answer):
-        self.desktop.run([sys.executable, str(Path(__file__).with_name("dialog_keyring.py")), answer], "secrets")
+        self.desktop.run(["/usr/bin/python3", "-m", "dbusmock", "--template", Path(__file__).with_name("dialog_keyring.py"),
+                          "--parameters", json.dumps({"ending": answer})], "secrets")
         until(lambda: self.desktop.owned("org.freedesktop.secrets"), "the service")
 
     def test_the_time_in_the_dialog_does_not_count(self):

@@ -52,14 +52,9 @@ TEST(Preferences, CountsAValueOfAnotherTypeAsAbsent) {
 }
 
 TEST(Preferences, MirrorsByDefaultOnceThereIsACalendar) {
-    const std::pair<const char*, bool> expected[] = {
-        {R"({})", false},
-        {R"({"calendarID": "c"})", true},
-        {R"({"calendarID": "c", "calendarSync": "no"})", true},
-        {R"({"calendarID": "c", "calendarSync": false})", false},
-        {R"({"calendarSync": true})", true},
-    };
-    for (const auto& [settings, on] : expected) EXPECT_EQ(Store(settings).preferences.calendarSync(), on) << settings;
+    EXPECT_FALSE(Store().preferences.calendarSync());
+    EXPECT_TRUE(Store(R"({"calendarID": "c", "calendarSync": "no"})").preferences.calendarSync());
+    EXPECT_FALSE(Store(R"({"calendarID": "c", "calendarSync": false})").preferences.calendarSync());
 }
 
 TEST(Preferences, KeepsADamagedFileAside) {

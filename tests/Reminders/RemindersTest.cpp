@@ -69,11 +69,13 @@ TEST(NotificationCentre, TriesAgainWhatAServerRefused) {
     EXPECT_EQ(world.notifications.transcript(), "10:01 A | Prévue aujourd'hui\n");
 }
 
-TEST(NotificationCentre, GivesThePlaceOfThoseShownToOthersOfTheFile) {
+TEST(NotificationCentre, HoldsTheFirstSixtyOfTheFileAndGivesTheirPlaceToOthers) {
     std::string text = "- [ ] first · 2025-03-04\n";
     for (int number = 2; number <= 60; ++number) text += "- [ ] t" + std::to_string(number) + " · 2026-01-01\n";
-    ModelWorld world("2025-03-04 08:00", text + "- [ ] last · 2025-03-04 10:00\n");
+    ModelWorld world("2025-03-04 08:00", text + "- [ ] last · 2025-03-04 10:00\n- [ ] now · 2025-03-04 07:59\n");
     world.start();
+    EXPECT_EQ(world.model.pendingReminders()->size(), 60U);
+    EXPECT_EQ(world.notifications.transcript(), "08:00 now | Prévue à 07:59\n");
     world.loop.advance(4h);
     EXPECT_EQ(world.notifications.transcript(), "09:00 first | Prévue aujourd'hui\n10:00 last | Prévue à 10:00\n");
 }

@@ -177,7 +177,8 @@ void SettingsPage::addCalendarCard() {
 
 void SettingsPage::addAccountRows(SettingsCard& card) {
     account_ = addRow(card, Symbol::personCircle, u"account"_s, u"Compte Google"_s);
-    addButton(neutral(u"Mode d'emploi"_s), *account_, "account.guide", u"Mode d'emploi de Google Agenda"_s,
+    guide_ = neutral(u"Mode d'emploi"_s);
+    addButton(guide_, *account_, "account.guide", u"Mode d'emploi de Google Agenda"_s,
               [this] { actions_.openGuide(); });
     copyAddress_ = neutral(u"Copier l'adresse"_s);
     addButton(copyAddress_, *account_, "account.copyAddress", u"Copier l'adresse de connexion"_s, [this] {
@@ -263,6 +264,7 @@ void SettingsPage::refreshAccount() {
     account_->setDetail(toQt(accountText(state)), noBrowser ? Theme::dangerText : Theme::textSecondary);
     account_->setDone(signedIn, u"Connecté"_s);
     account_->setStatus(signingIn ? u"Connexion"_s : QString());
+    guide_->setVisible(!noBrowser); // a narrow window has no room for it then
     copyAddress_->setVisible(noBrowser);
     leave_->setVisible(signingIn);
     signIn_->setVisible(!signedIn && !signingIn && state.googleClient != Source::missing);

@@ -1,4 +1,5 @@
 """A real desktop without a screen, made of real parts on private buses, for one test program."""
+from .browser import Browser
 from .bubbles import Bubbles
 from .clock import Clock
 from .desktop import Desktop, until
@@ -6,4 +7,4 @@ from .google import Google
 from .screen import Reader, Screen
 from .tray import Tray
 
-__all__ = ["Bubbles", "Clock", "Desktop", "Google", "Reader", "Screen", "Tray", "until"]
+__all__ = ["Browser", "Bubbles", "Clock", "Desktop", "Google", "Reader", "Screen", "Tray", "until"]

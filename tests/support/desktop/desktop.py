@@ -168,6 +168,18 @@ class Desktop:
         path, interface = "/org/freedesktop/NetworkManager", "org.freedesktop.NetworkManager"
         self.system.emit_signal(None, path, interface, "StateChanged", GLib.Variant("(u)", (70,)))
 
+    def offer_portal(self, interface, *method):
+        """A portal with one method (name, arguments, result, what it does); returns what sends its signals."""
+        portal = ("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop")
+
+        def mock(member, signature, *arguments):
+            self.call(*portal, "org.freedesktop.DBus.Mock", member, GLib.Variant(signature, (interface, *arguments)))
+        self.run(["/usr/bin/python3", "-m", "dbusmock", "--session", *portal, interface], "portal")
+        until(lambda: self.owned(portal[0]), "the portal")
+        mock("AddMethod", "(sssss)", *method)
+        return lambda name, kinds, *values: mock("EmitSignal", "(sssav)", name, kinds, [
+            GLib.Variant(kind, value) for kind, value in zip(kinds, values)])
+
     def lock_keyring(self):
         self.call(self.NAMES["secrets"], "/org/freedesktop/secrets", "org.freedesktop.Secret.Service", "Lock",
                   GLib.Variant("(ao)", (["/org/freedesktop/secrets/collection/login"],)))
