@@ -172,7 +172,7 @@ TaskGroups lateGroups(const ModelState& state) {
              .postponable = true}};
 }
 
-TaskGroups foundGroups(const Tasks& tasks, const std::vector<FoundTask>& found) {
+TaskGroups foundGroups(const Tasks& tasks, const std::vector<std::size_t>& found) {
     TaskGroup open{.heading = "À cocher", .day = {}, .symbol = Symbol::inbox, .tasks = {}, .empty = {}};
     TaskGroup done{.heading = "Faites",
                    .day = {},
@@ -180,7 +180,7 @@ TaskGroups foundGroups(const Tasks& tasks, const std::vector<FoundTask>& found) 
                    .role = ColourRole::faint,
                    .tasks = {},
                    .empty = {}};
-    for (const auto& one : found) (tasks[one.task].done ? done : open).tasks.push_back(tasks[one.task]);
+    for (const auto one : found) (tasks[one].done ? done : open).tasks.push_back(tasks[one]);
     TaskGroups groups;
     for (auto* group : {&open, &done})
         if (!group->tasks.empty()) groups.push_back(std::move(*group));

@@ -53,7 +53,7 @@ TodayContents todayContents(const ModelState&);
 TaskGroups lateGroups(const ModelState&);
 TaskGroups upcomingGroups(const ModelState&);
 TaskGroups doneGroups(const ModelState&);
-TaskGroups foundGroups(const Tasks&, const std::vector<FoundTask>&);
+TaskGroups foundGroups(const Tasks&, const std::vector<std::size_t>& found);
 
 // To where all late tasks are postponed at once; the labels announce their access keys.
 struct PostponedTo {

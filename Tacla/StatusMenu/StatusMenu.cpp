@@ -99,8 +99,8 @@ Menu statusMenu(const ModelState& state, bool updatesAvailable) {
 
 std::vector<SearchEntry> searchEntries(const ModelState& state, std::string_view typed) {
     std::vector<SearchEntry> entries;
-    for (const auto& found : TaskFinder(state.tasks).find(typed)) {
-        const auto& task = state.tasks[found.task];
+    for (const auto found : TaskFinder(state.tasks).find(typed)) {
+        const auto& task = state.tasks[found];
         if (task.done || entries.size() == foundShown) break; // the done ones come last
         entries.push_back({task.key, task.title, when(task, state.today)});
     }

@@ -48,14 +48,14 @@ TaskFinder::TaskFinder(const Tasks& tasks) {
     entries_.reserve(tasks.size());
     for (const bool done : {false, true})
         for (std::size_t i = 0; i < tasks.size(); ++i)
-            if (tasks[i].done == done) entries_.push_back({i, tasks[i].title, dravel::folded(tasks[i].title)});
+            if (tasks[i].done == done) entries_.push_back({i, dravel::folded(tasks[i].title)});
 }
 
-std::vector<FoundTask> TaskFinder::find(std::string_view typed) const {
+std::vector<std::size_t> TaskFinder::find(std::string_view typed) const {
     const SoughtWords words(typed);
-    std::vector<FoundTask> found;
-    for (const auto& entry : entries_)
-        if (words.standIn(entry.folded)) found.push_back({entry.task, words.rangesIn(entry.title)});
+    std::vector<std::size_t> found;
+    for (const auto& [task, title] : entries_)
+        if (words.standIn(title)) found.push_back(task);
     return found;
 }
 

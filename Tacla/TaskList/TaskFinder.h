@@ -24,24 +24,18 @@ class SoughtWords {
     std::vector<std::string> words_;
 };
 
-struct FoundTask {
-    std::size_t task; // its place in the list
-    std::vector<TextRange> ranges;
-
-    bool operator==(const FoundTask&) const = default;
-};
-
 // The titles of a list, made ready once for many searches.
 class TaskFinder {
   public:
     explicit TaskFinder(const Tasks&);
 
-    std::vector<FoundTask> find(std::string_view typed) const; // open tasks first, then done ones, each in file order
+    // Their places in the list: open tasks first, then done ones, each in file order.
+    std::vector<std::size_t> find(std::string_view typed) const;
 
   private:
     struct Entry {
         std::size_t task;
-        std::string title, folded;
+        std::string folded;
     };
     std::vector<Entry> entries_;
 };

@@ -60,6 +60,7 @@ class FromTheLauncher(Story):
 
     def new_task(self):
         self.act("new-task")
+        until(lambda: self.screen.has_keys("Ajouter une tâche"), "the panel to get the keys")
         until(lambda: "focused" in self.screen.wait("Nouvelle tâche").states, "the field to get the focus")
 
     def test_a_new_task_can_be_typed_at_once(self):

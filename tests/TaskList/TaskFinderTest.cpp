@@ -11,9 +11,10 @@ TEST(TaskFinder, FindsWordsWhateverTheirCaseAccentsAndOrder) {
     const TaskFinder finder(tasks);
     const auto marked = [&](std::string_view typed) {
         std::string text;
-        for (const auto& found : finder.find(typed)) {
-            auto title = tasks[found.task].title;
-            for (auto range = found.ranges.rbegin(); range != found.ranges.rend(); ++range)
+        for (const auto found : finder.find(typed)) {
+            auto title = tasks[found].title;
+            const auto ranges = SoughtWords(typed).rangesIn(title);
+            for (auto range = ranges.rbegin(); range != ranges.rend(); ++range)
                 title.insert(range->end, "]").insert(range->begin, "[");
             text += title + "\n";
         }

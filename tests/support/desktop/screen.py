@@ -134,6 +134,11 @@ class Screen:
         if ("checked" in switch.states) != on:
             switch.press()
 
+    def has_keys(self, title):
+        """Whether the window of that title gets the keys, as the X server sees it: a program may know it earlier."""
+        told = subprocess.run(["xdotool", "getwindowfocus", "getwindowname"], env=self.desktop.env, capture_output=True, text=True)
+        return told.stdout.strip() == title
+
     def key(self, *keys):
         """Real keys, to the window that has the focus."""
         subprocess.run(["xdotool", "key", "--clearmodifiers", *keys], env=self.desktop.env, check=True)
