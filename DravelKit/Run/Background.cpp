@@ -14,6 +14,7 @@ struct ThreadedBackground::Jobs {
     struct Job {
         std::jthread thread;
         bool ended = false;
+        std::function<void()> result; // once it ended
     };
 
     explicit Jobs(MainLoop& mainLoop) : loop(mainLoop) {}
@@ -29,37 +30,55 @@ struct ThreadedBackground::Jobs {
     static void ended(const std::shared_ptr<Jobs>& jobs, std::uint64_t id, std::function<void()> result) {
         const std::lock_guard lock(jobs->mutex);
         const auto job = jobs->running.find(id);
-        if (job != jobs->running.end()) job->second.ended = true;
+        if (job != jobs->running.end()) {
+            job->second.ended = true;
+            job->second.result = std::move(result);
+        }
         if (!jobs->quitting) {
-            jobs->loop.post([weak = std::weak_ptr(jobs), id, result = std::move(result)] {
-                const auto alive = weak.lock();
-                if (alive && alive->forget(id)) result();
+            jobs->loop.post([weak = std::weak_ptr(jobs), id] {
+                if (const auto alive = weak.lock()) alive->collect(id);
             });
         }
         jobs->someEnded.notify_all();
     }
 
-    // On the main thread: joins a thread that has nothing left to do. False when the program is quitting.
-    bool forget(std::uint64_t id) {
-        std::jthread finished;
-        const std::lock_guard lock(mutex);
-        if (quitting) return false;
-        finished = std::move(running.at(id).thread);
-        running.erase(id);
-        return true;
+    // On the main thread: does what the job came to, once, unless the program is quitting.
+    void collect(std::uint64_t id) {
+        Job job;
+        {
+            const std::lock_guard lock(mutex);
+            const auto found = running.find(id);
+            if (quitting || found == running.end() || !found->second.ended) return;
+            job = std::move(found->second);
+            running.erase(found);
+        }
+        job.thread.join(); // it has nothing left to do
+        job.result();
     }
 };
 
 ThreadedBackground::ThreadedBackground(MainLoop& loop, std::chrono::milliseconds patience)
     : jobs_(std::make_shared<Jobs>(loop)), patience_(patience) {}
 
-void ThreadedBackground::start(Work work) {
-    const std::lock_guard lock(jobs_->mutex);
+void ThreadedBackground::start(Work work, std::chrono::milliseconds patience) {
+    std::unique_lock lock(jobs_->mutex);
     const auto id = ++jobs_->last;
     jobs_->running[id].thread = std::jthread([jobs = jobs_, id, work = std::move(work)](const std::stop_token& stop) {
         auto result = work(stop);
         Jobs::ended(jobs, id, std::move(result));
     });
+    jobs_->someEnded.wait_for(lock, patience, [&] { return jobs_->running.at(id).ended; });
+    lock.unlock();
+    jobs_->collect(id);
+}
+
+void ThreadedBackground::finish() {
+    for (std::unique_lock lock(jobs_->mutex); !jobs_->running.empty(); lock.lock()) {
+        const auto id = jobs_->running.begin()->first;
+        jobs_->someEnded.wait(lock, [&] { return jobs_->running.at(id).ended; });
+        lock.unlock();
+        jobs_->collect(id);
+    }
 }
 
 ThreadedBackground::~ThreadedBackground() {

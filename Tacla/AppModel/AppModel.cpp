@@ -13,21 +13,21 @@ using Happened = MirrorEvent::Kind;
 using dravel::FileError;
 using std::filesystem::path;
 
-// What could not be written is said long enough to be read, whether or not the list can be, and why not.
-static constexpr auto shownAtLeast = 6s;
-
-static constexpr std::string_view toRead = "de lire";
-
 AppModel::AppModel(Ports ports, path file, bool passive)
-    : ports_(std::move(ports)), document_(std::move(file), ports_.folders),
-      mirror_(ports_.loop, ports_.background, ports_.preferences, ports_.calendar, state_.tasks, document_.renamed(),
+    : ports_(std::move(ports)), document_(
+                                    ports_.loop, ports_.disk, ports_.folders, std::move(file),
+                                    [this](auto news) { hear(std::move(news)); }, [this] { tell(); }),
+      mirror_(ports_.loop, ports_.background, ports_.preferences, ports_.calendar, state_.tasks, renamed_,
               [this] { tell(); }),
-      permission_(ports_.loop, ports_.notifications, [this] { tell(); }) {
+      permission_(ports_.loop, ports_.notifications, [this] { tell(); }),
+      launchAtLogin_(ports_.loginItem, ports_.preferences, [this](const std::string& message) {
+          mirror_.handle({Happened::reported, message});
+      }) {
     state_.today = today();
     state_.now = now();
-    state_.file = document_.file();
+    state_.file = document_.state().file;
     state_.calendarSync = mirror_.state().on;
-    state_.launchAtLogin = ports_.loginItem != nullptr && ports_.loginItem->isEnabled();
+    state_.launchAtLogin = launchAtLogin_.isOn();
     if (passive || ports_.notifications == nullptr) return;
     reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences, ports_.folders.locks / "bubbles",
                        [this](const FileError& error) { report(sentence(impossibleToWrite(error))); });
@@ -36,10 +36,10 @@ AppModel::AppModel(Ports ports, path file, bool passive)
 
 void AppModel::start() {
     dravel::wall::refreshZone(); // the zone of today; the poll notices another one
-    if (document_.file() == documentsTaskFile(ports_.folders)) create(document_.file());
-    reload();
-    if (reminders_) reminders_->adopt(document_.file(), state_.tasks);
-    document_.pruneCopies(now());
+    document_.begin([this] {
+        if (reminders_) reminders_->adopt(state_.file, state_.tasks);
+    });
+    document_.pruneCopies();
     poll_.emplace(ports_.loop, 2s, [this] { checkFile(); });
     periodic_.emplace(ports_.loop, 600s, [this] { tellOf(Happened::periodPassed); });
     tellOf(Happened::started);
@@ -47,10 +47,16 @@ void AppModel::start() {
 }
 
 void AppModel::end() {
+    document_.finishSaving();
     if (reminders_) reminders_->closeAll();
 }
 
 void AppModel::tell() {
+    const auto& document = document_.state();
+    state_.file = document.file;
+    state_.unreadDates = document.unreadDates;
+    state_.fileError = document.fileError;
+    state_.undoBar = document.undoBar;
     const auto& mirror = mirror_.state();
     state_.connection = mirror.connection;
     state_.signIn = mirror.signIn;
@@ -63,6 +69,7 @@ void AppModel::tell() {
     state_.calendarSync = mirror.on;
     state_.notificationsAllowed = permission_.allowed;
     state_.notificationTest = permission_.testResult;
+    state_.launchAtLogin = launchAtLogin_.isOn();
     changed();
 }
 
@@ -70,45 +77,53 @@ void AppModel::tellOf(Happened what) {
     if (mirror_.handle({what})) tell();
 }
 
-void AppModel::refresh(const Tasks& silenced) {
+void AppModel::hear(LiveDocument::News news) {
     state_.today = today();
     state_.now = now();
-    attempt(toRead, document_.file(), [this] {
-        auto tasks = document_.read();
-        if (reminders_ && !std::exchange(isOtherList_, false)) reminders_->follow(state_.tasks, tasks);
-        state_.tasks = std::move(tasks);
-        state_.unreadDates = document_.unreadDates();
-        if (now() >= writeFailureSaid_) state_.fileError.reset();
+    renamed_.remember(news.renamed);
+    if (news.opened) openedOther();
+    if (news.tasks) {
+        if (reminders_ && !std::exchange(isOtherList_, false)) reminders_->follow(state_.tasks, *news.tasks);
+        state_.tasks = std::move(*news.tasks);
+    }
+    if (news.failure)
+        mirror_.handle({Happened::listUnreadable});
+    else if (news.tasks)
         mirror_.handle({Happened::listRead});
-    });
-    if (!reminders_) return;
-    for (const auto& task : silenced) reminders_->skipIfPast(task, state_.now);
-    reminders_->reconcile(state_.tasks, state_.now);
+    if (reminders_) {
+        for (const auto& task : news.silenced) reminders_->skipIfPast(task, state_.now);
+        reminders_->reconcile(state_.tasks, state_.now);
+    }
+    tell();
+    if (news.written) tellOf(Happened::edited);
+    if (news.opened) tellOf(Happened::listChosen);
+    // An editor's change waits for the periodic sync: it is often one of several.
+    if (news.savedWhileRead) tellOf(Happened::savedWhileRead);
 }
 
-void AppModel::reload() {
-    refresh();
-    tell();
+void AppModel::openedOther() {
+    const auto& file = document_.state().file;
+    store([&] { ports_.preferences.setTaskFilePath(file.string()); });
+    if (!reminders_ || file == state_.file) return;
+    reminders_->follow(state_.tasks, {}); // each list has its own
+    reminders_->adopt(file, {});
+    isOtherList_ = true;
 }
 
 void AppModel::checkFile() {
     ports_.preferences.check();
     const bool newZone = dravel::wall::refreshZone();
     const auto moment = now();
-    const auto stamp = document_.onDisk();
-    const bool mayBeOver = state_.fileError && moment - failed_ >= shownAtLeast;
+    const bool newDay = Day::of(moment) != state_.today;
     const bool setBack = moment < state_.now; // what has rung is to come once more
-    if (!newZone && !setBack && !mayBeOver && Day::of(moment) == state_.today && !document_.isStale(stamp)) {
-        if (Clock::of(moment) == Clock::of(state_.now)) return;
+    const bool inAnyCase = newZone || setBack || newDay;
+    if (!inAnyCase && Clock::of(moment) != Clock::of(state_.now)) {
         state_.now = moment;
         if (reminders_) reminders_->minutePassed(state_.tasks, moment);
-        return tell();
+        tell();
     }
-    if (Day::of(moment) != state_.today) document_.pruneCopies(moment);
-    reload();
-    // They differ only when the file was saved again meanwhile, or could not be read. An editor's change waits for the
-    // periodic sync: it is often one of several.
-    if (stamp != document_.lastRead()) tellOf(Happened::savedWhileRead);
+    if (!document_.check(inAnyCase) && inAnyCase) hear({}); // the disk is slow, the day is not
+    if (newDay) document_.pruneCopies();
 }
 
 void AppModel::wokeUp() {
@@ -121,77 +136,38 @@ void AppModel::report(const std::string& message) {
     tell();
 }
 
-bool AppModel::attempt(std::string_view deed, const path& file, const std::function<void()>& act) try {
-    act();
-    return true;
-} catch (const FileError& error) {
-    mirror_.handle({Happened::listUnreadable});
-    const auto moment = now();
-    if (deed == toRead && moment < writeFailureSaid_) return false;
-    state_.fileError = sentence(impossible(deed, file, error));
-    failed_ = moment;
-    if (deed != toRead) writeFailureSaid_ = moment + shownAtLeast;
-    return false;
-}
-
 void AppModel::store(const std::function<void()>& preference) try { preference(); } catch (const FileError& error) {
     mirror_.handle({Happened::reported, sentence(impossibleToWrite(error))});
-}
-
-AppModel::Outcome AppModel::apply(const UserEdit& edit, const std::function<void()>& saved) {
-    std::optional<TaskDocument::Change> change;
-    if (!attempt("d'écrire", document_.file(), [&] { change = document_.edit(edit.apply, now()); })) {
-        tell();
-        return Outcome::failed;
-    }
-    if (!change) {
-        reloadIfStale(); // the task may have become another one: what is shown is not it
-        return Outcome::unchanged;
-    }
-    show(UndoBar{edit.said, true});
-    if (saved) saved();
-    wrote(edit.retitled ? retitled(*change, *edit.retitled) : Tasks());
-    return Outcome::saved;
-}
-
-Tasks AppModel::retitled(const TaskDocument::Change& change, std::string key) {
-    const auto keys = document_.follow(change);
-    if (const auto renamed = keys.find(key); renamed != keys.end()) key = renamed->second;
-    const auto task = TaskFile::find(change.after, key);
-    return task ? Tasks{*task} : Tasks();
 }
 
 bool AppModel::holds(const TaskItem& seen) const {
     return std::ranges::any_of(state_.tasks, [&](const TaskItem& task) { return isStill(seen, task); });
 }
 
-AppModel::Outcome AppModel::edit(const TaskItem& task, const TaskChange& change, const std::function<void()>& saved) {
-    const auto outcome = apply(UserEdit::change(task, change, today()), saved);
-    return outcome == Outcome::unchanged && !holds(task) ? Outcome::gone : outcome;
+void AppModel::edit(const TaskItem& task, const TaskChange& change, std::function<void(Outcome)> done) {
+    document_.apply(UserEdit::change(task, change, today()), [this, task, done = std::move(done)](auto outcome) {
+        if (!done) return;
+        switch (outcome) {
+        case LiveDocument::Outcome::saved: return done(Outcome::saved);
+        case LiveDocument::Outcome::failed: return done(Outcome::failed);
+        case LiveDocument::Outcome::unchanged: return done(holds(task) ? Outcome::unchanged : Outcome::gone);
+        }
+    });
 }
 
-void AppModel::wrote(const Tasks& silenced) {
-    writeFailureSaid_ = {};
-    refresh(silenced);
-    tell();
-    tellOf(Happened::edited);
+void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong,
+                   const Added& added) {
+    const auto on = day.value_or(today());
+    write(UserEdit::add(title, on, time, strong, on == today() ? "Tâche ajoutée" : "Ajoutée pour " + on.longLabel()),
+          added);
 }
 
-void AppModel::show(std::optional<UndoBar> bar) {
-    undoBarEnd_ = {};
-    state_.undoBar = std::move(bar);
-    if (state_.undoBar) undoBarEnd_ = ports_.loop.after(10s, [this] { set(state_.undoBar, {}); });
-}
-
-void AppModel::undo() {
-    if (!canUndo()) return;
-    TaskDocument::Undone undone;
-    const auto write = [&] { undone = document_.undo(now()); };
-    if (!attempt("d'écrire", document_.file(), write)) return tell(); // may be tried again
-    show(undone.changedSince ? std::optional(UndoBar{"Le fichier a changé depuis : rien n'a été annulé.", false})
-                             : std::nullopt);
-    if (undone.changedSince) return tell();
-    wrote(remindersGivenBack(undone.change));
+void AppModel::write(const std::optional<UserEdit>& edit, const Added& added) {
+    if (!edit && added) added("Ce titre ne peut pas être écrit.");
+    if (!edit) return;
+    document_.apply(*edit, [this, added](auto outcome) {
+        if (added) added(outcome == LiveDocument::Outcome::failed ? state_.fileError : std::nullopt);
+    });
 }
 
 namespace {
@@ -207,62 +183,31 @@ std::string outlived(const RungTask& task) {
 }
 
 void AppModel::respond(const NotificationServer::Response& response) {
-    reloadIfStale(); // what was edited elsewhere a moment ago counts
+    document_.readIfChanged([this, response] { act(response); }); // what was edited elsewhere a moment ago counts
+}
+
+void AppModel::act(const NotificationServer::Response& response) {
+    using Action = NotificationServer::Action;
     const auto task = reminders_->take(response.bubble);
-    const bool wantsWindow = response.action == NotificationServer::Action::opened;
-    if (!wantsWindow && !task.hasEnded() && perform(response.action, *task.now)) return;
-    if (!wantsWindow && !state_.fileError) show(UndoBar{outlived(task), false});
+    if (response.action == Action::opened) return openOnToday(response);
+    if (task.hasEnded()) return explain(task, response);
+    const auto edit = response.action == Action::done
+                          ? UserEdit::setDone(*task.now, true, today())
+                          : UserEdit::reschedule(*task.now, today().plusDays(1), task.now->time, today());
+    document_.apply(edit, [this, task, response](auto outcome) {
+        if (outcome == LiveDocument::Outcome::failed) reminders_->ringAgain(*task.now);
+        if (outcome != LiveDocument::Outcome::saved) explain(task, response);
+    });
+}
+
+void AppModel::explain(const RungTask& task, const NotificationServer::Response& response) {
+    if (!state_.fileError) document_.show(UndoBar{outlived(task), false});
+    openOnToday(response);
+}
+
+void AppModel::openOnToday(const NotificationServer::Response& response) {
     requestSection("today");
     windowAsked(response.activationToken);
-}
-
-bool AppModel::perform(NotificationServer::Action action, const TaskItem& task) {
-    if (action == NotificationServer::Action::done)
-        return apply(UserEdit::setDone(task, true, today())) == Outcome::saved;
-    return apply(UserEdit::reschedule(task, today().plusDays(1), task.time, today())) == Outcome::saved;
-}
-
-std::optional<std::string> AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time,
-                                         bool strong) {
-    const auto on = day.value_or(today());
-    return written(
-        UserEdit::add(title, on, time, strong, on == today() ? "Tâche ajoutée" : "Ajoutée pour " + on.longLabel()));
-}
-
-std::optional<std::string> AppModel::written(const std::optional<UserEdit>& edit) {
-    if (!edit) return "Ce titre ne peut pas être écrit.";
-    return apply(*edit) == Outcome::failed ? state_.fileError : std::nullopt;
-}
-
-void AppModel::bringBack(const path& copy) {
-    std::string text;
-    if (!attempt(toRead, copy, [&] { text = dravel::SafeFile::readText(copy); })) return tell();
-    if (!document_.isStale(document_.onDisk())) {
-        apply(UserEdit::bringBack(std::move(text)));
-        return;
-    }
-    show(UndoBar{"Le fichier a changé depuis : rien n'a été rétabli.", false});
-    reload(); // what was to be replaced is not what was looked at
-}
-
-void AppModel::use(const path& file) {
-    store([&] { ports_.preferences.setTaskFilePath(file.string()); });
-    if (reminders_ && file != document_.file()) { // each list has its own
-        reminders_->follow(state_.tasks, {});
-        reminders_->adopt(file, {});
-        isOtherList_ = true;
-    }
-    document_.open(file);
-    writeFailureSaid_ = {};
-    state_.file = file;
-    show({});
-    reload();
-    tellOf(Happened::listChosen);
-}
-
-void AppModel::createAndUse(const path& file) {
-    if (create(file)) return use(file);
-    tell();
 }
 
 void AppModel::setCalendarSync(bool on) {
@@ -285,25 +230,6 @@ void AppModel::useGoogleClient(const path& downloaded) {
     }
     mirror_.handle({failure ? Happened::reported : Happened::clientChosen, failure.value_or("")});
     tell();
-}
-
-void AppModel::applyLaunchAtLogin() {
-    if (ports_.loginItem == nullptr || ports_.preferences.wantsLaunchAtLogin() == false) return;
-    switch (ports_.loginItem->status()) {
-    case LoginItem::Status::enabled: return;
-    case LoginItem::Status::switchedOff: // in the desktop's settings: the same choice in another place
-        return store([&] { ports_.preferences.setWantsLaunchAtLogin(false); });
-    case LoginItem::Status::absent:
-    case LoginItem::Status::foreign:
-        if (ports_.loginItem->mayComeUnasked()) setLaunchAtLogin(true);
-    }
-}
-
-void AppModel::setLaunchAtLogin(bool on) {
-    if (ports_.loginItem == nullptr) return;
-    store([&] { ports_.preferences.setWantsLaunchAtLogin(on); });
-    if (auto failure = ports_.loginItem->choose(on)) mirror_.handle({Happened::reported, *failure});
-    set(state_.launchAtLogin, ports_.loginItem->isEnabled());
 }
 
 void AppModel::finishOnboarding() {

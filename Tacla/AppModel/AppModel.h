@@ -1,11 +1,9 @@
 #pragma once
 
-#include "DravelKit/Run/MainLoop.h"
+#include "Tacla/AppModel/LiveDocument.h"
 #include "Tacla/AppModel/LoginItem.h"
-#include "Tacla/AppModel/ModelState.h"
 #include "Tacla/CalendarSync/CalendarMirror.h"
 #include "Tacla/Reminders/Reminders.h"
-#include "Tacla/TaskDocument/TaskDocument.h"
 
 namespace tacla {
 
@@ -19,6 +17,7 @@ class AppModel {
     struct Ports {
         dravel::MainLoop& loop;
         dravel::Background& background;
+        dravel::Background& disk; // of its own: the saves are waited for at the end
         Preferences& preferences;
         dravel::UserFolders folders;
         NotificationServer* notifications = nullptr;
@@ -35,8 +34,8 @@ class AppModel {
     dravel::Signal<const std::string& /* activationToken */> windowAsked;
 
     void start();
-    void end(); // the program ends in order: no bubble stays behind
-    void reload();
+    void end(); // the program ends in order: what was asked for is saved, and no bubble stays behind
+    void reload() { document_.read(); }
     void checkFile();                        // the two-second poll
     void wokeUp();                           // after a suspend
     void report(const std::string& message); // shown in the general status line (syncError)
@@ -46,32 +45,32 @@ class AppModel {
 
     // Edits of the file, of a task as it was seen. One that is no longer there changes nothing.
     enum class Outcome { saved, unchanged, gone, failed };
-    void toggle(const TaskItem& task) { apply(UserEdit::setDone(task, !task.done, today())); }
-    void setDone(const TaskItem& task) { apply(UserEdit::setDone(task, true, today())); }
+    void toggle(const TaskItem& task) { document_.apply(UserEdit::setDone(task, !task.done, today())); }
+    void setDone(const TaskItem& task) { document_.apply(UserEdit::setDone(task, true, today())); }
     void reschedule(const TaskItem& task, Day to, std::optional<Clock> time) {
-        apply(UserEdit::reschedule(task, to, time, today()));
+        document_.apply(UserEdit::reschedule(task, to, time, today()));
     }
-    // `saved` is called as soon as the file has it, before the list is read again.
-    Outcome edit(const TaskItem&, const TaskChange&, const std::function<void()>& saved = {});
+    void remove(const TaskItem& task) { document_.apply(UserEdit::remove(task)); }
+    // `done` of a save is called as soon as the file has it, before the list is told.
+    void edit(const TaskItem&, const TaskChange&, std::function<void(Outcome)> done = {});
     bool holds(const TaskItem& seen) const; // the list, as it was read last
-    void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
-    // None when the task is in the file, else why it is not.
-    std::optional<std::string> add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong);
-    std::optional<std::string> addAll(std::vector<NewTask> tasks) {
-        return written(UserEdit::addAll(std::move(tasks)));
-    }
-    void postpone(const Tasks& seen, Day to) { apply(UserEdit::postpone(seen, to, today())); } // one edit
+    // `added` gets none when the task is in the file, else why it is not.
+    using Added = std::function<void(const std::optional<std::string>& whyNot)>;
+    void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong, const Added& = {});
+    void addAll(std::vector<NewTask> tasks, const Added& added) { write(UserEdit::addAll(std::move(tasks)), added); }
+    void postpone(const Tasks& seen, Day to) { document_.apply(UserEdit::postpone(seen, to, today())); } // one edit
 
-    void convertLineEnds() { apply(UserEdit::plainLineEnds()); }
+    void convertLineEnds() { document_.apply(UserEdit::plainLineEnds()); }
     std::vector<dravel::FileCopies::Copy> copies() const { return document_.copies(); }
-    void bringBack(const std::filesystem::path& copy);
+    void bringBack(const std::filesystem::path& copy) { document_.bringBack(copy); }
 
     // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
-    void undo();
-    bool canUndo() const { return document_.canUndo(); } // whether the file still holds it is known when it is undone
+    void undo() { document_.undo(); }
+    bool canUndo() const { return document_.state().canUndo; }
 
-    void use(const std::filesystem::path&);          // choose another file
-    void createAndUse(const std::filesystem::path&); // with the new-file text, unless it exists
+    void use(const std::filesystem::path& file) { document_.open(file, false); } // choose another file
+    // with the new-file text, unless it exists
+    void createAndUse(const std::filesystem::path& file) { document_.open(file, true); }
 
     void signIn() { tellOf(MirrorEvent::Kind::signInAsked); }
     void leaveSignIn() { tellOf(MirrorEvent::Kind::signInLeft); }
@@ -86,8 +85,14 @@ class AppModel {
     void requestNotifications(std::function<void()> openSettings) { permission_.request(std::move(openSettings)); }
     void testNotification() { permission_.test(); }
 
-    void applyLaunchAtLogin();
-    void setLaunchAtLogin(bool);
+    void applyLaunchAtLogin() {
+        launchAtLogin_.apply();
+        tell();
+    }
+    void setLaunchAtLogin(bool on) {
+        launchAtLogin_.choose(on);
+        tell();
+    }
 
     void beginOnboarding() { set(state_.onboarding, true); }
     void tellOfTray(bool shown) { set(state_.withoutTray, !shown); }
@@ -105,35 +110,25 @@ class AppModel {
         tell();
     }
     void tellOf(MirrorEvent::Kind);
-    void refresh(const Tasks& silenced = {}); // reload, without telling; those never ring if they are past
-    void reloadIfStale() {
-        if (document_.isStale(document_.onDisk())) reload();
-    }
-    // False, and the file's status says why, when the deed fails.
-    bool attempt(std::string_view deed, const std::filesystem::path&, const std::function<void()>& act);
-    bool create(const std::filesystem::path& file) {
-        return attempt("de créer", file, [&] { TaskDocument::createIfMissing(file); });
-    }
-    void store(const std::function<void()>& preference);                // a failure becomes status text
-    std::optional<std::string> written(const std::optional<UserEdit>&); // none, or why it is not
-    Outcome apply(const UserEdit&, const std::function<void()>& saved = {});
-    Tasks retitled(const TaskDocument::Change&, std::string key); // what may ring under its new title
-    void wrote(const Tasks& silenced);
-    void show(std::optional<UndoBar>);
+    void hear(LiveDocument::News);
+    void openedOther();
+    void write(const std::optional<UserEdit>&, const Added&);
+    void store(const std::function<void()>& preference); // a failure becomes status text
     void respond(const NotificationServer::Response&);
-    bool perform(NotificationServer::Action, const TaskItem&); // of a reminder's button
+    void act(const NotificationServer::Response&);
+    void explain(const RungTask&, const NotificationServer::Response&);
+    void openOnToday(const NotificationServer::Response&);
 
     Ports ports_;
     ModelState state_;
-    Instant failed_{};           // since when there is a fileError
-    Instant writeFailureSaid_{}; // until then no reload takes it away
-    TaskDocument document_;
+    LiveDocument document_;
+    RenamedKeys renamed_;
     CalendarMirror mirror_;
     NotificationPermission permission_;
+    LaunchAtLogin launchAtLogin_;
     std::optional<Reminders> reminders_;
     dravel::Connection answered_;
     bool isOtherList_ = false; // than the one whose tasks still show
-    dravel::Timer undoBarEnd_;
     std::optional<dravel::RepeatingTimer> poll_, periodic_;
 };
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DravelKit/Foundation/FileError.h"
+#include "Tacla/Preferences/Preferences.h"
 
-#include <optional>
+#include <functional>
 #include <string>
 
 namespace tacla {
@@ -23,14 +23,23 @@ class LoginItem {
     bool isEnabled() const { return status() == Status::enabled; }
     virtual void enable() = 0;  // throws dravel::FileError
     virtual void disable() = 0; // throws dravel::FileError
+};
 
-    // The message of what failed.
-    std::optional<std::string> choose(bool on) try {
-        on ? enable() : disable();
-        return {};
-    } catch (const dravel::FileError& error) {
-        return "Ouverture au démarrage : " + error.description();
-    }
+// The user's choice whether Tacla opens at login, which may be made in the desktop's own settings too.
+class LaunchAtLogin {
+  public:
+    // No item: there is nothing to choose. `report` gets the message of what failed.
+    LaunchAtLogin(LoginItem*, Preferences&, std::function<void(const std::string&)> report);
+
+    bool isOn() const { return on_; } // as it was after the last choice
+    void apply();                     // at start: on, unless the user chose otherwise
+    void choose(bool on);
+
+  private:
+    LoginItem* item_;
+    Preferences& preferences_;
+    std::function<void(const std::string&)> report_;
+    bool on_;
 };
 
 }

@@ -24,7 +24,9 @@ constexpr QLatin1String path("/org/freedesktop/Notifications");
 // bus answers for a server that ends.
 constexpr int endlessPatience = std::numeric_limits<int>::max();
 
-QDBusMessage serverCall(const QString& method) { return QDBusMessage::createMethodCall(name, path, name, method); }
+QDBusMessage serverCall(const QString& method, const QString& server = name) {
+    return QDBusMessage::createMethodCall(server, path, name, method);
+}
 
 QDBusMessage busCall(const QString& method) {
     const auto bus = u"org.freedesktop.DBus"_s;
@@ -115,6 +117,7 @@ void DesktopNotifications::flush() {
 }
 
 void DesktopNotifications::forget() {
+    ++servers_;
     server_.reset();
     activationTokens_.clear();
     changed();
@@ -140,16 +143,28 @@ void DesktopNotifications::askServer() {
         if (reply.type() != QDBusMessage::ReplyMessage) return learned({});
         const auto words = reply.arguments().value(0).toStringList();
         const auto has = [&](const char* word) { return words.contains(QLatin1String(word)); };
-        askItsName({{.reachable = true, .actions = has("actions"), .body = has("body"), .server = identity(reply)},
+        askWhoItIs({{.reachable = true, .actions = has("actions"), .body = has("body")},
                     has("body-markup"),
                     has("persistence")});
     });
 }
 
+// Qt since 6.8 does not tell who replied.
+void DesktopNotifications::askWhoItIs(Server server) {
+    auto message = busCall(u"GetNameOwner"_s);
+    message << QString(name);
+    call(message, [this, server, asked = servers_](const QDBusMessage& reply) mutable {
+        if (asked != servers_) return askServer(); // another one came meanwhile
+        if (reply.type() != QDBusMessage::ReplyMessage) return learned({});
+        server.capabilities.server = identity(reply.arguments().value(0).toString());
+        askItsName(server);
+    });
+}
+
 void DesktopNotifications::askItsName(Server server) {
-    call(serverCall(u"GetServerInformation"_s), [this, server](const QDBusMessage& reply) {
-        const bool told = reply.type() == QDBusMessage::ReplyMessage;
-        if (told && identity(reply) != server.capabilities.server) return askServer(); // another one came meanwhile
+    const auto message = serverCall(u"GetServerInformation"_s, uniqueName(server.capabilities.server));
+    call(message, [this, server, asked = servers_](const QDBusMessage& reply) {
+        if (asked != servers_) return askServer();
         server_ = server;
         server_->capabilities.tellsOnlyOwner = reply.arguments().value(0).toString() == "dunst"_L1;
         learned(*server_);
@@ -172,22 +187,22 @@ void DesktopNotifications::notify(const NotificationRequest& request, const Serv
     const auto& content = request.content;
     const auto body = plain(content.body);
     const bool replaces = request.replaced && request.replaced->server == server.capabilities.server;
-    auto message = serverCall(u"Notify"_s);
+    const auto& owner = server.capabilities.server;
+    auto message = serverCall(u"Notify"_s, uniqueName(owner));
     message << u"Tacla"_s << (replaces ? QString::fromStdString(request.replaced->id).toUInt() : 0U) << icon_
             << plain(content.title) << (server.bodyMarkup ? body.toHtmlEscaped() : body)
             << (server.capabilities.actions ? actions(content) : QStringList()) << hints(server.persistence)
             << expiry(content);
-    const auto answered = [this, shown](const QDBusMessage& reply) {
+    const auto answered = [shown, owner](const QDBusMessage& reply) {
         if (reply.type() != QDBusMessage::ReplyMessage) return shown(refusal(reply), {});
-        shown({}, handle(reply.arguments().value(0).toUInt(), reply));
+        shown({}, {owner, std::to_string(reply.arguments().value(0).toUInt())});
     };
     call(message, answered, content.key.empty() ? patience : endlessPatience);
 }
 
 void DesktopNotifications::close(const BubbleHandle& bubble) {
     if (!connection_ || !bus_ || !bubble.server.starts_with(*bus_)) return; // gone with its bus
-    const auto server = QString::fromStdString(bubble.server.substr(bus_->size()));
-    auto message = QDBusMessage::createMethodCall(server, path, name, u"CloseNotification"_s);
+    auto message = serverCall(u"CloseNotification"_s, uniqueName(bubble.server));
     message << QString::fromStdString(bubble.id).toUInt();
     connection_->asyncCall(message);
 }

@@ -43,17 +43,19 @@ class DesktopNotifications final : public QObject, public NotificationServer {
 
     void learn(Learned); // what the server can do, asked once per server
     void askServer();
+    void askWhoItIs(Server);
     void askItsName(Server);
     void learned(const Server&);
     void forget(); // another server
     void listen();
     void learnBus();
     // Unique names begin anew with each bus.
-    std::string identity(const QDBusMessage& fromServer) const {
-        return bus_.value_or("") + fromServer.service().toStdString();
+    std::string identity(const QString& uniqueName) const { return bus_.value_or("") + uniqueName.toStdString(); }
+    QString uniqueName(const std::string& identity) const {
+        return QString::fromStdString(identity.substr(bus_.value_or("").size()));
     }
-    BubbleHandle handle(uint id, const QDBusMessage& fromServer) const {
-        return {identity(fromServer), std::to_string(id)};
+    BubbleHandle handle(uint id, const QDBusMessage& signal) const {
+        return {identity(signal.service()), std::to_string(id)};
     }
     void notify(const NotificationRequest&, const Server&,
                 const std::function<void(const Error&, const BubbleHandle&)>& shown);
@@ -66,6 +68,7 @@ class DesktopNotifications final : public QObject, public NotificationServer {
     std::optional<std::string> bus_; // its identity, once it told
     bool without_ = false;
     std::optional<Server> server_;
+    unsigned servers_ = 0; // that came or went since the start
     std::vector<Learned> waiting_;
     std::map<BubbleHandle, std::string> activationTokens_; // each comes before its action
 };

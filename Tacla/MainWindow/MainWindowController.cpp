@@ -18,10 +18,12 @@
 #include <QFile>
 #include <QImageWriter>
 #include <QKeyEvent>
+#include <QLibraryInfo>
 #include <QMainWindow>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QVersionNumber>
 #include <QWindow>
 
 #include <cerrno>
@@ -98,12 +100,13 @@ class MainWindow final : public QMainWindow {
     QSize wantedSize() const;
     void comeForward(const std::string& activationToken);
     void rememberPlace();
+    void renewFrame();
 
     AppModel& model_;
     Preferences& preferences_;
     MainView* view_;
     QTimer placeSettled_, activation_;
-    bool placed_ = false;
+    bool placed_ = false, frameIsOld_ = false;
 };
 
 MainWindow::MainWindow(AppModel& model, Preferences& preferences, const DesktopActions& actions, const dravel::Now& now)
@@ -205,9 +208,25 @@ void MainWindow::rememberPlace() {
     }
 }
 
+// Where the desktop leaves the frame to Qt, that of before Qt 6.7 keeps the colours of the moment when it was made.
+// Made anew it comes to the front: not while the user is elsewhere.
+void MainWindow::renewFrame() {
+    if (!std::exchange(frameIsOld_, false) || !windowHandle() || windowHandle()->frameMargins().isNull()) return;
+    const bool shown = isVisible();
+    hide();
+    windowHandle()->destroy();
+    if (shown) show();
+}
+
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
+    const bool coloured = event->type() == QEvent::PaletteChange;
+    if (coloured && onWayland() && windowHandle() && windowHandle()->handle())
+        frameIsOld_ = QLibraryInfo::version() < QVersionNumber(6, 7);
+    if (frameIsOld_ && (isActiveWindow() || !isVisible()))
+        QMetaObject::invokeMethod(this, &MainWindow::renewFrame, Qt::QueuedConnection);
     if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+    activation_.stop(); // it came; whoever goes elsewhere now wants to
     model_.refreshPermissions();
     model_.reload();
 }

@@ -48,7 +48,11 @@ class Planner {
         const bool isCatchUp = due && !isPending;
         if (isCatchUp && (task.day != today_ || notified_.contains(identifier))) return;
         if (!kept_.insert(identifier).second) return;
-        if (!due) ++wanted_;
+        if (!due) {
+            ++wanted_;
+            // It rang by a clock that was ahead, or in another zone: its moment is yet to come.
+            if (notified_.contains(identifier)) plan_.expired.push_back(identifier);
+        }
         const bool unchanged = isPending && (pending->second == moment || (due && pending->second <= now_));
         auto& list = unchanged ? plan_.unchanged : due ? plan_.catchUp : plan_.schedule;
         list.push_back({std::move(identifier), task, unchanged ? pending->second : moment});

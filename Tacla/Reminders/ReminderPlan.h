@@ -35,7 +35,7 @@ struct ReminderPlan {
     std::vector<Reminder> schedule;   // to add, each at its moment
     std::vector<Reminder> catchUp;    // to show at once
     std::vector<Reminder> unchanged;  // pending already; the task may read differently by now
-    std::vector<std::string> expired; // entries of the notified list to drop
+    std::vector<std::string> expired; // entries of the notified list to drop: too old, or of a moment yet to come
     bool full = false;                // the limit is reached: others may wait for their turn
 };
 

@@ -199,6 +199,10 @@ void Reminders::skipIfPast(const TaskItem& task, Instant now) {
     store([&](Notified& list) { addMissing(list, {reminderIdentifier(task)}); });
 }
 
+void Reminders::ringAgain(const TaskItem& task) {
+    store([&](Notified& list) { removeAll(list, {reminderIdentifier(task)}); });
+}
+
 RungTask Reminders::take(const BubbleHandle& handle) {
     const auto task = *bubbles_.find(handle);
     bubbles_.remove(handle);

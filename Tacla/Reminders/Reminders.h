@@ -84,6 +84,7 @@ class Reminders {
     void minutePassed(const Tasks&, Instant now); // what was refused is tried again, a free place is taken
 
     void skipIfPast(const TaskItem&, Instant now); // a moment that is past already never rings
+    void ringAgain(const TaskItem&);               // once more, at the next turn: its button could not be obeyed
 
     RungTask take(const BubbleHandle&); // of an answered bubble, which is closed
     void closeAll() { bubbles_.closeAll(); }

@@ -294,14 +294,7 @@ TaskDocument::Undone TaskDocument::undo(Instant now) {
     std::swap(change->before, change->after);
     Undone result{.change = std::move(*change), .keys = {}};
     result.keys = keysGivenBack(result.change);
-    renamed_.remember(result.keys);
     return result;
-}
-
-TaskDocument::Keys TaskDocument::follow(const Change& change) {
-    auto keys = TaskFile::renamedKeys(change.before, change.after);
-    renamed_.remember(keys);
-    return keys;
 }
 
 std::vector<dravel::FileCopies::Copy> TaskDocument::copies() const {

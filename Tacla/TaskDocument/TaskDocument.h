@@ -98,7 +98,7 @@ class UndoStep {
 };
 
 // The list as the user has it: one text file, which editors and other processes change as well. All but the questions
-// throw dravel::FileError, and leave the file as it was then.
+// wait for the disk and throw dravel::FileError, and leave the file as it was then. One thread at a time.
 class TaskDocument {
   public:
     using Change = dravel::SafeFile::Change;
@@ -141,10 +141,6 @@ class TaskDocument {
     bool canUndo() const { return !steps_.empty(); }
     Undone undo(Instant now);
 
-    // The keys that an edit of a title changed; they are followed from here on.
-    Keys follow(const Change&);
-    RenamedKeys& renamed() { return renamed_; }
-
     std::vector<dravel::FileCopies::Copy> copies() const; // of this list, the latest first
     void pruneCopies(Instant now) const;                  // those that have become too old
 
@@ -157,7 +153,6 @@ class TaskDocument {
     std::size_t unreadDates_ = 0;
     bool unreadable_ = false;    // the last read failed: the file may come back just as it was
     std::deque<UndoStep> steps_; // the last one at the end
-    RenamedKeys renamed_;
 };
 
 }

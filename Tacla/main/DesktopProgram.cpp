@@ -200,10 +200,10 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
          .openBrowser = [&loop](const std::string& url, const auto& failed) {
              loop.post([=] { FreedesktopActions::openAddress(url, failed); });
          }});
-    dravel::ThreadedBackground background(loop); // its jobs use what stands above
+    dravel::ThreadedBackground background(loop), disk(loop); // their jobs use what stands above
     NotificationServer* const server =
         gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications) : &notifications;
-    AppModel model({loop, background, preferences, paths.folders, server, &loginItem, &calendar},
+    AppModel model({loop, background, disk, preferences, paths.folders, server, &loginItem, &calendar},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     told = &model;
 
@@ -306,9 +306,10 @@ int runSnapshot(int& argc, char** argv) {
     QtMainLoop loop;
     dravel::ThreadedBackground background(loop);
     Preferences preferences(preferencesFile(paths.folders), paths.folders.locks);
-    AppModel model({loop, background, preferences, paths.folders},
+    AppModel model({loop, background, background, preferences, paths.folders},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders), true);
     model.reload();
+    background.finish();
     DesktopActions actions;
     actions.version = TACLA_VERSION;
     actions.home = paths.folders.home;

@@ -104,6 +104,46 @@ TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     EXPECT_FALSE(world.state().fileError);
 }
 
+TEST(AppModel, SavesOnASlowDiskInOrderInTheBackgroundAndWaitsForItAtTheEnd) {
+    ModelWorld world("2025-03-04 08:00", "- [ ] A\n- [ ] B\n");
+    world.start();
+    world.disk.held = true;
+    world.model.toggle(world.task("A"));
+    world.model.remove(world.task("B"));
+    std::optional<std::optional<std::string>> answer;
+    world.model.add("C", {}, {}, false, [&](const auto& why) { answer = why; });
+    world.loop.advance(499ms);
+    EXPECT_EQ(world.told, 0);
+    world.loop.advance(10s);
+    EXPECT_EQ(world.disk.waiting(), 1U) << "one at a time, and the poll is left out";
+    EXPECT_EQ(world.state().undoBar, (UndoBar{"Enregistrement…", false}));
+    EXPECT_EQ(world.text(), "- [ ] A\n- [ ] B\n");
+    world.disk.runOne();
+    EXPECT_EQ(world.text(), "- [x] A · ✅ 2025-03-04\n- [ ] B\n");
+    EXPECT_EQ(world.state().undoBar, (UndoBar{"Tâche cochée : A", true}));
+    EXPECT_EQ(world.task("A").done, true);
+    EXPECT_EQ(answer, std::nullopt);
+    world.model.end();
+    EXPECT_EQ(world.text(), "- [x] A · ✅ 2025-03-04\n- [ ] C · 2025-03-04\n");
+    EXPECT_EQ(answer.value(), std::nullopt);
+}
+
+TEST(AppModel, RingsAgainWhenTheButtonOfAReminderCouldNotBeSaved) {
+    ModelWorld world("2025-03-04 09:59", "- [ ] A · 2025-03-04 10:00\n");
+    world.start();
+    world.loop.advance(1min);
+    EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue à 10:00\n");
+    fs::rename(world.file, world.folder / "aside");
+    world.notifications.press("A", NotificationServer::Action::done);
+    EXPECT_TRUE(world.state().fileError.value_or("").starts_with("Impossible d'écrire "));
+    EXPECT_EQ(world.notifications.transcript(), "");
+    fs::rename(world.folder / "aside", world.file);
+    world.loop.advance(10s);
+    EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue à 10:00\n");
+    world.notifications.press("A", NotificationServer::Action::done);
+    EXPECT_EQ(world.text(), "- [x] A · 2025-03-04 10:00 · ✅ 2025-03-04\n");
+}
+
 TEST(AppModel, MendsDamagedSettingsWithinTwoSeconds) {
     ModelWorld world("2025-03-04 08:00", "");
     world.start();

@@ -131,7 +131,8 @@ class Interleaving {
     }
 
     void rename(const Seen& seen, const std::string& before) {
-        const auto outcome = world_.model.edit(seen.task, {.title = "Sel " + std::to_string(++last_)});
+        std::optional<Outcome> outcome;
+        world_.model.edit(seen.task, {.title = "Sel " + std::to_string(++last_)}, [&](auto told) { outcome = told; });
         if ((outcome == Outcome::saved) != (world_.text() != before)) note("an editor is told wrong", before);
         judge(seen, before, true);
     }

@@ -1,214 +1,110 @@
-"""Tacla on sway with waybar and mako: Wayland without X11. Runs inside a root that has them; the argument begins the names of
-the pictures."""
-import datetime
+"""Tacla on sway with waybar and mako: Wayland without X11."""
 import json
 import os
-import pathlib
+import shutil
 import subprocess
-import sys
-import tempfile
-import time
-import unittest
 
-import gi
+from everywhere import NAME, Everywhere, Wayland, day, main, told_on, until
 
-gi.require_version("Gio", "2.0")
-from gi.repository import Gio, GLib  # noqa: E402
-
-PICTURES = sys.argv.pop(1)
 CONFIG = """xwayland disable
-output HEADLESS-1 resolution {size} scale {scale}
+output HEADLESS-1 resolution {size}
 output * bg #335577 solid_color
+default_border none
+default_floating_border none
 for_window [app_id=".*"] floating enable
 """
-WAYBAR = '{ "layer": "top", "height": 30, "modules-right": ["tray", "clock"], "tray": { "icon-size": 20 } }'
-TODAY = datetime.date.today().isoformat()
-NAME, ITEM, MENU = "fr.dravel.Tacla", "org.kde.StatusNotifierItem", "com.canonical.dbusmenu"
+WAYBAR = '{ "layer": "top", "height": 30, "modules-right": ["tray"], "tray": { "icon-size": 20 } }'
+ACTIONS = {"Fait": "DONE", "Demain": "TOMORROW", None: "default"}
 
 
-def until(condition, what, seconds=30):
-    end = time.monotonic() + seconds
-    while not (value := condition()):
-        if time.monotonic() > end:
-            raise AssertionError(f"not within {seconds} s: {what}")
-        time.sleep(0.05)
-    return value
+class Sway(Wayland):
+    services = ""
+    # sway refuses to be root, and needs nothing but a folder for its sockets.
+    plain = () if os.getuid() else ("setpriv", "--reuid=65534", "--regid=65534", "--clear-groups")
 
+    def start_shell(self):
+        self.env |= {"XDG_CURRENT_DESKTOP": "sway", "WLR_BACKENDS": "headless", "WLR_RENDERER": "pixman",
+                     "WLR_LIBINPUT_NO_DEVICES": "1"}
+        self._write("sway", CONFIG.format(size=self.size), 0o644)
+        self._write("waybar", WAYBAR)
+        if self.plain:
+            self.folder.chmod(0o711)
+            shutil.chown(self.folder / "runtime", 65534)
+        self.run([*self.plain, "sway", "-c", f"{self.folder}/sway"], "sway")
+        self.wait_for_display()
+        self.env["SWAYSOCK"] = str(until(lambda: next((self.folder / "runtime").glob("sway-ipc.*.sock"), None), "sway"))
+        self.run(["waybar", "-c", f"{self.folder}/waybar"], "waybar")
+        self.run(["mako"], "mako")
+        until(lambda: self.owned(self.NAMES["panel"]) and self.owned(self.NAMES["notify"]), "waybar and mako", 60)
 
-class Sway(unittest.TestCase):
-    size, scale, tasks, welcomed = "1280x720", 1, f"- [ ] Pain · {TODAY} 00:00\n", True
-
-    def setUp(self):
-        self.home = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
-        runtime = self.home / "runtime"
-        runtime.mkdir(mode=0o700)
-        self.env = os.environ | {"HOME": str(self.home), "XDG_RUNTIME_DIR": str(runtime), "XDG_CURRENT_DESKTOP": "sway",
-                                 "XDG_SESSION_TYPE": "wayland", "WLR_BACKENDS": "headless", "WLR_RENDERER": "pixman",
-                                 "WLR_LIBINPUT_NO_DEVICES": "1", "DBUS_SESSION_BUS_ADDRESS": f"unix:path={runtime}/bus"}
-        self.file = self.home / "taches.md"
-        self.file.write_text(self.tasks)
-        self.env["TACLA_FILE"] = str(self.file)
-        settings = self.home / ".config/fr.dravel.Tacla"
-        settings.mkdir(parents=True)
-        if self.welcomed:
-            (settings / "preferences.json").write_text('{"onboardingDone": true}')
-        (self.home / "sway").write_text(CONFIG.format(size=self.size, scale=self.scale))
-        (self.home / "waybar").write_text(WAYBAR)
-        self.run_program("dbus-daemon", "--session", "--nofork", f"--address=unix:path={runtime}/bus")
-        self.bus = until(self.connect, "the bus")
-        self.run_program("sway", "-c", str(self.home / "sway"))
-        self.env["SWAYSOCK"] = str(until(lambda: next(runtime.glob("sway-ipc.*.sock"), None), "sway"))
-        self.env["WAYLAND_DISPLAY"] = until(
-            lambda: next((p.name for p in runtime.glob("wayland-*") if p.suffix != ".lock"), None), "its display")
-        self.run_program("waybar", "-c", str(self.home / "waybar"))
-        self.run_program("mako")
-        until(lambda: self.owned("org.kde.StatusNotifierWatcher") and self.owned("org.freedesktop.Notifications"), "bar, bubbles")
-
-    def connect(self):
-        try:
-            return Gio.DBusConnection.new_for_address_sync(
-                self.env["DBUS_SESSION_BUS_ADDRESS"], Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
-                Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
-        except GLib.Error:
-            return None
-
-    def run_program(self, *command, **environment):
-        with open(self.home / "log", "ab") as log:
-            program = subprocess.Popen(command, env=self.env | environment, stdout=log, stderr=log, stdin=subprocess.DEVNULL)
-        self.addCleanup(program.wait)
-        self.addCleanup(program.terminate)
-        return program
-
-    def call(self, name, path, interface, member, signature="()", *arguments):
-        return self.bus.call_sync(name, path, interface, member, GLib.Variant(signature, arguments), None, 0, 5000, None).unpack()
-
-    def owned(self, name):
-        return self.call("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner", "(s)", name)[0]
+    def _tree(self, node=None):
+        node = node or json.loads(self.ask("swaymsg", "-t", "get_tree"))
+        yield node
+        for kid in node["nodes"] + node["floating_nodes"]:
+            yield from self._tree(kid)
 
     def windows(self):
-        """By application: its place on the screen, and whether it has the focus."""
-        def walk(node):
-            if node.get("app_id"):
-                yield node["app_id"], node
-            for kid in node["nodes"] + node["floating_nodes"]:
-                yield from walk(kid)
-        tree = subprocess.run(["swaymsg", "-t", "get_tree"], env=self.env, capture_output=True, check=True).stdout
-        return dict(walk(json.loads(tree)))
+        found = sorted((node for node in self._tree() if node.get("app_id")), key=lambda node: not node["focused"])
+        return {node["app_id"]: tuple(node["rect"][side] for side in ("x", "y", "width", "height")) for node in found}
 
-    def focused(self):
-        return next((name for name, window in self.windows().items() if window["focused"]), None)
+    def area(self):
+        return next(tuple(node["rect"][side] for side in ("x", "y", "width", "height"))
+                    for node in self._tree() if node["type"] == "workspace" and node["name"] == "1")
 
-    def sway(self, *command):
-        subprocess.run(["swaymsg", *command], env=self.env, check=True, capture_output=True)
+    def bring(self, name):
+        self.ask("swaymsg", f'[app_id="{name}"] focus')
 
-    def picture(self, name):
-        time.sleep(1)  # until all is painted
-        subprocess.run(["grim", f"{PICTURES}-{name}.png"], env=self.env, check=True)
+    def shoot(self, file):
+        self.ask("grim", file)
 
-    def properties(self):
-        items = self.call("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties", "Get",
-                          "(ss)", "org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems")[0]
-        for item in items:
-            owner, slash, path = item.partition("/")
-            found = self.call(owner, slash + path or "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "GetAll", "(s)",
-                              ITEM)[0]
-            if found["Id"] == NAME:
-                return owner, found
-        return None
+    def choose(self, label, story):
+        story.tray.click(label)
 
-    def choose(self, label):
-        owner, item = until(self.properties, "the icon")
-        self.call(owner, item["Menu"], MENU, "AboutToShow", "(i)", 0)
-        for number, entry, _ in self.call(owner, item["Menu"], MENU, "GetLayout", "(iias)", 0, -1, [])[1][2]:
-            if entry.get("label") == label:
-                self.call(owner, item["Menu"], MENU, "Event", "(isvu)", number, "clicked", GLib.Variant("i", 0), 0)
-
-    def launch(self, **environment):
-        program = self.run_program("tacla", **environment)
-        until(self.properties, "the icon")
-        return program
-
-    def cover(self):
-        self.run_program("foot", "--app-id=cover", "sleep", "600")
-        until(lambda: self.focused() == "cover", "another window in front")
-
-
-class FirstStart(Sway):
-    size, welcomed, tasks = "1280x720", False, ""
-
-    def test_the_whole_window_is_on_the_screen(self):
-        self.launch()
-        window = until(lambda: self.windows().get(NAME), "the window")["rect"]
-        self.picture("first-start")
-        self.assertGreaterEqual(window["y"], 30, "below the bar")
-        self.assertLessEqual(window["y"] + window["height"], 720)
-
-
-class Raised(Sway):
-    def test_means_in_front(self):
-        self.launch()
-        self.assertNotIn(NAME, self.windows(), "nobody asked for the window")
-        self.choose("Ouvrir Tacla…")
-        until(lambda: self.focused() == NAME, "the window")
-        self.cover()
-        self.choose("Ouvrir Tacla…")
-        until(lambda: self.focused() == NAME, "the covered window, by the menu")
-        self.sway(f'[app_id="cover"]', "focus")
-        subprocess.run(["tacla"], env=self.env, check=True)
-        until(lambda: self.focused() == NAME, "the covered window, by a second start")
-        self.sway(f'[app_id="cover"]', "focus")
-        self.call(NAME, "/fr/dravel/Tacla", "org.freedesktop.Application", "ActivateAction", "(sava{sv})", "late", [], {})
-        until(lambda: self.focused() == NAME, "the covered window, by the launcher")
-        self.picture("raised")
-
-
-class Tile(Sway):
-    tasks = f"- [ ] Appeler le garage à propos de la courroie · {TODAY} 00:00\n- [ ] Pain · {TODAY}\n"
-
-    def test_half_a_screen_is_enough(self):
-        self.launch()
-        self.choose("Ouvrir Tacla…")
-        until(lambda: self.windows().get(NAME), "the window")
-        self.cover()
-        self.sway('[app_id=".*"]', "floating", "disable")
-        for width in (640, 480):
-            self.sway("output", "HEADLESS-1", "resolution", f"{2 * width}x720")
-            until(lambda: self.windows()[NAME]["rect"]["width"] == width == self.windows()[NAME]["geometry"]["width"],
-                  f"{width} pixels, all of them drawn")
-            self.picture(f"tile-{width}")
-
-
-class Reminder(Sway):
-    tasks = f"- [ ] Pain · {TODAY} 00:00\n- [ ] Vin · {TODAY} 00:01\n"
-
-    def notifications(self):
-        said = subprocess.run(["makoctl", "list"], env=self.env, capture_output=True, text=True, check=True).stdout
+    def _bubbles(self):
+        """Numbers by title, in either form of mako's words."""
+        said = self.ask("makoctl", "list")
         try:
             return {entry["summary"]["data"]: entry["id"]["data"] for entry in json.loads(said)["data"][0]}
-        except ValueError:  # of later versions
+        except ValueError:
             pairs = [line.split(": ", 1) for line in said.splitlines() if line.startswith("Notification ")]
             return {title: int(number.split()[1]) for number, title in pairs}
 
-    def test_stays_and_is_answered(self):
+    def wait_for_bubble(self, title):
+        until(lambda: title in self._bubbles(), f"the reminder of {title}")
+
+    def answer(self, title, label):
+        self.ask("makoctl", "invoke", "-n", str(self._bubbles()[title]), ACTIONS[label])
+
+    def scale(self, factor):
+        self.ask("swaymsg", "output", "HEADLESS-1", "scale", str(factor))
+
+
+class Tile(Everywhere):
+    tasks = f"- [ ] Appeler le garage à propos de la courroie · {day()}\n- [ ] Pain · {day()}\n"
+
+    def make_desktop(self):
+        return Sway(size=self.size)
+
+    def test_half_a_screen_cuts_nothing_off(self):
         self.launch()
-        shown = until(lambda: len(self.notifications()) == 2 and self.notifications(), "both reminders")
-        self.picture("reminder")
-        for title, action in (("Pain", "DONE"), ("Vin", "TOMORROW")):
-            subprocess.run(["makoctl", "invoke", "-n", str(shown[title]), action], env=self.env, check=True)
-        tomorrow = datetime.date.today() + datetime.timedelta(1)
-        wanted = f"- [x] Pain · {TODAY} 00:00 · ✅ {TODAY}\n- [ ] Vin · {tomorrow} 00:01\n"
-        until(lambda: self.file.read_text() == wanted, "both answers")
-        self.assertEqual(self.windows(), {}, "answering opens no window")
+        self.tray.wait()
+        self.open_window()
+        self.cover()
+        self.desktop.ask("swaymsg", '[app_id=".*"] floating disable')
+        for width in (640, 480):
+            self.desktop.ask("swaymsg", "output", "HEADLESS-1", "resolution", f"{2 * width}x720")
+            until(lambda: self.desktop.windows()[NAME][2] == width, f"a tile of {width} pixels")
+            until(lambda: self.furthest()[0] <= width, f"all of it within {width}: {self.furthest()}")
+            self.desktop.picture(f"tile-{width}")
+
+    def furthest(self):
+        """How far to the right anything of the window goes, and what that is."""
+        found = []
+        for widget in self.screen.widgets():
+            x, _, width, _ = widget.call("Component", "GetExtents", "(u)", 1)[0]
+            found.append((x + width, widget.role, widget.name))
+        return max(found)
 
 
-class Scales(Sway):
-    def test_one_and_a_half_and_two(self):
-        self.launch()
-        self.choose("Ouvrir Tacla…")
-        until(lambda: self.windows().get(NAME), "the window")
-        for scale in ("1.5", "2"):
-            self.sway("output", "HEADLESS-1", "resolution", "2560x1440", "scale", scale)
-            self.picture(f"scale-{scale}")
-
-
-unittest.main(verbosity=2)
+globals().update(told_on(Sway, "Dark"))  # nothing there says light or dark
+main()

@@ -94,20 +94,6 @@ TEST(DravelShell, KeepsTheSidebarBetweenItsMinimumAndThePage) {
     EXPECT_EQ(shell.sidebarWidth(), 900); // what was asked for fits now
 }
 
-TEST(WelcomePage, IsCentredAndScrollsWhenItIsTooHigh) {
-    WelcomePage page({}, u"Tacla"_s, u"Vos tâches."_s, u"C'est parti"_s);
-    auto* step = page.addStep(new WelcomeStep(u"Votre liste"_s, u"Un fichier."_s));
-    step->setButton(u"Changer…"_s);
-    show(page, {980, 720});
-    EXPECT_EQ(inside(*step, page).left(), 190);
-    EXPECT_TRUE(page.closingButton().hasFocus() || !page.isActiveWindow());
-    EXPECT_TRUE(step->button().isVisible());
-    step->setDone(true);
-    EXPECT_FALSE(step->button().isVisible());
-    show(page, {820, 300});
-    EXPECT_GT(page.verticalScrollBar()->maximum(), 0);
-}
-
 TEST(Paragraph, IsAWholeNumberOfLineBoxes) {
     const auto height = [](const QString& text, int width) {
         return Paragraph(text, Theme::Typography::taskTitle, width).height();

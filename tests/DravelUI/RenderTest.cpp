@@ -1,64 +1,13 @@
 #include "DravelKit/DravelUI/Card.h"
-#include "DravelKit/DravelUI/Look.h"
 #include "DravelKit/DravelUI/Symbols.h"
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QImage>
 #include <QRegion>
 
 using namespace dravel;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-class Picture {
-  public:
-    Picture(QWidget& widget, qreal scale) : scale_(scale) {
-        widget.ensurePolished();
-        image_ = QImage((QSizeF(widget.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
-        image_.setDevicePixelRatio(scale);
-        image_.fill(Qt::transparent);
-        widget.render(&image_);
-    }
-    // The colour in the middle of a logical pixel.
-    std::string at(int x, int y) const {
-        const auto pixel = [this](int logical) { return static_cast<int>((logical + 0.5) * scale_); };
-        return image_.pixelColor(pixel(x), pixel(y)).name().toStdString();
-    }
-
-  private:
-    qreal scale_;
-    QImage image_;
-};
-
-struct Light {
-    ~Light() { setAppearance(Appearance::light); }
-};
-
-}
-
-TEST(Rendering, ThrowsTheShadowOfACardInLightOnly) {
-    const Light afterwards;
-    CardStage stage;
-    stage.resize(200, 200);
-    Card card(&stage);
-    card.setGeometry(20, 20, 160, 100);
-    const auto below = [&] {
-        stage.setAttribute(Qt::WA_DontShowOnScreen);
-        stage.show();
-        return Picture(stage, 2).at(100, 121);
-    };
-    EXPECT_LT(below(), "#f5f5f5");
-    EXPECT_EQ(Picture(stage, 2).at(100, 130), "#f5f5f5");
-    EXPECT_EQ(Picture(stage, 2).at(100, 20), "#ffffff");
-    setAppearance(Appearance::dark); // nothing is made anew
-    QCoreApplication::processEvents();
-    EXPECT_EQ(below(), "#131927");
-    EXPECT_EQ(Picture(stage, 2).at(100, 20), "#2c3346");
-    EXPECT_EQ(Picture(stage, 2).at(100, 60), "#1e2436");
-}
 
 TEST(Rendering, PaintsAListOfAHundredThousandPixels) {
     CardStage stage;

@@ -5,6 +5,7 @@ Runs in name spaces of its own, where disks, the time zone and the network are t
 import contextlib
 import json
 import os
+import pathlib
 import signal
 import subprocess
 import sys
@@ -104,26 +105,65 @@ class Disk(Story):
         settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
         before = settings.read_text()
         self.enterContext(mounted(self.file.parent, "-t", "tmpfs", "none"))
-        self.file.write_text(self.tasks)
+        self.file.write_text(self.tasks + f"- [ ] Sel · {day()} 23:59\n")
         with read_only(self.home):
             program = self.launch()
             bubbles.wait("Pain")
             self.open_window()
-            self.screen.press("Cocher Pain")
-            self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}")
-            self.assertEqual(self.run_tacla("rename", "pain", "Baguette").stderr, "")
-            self.until_file(f"- [x] Baguette · {day()} 00:00 · ✅ {day()}")
+            self.screen.press("Cocher Sel")
+            self.until_file(self.tasks.strip(), f"- [x] Sel · {day()} 23:59 · ✅ {day()}")
+            self.assertEqual(self.run_tacla("rename", "sel", "Sucre").stderr, "")
+            self.until_file(self.tasks.strip(), f"- [x] Sucre · {day()} 23:59 · ✅ {day()}")
             self.screen.press("Réglages", "list item")
             self.screen.wait(f"Impossible d'écrire {settings} : Le système de fichiers est en lecture seule")
             self.assertEqual(settings.read_text(), before)
         self.file.write_text(self.tasks + f"- [ ] Lait · {day()} 00:01\n")
         bubbles.wait("Lait")
-        until(lambda: len(json.loads(settings.read_text()).get("notifiedTasks", [])) == 2, "both reminders in the settings")
+        until(lambda: {rung[-5:] for rung in json.loads(settings.read_text()).get("notifiedTasks", [])} == {"00:00", "00:01"},
+              "both reminders in the settings")
         self.kill(program)
         self.launch()
         self.file.write_text(self.tasks + f"- [ ] Vin · {day()} 00:02\n")
         bubbles.wait("Vin")
         self.assertEqual([b["summary"] for b in bubbles.shown], ["Pain", "Lait", "Vin"])
+
+
+class SlowDisk(Story):
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+    seconds = 1.5  # for each of the calls, of which a save makes many
+
+    def setUp(self):
+        super().setUp()
+        self.folder, delay = self.desktop.folder / "disk", self.desktop.folder / "delay"
+        self.file.parent.rename(self.folder)
+        self.file.parent.mkdir()
+        delay.write_text("0")
+        self.wait_for_each_call = lambda seconds: delay.write_text(str(seconds))
+        disk = pathlib.Path(__file__).parents[1] / "support/slow_disk.py"
+        self.desktop.run(["/usr/bin/python3", disk, self.folder, self.file.parent, delay], "disk")
+        self.addCleanup(run, "umount", "--lazy", self.file.parent)
+        self.addCleanup(self.wait_for_each_call, 0)
+        until(self.file.parent.is_mount, "the slow disk")
+
+    def report(self, stalls):
+        self.assertLess(int(stalls.read_text().split()[0]), self.seconds * 1000, "the main thread waited for the disk")
+        super().report(stalls)
+
+    def test_holds_up_nothing_and_loses_nothing(self):
+        program = self.launch()
+        field = self.open_window()
+        self.wait_for_each_call(self.seconds)
+        self.screen.press("Cocher Pain")
+        self.screen.wait("Enregistrement…")
+        field.type("Lait")
+        self.screen.press("Ajouter")
+        self.screen.press("À venir", "list item")
+        self.screen.wait("Rien de prévu pour la suite.")
+        self.assertEqual((self.folder / "taches.md").read_text(), self.tasks, "it is being saved still")
+        self.tray.click("Quitter Tacla")
+        self.wait_for_each_call(0.01)
+        self.assertEqual(program.wait(60), 0)
+        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Lait · {day()}")
 
 
 class Surroundings(Story):

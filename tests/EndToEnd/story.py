@@ -37,7 +37,7 @@ class Story(unittest.TestCase):
     def setUp(self):
         # A story that saw midnight would speak of two days, and one at midnight of tasks that are not late yet.
         until(lambda: "00:02" < datetime.datetime.now().strftime("%H:%M") < "23:57", "the day to begin", 400)
-        self.desktop = self.enterContext(Desktop(self.without))
+        self.desktop = self.enterContext(self.make_desktop())
         self.home = self.desktop.folder / "home"
         self.file = self.home / "Documents" / "Tacla" / "taches.md"
         self.file.parent.mkdir()
@@ -48,6 +48,9 @@ class Story(unittest.TestCase):
             settings.mkdir()
             (settings / "preferences.json").write_text('{"onboardingDone": true}')
         self.tray, self.screen = Tray(self.desktop), Screen(self.desktop) if "a11y" not in self.without else None
+
+    def make_desktop(self):
+        return Desktop(self.without)
 
     def launch(self, **environment):
         """Starts the application, which must be running still when the story ends."""

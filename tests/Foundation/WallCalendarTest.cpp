@@ -61,12 +61,13 @@ TEST(WallCalendar, FollowsTheUserToAnotherZone) {
     const tacla::testing::TemporaryFolder folder;
     const auto link = ":" + (folder / "localtime").string();
     std::filesystem::create_symlink("/usr/share/zoneinfo/Asia/Tokyo", folder / "localtime");
+    const bool twins = std::filesystem::exists("/usr/share/zoneinfo/posix"); // Debian 13 packs them apart
     const std::pair<std::string, const char*> names[] = {{"", "UTC"},
                                                          {":America/Lima", "America/Lima"},
                                                          {"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo"},
                                                          {link, "Asia/Tokyo"},
                                                          {"CET-1CEST,M3.5.0,M10.5.0/3", "Europe/Paris"},
-                                                         {"posix/Asia/Tokyo", "Asia/Tokyo"},
+                                                         {"posix/Asia/Tokyo", twins ? "Asia/Tokyo" : "UTC"},
                                                          {"/usr/share/zoneinfo/right/Asia/Tokyo", "Asia/Tokyo"},
                                                          {"Nulle/Part", "UTC"},
                                                          {"XYZ-3:17", "UTC"},

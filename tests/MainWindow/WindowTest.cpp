@@ -17,20 +17,6 @@ namespace {
 using namespace Qt::StringLiterals;
 using testing::TestWindow;
 
-TEST(MainView, ShowsEachPageWithItsTasks) {
-    TestWindow window("- [ ] ❗ Urssaf · 2026-11-18\n- [ ] Camille · 2026-11-24 11:30\n- [x] Colis · 2026-11-24\n"
-                      "- [ ] Devis · 2026-11-25\n- [ ] Un jour\n");
-    EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\nColis\nCamille [11:30]\nDevis [demain]\n");
-    window.page(Section::late);
-    EXPECT_EQ(window.shown(), "Urssaf [18/11, Prioritaire]\n");
-    window.page(Section::upcoming);
-    EXPECT_EQ(window.shown(), "Devis [demain]\nUn jour\n");
-    window.page(Section::done);
-    EXPECT_EQ(window.shown(), "Colis [aujourd'hui]\n");
-    window.press(Qt::Key_2, Qt::ControlModifier);
-    EXPECT_EQ(window.page().objectName(), u"page.late"_s);
-}
-
 TEST(MainView, GoesToASectionThatIsRequestedWhileItIsThere) {
     testing::ModelWorld world("2026-11-24 10:40", "");
     world.model.requestSection("settings");
@@ -41,16 +27,6 @@ TEST(MainView, GoesToASectionThatIsRequestedWhileItIsThere) {
     EXPECT_EQ(world.state().requestedSection, std::nullopt);
     world.model.requestSection("ailleurs");
     EXPECT_EQ(world.state().requestedSection, "ailleurs") << "left in place";
-}
-
-TEST(MainView, ShowsTheWelcomeUntilItIsClosed) {
-    TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 10:40", true);
-    EXPECT_EQ(window.view->findChild<dravel::DravelPage*>(), nullptr) << "no page is built behind the welcome";
-    EXPECT_EQ(window.focused(), "welcome.close");
-    window.press(Qt::Key_Space);
-    EXPECT_FALSE(window.world.state().onboarding);
-    EXPECT_TRUE(window.world.preferences.onboardingDone());
-    EXPECT_EQ(window.shown(), "Pain\n");
 }
 
 TEST(UndoBar, OffersToTakeTheLastChangeBackForTenSeconds) {

@@ -58,7 +58,7 @@ const Case cases[] = {
     {"what fell due in a long sleep waits for its turn", "2025-03-08 08:00",
      "- [ ] a · 2025-03-04; - [x] b · 2025-03-04", "a@2025-03-04; b@2025-03-04", "", "-b@2025-03-04"},
     {"a moment to come is never silenced", "2025-03-04 08:00", "- [ ] a · 2025-03-04", "", "a@2025-03-04",
-     "+a@2025-03-04"},
+     "+a@2025-03-04; xa@2025-03-04"},
     {"and rings though its clock had once been ahead", "2025-03-04 09:00", "- [ ] a · 2025-03-04", "a@2025-03-04",
      "a@2025-03-04", ""},
     {"a new zone moves the moment", "2025-03-04 08:00", "- [ ] a · 2025-03-04 14:00", "a@2025-03-04 14:00", "",

@@ -6,6 +6,7 @@
 #include <future>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 using namespace std::chrono_literals;
 using dravel::Outcome;
@@ -28,6 +29,30 @@ TEST(ThreadedBackground, BringsEachResultToTheMainThread) {
     }
     while (finished < 20) loop.runPostedByAThread();
     EXPECT_EQ(sum, 210 - 7);
+}
+
+TEST(JobQueue, RunsInOrderAndWaitsOnlyForWhatIsQuick) {
+    VirtualLoop loop{dravel::Instant()};
+    ThreadedBackground background(loop);
+    dravel::JobQueue queue(background);
+    std::vector<int> done;
+    std::promise<void> release;
+    const auto add = [&](int number, std::chrono::milliseconds patience, std::function<void()> work) {
+        queue.add<int>([=] { return work(), number; }, [&](const auto& ended) { done.push_back(std::get<int>(ended)); },
+                       patience);
+    };
+    add(1, 1h, [] {});
+    EXPECT_EQ(done, (std::vector{1}));
+    add(2, 1ms, [released = release.get_future().share()] { released.wait(); });
+    add(3, 1h, [] {});
+    EXPECT_EQ(done, (std::vector{1}));
+    EXPECT_FALSE(queue.isIdle());
+    release.set_value();
+    background.finish();
+    EXPECT_EQ(done, (std::vector{1, 2, 3}));
+    EXPECT_TRUE(queue.isIdle());
+    loop.runPosted(); // what came in time is not done again
+    EXPECT_EQ(done.size(), 3U);
 }
 
 TEST(ThreadedBackground, StopsItsJobsAtQuitLeavesTheDeafBehindAndDropsWhatTheyComeTo) {

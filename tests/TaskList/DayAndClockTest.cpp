@@ -1,4 +1,5 @@
 #include "Tacla/TaskList/TaskItem.h"
+#include "Tacla/TaskList/UsualNotation.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,17 @@ TEST(DayAndClock, ReadTheNotationOfTheFile) {
     for (const auto* text : {"09:05", "9:05", ":9::05:"}) EXPECT_EQ(Clock::parse(text), (Clock{9, 5})) << text;
     for (const auto* text : {"", ":", "9", "9:5", "009:05", "24:00", "23:60", " 9:05", "1:02:03", "-1:00", "9:+5"})
         EXPECT_FALSE(Clock::parse(text)) << text;
+}
+
+TEST(UsualNotation, IsWhateverTheEditsWrite) {
+    for (std::int64_t year = 0; year < 10'000; ++year)
+        for (const auto& [month, day] :
+             {std::pair<std::int64_t, std::int64_t>{1, 1}, {year % 12 + 1, year % 31 + 1}, {12, 31}})
+            ASSERT_EQ(unpackedDay(usualDay((Day{year, month, day}.description()))), (Day{year, month, day}));
+    for (std::int64_t minute = 0; minute < 24 * 60; ++minute) {
+        const Clock clock{minute / 60, minute % 60};
+        ASSERT_EQ(unpackedClock(usualClock(clock.description())), clock);
+    }
 }
 
 TEST(Day, MovesThroughTheCalendar) {

@@ -27,7 +27,7 @@ ModelWorld::ModelWorld(std::string_view now, std::string_view tasks)
 }
 
 AppModel::Ports ModelWorld::ports() {
-    return {loop, background, preferences, folders, &notifications, &loginItem, &calendar};
+    return {loop, background, disk, preferences, folders, &notifications, &loginItem, &calendar};
 }
 
 void ModelWorld::restart(const std::function<void()>& meanwhile) {

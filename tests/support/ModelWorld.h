@@ -93,7 +93,7 @@ struct ModelWorld {
     TemporaryFolder folder;
     std::filesystem::path file;
     VirtualLoop loop;
-    VirtualBackground background{loop};
+    VirtualBackground background{loop}, disk{loop};
     dravel::UserFolders folders;
     Preferences preferences;
     RecordedNotifications notifications{loop};

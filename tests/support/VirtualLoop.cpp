@@ -64,9 +64,15 @@ void VirtualLoop::setClock(Instant moment) {
     runDue();
 }
 
-void VirtualBackground::start(Work work) {
+void VirtualBackground::start(Work work, milliseconds patience) {
     jobs_.push_back(std::move(work));
-    if (!held) loop_.post([this] { runOne(); });
+    if (held) return;
+    if (patience > milliseconds(0)) return runOne();
+    loop_.post([this] { runOne(); });
+}
+
+void VirtualBackground::finish() {
+    while (!jobs_.empty()) runOne();
 }
 
 void VirtualBackground::runOne() {

@@ -53,7 +53,7 @@ class VirtualLoop final : public dravel::MainLoop {
     std::deque<Task> posted_;
 };
 
-// Jobs run on the main thread: through post, or held until the test says.
+// Jobs run on the main thread: at once where they are waited for, else through post, or held until the test says.
 class VirtualBackground final : public dravel::Background {
   public:
     explicit VirtualBackground(VirtualLoop& loop) : loop_(loop) {}
@@ -61,9 +61,10 @@ class VirtualBackground final : public dravel::Background {
     bool held = false;
     std::size_t waiting() const { return jobs_.size(); }
     void runOne(); // the oldest held job, and what it comes to
+    void finish() override;
 
   protected:
-    void start(Work) override;
+    void start(Work, std::chrono::milliseconds patience) override;
 
   private:
     VirtualLoop& loop_;

@@ -13,6 +13,7 @@
 #include <QDropEvent>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QPointer>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -230,16 +231,32 @@ void AddTaskCard::take(const MomentWords& told) {
 }
 
 void AddTaskCard::add(bool more) {
+    if (isAdding_) return; // a second Return, while a slow disk writes
     setToday(currentDay());
     focusTitle();
     const auto task = newTask(draft_, today_);
-    finish(task ? model_.add(task->title, task->day, task->time, task->strong) : std::nullopt, more);
+    if (!task) return finish({}, more);
+    model_.add(task->title, task->day, task->time, task->strong, beginAdding(more));
+    title_->setReadOnly(isAdding_); // the disk is slow
 }
 
-void AddTaskCard::addAll(const std::vector<NewTask>& tasks) { finish(model_.addAll(tasks)); }
+void AddTaskCard::addAll(const std::vector<NewTask>& tasks) {
+    if (isAdding_) return;
+    model_.addAll(tasks, beginAdding(false));
+    title_->setReadOnly(isAdding_);
+}
+
+std::function<void(const std::optional<std::string>&)> AddTaskCard::beginAdding(bool more) {
+    isAdding_ = true;
+    return [card = QPointer(this), more](const auto& why) {
+        if (card) card->finish(why, more);
+    };
+}
 
 // What could not be written stays in the field.
 void AddTaskCard::finish(const std::optional<std::string>& why, bool more) {
+    isAdding_ = false;
+    title_->setReadOnly(false);
     if (why) return explain(toQt(*why));
     if (newTask(draft_, today_)) draft_ = afterAdding(draft_);
     draft_.title.clear();

@@ -5,6 +5,7 @@
 #include "Tacla/MainWindow/Rows/RowContents.h"
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -58,7 +59,8 @@ class AddTaskCard final : public dravel::Card {
     void offer();
     void take(const MomentWords&);
     void addAll(const std::vector<NewTask>&);
-    void finish(const std::optional<std::string>& why, bool more = false);
+    std::function<void(const std::optional<std::string>& whyNot)> beginAdding(bool more); // what is told how it ended
+    void finish(const std::optional<std::string>& whyNot, bool more = false);
     std::vector<NewTask> offeredTasks() const; // none, or several
     void startTime(const QString& typed);
     void add(bool more);
@@ -70,6 +72,7 @@ class AddTaskCard final : public dravel::Card {
     const dravel::Now& now_;
     NewTaskDraft draft_;
     Day today_;
+    bool isAdding_ = false;
     dravel::TextField* title_;
     dravel::Offer* offer_;
     dravel::TextLabel* reason_; // why the task is not in the file

@@ -346,10 +346,7 @@ void TaskRow::startEditing() {
     editor_->setAccessibleName(u"Modifier "_s + titleText_);
     connect(editor_, &TaskEditor::saved, this, &TaskRow::commitEdit);
     connect(editor_, &TaskEditor::cancelled, this, &TaskRow::cancelEdit);
-    connect(editor_, &TaskEditor::heightChanged, this, [this] {
-        placeControls();
-        container_.heightChanged();
-    });
+    connect(editor_, &TaskEditor::heightChanged, this, &TaskRow::editorGrew);
     placeControls();
     editor_->show();
     menuButton_->hide();
@@ -376,21 +373,28 @@ bool TaskRow::holdsDraft() const { return editor_ && editor_->isTouched(); }
 
 void TaskRow::explain(const QString& whyNotSaved) {
     editor_->say(whyNotSaved);
-    placeControls();
-    container_.heightChanged();
+    editorGrew();
 }
 
 void TaskRow::commitEdit(Qt::FocusReason reason) {
-    if (!editor_) return; // a second Return, or a late click
+    if (!editor_ || isCommitting_) return; // a second Return, or a late click
     const auto change = editor_->change(currentDay());
     if (change == TaskChange()) return closeEditor(reason);
-    // The model reloads at once and may take the row away: it gets a copy.
-    switch (model_.edit(TaskItem(edited_), change, [this, reason] { closeEditor(reason); })) {
-    case AppModel::Outcome::saved: return;
-    case AppModel::Outcome::unchanged: return closeEditor(reason);
-    case AppModel::Outcome::gone: return explain(taskIsGone);
-    case AppModel::Outcome::failed: return explain(toQt(model_.state().fileError.value_or("")));
-    }
+    isCommitting_ = true;
+    const auto committed = [row = QPointer(this), change, reason](AppModel::Outcome outcome) {
+        if (row) row->isCommitting_ = false;
+        if (!row || !row->editor_) return;
+        switch (outcome) {
+        case AppModel::Outcome::saved:
+        case AppModel::Outcome::unchanged: // what was typed since then stays
+            if (row->editor_->change(row->currentDay()) == change) row->closeEditor(reason);
+            return;
+        case AppModel::Outcome::gone: return row->explain(taskIsGone);
+        case AppModel::Outcome::failed: return row->explain(toQt(row->model_.state().fileError.value_or("")));
+        }
+    };
+    // The list is read again once it is saved, and may take the row away: the model gets a copy.
+    model_.edit(TaskItem(edited_), change, committed);
 }
 
 }

@@ -96,6 +96,7 @@ class TaskRow final : public QWidget {
     void placeControls();
     QRect editorPlace() const;
     void closeEditor(Qt::FocusReason);
+    void editorGrew() { placeControls(), container_.heightChanged(); }
     void explain(const QString& whyNotSaved);
     void setHovered(bool);
     void highlightChanged();
@@ -117,6 +118,7 @@ class TaskRow final : public QWidget {
     CheckButton* check_;
     dravel::IconButton *menuButton_, *againButton_;
     TaskEditor* editor_ = nullptr;
+    bool isCommitting_ = false;
     QPointer<QMenu> menu_;
     Qt::FocusReason focusReason_ = Qt::OtherFocusReason;
     bool hovered_ = false, separated_ = false;

@@ -56,6 +56,7 @@ class Desktop:
     """with Desktop() as desktop: … desktop.start("notify") … desktop.run(["tacla"])"""
 
     ALL = ("wm", "a11y", "secrets", "notify", "logind", "panel")
+    services = ""  # beside those of the test: elements of the session bus's configuration
     NAMES = {"notify": "org.freedesktop.Notifications", "secrets": "org.freedesktop.secrets", "a11y": "org.a11y.Bus",
              "notify of xfce": "org.freedesktop.Notifications", "panel": "org.kde.StatusNotifierWatcher"}
 
@@ -77,7 +78,8 @@ class Desktop:
                     "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.folder}/runtime/system"}
         try:
             self._configure(home)
-            self._start_servers()
+            self._start_screen()
+            self._start_buses()
             for part in self.parts:
                 self.start(part)
         except BaseException:
@@ -199,7 +201,7 @@ class Desktop:
 
     def _configure(self, home):
         self._write("bus.conf", BUS.format(kind="session", socket=f"{self.folder}/runtime/bus",
-                                           services=f"<servicedir>{self.folder}/services</servicedir>"))
+                                           services=f"<servicedir>{self.folder}/services</servicedir>{self.services}"))
         self._write("system.conf", BUS.format(kind="system", socket=f"{self.folder}/runtime/system", services=""))
         self._write("home/.config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", PANEL)
         self._write("dunstrc", DUNST.format(folder=self.folder))
@@ -216,7 +218,7 @@ class Desktop:
         path.write_text(text)
         path.chmod(mode)
 
-    def _start_servers(self):
+    def _start_screen(self):
         # A number of its own: in another network name space the server would take one that is in use.
         self.env["DISPLAY"] = f":{10_000 + os.getpid()}"
         reading, writing = os.pipe()
@@ -225,6 +227,8 @@ class Desktop:
         os.close(writing)
         with os.fdopen(reading) as pipe:
             assert pipe.readline(), "the X server did not start: " + self.log("x")
+
+    def _start_buses(self):
         for name in ("bus", "system"):
             self.run(["dbus-daemon", f"--config-file={self.folder}/{name}.conf", "--nofork", "--nopidfile"], name)
         self.session, self.system = (until(lambda: self.connect(kind), f"the {kind} bus") for kind in ("SESSION", "SYSTEM"))

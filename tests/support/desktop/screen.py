@@ -80,20 +80,28 @@ class Screen:
         except GLib.Error:
             return  # it went away meanwhile
 
-    def widgets(self):
-        """Everything of the program that shows, in the order of the tree."""
+    def programs(self):
+        """Those of that name, as they speak to who cannot see."""
         for program in Widget(self.bus, ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")).children:
             try:
                 if program.name.lower() == self.program:
-                    for window in program.children:
-                        yield from self._within(window)
+                    yield program
+            except GLib.Error:
+                continue
+
+    def widgets(self):
+        """Everything of the program that shows, in the order of the tree."""
+        for program in self.programs():
+            try:
+                for window in program.children:
+                    yield from self._within(window)
             except GLib.Error:
                 continue
 
     def find(self, name, role=""):
         for widget in self.widgets():
             try:
-                if widget.name == name and role in widget.role:
+                if widget.name.replace("\xa0", " ") == name and role in widget.role:  # before Qt's own colons, of late
                     return widget
             except GLib.Error:
                 continue

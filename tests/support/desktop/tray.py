@@ -17,7 +17,7 @@ class Tray:
         except GLib.Error:
             return None
         for entry in entries:
-            name, slash, path = entry.partition("/")
+            name, slash, path = entry.replace("@", "").partition("/")  # GNOME's extension puts one between
             if self.desktop.owned(name):  # not what a killed program left there
                 return name, slash + path if slash else "/StatusNotifierItem"
         return None

@@ -1,0 +1,123 @@
+"""Tacla on Plasma: KWin as a window of an X server without a screen, where xdotool has the pointer."""
+import json
+import shutil
+import subprocess
+
+from gi.repository import Gio, GLib
+from PIL import ImageGrab
+
+from everywhere import NAME, Desktop, Screen, Wayland, main, told_on, until
+
+WORDS = '<node><interface name="fr.dravel.Story"><method name="say"><arg type="s" direction="in"/></method></interface></node>'
+# Of both releases: windows and areas are called otherwise.
+SCRIPT = """const all = workspace.windowList ? workspace.windowList() : workspace.clientList(),
+    front = workspace.windowList ? workspace.activeWindow : workspace.activeClient,
+    rectangle = r => [r.x, r.y, r.width, r.height].map(Math.round);
+callDBus("%s", "/", "fr.dravel.Story", "say", JSON.stringify((() => { %s })()));"""
+WINDOWS = "return all.map(w => [String(w.desktopFileName || w.resourceClass), rectangle(w.frameGeometry), w === front, w.minimized]);"
+AREA = """return rectangle(!workspace.windowList ? workspace.clientArea(KWin.MaximizeArea, 0, 1)
+    : workspace.clientArea(KWin.MaximizeArea, workspace.screens[0], workspace.desktops[0]));"""
+BRING = """const wanted = all.find(w => String(w.desktopFileName || w.resourceClass) === "%s");
+    if (workspace.windowList) workspace.activeWindow = wanted; else workspace.activeClient = wanted;
+    return true;"""
+
+
+class Plasma(Wayland):
+    version = 6 if shutil.which("kded6") else 5
+
+    def _start_screen(self):
+        Desktop._start_screen(self)
+        self.display = self.env.pop("DISPLAY")
+        super()._start_screen()
+
+    def start_shell(self):
+        self.env |= {"XDG_CURRENT_DESKTOP": "KDE", "KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": str(self.version),
+                     "XDG_MENU_PREFIX": "plasma-", "LIBGL_ALWAYS_SOFTWARE": "1", "KWIN_COMPOSE": "Q", "XDG_CONFIG_DIRS": "/etc/xdg",
+                     "XDG_DATA_DIRS": "/usr/share"}
+        width, height = self.size.split("x")
+        self.run(["kwin_wayland", "--x11-display", self.display, "--width", width, "--height", height, "--no-lockscreen"], "kwin",
+                 QT_QPA_PLATFORM=None)
+        self.wait_for_display()
+        until(lambda: self.owned("org.kde.KWin"), "KWin", 60)
+        self.session.register_object("/", Gio.DBusNodeInfo.new_for_xml(WORDS).interfaces[0], self._hear, None, None)
+        self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "UpdateActivationEnvironment",
+                  GLib.Variant("(a{ss})", (self.env,)))
+        self.run([f"kded{self.version}"], "kded")
+        self.run(["plasmashell"], "plasmashell")
+        until(lambda: all(map(self.owned, ("org.kde.plasmashell", self.NAMES["notify"], self.NAMES["panel"]))), "its services", 90)
+        self.shell = Screen(self, "plasmashell")
+
+    def _hear(self, connection, sender, path, interface, method, parameters, invocation):
+        self.heard = json.loads(parameters.unpack()[0])
+        invocation.return_value(None)
+
+    def script(self, code):
+        """What a function of that body returns within KWin."""
+        file = self.folder / "script.js"
+        file.write_text(SCRIPT % (self.session.get_unique_name(), code))
+        self.heard = until  # nothing yet
+        scripting = ("org.kde.KWin", "/Scripting", "org.kde.kwin.Scripting")
+        number, = self.call(*scripting, "loadScript", GLib.Variant("(s)", (str(file),)))
+        path = f"/Scripting/Script{number}" if self.version == 6 else f"/{number}"
+        self.call("org.kde.KWin", path, "org.kde.kwin.Script", "run")
+
+        def answered():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return self.heard is not until
+        until(answered, "KWin's answer")
+        self.call(*scripting, "unloadScript", GLib.Variant("(s)", (str(file),)))
+        return self.heard
+
+    def windows(self):
+        """Where none has the focus, the first is of no application."""
+        found = [each for each in self.script(WINDOWS) if not each[3] and "plasma" not in each[0] and each[0] != "kwin_wayland"]
+        listed = sorted(found, key=lambda each: not each[2])
+        none = {} if not listed or listed[0][2] else {"": ()}
+        return none | {name: tuple(place) for name, place, _, _ in listed}
+
+    def area(self):
+        return tuple(self.script(AREA))
+
+    def bring(self, name):
+        self.script(BRING % name)
+
+    def shoot(self, file):
+        ImageGrab.grab(xdisplay=self.display).save(file)
+
+    def locate(self, words):
+        """By what the shell tells those who cannot see."""
+        found = []
+        for widget in self.shell.widgets():
+            if widget.name == ("Tacla" if words is None else words) and (words or widget.role == "push button"):
+                x, y, width, height = widget.call("Component", "GetExtents", "(u)", 0)[0]
+                found.append((x + width // 2, y + height // 2))
+        return found
+
+    def click(self, words, button=1):
+        self._press(*self.place(words), button)
+
+    def _press(self, x, y, button):
+        subprocess.run(["xdotool", "mousemove", str(x - 1), str(y), "mousemove", str(x), str(y), "click", str(button)],
+                       env=self.env | {"DISPLAY": self.display}, check=True)
+
+    def choose(self, label, story):
+        """The menu is silent to those who cannot see: its entries stand in even rows, lines take two fifths of one."""
+        self.click(None, 3)
+        x, y, width, height = until(lambda: next((place for name, place, _, _ in self.script(WINDOWS) if name == "plasmashell"), None),
+                                    "the menu")
+        self.picture("menu")
+        rows = [0.4 if line == "-" else 1 for line in story.tray.labels() if not line.startswith("> ")]
+        before = rows[:story.tray.labels().index(label)]
+        row = height / (sum(rows) + 0.3)
+        self._press(x + width // 2, y + round(row * (0.15 + sum(before) + 0.5)), 1)
+
+    def darken(self):
+        self.ask("plasma-apply-colorscheme", "BreezeDark")
+
+    def scale(self, factor):
+        self.ask("kscreen-doctor", f"output.1.scale.{factor}")
+
+
+globals().update(told_on(Plasma))
+main()
