@@ -38,6 +38,7 @@ class Installed(Story):
         checked, rent = f"- [x] Pain · {day()} 00:00 · ✅ {day()}", f"- [ ] Loyer · {day()} 00:00"
         self.call(NAME, PATH, "org.freedesktop.Application.ActivateAction", "(sava{sv})", "new-task", [], {})
         until(lambda: "focused" in self.screen.wait("Nouvelle tâche").states, "the field of a new task")
+        self.call(NAME, PATH, "org.freedesktop.Application.Activate", "(a{sv})", {})
         self.screen.press("Cocher Pain")
         self.until_file(checked, rent)
 

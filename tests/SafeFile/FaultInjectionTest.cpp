@@ -5,6 +5,7 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
+#include <thread>
 
 using namespace tacla::testing;
 
@@ -15,8 +16,17 @@ enum class Way { byExchange, inPlace, ofANewFile };
 // A long text: its parts can be told from the whole.
 const std::string longText = "- [ ] Pain\n" + std::string(9000, 'a') + "\n";
 
+// Before that the file's name has led it to the file, perhaps, and nobody can know: what it writes later is lost then.
+void untilItWaits(pid_t process) {
+    const auto state = [=] {
+        const auto line = readBytes("/proc/" + std::to_string(process) + "/stat");
+        return line.at(line.rfind(')') + 2);
+    };
+    while (state() == 'R') std::this_thread::yield();
+}
+
 // An editor that opens the file, and then writes all of it; it may have to wait for our lease to end. Returns once it
-// has written, or is known to wait.
+// has written, or waits.
 pid_t writesBeside(const Path& file, std::string_view bytes) {
     int ends[2];
     if (::pipe(ends) != 0) return -1;
@@ -24,7 +34,7 @@ pid_t writesBeside(const Path& file, std::string_view bytes) {
         constexpr int flags = O_WRONLY | O_TRUNC;
         int descriptor = ::open(file.c_str(), flags | O_NONBLOCK);
         const bool mustWait = descriptor < 0 && errno == EWOULDBLOCK;
-        if (mustWait && ::write(ends[1], "", 1) != 1) return 1;
+        if (mustWait && ::write(ends[1], "w", 1) != 1) return 1;
         if (mustWait) descriptor = ::open(file.c_str(), flags);
         if (::write(descriptor, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) return 2;
         ::close(descriptor);
@@ -32,6 +42,7 @@ pid_t writesBeside(const Path& file, std::string_view bytes) {
     });
     char told = 0;
     EXPECT_EQ(::read(ends[0], &told, 1), 1);
+    if (told == 'w') untilItWaits(editor);
     for (const int end : ends) ::close(end);
     return editor;
 }
