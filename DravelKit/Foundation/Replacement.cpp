@@ -129,12 +129,8 @@ class Lease {
     Lease(const Lease&) = delete;
     Lease& operator=(const Lease&) = delete;
 
-    // Lets those in who wait, and looks whether there were any.
-    bool isWanted() {
-        if (!held_) return false;
-        ::fcntl(descriptor_, F_SETLEASE, F_UNLCK);
-        return !tried();
-    }
+    // Whether somebody waits, who gets in when it ends.
+    bool isWanted() const { return held_ && ::fcntl(descriptor_, F_GETLEASE) != F_RDLCK; }
 
   private:
     // False while somebody has the file open to write. The usual signal would end the process; this one is ignored.
@@ -243,7 +239,7 @@ void giveBack(TemporaryFile& temporary, const Path& target) {
 
 // True when what the exchange brought out is still what was read, and nobody waits to write into it: an editor may have
 // saved after the last look at it.
-bool broughtOut(const TemporaryFile& temporary, const Snapshot& before, Lease& lease) {
+bool broughtOut(const TemporaryFile& temporary, const Snapshot& before, const Lease& lease) {
     const auto old = Snapshot::of(temporary.path());
     return old.identity.sameFile(before.identity) && old.text == before.text && !lease.isWanted();
 }
@@ -251,7 +247,7 @@ bool broughtOut(const TemporaryFile& temporary, const Snapshot& before, Lease& l
 enum class Exchange { done, changed, impossible };
 
 Exchange exchange(TemporaryFile& temporary, const Path& target, const Snapshot& before, const OpenFile& folder) {
-    Lease lease(before.file, target);
+    const Lease lease(before.file, target); // lets those in who wait once all stands at its place
     if (Snapshot::ifThere(target) != before) return Exchange::changed;
     if (!swap(temporary.path(), target)) {
         switch (errno) {
