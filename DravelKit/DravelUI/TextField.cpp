@@ -21,7 +21,7 @@ class OneLine final : public QValidator {
     using QValidator::QValidator;
 
     State validate(QString& text, int& cursor) const override {
-        static const QRegularExpression breaks(u"\\r\\n|[\\r\\n\\x{2028}\\x{2029}]"_s);
+        static const QRegularExpression breaks(u"\\r\\n|[\\n-\\r\\x{85}\\x{2028}\\x{2029}]"_s);
         if (!text.contains(breaks)) return Acceptable;
         lines_ = text.split(breaks, Qt::SkipEmptyParts);
         cursor = static_cast<int>(text.left(cursor).replace(breaks, u" "_s).size());

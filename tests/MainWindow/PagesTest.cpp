@@ -106,7 +106,7 @@ TEST(AddCard, TakesEverythingByKeys) {
 TEST(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
     TestWindow window("");
     auto& title = window.control<dravel::TextField>("add.title");
-    QApplication::clipboard()->setText(u"Pain\nVin"_s);
+    QApplication::clipboard()->setText(u"Pain\u0085Vin"_s);
     title.paste();
     EXPECT_EQ(title.text().toStdString(), "Pain Vin");
     std::filesystem::remove(window.world.file);
