@@ -43,8 +43,10 @@ TEST(Theme, KeepsTextReadable) {
     };
     check({Theme::text, Theme::textSecondary, Theme::textTertiary, Theme::accent, Theme::successText,
            Theme::warningText, Theme::dangerText},
-          {Theme::background, Theme::surface, Theme::tile}, 4.5);
-    check({Theme::text, Theme::textSecondary, Theme::accentOnSoft}, {Theme::accentSoft, Theme::accentSoftPressed}, 4.5);
+          {Theme::background, Theme::surface, Theme::tile, Theme::rowHover}, 4.5);
+    check({Theme::text, Theme::textSecondary, Theme::accentOnSoft},
+          {Theme::accentSoft, Theme::softHover, Theme::accentSoftPressed}, 4.5);
+    check({Theme::text}, {Theme::neutralHover, Theme::neutralPressed}, 4.5);
     check({Theme::successText}, {Theme::successSoft}, 4.5);
     check({Theme::warningText}, {Theme::warningSoft}, 4.5);
     check({Theme::dangerText}, {Theme::dangerSoft}, 4.5);
