@@ -240,8 +240,8 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .activationToken = activationToken,
                           .startedByBus = !environment("DBUS_STARTER_ADDRESS").empty() && !::isatty(STDIN_FILENO),
                           .quit = [] { QCoreApplication::exit(); }});
+    const EndSignals endSignals; // before there is anything to see
     delegate.launch();
-    const EndSignals endSignals;
     const int status = QCoreApplication::exec();
     model.end();
     notifications.flush();

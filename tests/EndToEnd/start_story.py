@@ -44,7 +44,6 @@ class Twice(Story):
         first.wait()
         self.until_menu("(Aujourd'hui)", "Pain")
 
-
     def test_one_that_gets_a_signal_ends_in_order(self):
         for number in (signal.SIGTERM, signal.SIGINT):
             program = self.launch()
