@@ -205,9 +205,43 @@ class Scales(Everywhere):
                         f"{(x, y, width, height)} in {(left, top, wide, high)}")
 
 
+class Portals(Everywhere):
+    """The desktop's own panel, and the key that it keeps for the quick entry."""
+
+    def open_settings(self):
+        self.launch()
+        self.open_window()
+        self.screen = Screen(self.desktop)
+        self.screen.press("Réglages", "list item")
+
+    def test_panel(self):
+        self.open_settings()
+        self.screen.press("Choisir un autre fichier")
+        import time; time.sleep(4)
+        self.desktop.picture("panel")
+        print(self.desktop.windows())
+
+    def test_key(self):
+        self.open_settings()
+        self.desktop.run(["dbus-monitor", "--session"] + ["destination='org.kde.kglobalaccel'", "interface='org.kde.kglobalaccel'", "interface='org.kde.KGlobalAccel'"], "mon"); import time; time.sleep(1)
+        self.screen.press("Choisir la touche de la saisie rapide")
+        import time; time.sleep(4)
+        self.desktop.picture("key")
+        print(self.desktop.windows())
+        for w in self.screen.widgets():
+            if w.role == "label" and "depuis tout" in w.name: print("ROW", w.name)
+        print(self.desktop.log("tacla"))
+        print(self.desktop.log("mon")[-9000:])
+        if hasattr(self.desktop, "display"):
+            self.screen.key  # as typed
+            subprocess.run(["xdotool", "key", "super+alt+t"], env=self.desktop.env | {"DISPLAY": self.desktop.display}, check=True)
+            time.sleep(2); print("AFTER KEY", self.desktop.windows()); self.desktop.picture("quick")
+        print("BUS", self.desktop.log("bus")[-3000:])
+
+
 def told_on(desktop, *but):
     """The stories as they are told on that desktop, without those which it has no such thing for."""
     def make_desktop(story):
         return desktop(size=story.size)
     return {story.__name__: type(story.__name__, (story,), {"make_desktop": make_desktop, "without": ("a11y",)})
-            for story in (FirstStart, Raised, Reminder, Dark, Scales) if story.__name__ not in but}
+            for story in (FirstStart, Raised, Reminder, Dark, Scales, Portals) if story.__name__ not in but}
