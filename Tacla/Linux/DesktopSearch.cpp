@@ -17,7 +17,7 @@ QString text(const std::string& words) { return QString::fromStdString(words); }
 
 }
 
-DesktopSearch::DesktopSearch(Find find) : find_(std::move(find)) {
+DesktopSearch::DesktopSearch() {
     qRegisterMetaType<QList<QVariantMap>>("QList<QVariantMap>");
     qRegisterMetaType<QList<RunnerAction>>("QList<tacla::RunnerAction>");
     qRegisterMetaType<QList<RunnerMatch>>("QList<tacla::RunnerMatch>");

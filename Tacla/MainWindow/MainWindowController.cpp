@@ -96,7 +96,9 @@ class MainWindow final : public QMainWindow {
     void changeEvent(QEvent*) override;
 
   private:
+    void watch(QScreen*);
     void takePlace();
+    void keepWithinScreen();
     QSize wantedSize() const;
     void comeForward(const std::string& activationToken);
     void rememberPlace();
@@ -105,7 +107,7 @@ class MainWindow final : public QMainWindow {
     AppModel& model_;
     Preferences& preferences_;
     MainView* view_;
-    QTimer placeSettled_, activation_;
+    QTimer placeSettled_, activation_, screenSettled_;
     bool placed_ = false, frameIsOld_ = false;
 };
 
@@ -118,11 +120,27 @@ MainWindow::MainWindow(AppModel& model, Preferences& preferences, const DesktopA
     placeSettled_.setSingleShot(true);
     placeSettled_.setInterval(500ms);
     connect(&placeSettled_, &QTimer::timeout, this, &MainWindow::rememberPlace);
+    screenSettled_.setSingleShot(true);
+    screenSettled_.setInterval(300ms);
+    connect(&screenSettled_, &QTimer::timeout, this, &MainWindow::keepWithinScreen);
+    for (auto* screen : QGuiApplication::screens()) watch(screen);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &MainWindow::watch);
     activation_.setSingleShot(true);
     activation_.setInterval(300ms);
     connect(&activation_, &QTimer::timeout, this, [this] {
         if (isVisible() && !isActiveWindow()) comeForward({});
     });
+}
+
+// A screen that is scaled, turned or replaced has less room at once; the desktop moves windows, but shrinks none.
+void MainWindow::watch(QScreen* screen) {
+    connect(screen, &QScreen::availableGeometryChanged, this, [this] { screenSettled_.start(); });
+}
+
+void MainWindow::keepWithinScreen() {
+    if (!isVisible() || isMaximized() || isFullScreen() || isMinimized()) return;
+    const auto room = roomForContent(screen()->availableGeometry().size(), true);
+    if (size().boundedTo(room) != size()) takePlace();
 }
 
 // The size that the window has, or that the user left, else the first one.

@@ -177,7 +177,7 @@ DesktopActions desktopActions(Portal& portal, QuickEntryKey& key, const dravel::
 }
 
 // The first of its name: runs until it is told to quit.
-int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearance,
+int runFirst(Bus& session, SingleInstance& instance, DesktopSearch& search, dravel::Appearance appearance,
              const std::string& activationToken) {
     const Paths paths;
     QtMainLoop loop;
@@ -221,7 +221,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     auto trayHost = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
     trayHost.coloursSymbols = trayHost.coloursSymbols && paths.isInstalled(); // the symbol is
     MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); }, trayHost.drawsBoxes);
-    DesktopSearch search([&](const std::string& typed) { return searchEntries(model.state(), typed); });
+    search.findWith([&](const std::string& typed) { return searchEntries(model.state(), typed); });
     MainWindowController window(model, preferences, actions, [&loop] { return loop.now(); });
     AppDelegate delegate({.loop = loop,
                           .session = session,
@@ -267,11 +267,14 @@ int runApplication(int& argc, char** argv) {
 
     session.open();
     SingleInstance instance;
-    if (const auto connection = session.connection())
+    DesktopSearch search;
+    if (auto connection = session.connection()) {
+        search.registerOn(*connection);
         if (instance.claim(*connection, activationToken) == SingleInstance::Role::second) return EXIT_SUCCESS;
+    }
     const auto appearance = dravel::appearanceOf(QGuiApplication::palette());
     setUp(application, appearance);
-    return runFirst(session, instance, appearance, activationToken);
+    return runFirst(session, instance, search, appearance, activationToken);
 }
 
 int runNotifyTest(int& argc, char** argv) {
