@@ -97,7 +97,7 @@ class MainWindow final : public QMainWindow {
 
   private:
     void watch(QScreen*);
-    void takePlace();
+    void takePlace(bool chosen);
     void keepWithinScreen();
     QSize wantedSize() const;
     void comeForward(const std::string& activationToken);
@@ -139,8 +139,8 @@ void MainWindow::watch(QScreen* screen) {
 
 void MainWindow::keepWithinScreen() {
     if (!isVisible() || isMaximized() || isFullScreen() || isMinimized()) return;
-    const auto room = roomForContent(screen()->availableGeometry().size(), true);
-    if (size().boundedTo(room) != size()) takePlace();
+    const auto room = roomForContent(screen()->availableGeometry().size(), !onWayland());
+    if (size().boundedTo(room) != size()) takePlace(false);
 }
 
 // The size that the window has, or that the user left, else the first one.
@@ -152,14 +152,13 @@ QSize MainWindow::wantedSize() const {
 }
 
 // Screens come and go while the window is away: each time it fits into the one that it comes to. Where it stands is the
-// desktop's choice on Wayland.
-void MainWindow::takePlace() {
+// desktop's choice on Wayland. Who chose its size saw the panels, too.
+void MainWindow::takePlace(bool chosen) {
     const auto last = preferences_.windowPosition();
     QScreen* target = screen();
     if (last && !onWayland())
         if (auto* there = QGuiApplication::screenAt({last->x + 32, last->y + 16})) target = there;
     const auto free = target->availableGeometry();
-    const bool chosen = placed_ || preferences_.windowSize(); // by somebody who saw the panels
     const QSize room = roomForContent(free.size(), chosen || !onWayland());
     const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0;
     // A Wayland desktop that gives less than a window asks for would see it cut off.
@@ -177,7 +176,7 @@ void MainWindow::takePlace() {
 }
 
 void MainWindow::present(const std::string& activationToken) {
-    if (!isVisible() && !isMaximized() && !isFullScreen()) takePlace();
+    if (!isVisible() && !isMaximized() && !isFullScreen()) takePlace(placed_ || preferences_.windowSize());
     placed_ = true;
     comeForward(activationToken);
     // A desktop may refuse the token, or may just be taking the focus away.

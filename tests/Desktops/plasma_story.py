@@ -1,6 +1,8 @@
 """Tacla on Plasma: KWin as a window of an X server without a screen, where xdotool has the pointer."""
 import json
+import os
 import shutil
+import signal
 import subprocess
 
 from gi.repository import Gio, GLib
@@ -42,6 +44,10 @@ class Plasma(Wayland):
         self.session.register_object("/", Gio.DBusNodeInfo.new_for_xml(WORDS).interfaces[0], self._hear, None, None)
         self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "UpdateActivationEnvironment",
                   GLib.Variant("(a{ss})", (self.env,)))
+        if self.owned("org.freedesktop.portal.Desktop"):  # too early, started by KWin: it knows no desktop
+            number = self.ask_bus("GetConnectionUnixProcessID", GLib.Variant("(s)", ("org.freedesktop.portal.Desktop",)))
+            os.kill(number, signal.SIGTERM)
+            until(lambda: not self.owned("org.freedesktop.portal.Desktop"), "that portal to go")
         self.run([f"kded{self.version}"], "kded")
         self.run(["plasmashell"], "plasmashell")
         until(lambda: all(map(self.owned, ("org.kde.plasmashell", self.NAMES["notify"], self.NAMES["panel"]))), "its services", 90)
@@ -117,6 +123,14 @@ class Plasma(Wayland):
 
     def darken(self):
         self.ask("plasma-apply-colorscheme", "BreezeDark")
+
+    def quiet(self):
+        """As long as this connection lasts."""
+        self.call(self.NAMES["notify"], "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Inhibit",
+                  GLib.Variant("(ssa{sv})", ("org.kde.plasmashell", "essai", {})))
+
+    def press(self, *chords):
+        subprocess.run(["xdotool", "key", *chords], env=self.env | {"DISPLAY": self.display}, check=True)
 
     def scale(self, factor):
         self.ask("kscreen-doctor", f"output.1.scale.{factor}")
