@@ -19,9 +19,9 @@ namespace tacla {
 struct RunnerAction { // (sss)
     QString id, text, icon;
 };
-struct RunnerMatch { // (sssuda{sv})
+struct RunnerMatch { // (sssida{sv})
     QString id, text, icon;
-    uint kind = 0;
+    int kind = 0;
     double relevance = 0;
     QVariantMap properties;
 };

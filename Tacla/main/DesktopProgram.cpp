@@ -16,6 +16,8 @@
 #include "Tacla/main/Programs.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QLibraryInfo>
 #include <QPalette>
 #include <QSessionManager>
 #include <QSocketNotifier>
@@ -119,6 +121,14 @@ struct Paths {
         return QUrl::fromLocalFile(QString::fromStdString(file.string())).toString(QUrl::FullyEncoded);
     }
 };
+
+// Qt gives the menus of a window to a panel that shows them, and on Wayland forgets to tell it of which window they
+// are, unless Plasma's own plugin is there: nobody would have them.
+void keepMenus() {
+    const auto plugin = QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/platformthemes/KDEPlasmaPlatformTheme6.so"_s;
+    if (environment("WAYLAND_DISPLAY").empty() || QFile::exists(plugin)) return;
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
+}
 
 void nameApplication() {
     qInstallMessageHandler(report);
@@ -262,6 +272,7 @@ int runApplication(int& argc, char** argv) {
     Bus session(Bus::Kind::session);
     std::optional<WithoutSessionBus> without;
     if (!session.answersWithin(busPatience)) without.emplace();
+    keepMenus();
     QApplication application(argc, argv);
     without.reset();
 

@@ -8,7 +8,7 @@ import subprocess
 from gi.repository import Gio, GLib
 from PIL import ImageGrab
 
-from everywhere import NAME, Desktop, Screen, Wayland, main, told_on, until
+from everywhere import NAME, Desktop, Everywhere, Screen, Wayland, day, main, told_on, until
 
 WORDS = '<node><interface name="fr.dravel.Story"><method name="say"><arg type="s" direction="in"/></method></interface></node>'
 # Of both releases: windows and areas are called otherwise.
@@ -37,7 +37,8 @@ class Plasma(Wayland):
                      "XDG_MENU_PREFIX": "plasma-", "LIBGL_ALWAYS_SOFTWARE": "1", "KWIN_COMPOSE": "Q", "XDG_CONFIG_DIRS": "/etc/xdg",
                      "XDG_DATA_DIRS": "/usr/share"}
         width, height = self.size.split("x")
-        self.run(["kwin_wayland", "--x11-display", self.display, "--width", width, "--height", height, "--no-lockscreen"], "kwin",
+        self.run(["kwin_wayland", "--x11-display", self.display, "--width", width, "--height", height,
+                  *([] if getattr(self, "lock", False) else ["--no-lockscreen"])], "kwin",
                  QT_QPA_PLATFORM=None)
         self.wait_for_display()
         until(lambda: self.owned("org.kde.KWin"), "KWin", 60)
@@ -134,6 +135,79 @@ class Plasma(Wayland):
 
     def scale(self, factor):
         self.ask("kscreen-doctor", f"output.1.scale.{factor}")
+
+
+class OfPlasma(Everywhere):
+    tasks = f"- [ ] Appeler le garage · {day(1)} 14:30\n"
+
+    def make_desktop(self):
+        return Plasma(size=self.size)
+
+
+class Runner(OfPlasma):
+    def test_finds_a_task_and_opens_the_window_on_it(self):
+        self.launch()
+        self.tray.wait()
+        self.desktop.run(["krunner"], "krunner")
+        until(lambda: self.desktop.owned("org.kde.krunner"), "KRunner")
+        self.desktop.call("org.kde.krunner", "/App", "org.kde.krunner.App", "query", GLib.Variant("(s)", ("garage",)))
+        runner = Screen(self.desktop, "krunner")
+        until(lambda: any("Appeler le garage" in widget.name for widget in runner.widgets()), "the task in its window")
+        self.desktop.picture("krunner")
+        self.desktop.press("Return")
+        self.until_front(NAME, "by KRunner")
+        self.desktop.picture("found")
+
+
+class Themes(OfPlasma):
+    def test_global_ones_leave_the_face_as_it_is(self):
+        self.launch()
+        self.open_window()
+        for theme, dark in (("org.kde.breezedark.desktop", True), ("org.kde.breeze.desktop", False)):
+            self.desktop.ask("plasma-apply-lookandfeel", "-a", theme)
+            until(lambda: (self.desktop.brightness() < 0.5) == dark, theme)
+            self.desktop.picture(f"theme-{'dark' if dark else 'light'}")
+
+
+class GlobalMenu(OfPlasma):
+    def test_has_the_menus_or_leaves_them_in_the_window(self):
+        self.desktop.call("org.kde.plasmashell", "/PlasmaShell", "org.kde.PlasmaShell", "evaluateScript", GLib.Variant(
+            "(s)", ("panels()[0].addWidget('org.kde.plasma.appmenu');",)))
+        until(lambda: self.desktop.owned("com.canonical.AppMenu.Registrar"), "who keeps the menus")
+        self.launch()
+        self.open_window()
+        shown = [Screen(self.desktop), self.desktop.shell]
+        until(lambda: [bool(screen.find("Édition")) for screen in shown].count(True) == 1, "the menus in one place")
+        self.desktop.picture("global-menu")
+
+
+class Locked(OfPlasma):
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+    def make_desktop(self):
+        d = Plasma(size=self.size); d.lock = True
+        return d
+    def test(self):
+        import time
+        self.desktop.call("org.freedesktop.ScreenSaver", "/ScreenSaver", "org.freedesktop.ScreenSaver", "Lock")
+        time.sleep(3)
+        self.launch()
+        time.sleep(3)
+        self.desktop.picture("locked")
+        print(subprocess.run(["ps", "axo", "pid,args"], capture_output=True, text=True).stdout)
+        number = int(subprocess.run(["pgrep", "-f", "kscreenlocker_greet"], capture_output=True, text=True).stdout.split()[0])
+        os.kill(number, signal.SIGTERM)
+        time.sleep(3)
+        self.desktop.picture("unlocked")
+
+
+class Still(OfPlasma):
+    def test(self):
+        self.launch()
+        import time; time.sleep(2)
+        self.desktop.ask("kwriteconfig%d" % self.desktop.version, "--notify", "--file", "kdeglobals", "--group", "KDE", "--key", "AnimationDurationFactor", "0")
+        for g, k in (("org.kde.kdeglobals.KDE", "AnimationDurationFactor"), ("org.gnome.desktop.interface", "enable-animations"), ("org.freedesktop.appearance", "color-scheme")):
+            try: print(k, self.desktop.call("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "Read", GLib.Variant("(ss)", (g, k))))
+            except GLib.Error as e: print(k, e.message)
 
 
 globals().update(told_on(Plasma))

@@ -27,6 +27,8 @@ class Sway(Wayland):
                      "WLR_LIBINPUT_NO_DEVICES": "1"}
         self._write("sway", CONFIG.format(size=self.size), 0o644)
         self._write("waybar", WAYBAR)
+        (self.folder / "home/.config/mako").mkdir()
+        self._write("home/.config/mako/config", "[mode=quiet]\ninvisible=1\n")
         if self.plain:
             self.folder.chmod(0o711)
             shutil.chown(self.folder / "runtime", 65534)
@@ -75,6 +77,12 @@ class Sway(Wayland):
     def answer(self, title, label):
         self.ask("makoctl", "invoke", "-n", str(self._bubbles()[title]), ACTIONS[label])
 
+    def quiet(self):
+        self.ask("makoctl", "mode", "-s", "quiet")
+
+    def locate(self, words):
+        return []  # nothing there tells what is on the screen
+
     def scale(self, factor):
         self.ask("swaymsg", "output", "HEADLESS-1", "scale", str(factor))
 
@@ -106,5 +114,5 @@ class Tile(Everywhere):
         return max(found)
 
 
-globals().update(told_on(Sway, "Dark"))  # nothing there says light or dark
+globals().update(told_on(Sway, "Dark", "Portals"))  # nothing there says light or dark, and no portal comes with it
 main()
