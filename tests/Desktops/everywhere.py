@@ -4,12 +4,13 @@ import os
 import pathlib
 import subprocess
 import sys
+import unittest
 
 from gi.repository import GLib
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "EndToEnd"))
 
-from story import Desktop, Screen, Story, day, main, until  # noqa: E402
+from story import Desktop, Screen, Story, day, until  # noqa: E402
 
 __all__ = ["NAME", "Desktop", "Everywhere", "Screen", "Wayland", "day", "main", "told_on", "until"]
 NAME = "fr.dravel.Tacla"
@@ -271,6 +272,28 @@ class Portals(Everywhere):
             return self.desktop.focused() == NAME
         until(pressed, "the quick entry")
         self.desktop.picture("quick-entry")
+
+
+class Result(unittest.TextTestResult):
+    """Says of each story how it went, a line each, for the table of all desktops."""
+
+    def addSuccess(self, test):
+        super().addSuccess(test)
+        self.tell(test, "✔")
+
+    def addFailure(self, test, error):
+        super().addFailure(test, error)
+        self.tell(test, "✘")
+
+    addError = addFailure
+
+    @staticmethod
+    def tell(test, how):
+        print(how, type(test).__name__, test._testMethodName.removeprefix("test_").replace("_", " "), flush=True)
+
+
+def main():
+    unittest.main(testRunner=unittest.TextTestRunner(verbosity=2, resultclass=Result))
 
 
 def told_on(desktop, *but):

@@ -4,7 +4,7 @@ import os
 
 from gi.repository import GLib
 
-from everywhere import NAME, Everywhere, Wayland, day, main, told_on, until
+from everywhere import NAME, Everywhere, Screen, Wayland, day, main, told_on, until
 
 SETTINGS = """[org/gnome/shell]
 welcome-dialog-last-shown-version='999'
@@ -111,7 +111,7 @@ class Gnome(Wayland):
     def allow_key(self):
         until(lambda: "GlobalShortcutsProvider" in (self.focused() or ""), "the desktop's question")
         self.picture("key")
-        self.press("Return")
+        Screen(self, "gnome-control-center-global-shortcuts-provider").press("Add", "button")
 
     def scale(self, factor):
         where = ("org.gnome.Mutter.DisplayConfig", "/org/gnome/Mutter/DisplayConfig", "org.gnome.Mutter.DisplayConfig")
@@ -144,6 +144,20 @@ class WithoutTray(Everywhere):
         self.desktop.click("Appeler le garage")
         self.until_front(NAME, "by the overview")
         self.desktop.picture("found")
+
+
+class WelcomeWithoutTray(Everywhere):
+    welcomed, tasks = False, ""
+
+    def make_desktop(self):
+        return Bare(size=self.size)
+
+    def test_says_how_to_come_back(self):
+        self.launch()
+        screen = Screen(self.desktop)
+        until(lambda: any(widget.name.startswith("Ce bureau n'a pas de zone de notification") for widget in screen.widgets()),
+              "the words in the welcome")
+        self.desktop.picture("welcome")
 
 
 globals().update(told_on(Gnome))
