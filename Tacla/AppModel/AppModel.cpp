@@ -232,6 +232,10 @@ void AppModel::useGoogleClient(const path& downloaded) {
     tell();
 }
 
+void AppModel::keepQuickEntryKey() {
+    store([&] { ports_.preferences.setQuickEntryKey(true); });
+}
+
 void AppModel::finishOnboarding() {
     store([&] { ports_.preferences.setOnboardingDone(true); });
     set(state_.onboarding, false);

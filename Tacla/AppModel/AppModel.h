@@ -96,7 +96,9 @@ class AppModel {
 
     void beginOnboarding() { set(state_.onboarding, true); }
     void tellOfTray(bool shown) { set(state_.withoutTray, !shown); }
-    void finishOnboarding(); // stores onboardingDone
+    void tellOfQuickEntryKey(const std::optional<std::string>& key) { set(state_.quickEntryKey, key); }
+    void keepQuickEntryKey(); // asks the desktop for it at each start
+    void finishOnboarding();  // stores onboardingDone
     void requestSection(std::optional<std::string> section) { set(state_.requestedSection, std::move(section)); }
 
   private:
