@@ -23,7 +23,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString endName = u"column.end"_s;
 
 constexpr int rowInset = 8, slack = 240; // rows are built a little before they come into view
 
@@ -46,7 +45,7 @@ TaskColumn::TaskColumn(dravel::DravelPage& page, AppModel& model, const dravel::
     : page_(page), model_(model), now_(now), end_(new QWidget(this)) {
     installAccessibility();
     setObjectName(u"column"_s);
-    end_->setObjectName(endName);
+    end_->setObjectName(u"column.end"_s);
     for (QWidget* stop : {static_cast<QWidget*>(this), end_}) stop->setProperty(dravel::handsFocusOn, true);
     for (QWidget* stop : {static_cast<QWidget*>(this), end_}) stop->setFocusPolicy(Qt::TabFocus);
     end_->installEventFilter(this);
