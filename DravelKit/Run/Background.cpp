@@ -14,6 +14,7 @@ struct ThreadedBackground::Jobs {
     struct Job {
         std::jthread thread;
         bool ended = false;
+        bool awaited = false;         // by the main thread, which then needs no waking
         std::function<void()> result; // once it ended
     };
 
@@ -28,18 +29,21 @@ struct ThreadedBackground::Jobs {
 
     // On the job's own thread, as the last thing it does.
     static void ended(const std::shared_ptr<Jobs>& jobs, std::uint64_t id, std::function<void()> result) {
-        const std::lock_guard lock(jobs->mutex);
-        const auto job = jobs->running.find(id);
-        if (job != jobs->running.end()) {
-            job->second.ended = true;
-            job->second.result = std::move(result);
+        {
+            const std::lock_guard lock(jobs->mutex);
+            const auto job = jobs->running.find(id);
+            const bool awaited = job != jobs->running.end() && job->second.awaited;
+            if (job != jobs->running.end()) {
+                job->second.ended = true;
+                job->second.result = std::move(result);
+            }
+            if (!jobs->quitting && !awaited) {
+                jobs->loop.post([weak = std::weak_ptr(jobs), id] {
+                    if (const auto alive = weak.lock()) alive->collect(id);
+                });
+            }
         }
-        if (!jobs->quitting) {
-            jobs->loop.post([weak = std::weak_ptr(jobs), id] {
-                if (const auto alive = weak.lock()) alive->collect(id);
-            });
-        }
-        jobs->someEnded.notify_all();
+        jobs->someEnded.notify_all(); // who waits finds the lock free
     }
 
     // On the main thread: does what the job came to, once, unless the program is quitting.
@@ -52,7 +56,7 @@ struct ThreadedBackground::Jobs {
             job = std::move(found->second);
             running.erase(found);
         }
-        job.thread.join(); // it has nothing left to do
+        job.thread.detach(); // it has nothing left to do, not even to let go of what it held
         job.result();
     }
 };
@@ -63,11 +67,14 @@ ThreadedBackground::ThreadedBackground(MainLoop& loop, std::chrono::milliseconds
 void ThreadedBackground::start(Work work, std::chrono::milliseconds patience) {
     std::unique_lock lock(jobs_->mutex);
     const auto id = ++jobs_->last;
-    jobs_->running[id].thread = std::jthread([jobs = jobs_, id, work = std::move(work)](const std::stop_token& stop) {
-        auto result = work(stop);
+    auto& job = jobs_->running[id];
+    job.awaited = patience > patience.zero();
+    job.thread = std::jthread([jobs = jobs_, id, work = std::move(work)](const std::stop_token& stop) mutable {
+        auto result = std::exchange(work, {})(stop);
         Jobs::ended(jobs, id, std::move(result));
     });
-    jobs_->someEnded.wait_for(lock, patience, [&] { return jobs_->running.at(id).ended; });
+    if (job.awaited) jobs_->someEnded.wait_for(lock, patience, [&] { return job.ended; });
+    job.awaited = false;
     lock.unlock();
     jobs_->collect(id);
 }

@@ -43,6 +43,7 @@ TEST(JobQueue, RunsInOrderAndWaitsOnlyForWhatIsQuick) {
     };
     add(1, 1h, [] {});
     EXPECT_EQ(done, (std::vector{1}));
+    EXPECT_FALSE(loop.hasPosted()); // what is waited for needs no waking
     add(2, 1ms, [released = release.get_future().share()] { released.wait(); });
     add(3, 1h, [] {});
     EXPECT_EQ(done, (std::vector{1}));
