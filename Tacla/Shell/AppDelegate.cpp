@@ -171,8 +171,7 @@ void AppDelegate::followColours() {
 void AppDelegate::perform(const MenuCommand& command) {
     switch (command.kind) {
     case MenuCommand::Kind::none: return;
-    case MenuCommand::Kind::toggle:
-        return ports_.list.toggle(TaskItem(command.task.value())); // the menu is rebuilt
+    case MenuCommand::Kind::toggle: return ports_.list.toggle(TaskItem(command.task.value())); // the menu is rebuilt
     case MenuCommand::Kind::openWindow: return showWindow(item_ ? item_->takeActivationToken() : "");
     case MenuCommand::Kind::openFile: return ports_.actions.openFile(ports_.model.state().file);
     case MenuCommand::Kind::openAgenda: return ports_.actions.openAgenda();
