@@ -123,7 +123,7 @@ void AppModel::wokeUp() {
 }
 
 void AppModel::store(const std::function<void()>& preference) try { preference(); } catch (const FileError& error) {
-    mirror_.handle({Happened::reported, sentence(impossibleToWrite(error))});
+    report(sentence(impossibleToWrite(error)));
 }
 
 namespace {

@@ -37,6 +37,7 @@ class AppModel {
     void end();       // the program ends in order: what was asked for is saved, and no bubble stays behind
     void checkFile(); // the two-second poll
     void wokeUp();    // after a suspend
+    void store(const std::function<void()>& preference); // a failure becomes status text
     void report(const std::string& message) { mirror_.tell({MirrorEvent::Kind::reported, message}); } // as syncError
 
     // What it joins, for those who ask something of it. Each change of theirs is published here.
@@ -47,6 +48,7 @@ class AppModel {
 
     void beginOnboarding() { set(state_.onboarding, true); }
     void tellOfTray(bool shown) { set(state_.withoutTray, !shown); }
+    void tellOfQuickEntryKey(const std::optional<std::string>& key) { set(state_.quickEntryKey, key); }
     void finishOnboarding(); // stores onboardingDone
     void requestSection(std::optional<std::string> section) { set(state_.requestedSection, std::move(section)); }
 
@@ -62,7 +64,6 @@ class AppModel {
     }
     void hear(LiveDocument::News);
     void openedOther();
-    void store(const std::function<void()>& preference); // a failure becomes status text
     void respond(const NotificationServer::Response&);
     void act(const NotificationServer::Response&);
     void explain(const RungTask&, const NotificationServer::Response&);

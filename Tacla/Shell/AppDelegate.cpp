@@ -65,6 +65,12 @@ void AppDelegate::observe() {
     keep(ports_.instance.activated.connect([this](const auto& activation) { activate(activation); }));
     keep(ports_.search.chosen.connect([this](const std::string& key) { showTask(key); }));
     keep(ports_.model.windowAsked.connect([this](const std::string& token) { showWindow(token); }));
+    keep(
+        ports_.quickEntryKey.changed.connect([this] { ports_.model.tellOfQuickEntryKey(ports_.quickEntryKey.key()); }));
+    keep(ports_.quickEntryKey.chosen.connect(
+        [this] { ports_.model.store([this] { ports_.preferences.setQuickEntryKey(true); }); }));
+    keep(ports_.quickEntryKey.pressed.connect(
+        [this](const std::string& token) { activate({.token = token, .action = ApplicationAction::newTask}); }));
     keep(ports_.scheme.changed.connect([this] { followColours(); }));
     keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
     keep(ports_.network.back.connect([this] { ports_.model.mirror().tell(MirrorEvent::Kind::networkBack); }));
@@ -73,6 +79,8 @@ void AppDelegate::observe() {
 }
 
 void AppDelegate::joinSession(const QDBusConnection& connection) {
+    ports_.portal.use(connection);
+    ports_.quickEntryKey.use(ports_.preferences.quickEntryKey());
     ports_.menu.registerOn(connection); // before the item, whose host asks for it
     item_.emplace(connection, ports_.trayHost);
     connections_.push_back(item_->activated.connect([this](const std::string& token) { showWindow(token); }));

@@ -211,15 +211,14 @@ void SettingsPage::addSystemCard() {
         model_.login().choose(on);
         refresh(); // the desktop may have refused
     });
-    const auto command = u"gapplication action fr.dravel.Tacla new-task"_s;
-    auto* quick =
-        addRow(*card, Symbol::keyboard, u"quick"_s, u"Saisie rapide"_s,
-               u"Pour ajouter une tâche depuis tout programme, associez une touche à cette commande dans les réglages "
-               u"du clavier de votre bureau :\n"_s +
-                   command);
-    addButton(neutral(u"Copier"_s), *quick, "quick.copy", u"Copier la commande de la saisie rapide"_s,
-              [command] { QGuiApplication::clipboard()->setText(command); });
-    quick->setTextsSelectable(true);
+    quick_ = addRow(*card, Symbol::keyboard, u"quick"_s, u"Saisie rapide"_s);
+    chooseKey_ = neutral({});
+    addButton(chooseKey_, *quick_, "quick.choose", u"Choisir la touche de la saisie rapide"_s,
+              [this] { actions_.chooseQuickEntryKey(window()); });
+    copyCommand_ = neutral(u"Copier"_s);
+    addButton(copyCommand_, *quick_, "quick.copy", u"Copier la commande de la saisie rapide"_s,
+              [] { QGuiApplication::clipboard()->setText(toQt(quickEntryCommand)); });
+    quick_->setTextsSelectable(true);
     auto* terminal =
         addRow(*card, Symbol::terminal, u"terminal"_s, u"En ligne de commande"_s,
                pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);
@@ -255,6 +254,11 @@ void SettingsPage::refresh() {
     test_->setNote(state.notificationTest ? toQt(*state.notificationTest) : QString());
     loginOn_->setChecked(state.launchAtLogin);
     login_->setDetail(toQt(trayText(state)));
+    quick_->setDetail(toQt(quickEntryText(state)));
+    chooseKey_->setVisible(state.quickEntryKey.has_value());
+    const bool noKey = state.quickEntryKey.value_or("").empty();
+    chooseKey_->setText(noKey ? u"Choisir…"_s : u"Changer…"_s);
+    copyCommand_->setVisible(noKey);
     refreshAccount();
     refreshCalendar();
 }
