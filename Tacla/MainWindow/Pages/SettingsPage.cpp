@@ -142,7 +142,7 @@ void SettingsPage::offerCopies(QWidget& button) {
         one->addAction(u"Regarder"_s, this, [this, path = copy.path] { actions_.openFile(path); });
         one->addAction(u"Rétablir"_s, this, [this, path = copy.path] { model_.list().bringBack(path); });
     }
-    menu->popup(button.mapToGlobal(button.rect().bottomLeft())); // not exec(), for those on the accessibility bus
+    dravel::popUp(*menu, button.mapToGlobal(button.rect().bottomLeft()));
 }
 
 void SettingsPage::addNotificationsCard() {

@@ -51,7 +51,8 @@ void TaskListCard::offerDays() {
         const auto postpone = [this, day = day, tasks = tasks_] { model_.list().postpone(tasks, day); };
         connect(menu->addAction(toQt(label)), &QAction::triggered, this, postpone);
     }
-    menu->popup(postpone_->mapToGlobal(QPoint(postpone_->width() - menu->sizeHint().width(), postpone_->height() + 4)));
+    const QPoint corner(postpone_->width() - menu->sizeHint().width(), postpone_->height() + 4);
+    dravel::popUp(*menu, postpone_->mapToGlobal(corner));
 }
 
 void TaskListCard::resizeEvent(QResizeEvent* event) {

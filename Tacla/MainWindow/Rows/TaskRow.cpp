@@ -326,9 +326,8 @@ void TaskRow::popUp(QMenu& menu, dravel::IconButton& button) {
     });
     button.setOpen(true);
     highlightChanged();
-    // Not exec(): whoever pressed the button over the accessibility bus would wait for the menu to close.
     constexpr QPoint faceCorner{30, 32};
-    menu.popup(button.mapToGlobal(faceCorner) - QPoint(menu.sizeHint().width(), 0));
+    dravel::popUp(menu, button.mapToGlobal(faceCorner) - QPoint(menu.sizeHint().width(), 0));
 }
 
 // The task is the one that the menu was opened for.
