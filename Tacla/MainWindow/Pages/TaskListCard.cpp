@@ -48,7 +48,7 @@ void TaskListCard::offerDays() {
     menu->setAttribute(Qt::WA_DeleteOnClose);
     for (const auto& [label, day] : postponements(Day::of(now_()))) {
         // The tasks as they are seen now: the list may be another one when an entry is chosen.
-        const auto postpone = [this, day = day, tasks = tasks_] { model_.postpone(tasks, day); };
+        const auto postpone = [this, day = day, tasks = tasks_] { model_.list().postpone(tasks, day); };
         connect(menu->addAction(toQt(label)), &QAction::triggered, this, postpone);
     }
     const QPoint corner(postpone_->width() - menu->sizeHint().width(), postpone_->height() + 4);
