@@ -14,6 +14,7 @@ using News = LiveDocument::News;
 
 // Less than two frames, and than anybody notices.
 static constexpr auto blink = 20ms;
+static constexpr auto patienceAtStart = 500ms;
 
 // What could not be written is said long enough to be read, whether or not the list can be, and why not.
 static constexpr auto shownAtLeast = 6s;
@@ -134,13 +135,13 @@ void LiveDocument::run(Job job, std::function<void(News)> done, std::chrono::mil
         patience);
 }
 
-void LiveDocument::begin(Then then, std::chrono::milliseconds patience) {
+void LiveDocument::begin(Then then) {
     const bool creates = state_.file == documentsTaskFile(folders_);
     const auto done = [this, then = std::move(then)](News news) {
         hear(std::move(news));
         then();
     };
-    run([creates](TaskDocument& document) { return begun(document, creates); }, done, patience);
+    run([creates](TaskDocument& document) { return begun(document, creates); }, done, patienceAtStart);
 }
 
 void LiveDocument::read() {
@@ -173,6 +174,15 @@ void LiveDocument::pruneCopies() {
 
 void LiveDocument::apply(const UserEdit& edit, Done done) {
     save([edit, now = loop_.now()](TaskDocument& document) { return edited(document, edit, now); }, std::move(done));
+}
+
+void LiveDocument::add(const std::vector<NewTask>& tasks, const Added& added) {
+    const auto day = tasks.front().day;
+    const auto edit = UserEdit::add(tasks, day == today() ? "Tâche ajoutée" : "Ajoutée pour " + day.longLabel());
+    if (!edit) return added ? added("Ce titre ne peut pas être écrit.") : void();
+    apply(*edit, [this, added](Outcome outcome) {
+        if (added) added(outcome == Outcome::failed ? state_.fileError : std::nullopt);
+    });
 }
 
 void LiveDocument::undo() {

@@ -1,6 +1,7 @@
 #include "Tacla/MainWindow/MainView.h"
 
 #include "DravelKit/DravelLogo/DravelLogo.h"
+#include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/DravelUI/DravelShell.h"
 #include "DravelKit/DravelUI/KeysPanel.h"
@@ -74,7 +75,7 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
     list_->button().setObjectName(u"welcome.list"_s);
     connect(&list_->button(), &QAbstractButton::clicked, this, [this] {
         actions_.chooseFile(window(), model_.state().file.parent_path(),
-                            [&model = model_](const auto& path) { model.use(path); });
+                            [&model = model_](const auto& path) { model.list().open(path); });
     });
 
     notifications_ =
@@ -82,7 +83,7 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
     notifications_->setButton(u"Autoriser…"_s, Button::Kind::soft);
     notifications_->button().setObjectName(u"welcome.notifications"_s);
     connect(&notifications_->button(), &QAbstractButton::clicked, this,
-            [this] { model_.requestNotifications(actions_.openNotificationSettings); });
+            [this] { model_.permission().request(actions_.openNotificationSettings); });
 
     agenda_ =
         page.addStep(new WelcomeStep(u"Google Agenda (facultatif)"_s,
@@ -102,11 +103,11 @@ static bool canSignIn(const ModelState& state) {
 
 void WelcomeView::connectAgenda() {
     if (model_.state().connection == Connection::signedIn)
-        model_.enableCalendarSync();
+        model_.mirror().tell(MirrorEvent::Kind::enableAsked);
     else if (canSignIn(model_.state()))
-        model_.signIn();
+        model_.mirror().tell(MirrorEvent::Kind::signInAsked);
     else
-        actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
+        actions_.chooseClient(window(), [&model = model_](const auto& path) { model.mirror().useClient(path); });
 }
 
 void WelcomeView::refresh() {
@@ -232,8 +233,17 @@ dravel::DravelShell& MainView::shell() {
         section_ = sections[static_cast<std::size_t>(row)];
         showPage();
     });
+    connect(&list, &dravel::SidebarList::clicked, this, [this] {
+        if (shell_->page() == find_) showPage();
+    });
+    auto* find = new dravel::IconButton(dravel::Symbol::search, u"Ouvrir la recherche"_s);
+    find->setObjectName(u"find.open"_s);
+    find->setToolTip(u"Chercher une tâche (Ctrl+F)"_s);
+    find->setFocusPolicy(Qt::NoFocus); // the keyboard has its own way
+    connect(find, &QAbstractButton::clicked, this, &MainView::beginFind);
+    shell_->setTool(find);
     shell_->setFoot(makeSyncBadge(model_, shell_));
-    connect(&shell_->toast(), &dravel::Toast::acted, this, [this] { model_.undo(); });
+    connect(&shell_->toast(), &dravel::Toast::acted, this, [this] { model_.list().undo(); });
     views_->addWidget(shell_);
     showPage();
     showUndoBar();

@@ -44,6 +44,7 @@ class AppDelegate {
         SecretStoreWatch& secrets;
         Preferences& preferences;
         AppModel& model;
+        LiveDocument& list; // the model's
         MenuServer& menu;
         MainWindowController& window;
         dravel::Updater& updater;

@@ -249,6 +249,7 @@ int runFirst(Bus& session, SingleInstance& instance, DesktopSearch& search, drav
                           .secrets = secrets,
                           .preferences = preferences,
                           .model = model,
+                          .list = model.list(),
                           .menu = menu,
                           .window = window,
                           .updater = updater,
@@ -329,7 +330,7 @@ int runSnapshot(int& argc, char** argv) {
     Preferences preferences(preferencesFile(paths.folders), paths.folders.locks);
     AppModel model({loop, background, background, preferences, paths.folders},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders), true);
-    model.reload();
+    model.list().read();
     background.finish();
     DesktopActions actions;
     actions.version = TACLA_VERSION;

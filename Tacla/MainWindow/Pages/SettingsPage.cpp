@@ -85,11 +85,11 @@ void SettingsPage::addListCard() {
                           u"Un fichier Markdown existant, ou une nouvelle liste."_s);
     addButton(neutral(u"Choisir…"_s), *change, "change.choose", u"Choisir un autre fichier"_s, [this] {
         actions_.chooseFile(window(), model_.state().file.parent_path(),
-                            [&model = model_](const auto& path) { model.use(path); });
+                            [&model = model_](const auto& path) { model.list().open(path); });
     });
     addButton(neutral(u"Créer…"_s), *change, "change.create", u"Créer une nouvelle liste"_s, [this] {
         actions_.createFile(window(), model_.state().file.parent_path(),
-                            [&model = model_](const auto& path) { model.createAndUse(path); });
+                            [&model = model_](const auto& path) { model.list().open(path, true); });
     });
 
     auto* copies = addRow(*card, Symbol::files, u"copies"_s, u"Copies de la liste"_s,
@@ -120,13 +120,16 @@ std::optional<std::filesystem::path> droppedList(const QMimeData& data) {
 
 // A file that is dropped on the list's card becomes the list.
 bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
+    auto* card = qobject_cast<dravel::Card*>(watched);
     const bool drop = event->type() == QEvent::Drop;
+    if (card && (drop || event->type() == QEvent::DragLeave)) card->setHighlighted(false);
     if (!drop && event->type() != QEvent::DragEnter) return DravelPage::eventFilter(watched, event);
     auto* dropped = static_cast<QDropEvent*>(event);
     const auto path = droppedList(*dropped->mimeData());
     if (!path) return false;
     dropped->acceptProposedAction();
-    if (drop) model_.use(*path);
+    if (card && !drop) card->setHighlighted(true);
+    if (drop) model_.list().open(*path);
     return true;
 }
 
@@ -134,15 +137,15 @@ void SettingsPage::offerCopies(QWidget& button) {
     auto* menu = new QMenu(this);
     menu->setObjectName(u"copies"_s);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    auto copies = model_.copies();
+    auto copies = model_.list().copies();
     if (copies.empty()) menu->addAction(u"Aucune copie de cette liste"_s)->setEnabled(false);
     if (copies.size() > mostCopiesOffered) copies.resize(mostCopiesOffered); // the others stand in the folder
     for (const auto& copy : copies) {
         auto* one = menu->addMenu(toQt(copyText(copy.made, model_.state().today)));
         one->addAction(u"Regarder"_s, this, [this, path = copy.path] { actions_.openFile(path); });
-        one->addAction(u"Rétablir"_s, this, [this, path = copy.path] { model_.bringBack(path); });
+        one->addAction(u"Rétablir"_s, this, [this, path = copy.path] { model_.list().bringBack(path); });
     }
-    menu->popup(button.mapToGlobal(button.rect().bottomLeft())); // not exec(), for those on the accessibility bus
+    dravel::popUp(*menu, button.mapToGlobal(button.rect().bottomLeft()));
 }
 
 void SettingsPage::addNotificationsCard() {
@@ -152,10 +155,10 @@ void SettingsPage::addNotificationsCard() {
                u"Avec « Fait » pour la cocher et « Demain » pour la reporter. 9 h pour une tâche sans heure."_s);
     allow_ = new Button(Button::Kind::soft, u"Autoriser…"_s);
     addButton(allow_, *reminders_, "reminders.allow", u"Autoriser les notifications"_s,
-              [this] { model_.requestNotifications(actions_.openNotificationSettings); });
+              [this] { model_.permission().request(actions_.openNotificationSettings); });
     test_ = addRow(*card, Symbol::send, u"test"_s, u"Tester"_s, u"Envoie une notification d'essai tout de suite."_s);
     addButton(neutral(u"Envoyer"_s), *test_, "test.send", u"Envoyer une notification d'essai"_s,
-              [this] { model_.testNotification(); });
+              [this] { model_.permission().test(); });
     add(card);
 }
 
@@ -166,10 +169,11 @@ void SettingsPage::addCalendarCard() {
     const auto mirror = u"Recopier les tâches dans l'agenda"_s;
     mirror_ = addRow(*card, Symbol::calendarPlus, u"mirror"_s, mirror);
     mirrorOn_ = addSwitch(*mirror_, "mirror.switch", mirror, [this](bool on) {
-        if (on != model_.state().calendarSync) model_.setCalendarSync(on);
+        if (on != model_.state().calendarSync) model_.mirror().tell({.kind = MirrorEvent::Kind::switchAsked, .on = on});
     });
     sync_ = addRow(*card, Symbol::arrowRepeat, u"sync"_s, u"Synchronisation"_s);
-    addButton(neutral(u"Synchroniser"_s), *sync_, "sync.now", u"Synchroniser maintenant"_s, [this] { model_.sync(); });
+    addButton(neutral(u"Synchroniser"_s), *sync_, "sync.now", u"Synchroniser maintenant"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::syncDue); });
     auto* web = addRow(*card, Symbol::compass, u"web"_s, u"Google Agenda"_s);
     addButton(neutral(u"Ouvrir"_s), *web, "web.open", u"Ouvrir Google Agenda"_s, [this] { actions_.openAgenda(); });
     add(card);
@@ -185,17 +189,20 @@ void SettingsPage::addAccountRows(SettingsCard& card) {
         if (const auto& wait = model_.state().signIn) QGuiApplication::clipboard()->setText(toQt(wait->address));
     });
     leave_ = neutral(u"Annuler"_s);
-    addButton(leave_, *account_, "account.leave", u"Annuler la connexion à Google"_s, [this] { model_.leaveSignIn(); });
+    addButton(leave_, *account_, "account.leave", u"Annuler la connexion à Google"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::signInLeft); });
     signIn_ = new Button(Button::Kind::soft, u"Se connecter…"_s);
-    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
+    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::signInAsked); });
     signOut_ = neutral(u"Se déconnecter"_s);
-    addButton(signOut_, *account_, "account.signOut", u"Se déconnecter de Google"_s, [this] { model_.signOut(); });
+    addButton(signOut_, *account_, "account.signOut", u"Se déconnecter de Google"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::signOutAsked); });
 
     client_ = addRow(card, Symbol::fileEarmark, u"client"_s, u"Fichier client"_s);
-    addButton(neutral(u"Choisir le fichier client…"_s), *client_, "client.choose", u"Choisir le fichier client"_s,
-              [this] {
-                  actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
-              });
+    addButton(
+        neutral(u"Choisir le fichier client…"_s), *client_, "client.choose", u"Choisir le fichier client"_s, [this] {
+            actions_.chooseClient(window(), [&model = model_](const auto& path) { model.mirror().useClient(path); });
+        });
 }
 
 void SettingsPage::addSystemCard() {
@@ -204,7 +211,7 @@ void SettingsPage::addSystemCard() {
     login_ = addRow(*card, Symbol::power, u"login"_s, title);
     loginOn_ = addSwitch(*login_, "login.switch", title, [this](bool on) {
         if (on == model_.state().launchAtLogin) return;
-        model_.setLaunchAtLogin(on);
+        model_.login().choose(on);
         refresh(); // the desktop may have refused
     });
     quick_ = addRow(*card, Symbol::keyboard, u"quick"_s, u"Saisie rapide"_s);
