@@ -125,10 +125,18 @@ QVariant wantedKeys() {
     return QVariant::fromValue(PortalEntries{{newTask, newTaskKey}});
 }
 
+// GNOME says "Press <Alt><Super>t".
+QString readableKey(QString key) {
+    const auto first = key.indexOf(u'<');
+    if (first < 0) return key;
+    key = key.mid(first).remove(u'<').replace(u'>', u'+');
+    return key.left(key.lastIndexOf(u'+') + 1) + key.mid(key.lastIndexOf(u'+') + 1).toUpper();
+}
+
 // As the desktop calls it; nothing where it is not among these.
 std::optional<std::string> keyIn(const QVariant& entries) {
     for (const auto& [id, properties] : qdbus_cast<PortalEntries>(entries))
-        if (id == newTask) return properties.value(u"trigger_description"_s).toString().toStdString();
+        if (id == newTask) return readableKey(properties.value(u"trigger_description"_s).toString()).toStdString();
     return {};
 }
 
@@ -181,7 +189,8 @@ void QuickEntryKey::bind(const QString& session, const QWidget* over, bool byUse
     const QVariantList arguments{QVariant::fromValue(QDBusObjectPath(session)), wantedKeys(), portalParent(over)};
     portal_.ask({.interface = shortcuts, .method = QLatin1String("BindShortcuts"), .arguments = arguments},
                 [this, session, byUser](Portal::Outcome outcome, const QVariantMap& results) {
-                    if (outcome == Portal::Outcome::done && bound(session, results)) {
+                    // GNOME 48 tells of a failure together with the key that it has bound.
+                    if (outcome != Portal::Outcome::left && bound(session, results)) {
                         wanted_ = true;
                         if (byUser) chosen();
                     } else if (session != sessionPath_) {
@@ -218,7 +227,9 @@ void QuickEntryKey::activated(const QDBusMessage& signal) {
 }
 
 void QuickEntryKey::shortcutsChanged(const QDBusMessage& signal) {
-    if (const auto key = keyIn(signal.arguments().value(1))) setKey(key);
+    const auto arguments = signal.arguments(); // session, keys
+    if (qvariant_cast<QDBusObjectPath>(arguments.value(0)).path() != sessionPath_) return;
+    if (const auto key = keyIn(arguments.value(1))) setKey(key);
 }
 
 void QuickEntryKey::closed(const QDBusMessage& signal) {
