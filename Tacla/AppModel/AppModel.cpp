@@ -83,7 +83,7 @@ void AppModel::hear(LiveDocument::News news) {
     renamed_.remember(news.renamed);
     if (news.opened) openedOther();
     if (news.tasks) {
-        if (reminders_ && !std::exchange(isOtherList_, false)) reminders_->follow(state_.tasks, *news.tasks);
+        if (reminders_ && !std::exchange(isOtherList_, false) && news.successors) reminders_->follow(*news.successors);
         state_.tasks = std::move(*news.tasks);
     }
     if (news.failure)
@@ -105,7 +105,7 @@ void AppModel::openedOther() {
     const auto& file = document_.state().file;
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
     if (!reminders_ || file == state_.file) return;
-    reminders_->follow(state_.tasks, {}); // each list has its own
+    reminders_->follow(Successors(state_.tasks, {})); // each list has its own
     reminders_->adopt(file, {});
     isOtherList_ = true;
 }
@@ -141,7 +141,13 @@ void AppModel::store(const std::function<void()>& preference) try { preference()
 }
 
 bool AppModel::holds(const TaskItem& seen) const {
-    return std::ranges::any_of(state_.tasks, [&](const TaskItem& task) { return isStill(seen, task); });
+    const auto place = state_.tasks.find(seen.key);
+    return place && isStill(seen, state_.tasks.drawn(*place));
+}
+
+TaskItem AppModel::whole(const TaskItem& drawn) const {
+    const auto place = drawn.title.size() > longestDrawn ? state_.tasks.find(drawn.key) : std::nullopt;
+    return place ? state_.tasks[*place] : drawn;
 }
 
 void AppModel::edit(const TaskItem& task, const TaskChange& change, std::function<void(Outcome)> done) {

@@ -53,12 +53,16 @@ class AppModel {
     void remove(const TaskItem& task) { document_.apply(UserEdit::remove(task)); }
     // `done` of a save is called as soon as the file has it, before the list is told.
     void edit(const TaskItem&, const TaskChange&, std::function<void(Outcome)> done = {});
-    bool holds(const TaskItem& seen) const; // the list, as it was read last
+    bool holds(const TaskItem& seen) const;      // the list, as it was read last
+    TaskItem whole(const TaskItem& drawn) const; // with all of an endless title
+    dravel::Background& background() const { return ports_.background; }
     // `added` gets none when the task is in the file, else why it is not.
     using Added = std::function<void(const std::optional<std::string>& whyNot)>;
     void add(const std::string& title, std::optional<Day>, std::optional<Clock>, bool strong, const Added& = {});
     void addAll(std::vector<NewTask> tasks, const Added& added) { write(UserEdit::addAll(std::move(tasks)), added); }
-    void postpone(const Tasks& seen, Day to) { document_.apply(UserEdit::postpone(seen, to, today())); } // one edit
+    void postpone(const TaskSelection& seen, Day to) {
+        document_.apply(UserEdit::postpone(seen, to, today()));
+    } // one edit
 
     void convertLineEnds() { document_.apply(UserEdit::plainLineEnds()); }
     std::vector<dravel::FileCopies::Copy> copies() const { return document_.copies(); }

@@ -79,7 +79,7 @@ struct UserEdit {
     static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong,
                                        std::string said);
     // Several at once. Of those that were seen, the ones that are still there; each keeps its time.
-    static UserEdit postpone(const Tasks& seen, Day to, Day today);
+    static UserEdit postpone(const TaskSelection& seen, Day to, Day today);
     static std::optional<UserEdit> addAll(std::vector<NewTask>);
     static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
     static UserEdit bringBack(std::string copy);
@@ -111,7 +111,8 @@ class TaskDocument {
 
     static void createIfMissing(const std::filesystem::path&); // with the new-file text
 
-    Tasks read();
+    TaskList read();
+    const TaskList& tasks() const { return tasks_; }         // of the last successful read
     std::size_t unreadDates() const { return unreadDates_; } // lines whose date a carriage return hides, at that time
     std::optional<Tasks> readIfPossible();
     // The text in pieces of whole lines, so that it never stands in memory; they count once the last one came.
@@ -145,11 +146,13 @@ class TaskDocument {
     void pruneCopies(Instant now) const;                  // those that have become too old
 
   private:
+    std::string readText();
     std::optional<Change> save(const dravel::SafeFile::Edit&, Instant now) const;
 
     std::filesystem::path file_;
     dravel::UserFolders folders_;
     Stamp lastRead_;
+    TaskList tasks_;
     std::size_t unreadDates_ = 0;
     bool unreadable_ = false;    // the last read failed: the file may come back just as it was
     std::deque<UndoStep> steps_; // the last one at the end

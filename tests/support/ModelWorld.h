@@ -108,7 +108,7 @@ struct ModelWorld {
     void save(std::string_view text) const; // as an editor does; the modification time differs for sure
     std::string text() const { return readBytes(file); }
     const ModelState& state() const { return model.state(); }
-    const TaskItem& task(std::string_view title) const;
+    TaskItem task(std::string_view title) const;
 
   private:
     AppModel::Ports ports();

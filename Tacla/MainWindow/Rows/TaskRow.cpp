@@ -312,8 +312,10 @@ void TaskRow::openAgainMenu() {
     menu_ = new QMenu(this);
     menu_->setObjectName(u"again.menu"_s);
     for (const auto& [label, day] : againDays(currentDay()))
-        connect(menu_->addAction(toQt(label)), &QAction::triggered, this,
-                [this, task = again(task_, day)] { model_.add(task.title, task.day, task.time, task.strong); });
+        connect(menu_->addAction(toQt(label)), &QAction::triggered, this, [this, shown = task_, day = day] {
+            const auto task = again(model_.whole(shown), day);
+            model_.add(task.title, task.day, task.time, task.strong);
+        });
     popUp(*menu_, *againButton_);
 }
 
