@@ -46,7 +46,7 @@ void writeTasks(const fs::path& file, std::int64_t count) {
 struct Fixture {
     explicit Fixture(std::int64_t count) {
         writeTasks(file, count);
-        model.reload();
+        model.list().read();
     }
     ~Fixture() { fs::remove_all(folder); }
 
@@ -66,7 +66,7 @@ struct Fixture {
 
 void reload(benchmark::State& state) {
     Fixture fixture(state.range(0));
-    for (auto turn : state) fixture.model.reload();
+    for (auto turn : state) fixture.model.list().read();
 }
 BENCHMARK(reload)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 

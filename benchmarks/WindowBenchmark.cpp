@@ -82,7 +82,7 @@ void reloadAndRefresh(benchmark::State& state) {
     for (auto _ : state) {
         other = !other;
         testing::writeBytes(screen.world.file, other ? text + "- [ ] Pain · 2026-11-20\n" : text);
-        screen.world.model.reload();
+        screen.world.list().read();
         screen.frame();
     }
     state.SetLabel(std::string(rawValue(section)));

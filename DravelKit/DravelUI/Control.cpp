@@ -3,10 +3,16 @@
 #include "DravelKit/DravelUI/Theme.h"
 
 #include <QAbstractScrollArea>
+#include <QAccessible>
+#include <QApplication>
 #include <QEvent>
 #include <QFocusEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
+#include <QTimer>
+
+#include <algorithm>
 
 namespace dravel {
 
@@ -30,6 +36,30 @@ QWidget& stageOf(QWidget& control) {
 
 bool isKeyboardFocus(Qt::FocusReason reason) {
     return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
+}
+
+void popUp(QMenu& menu, const QPoint& corner) {
+    menu.popup(corner);
+    const QPointer<Control> control = qobject_cast<Control*>(QApplication::focusWidget());
+    if (!control || !control->hasRing()) return;
+    // Both later: Qt tells of the window behind as if the focus had come to it, when a menu opens and when it closes.
+    QTimer::singleShot(0, &menu, [&menu] {
+        const auto entries = menu.actions();
+        const auto first = std::find_if(entries.begin(), entries.end(), [](auto* entry) { return entry->isEnabled(); });
+        if (first != entries.end() && !menu.activeAction()) menu.setActiveAction(*first);
+    });
+    QObject::connect(&menu, &QMenu::aboutToHide, control, [control] {
+        QTimer::singleShot(0, control, [control] {
+            if (!control->hasFocus()) return;
+            QAccessibleEvent back(control, QAccessible::Focus);
+            QAccessible::updateAccessibility(&back);
+        });
+    });
+}
+
+void announce(QWidget& notification) {
+    QAccessibleEvent news(&notification, QAccessible::ObjectShow);
+    QAccessible::updateAccessibility(&news);
 }
 
 FocusRing* FocusRing::around(QWidget& control, const QRect& face, int radius) {

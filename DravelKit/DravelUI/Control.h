@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QWidget>
 
+class QMenu;
 class QPainter;
 
 namespace dravel {
@@ -14,6 +15,16 @@ namespace dravel {
 // True for focus that came by the keyboard: Tab, Backtab or a shortcut. Pass Qt::TabFocusReason when you move focus for
 // an arrow key.
 bool isKeyboardFocus(Qt::FocusReason);
+
+// Opens a menu; for whoever moves by keyboard (there is a focus ring) its first entry is chosen, and so spoken. Not
+// QMenu::exec(): whoever pressed a button over the accessibility bus would wait for the menu to close.
+void popUp(QMenu&, const QPoint& corner);
+
+// The property of a widget that hands the focus on when it comes: screen readers don't hear of it.
+inline constexpr char handsFocusOn[] = "dravel.handsFocusOn";
+
+// Lets screen readers speak a notification that is shown already and says something else now; showing one speaks it.
+void announce(QWidget& notification);
 
 // The ring 2 px outside a control that has keyboard focus. It stands in the control's page, above its neighbours, and
 // follows the control when that moves. At most one per window; gone with the focus.
@@ -45,6 +56,7 @@ class Control : public QAbstractButton {
   public:
     explicit Control(QWidget* parent = nullptr);
     ~Control() override;
+    bool hasRing() const { return ring_; }
 
   protected:
     virtual void paint(QPainter&) = 0;            // antialiasing is on

@@ -6,7 +6,6 @@
 #include "DravelKit/DravelUI/SidebarList.h"
 #include "DravelKit/DravelUI/TextLabel.h"
 
-#include <QAccessible>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -60,9 +59,7 @@ void Toast::tell(const QString& text, const QString& action) {
     layout()->setContentsMargins(Theme::Space::md + shadowReach, 0, right + shadowReach, 0);
     show();
     Q_EMIT changed();
-    if (!again) return; // showing it has told screen readers
-    QAccessibleEvent news(this, QAccessible::ObjectShow);
-    QAccessible::updateAccessibility(&news);
+    if (again) announce(*this);
 }
 
 void Toast::dismiss() {

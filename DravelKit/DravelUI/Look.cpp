@@ -9,6 +9,7 @@
 #include "DravelKit/DravelUI/MenuStyle.h"
 #include "DravelKit/DravelUI/SettingsCard.h"
 #include "DravelKit/DravelUI/SidebarList.h"
+#include "DravelKit/DravelUI/TextField.h"
 #include "DravelKit/DravelUI/TextPaint.h"
 
 #include <QAbstractSpinBox>
@@ -18,6 +19,7 @@
 #include <QLibraryInfo>
 #include <QMenu>
 #include <QPainter>
+#include <QPointer>
 #include <QProxyStyle>
 #include <QStyleOption>
 #include <QToolTip>
@@ -204,8 +206,8 @@ void KitStyle::drawComplexControl(ComplexControl control, const QStyleOptionComp
     QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 
-// A row of the sidebar or a chip: pressing it is its only action. The action of a check box would be wrong, for a click
-// on a chip selects nothing by itself.
+// A row of the sidebar, a chip or an offer: pressing it is its only action. The action of a check box would be wrong,
+// for a click on a chip selects nothing by itself.
 class Choice final : public QAccessibleWidget {
   public:
     Choice(QAbstractButton& button, QAccessible::Role role)
@@ -217,8 +219,8 @@ class Choice final : public QAccessibleWidget {
         state.focusable = state.focusable || row;
         state.selectable = row;
         state.selected = row && button_.isChecked();
-        state.checkable = !row;
-        state.checked = !row && button_.isChecked();
+        state.checkable = button_.isCheckable() && !row;
+        state.checked = state.checkable && button_.isChecked();
         return state;
     }
     QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
@@ -255,6 +257,7 @@ class Ring final : public QAccessibleWidget, public QAccessibleValueInterface {
 QAccessibleInterface* kitAccessible(const QString&, QObject* object) {
     if (auto* row = qobject_cast<SidebarRow*>(object)) return new Choice(*row, QAccessible::ListItem);
     if (auto* chip = qobject_cast<Chip*>(object)) return new Choice(*chip, QAccessible::RadioButton);
+    if (auto* offer = qobject_cast<Offer*>(object)) return new Choice(*offer, QAccessible::Notification);
     if (auto* ring = qobject_cast<ProgressRing*>(object)) return new Ring(*ring);
     if (auto* list = qobject_cast<SidebarList*>(object)) return new QAccessibleWidget(list, QAccessible::List);
     if (auto* page = qobject_cast<DravelPage*>(object)) return new QAccessibleWidget(page, QAccessible::Pane);
@@ -265,6 +268,26 @@ QAccessibleInterface* kitAccessible(const QString&, QObject* object) {
           static_cast<QWidget*>(qobject_cast<DatePopup*>(object))})
         if (group) return new QAccessibleWidget(group, QAccessible::Grouping);
     return nullptr;
+}
+
+bool isAboutText(QAccessible::Event type) {
+    using enum QAccessible::Event;
+    return type == TextCaretMoved || type == TextSelectionChanged || type == TextInserted || type == TextRemoved ||
+           type == TextUpdated;
+}
+
+// Qt tells of the focus after focusInEvent(). A widget that handed it on would be spoken of last. And a screen reader
+// that hears of a field's text before it hears that the field has the focus takes it for known, and never names it.
+void inSpokenOrder(QAccessibleEvent* event) {
+    static QPointer<QObject> focus; // the last that was told of
+    if (event->type() == QAccessible::Focus) {
+        if (event->object() && event->object()->property(handsFocusOn).toBool()) return;
+        focus = event->object();
+    }
+    if (isAboutText(event->type()) && focus && focus != event->object()) return;
+    QAccessible::installUpdateHandler(nullptr);
+    QAccessible::updateAccessibility(event);
+    QAccessible::installUpdateHandler(inSpokenOrder);
 }
 
 QPalette themePalette(Appearance appearance) {
@@ -301,6 +324,7 @@ void setKitStyle(QApplication& application) {
 
 void installLook(QApplication& application, Appearance appearance) {
     QAccessible::installFactory(kitAccessible);
+    QAccessible::installUpdateHandler(inSpokenOrder);
     setKitStyle(application);
     QApplication::setFont(Theme::font(Theme::Typography::body));
     setAppearance(appearance);

@@ -86,14 +86,18 @@ Offer::Offer(TextField& field, QWidget* parent) : Control(parent), field_(field)
     setFocusPolicy(Qt::NoFocus); // the field's Tab key is its own
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     setToolTip(u"Touche Tab"_s);
+    setAccessibleDescription(u"touche Tab"_s);
     field.installEventFilter(this);
     hide();
 }
 
 void Offer::make(const QString& what) {
+    if (what == text()) return;
     setText(what);
+    setAccessibleName(what);
+    const bool again = isVisible();
     setVisible(!what.isEmpty());
-    field_.setAccessibleDescription(what.isEmpty() ? QString() : what + u", touche Tab"_s);
+    if (again && isVisible()) announce(*this);
     updateGeometry();
     update();
 }

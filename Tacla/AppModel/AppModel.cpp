@@ -3,7 +3,6 @@
 #include "DravelKit/Foundation/WallCalendar.h"
 #include "Tacla/TaskList/TaskFile.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace tacla {
@@ -11,23 +10,19 @@ namespace tacla {
 using namespace std::chrono_literals;
 using Happened = MirrorEvent::Kind;
 using dravel::FileError;
-using std::filesystem::path;
 
-AppModel::AppModel(Ports ports, path file, bool passive)
-    : ports_(std::move(ports)), document_(
+AppModel::AppModel(Ports ports, std::filesystem::path file, bool passive)
+    : ports_(std::move(ports)), list_(
                                     ports_.loop, ports_.disk, ports_.folders, std::move(file),
                                     [this](auto news) { hear(std::move(news)); }, [this] { tell(); }),
       mirror_(ports_.loop, ports_.background, ports_.preferences, ports_.calendar, state_.tasks, renamed_,
               [this] { tell(); }),
       permission_(ports_.loop, ports_.notifications, [this] { tell(); }),
-      launchAtLogin_(ports_.loginItem, ports_.preferences, [this](const std::string& message) {
-          mirror_.handle({Happened::reported, message});
-      }) {
+      login_(
+          ports_.loginItem, ports_.preferences, [this](const auto& message) { report(message); }, [this] { tell(); }) {
     state_.today = today();
     state_.now = now();
-    state_.file = document_.state().file;
-    state_.calendarSync = mirror_.state().on;
-    state_.launchAtLogin = launchAtLogin_.isOn();
+    tell(); // nobody listens yet
     if (passive || ports_.notifications == nullptr) return;
     reminders_.emplace(ports_.loop, *ports_.notifications, ports_.preferences, ports_.folders.locks / "bubbles",
                        [this](const FileError& error) { report(sentence(impossibleToWrite(error))); });
@@ -36,23 +31,23 @@ AppModel::AppModel(Ports ports, path file, bool passive)
 
 void AppModel::start() {
     dravel::wall::refreshZone(); // the zone of today; the poll notices another one
-    document_.begin([this] {
+    list_.begin([this] {
         if (reminders_) reminders_->adopt(state_.file, state_.tasks);
     });
-    document_.pruneCopies();
+    list_.pruneCopies();
     poll_.emplace(ports_.loop, 2s, [this] { checkFile(); });
-    periodic_.emplace(ports_.loop, 600s, [this] { tellOf(Happened::periodPassed); });
-    tellOf(Happened::started);
+    periodic_.emplace(ports_.loop, 600s, [this] { mirror_.tell(Happened::periodPassed); });
+    mirror_.tell(Happened::started);
     permission_.refreshWhenServersComeAndGo();
 }
 
 void AppModel::end() {
-    document_.finishSaving();
+    list_.finishSaving();
     if (reminders_) reminders_->closeAll();
 }
 
 void AppModel::tell() {
-    const auto& document = document_.state();
+    const auto& document = list_.state();
     state_.file = document.file;
     state_.unreadDates = document.unreadDates;
     state_.fileError = document.fileError;
@@ -69,12 +64,8 @@ void AppModel::tell() {
     state_.calendarSync = mirror.on;
     state_.notificationsAllowed = permission_.allowed;
     state_.notificationTest = permission_.testResult;
-    state_.launchAtLogin = launchAtLogin_.isOn();
+    state_.launchAtLogin = login_.isOn();
     changed();
-}
-
-void AppModel::tellOf(Happened what) {
-    if (mirror_.handle({what})) tell();
 }
 
 void AppModel::hear(LiveDocument::News news) {
@@ -95,14 +86,14 @@ void AppModel::hear(LiveDocument::News news) {
         reminders_->reconcile(state_.tasks, state_.now);
     }
     tell();
-    if (news.written) tellOf(Happened::edited);
-    if (news.opened) tellOf(Happened::listChosen);
+    if (news.written) mirror_.tell(Happened::edited);
+    if (news.opened) mirror_.tell(Happened::listChosen);
     // An editor's change waits for the periodic sync: it is often one of several.
-    if (news.savedWhileRead) tellOf(Happened::savedWhileRead);
+    if (news.savedWhileRead) mirror_.tell(Happened::savedWhileRead);
 }
 
 void AppModel::openedOther() {
-    const auto& file = document_.state().file;
+    const auto& file = list_.state().file;
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
     if (!reminders_ || file == state_.file) return;
     reminders_->follow(Successors(state_.tasks, {})); // each list has its own
@@ -122,58 +113,17 @@ void AppModel::checkFile() {
         if (reminders_) reminders_->minutePassed(state_.tasks, moment);
         tell();
     }
-    if (!document_.check(inAnyCase) && inAnyCase) hear({}); // the disk is slow, the day is not
-    if (newDay) document_.pruneCopies();
+    if (!list_.check(inAnyCase) && inAnyCase) hear({}); // the disk is slow, the day is not
+    if (newDay) list_.pruneCopies();
 }
 
 void AppModel::wokeUp() {
-    reload();
-    tellOf(Happened::wokeUp);
-}
-
-void AppModel::report(const std::string& message) {
-    mirror_.handle({Happened::reported, message});
-    tell();
+    list_.read();
+    mirror_.tell(Happened::wokeUp);
 }
 
 void AppModel::store(const std::function<void()>& preference) try { preference(); } catch (const FileError& error) {
-    mirror_.handle({Happened::reported, sentence(impossibleToWrite(error))});
-}
-
-bool AppModel::holds(const TaskItem& seen) const {
-    const auto place = state_.tasks.find(seen.key);
-    return place && isStill(seen, state_.tasks.drawn(*place));
-}
-
-TaskItem AppModel::whole(const TaskItem& drawn) const {
-    const auto place = drawn.title.size() > longestDrawn ? state_.tasks.find(drawn.key) : std::nullopt;
-    return place ? state_.tasks[*place] : drawn;
-}
-
-void AppModel::edit(const TaskItem& task, const TaskChange& change, std::function<void(Outcome)> done) {
-    document_.apply(UserEdit::change(task, change, today()), [this, task, done = std::move(done)](auto outcome) {
-        if (!done) return;
-        switch (outcome) {
-        case LiveDocument::Outcome::saved: return done(Outcome::saved);
-        case LiveDocument::Outcome::failed: return done(Outcome::failed);
-        case LiveDocument::Outcome::unchanged: return done(holds(task) ? Outcome::unchanged : Outcome::gone);
-        }
-    });
-}
-
-void AppModel::add(const std::string& title, std::optional<Day> day, std::optional<Clock> time, bool strong,
-                   const Added& added) {
-    const auto on = day.value_or(today());
-    write(UserEdit::add(title, on, time, strong, on == today() ? "Tâche ajoutée" : "Ajoutée pour " + on.longLabel()),
-          added);
-}
-
-void AppModel::write(const std::optional<UserEdit>& edit, const Added& added) {
-    if (!edit && added) added("Ce titre ne peut pas être écrit.");
-    if (!edit) return;
-    document_.apply(*edit, [this, added](auto outcome) {
-        if (added) added(outcome == LiveDocument::Outcome::failed ? state_.fileError : std::nullopt);
-    });
+    report(sentence(impossibleToWrite(error)));
 }
 
 namespace {
@@ -189,7 +139,7 @@ std::string outlived(const RungTask& task) {
 }
 
 void AppModel::respond(const NotificationServer::Response& response) {
-    document_.readIfChanged([this, response] { act(response); }); // what was edited elsewhere a moment ago counts
+    list_.readIfChanged([this, response] { act(response); }); // what was edited elsewhere a moment ago counts
 }
 
 void AppModel::act(const NotificationServer::Response& response) {
@@ -200,42 +150,20 @@ void AppModel::act(const NotificationServer::Response& response) {
     const auto edit = response.action == Action::done
                           ? UserEdit::setDone(*task.now, true, today())
                           : UserEdit::reschedule(*task.now, today().plusDays(1), task.now->time, today());
-    document_.apply(edit, [this, task, response](auto outcome) {
+    list_.apply(edit, [this, task, response](auto outcome) {
         if (outcome == LiveDocument::Outcome::failed) reminders_->ringAgain(*task.now);
         if (outcome != LiveDocument::Outcome::saved) explain(task, response);
     });
 }
 
 void AppModel::explain(const RungTask& task, const NotificationServer::Response& response) {
-    if (!state_.fileError) document_.show(UndoBar{outlived(task), false});
+    if (!state_.fileError) list_.show(UndoBar{outlived(task), false});
     openOnToday(response);
 }
 
 void AppModel::openOnToday(const NotificationServer::Response& response) {
     requestSection("today");
     windowAsked(response.activationToken);
-}
-
-void AppModel::setCalendarSync(bool on) {
-    mirror_.handle({.kind = Happened::switchAsked, .on = on});
-    tell(); // in any case: the switch may show what could not be stored
-}
-
-void AppModel::enableCalendarSync() {
-    mirror_.handle({Happened::enableAsked});
-    tell();
-}
-
-void AppModel::useGoogleClient(const path& downloaded) {
-    if (ports_.calendar == nullptr) return;
-    std::optional<std::string> failure;
-    try {
-        ports_.calendar->useClient(downloaded);
-    } catch (const std::exception& error) {
-        failure = error.what();
-    }
-    mirror_.handle({failure ? Happened::reported : Happened::clientChosen, failure.value_or("")});
-    tell();
 }
 
 void AppModel::finishOnboarding() {

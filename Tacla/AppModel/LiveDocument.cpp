@@ -180,6 +180,15 @@ void LiveDocument::apply(const UserEdit& edit, Done done) {
     save([edit, now = loop_.now()](TaskDocument& document) { return edited(document, edit, now); }, std::move(done));
 }
 
+void LiveDocument::add(const std::vector<NewTask>& tasks, const Added& added) {
+    const auto day = tasks.front().day;
+    const auto edit = UserEdit::add(tasks, day == today() ? "Tâche ajoutée" : "Ajoutée pour " + day.longLabel());
+    if (!edit) return added ? added("Ce titre ne peut pas être écrit.") : void();
+    apply(*edit, [this, added](Outcome outcome) {
+        if (added) added(outcome == Outcome::failed ? state_.fileError : std::nullopt);
+    });
+}
+
 void LiveDocument::undo() {
     save([now = loop_.now()](TaskDocument& document) { return undone(document, now); });
 }

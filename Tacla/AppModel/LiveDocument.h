@@ -55,17 +55,34 @@ class LiveDocument {
     bool check(bool inAnyCase); // the poll; false when it is left out, because a job runs
     void pruneCopies();
 
-    void apply(const UserEdit&, Done = {}); // `done` of a save is called before its news
+    // Edits, of tasks as they were seen: one that is no longer there changes nothing. `done` of a save is called before
+    // its news.
+    void apply(const UserEdit&, Done = {});
+    void toggle(const TaskItem& task) { apply(UserEdit::setDone(task, !task.done, today())); }
+    void reschedule(const TaskItem& task, Day to, std::optional<Clock> time) {
+        apply(UserEdit::reschedule(task, to, time, today()));
+    }
+    void edit(const TaskItem& task, const TaskChange& change, Done done = {}) {
+        apply(UserEdit::change(task, change, today()), std::move(done));
+    }
+    void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
+    void postpone(const TaskSelection& seen, Day to) { apply(UserEdit::postpone(seen, to, today())); } // one edit
+    // `added` gets none when the tasks are in the file, else why they are not.
+    using Added = std::function<void(const std::optional<std::string>& whyNot)>;
+    void add(const std::vector<NewTask>&, const Added& = {}); // one at least
+
+    // Takes the last of these edits back, also after its bar is gone, as long as the file still holds what it wrote.
     void undo();
     void bringBack(const std::filesystem::path& copy);
-    void open(const std::filesystem::path&, bool creates);
-    void finishSaving(); // waits for the disk, however long it takes
+    void open(const std::filesystem::path&, bool creates = false); // another; with the new-file text, if it is missing
+    void finishSaving();                                           // waits for the disk, however long it takes
 
     void show(std::optional<UndoBar>); // for ten seconds
 
   private:
     using Job = std::function<News(TaskDocument&)>;
 
+    Day today() const { return Day::of(loop_.now()); }
     void run(Job, std::function<void(News)> done, std::chrono::milliseconds patience);
     void save(Job, Done = {});
     void hear(News);

@@ -6,8 +6,10 @@
 
 namespace tacla {
 
-LaunchAtLogin::LaunchAtLogin(LoginItem* item, Preferences& preferences, std::function<void(const std::string&)> report)
-    : item_(item), preferences_(preferences), report_(std::move(report)), on_(item != nullptr && item->isEnabled()) {}
+LaunchAtLogin::LaunchAtLogin(LoginItem* item, Preferences& preferences, std::function<void(const std::string&)> report,
+                             std::function<void()> changed)
+    : item_(item), preferences_(preferences), report_(std::move(report)), changed_(std::move(changed)),
+      on_(item != nullptr && item->isEnabled()) {}
 
 void LaunchAtLogin::apply() {
     if (item_ == nullptr || preferences_.wantsLaunchAtLogin() == false) return;
@@ -38,6 +40,7 @@ void LaunchAtLogin::choose(bool on) {
         report_("Ouverture au démarrage : " + error.description());
     }
     on_ = item_->isEnabled();
+    changed_();
 }
 
 }

@@ -29,7 +29,8 @@ class LoginItem {
 class LaunchAtLogin {
   public:
     // No item: there is nothing to choose. `report` gets the message of what failed.
-    LaunchAtLogin(LoginItem*, Preferences&, std::function<void(const std::string&)> report);
+    LaunchAtLogin(LoginItem*, Preferences&, std::function<void(const std::string&)> report,
+                  std::function<void()> changed);
 
     bool isOn() const { return on_; } // as it was after the last choice
     void apply();                     // at start: on, unless the user chose otherwise
@@ -39,6 +40,7 @@ class LaunchAtLogin {
     LoginItem* item_;
     Preferences& preferences_;
     std::function<void(const std::string&)> report_;
+    std::function<void()> changed_;
     bool on_;
 };
 

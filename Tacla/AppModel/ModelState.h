@@ -39,6 +39,7 @@ struct ModelState {
     bool calendarSync = false;
     bool onboarding = false;
     bool withoutTray = false;                    // the desktop shows no icons of programs
+    std::optional<std::string> quickEntryKey;    // "" until one is chosen; nothing where the desktop keeps no keys
     std::optional<std::string> requestedSection; // a section that the window is asked to show
     std::optional<UndoBar> undoBar;              // for ten seconds
 

@@ -62,9 +62,20 @@ bool CalendarMirror::handle(const MirrorEvent& event) {
     return different;
 }
 
-void CalendarMirror::finish(MirrorEvent event) {
+void CalendarMirror::tell(MirrorEvent event) {
     event.at = loop_.now();
     if (handle(event)) changed_();
+}
+
+void CalendarMirror::useClient(const std::filesystem::path& downloaded) {
+    if (service_ == nullptr) return;
+    try {
+        service_->useClient(downloaded);
+        handle({Kind::clientChosen});
+    } catch (const std::exception& error) {
+        handle({Kind::reported, error.what()});
+    }
+    changed_();
 }
 
 bool CalendarMirror::perform(const MirrorAction& action) {
@@ -76,7 +87,7 @@ bool CalendarMirror::perform(const MirrorAction& action) {
         return false;
     case MirrorAction::Kind::signIn: signIn(); return false;
     case MirrorAction::Kind::countDown:
-        second_ = loop_.after(1s, [this] { finish({.kind = Kind::signInSecondPassed}); });
+        second_ = loop_.after(1s, [this] { tell(Kind::signInSecondPassed); });
         return false;
     case MirrorAction::Kind::stopSignIn: signIn_->stop.request_stop(); return false;
     case MirrorAction::Kind::signOut:
@@ -89,7 +100,7 @@ bool CalendarMirror::perform(const MirrorAction& action) {
     case MirrorAction::Kind::stopRun: stop_.request_stop(); return false;
     case MirrorAction::Kind::storeSwitch: return store(action.on);
     case MirrorAction::Kind::syncAfter:
-        nextSync_ = loop_.after(action.delay, [this] { finish({.kind = Kind::syncDue}); });
+        nextSync_ = loop_.after(action.delay, [this] { tell(Kind::syncDue); });
         return false;
     }
     return false;
@@ -100,22 +111,23 @@ bool CalendarMirror::store(bool on) {
         preferences_.setCalendarSync(on);
         return handle({.kind = Kind::switched, .on = on});
     } catch (const dravel::FileError& error) {
-        return handle({.kind = Kind::switchFailed, .message = sentence(impossibleToWrite(error)), .on = on});
+        handle({.kind = Kind::switchFailed, .message = sentence(impossibleToWrite(error)), .on = on});
+        return true; // also when it says so for the second time: the switch shows what could not be stored
     }
 }
 
 void CalendarMirror::takeTurn() {
     stop_ = std::stop_source();
-    const auto waits = life_.guard([this] { finish({.kind = Kind::runWaits}); });
+    const auto waits = life_.guard([this] { tell(Kind::runWaits); });
     startStoppable<Turn>(
         [service = service_, &loop = loop_, waits](const std::stop_token& stop) {
             return service->takeTurn(stop, [&loop, waits] { loop.post(waits); });
         },
         [this](const Outcome<Turn>& outcome) {
             const auto* thrown = std::get_if<std::exception_ptr>(&outcome);
-            if (thrown != nullptr) return finish(failed(Kind::runFailed, *thrown));
+            if (thrown != nullptr) return tell(failed(Kind::runFailed, *thrown));
             turn_ = std::get<Turn>(outcome);
-            finish({.kind = Kind::turnCame});
+            tell(Kind::turnCame);
             turn_.reset();
         });
 }
@@ -132,18 +144,18 @@ void CalendarMirror::send() {
             auto event = eventOf(outcome, Kind::runEnded, Kind::runFailed);
             event.listChanged = !(std::exchange(sentTasks_, {}) == tasks_);
             if (event.kind == Kind::runEnded) renamed_.synced(std::exchange(sent_, {}));
-            finish(std::move(event));
+            tell(std::move(event));
         });
 }
 
 void CalendarMirror::signIn() {
     auto& attempt = signIn_.emplace();
-    const auto hear = attempt.life.guard([this](const MirrorEvent& event) { finish(event); });
-    const auto tell = [&loop = loop_, hear](const MirrorEvent& event) { loop.post([hear, event] { hear(event); }); };
+    const auto hear = attempt.life.guard([this](const MirrorEvent& event) { tell(event); });
+    const auto told = [&loop = loop_, hear](const MirrorEvent& event) { loop.post([hear, event] { hear(event); }); };
     start<Connection>(
-        [service = service_, tell, left = attempt.stop](std::stop_token quit) {
+        [service = service_, told, left = attempt.stop](std::stop_token quit) {
             const std::stop_callback quitting(quit, [left]() mutable { left.request_stop(); });
-            service->signIn(tell, left.get_token());
+            service->signIn(told, left.get_token());
             return Connection::signedIn;
         },
         Kind::signedIn, Kind::signInFailed, attempt.life);
@@ -152,7 +164,7 @@ void CalendarMirror::signIn() {
 template <class Result, class Job>
 void CalendarMirror::start(Job job, Kind whenDone, Kind whenFailed, const dravel::Lifetime& life) {
     background_.run<Result>(std::move(job), life.guard([this, whenDone, whenFailed](const Outcome<Result>& outcome) {
-        finish(eventOf(outcome, whenDone, whenFailed));
+        tell(eventOf(outcome, whenDone, whenFailed));
     }));
 }
 

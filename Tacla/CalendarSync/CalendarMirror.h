@@ -64,13 +64,16 @@ class CalendarMirror {
   public:
     // `tasks` and `renamed` are kept when a run starts to send, and what it has carried over is taken out of
     // `renamed`.
-    // `changed` is told when an outcome or the timer changed the state. No service: the mirror stands still.
+    // No service: the mirror stands still.
     CalendarMirror(dravel::MainLoop&, dravel::Background&, Preferences&, CalendarService*, const TaskList& tasks,
                    RenamedKeys& renamed, std::function<void()> changed);
 
     const MirrorState& state() const { return state_; }
 
-    bool handle(const MirrorEvent&); // whether the state changed; `changed` is not told
+    void tell(MirrorEvent); // and `changed`, when the state is another one
+    void tell(MirrorEvent::Kind kind) { tell(MirrorEvent{kind}); }
+    bool handle(const MirrorEvent&);                         // whether the state changed; `changed` is not told
+    void useClient(const std::filesystem::path& downloaded); // a failure becomes status text
 
   private:
     using Turn = CalendarService::Turn;
@@ -84,7 +87,6 @@ class CalendarMirror {
     void start(Job, MirrorEvent::Kind done, MirrorEvent::Kind failed, const dravel::Lifetime&);
     template <class Result, class Job>
     void startStoppable(Job, std::function<void(const dravel::Outcome<Result>&)> done);
-    void finish(MirrorEvent);
 
     dravel::MainLoop& loop_;
     dravel::Background& background_;

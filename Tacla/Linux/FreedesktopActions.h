@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tacla/Linux/Bus.h"
+#include "Tacla/Linux/Portal.h"
 
 #include <filesystem>
 #include <functional>
@@ -8,25 +8,26 @@
 
 class QWidget;
 
-// Opening files, addresses and panels as freedesktop.org's desktops do. Nothing here blocks.
+// Opening files, addresses and panels as freedesktop.org's desktops do: through the portal, where one offers it, else
+// as programs did before there were portals. Nothing here blocks. The portal outlives every answer.
 namespace tacla::FreedesktopActions {
 
 using Path = std::filesystem::path;
 
-void openFile(const Path&); // with the user's program for it
+void openFile(Portal&, const Path&); // with the user's program for it
 
 // In the browser. It says nothing on standard error: the address may be for the user's eyes only. `failed` is called
 // when there is no browser, at once or later.
-void openAddress(const std::string& url, const std::function<void()>& failed = {});
+void openAddress(Portal&, const std::string& url, const std::function<void()>& failed = {});
 
-void reveal(Bus& session, const Path&); // in the file manager; the bus outlives the answer
-void showFolder(const Path&);           // made, where nothing was put into it yet
+void reveal(Portal&, const Path&);     // in the file manager
+void showFolder(Portal&, const Path&); // made, where nothing was put into it yet
 void openNotificationSettings();
 
 // A file panel over the parent, opened in the folder; `chosen` is called unless the user cancels.
 using Chosen = std::function<void(const Path&)>;
-void chooseFile(QWidget* parent, const Path& folder, const Chosen&); // an existing list
-void createFile(QWidget* parent, const Path& folder, const Chosen&); // the name of a new one
-void chooseClient(QWidget* parent, const Chosen&);                   // the client file that Google gave
+void chooseFile(Portal&, QWidget* parent, const Path& folder, const Chosen&); // an existing list
+void createFile(Portal&, QWidget* parent, const Path& folder, const Chosen&); // the name of a new one
+void chooseClient(Portal&, QWidget* parent, const Chosen&);                   // the client file that Google gave
 
 }

@@ -26,6 +26,8 @@ struct DesktopActions {
 
     std::function<void(QWidget* parent, Chosen)> chooseClient; // the downloaded client file
 
+    std::function<void(QWidget* parent)> chooseQuickEntryKey; // the desktop asks the user
+
     std::function<void()> checkForUpdates; // empty: no updates are offered
 
     std::string version; // "1.0"

@@ -74,7 +74,7 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
     list_->button().setObjectName(u"welcome.list"_s);
     connect(&list_->button(), &QAbstractButton::clicked, this, [this] {
         actions_.chooseFile(window(), model_.state().file.parent_path(),
-                            [&model = model_](const auto& path) { model.use(path); });
+                            [&model = model_](const auto& path) { model.list().open(path); });
     });
 
     notifications_ =
@@ -82,7 +82,7 @@ void WelcomeView::addSteps(dravel::WelcomePage& page) {
     notifications_->setButton(u"Autoriser…"_s, Button::Kind::soft);
     notifications_->button().setObjectName(u"welcome.notifications"_s);
     connect(&notifications_->button(), &QAbstractButton::clicked, this,
-            [this] { model_.requestNotifications(actions_.openNotificationSettings); });
+            [this] { model_.permission().request(actions_.openNotificationSettings); });
 
     agenda_ =
         page.addStep(new WelcomeStep(u"Google Agenda (facultatif)"_s,
@@ -102,11 +102,11 @@ static bool canSignIn(const ModelState& state) {
 
 void WelcomeView::connectAgenda() {
     if (model_.state().connection == Connection::signedIn)
-        model_.enableCalendarSync();
+        model_.mirror().tell(MirrorEvent::Kind::enableAsked);
     else if (canSignIn(model_.state()))
-        model_.signIn();
+        model_.mirror().tell(MirrorEvent::Kind::signInAsked);
     else
-        actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
+        actions_.chooseClient(window(), [&model = model_](const auto& path) { model.mirror().useClient(path); });
 }
 
 void WelcomeView::refresh() {
@@ -233,7 +233,7 @@ dravel::DravelShell& MainView::shell() {
         showPage();
     });
     shell_->setFoot(makeSyncBadge(model_, shell_));
-    connect(&shell_->toast(), &dravel::Toast::acted, this, [this] { model_.undo(); });
+    connect(&shell_->toast(), &dravel::Toast::acted, this, [this] { model_.list().undo(); });
     views_->addWidget(shell_);
     showPage();
     showUndoBar();
@@ -265,7 +265,7 @@ void MainView::closed() {
 bool MainView::copyTask() {
     for (auto* widget = QApplication::focusWidget(); widget != nullptr; widget = widget->parentWidget())
         if (const auto* row = qobject_cast<TaskRow*>(widget)) {
-            QApplication::clipboard()->setText(toQt(TaskFile::line(model_.whole(row->task()))));
+            QApplication::clipboard()->setText(toQt(TaskFile::line(model_.state().tasks.whole(row->task()))));
             return true;
         }
     return false;

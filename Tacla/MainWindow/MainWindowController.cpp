@@ -227,8 +227,8 @@ void MainWindow::changeEvent(QEvent* event) {
         QMetaObject::invokeMethod(this, &MainWindow::renewFrame, Qt::QueuedConnection);
     if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
     activation_.stop(); // it came; whoever goes elsewhere now wants to
-    model_.refreshPermissions();
-    model_.reload();
+    model_.permission().refresh();
+    model_.list().read();
 }
 
 // The add card alone.

@@ -279,6 +279,18 @@ std::string copyText(Instant made, Day today) {
     return (day == today ? "Aujourd'hui" : capitalised(day.longLabel())) + " à " + Clock::of(made).description();
 }
 
+std::string quickEntryText(const ModelState& state) {
+    const auto& key = state.quickEntryKey;
+    if (key && !key->empty()) return "Ajouter une tâche depuis tout programme : " + *key;
+    return (key ? "Pour ajouter une tâche depuis tout programme, choisissez une touche, ou associez-la vous-même à "
+                  "cette "
+                  "commande dans les réglages du clavier de votre bureau :\n"
+                : "Pour ajouter une tâche depuis tout programme, associez une touche à cette commande dans les "
+                  "réglages "
+                  "du clavier de votre bureau :\n") +
+           std::string(quickEntryCommand);
+}
+
 std::string trayText(const ModelState& state) {
     if (!state.withoutTray) return "";
     return "Ce bureau n'a pas de zone de notification : fenêtre fermée, les rappels continuent. Tacla se rouvre depuis "

@@ -100,6 +100,8 @@ SyncBadgeContent syncBadge(const ModelState&, const TimeText&);
 std::string syncText(const ModelState&, const TimeText&);
 std::string calendarSyncText(bool on);
 std::string copyText(Instant made, Day today); // when a copy of the list was kept
+inline constexpr std::string_view quickEntryCommand = "gapplication action fr.dravel.Tacla new-task";
+std::string quickEntryText(const ModelState&); // how to get a key for it, and which it is
 std::string trayText(const ModelState&);       // how to live without the icon; nothing where it shows
 
 // How the Google account stands, and what there is to do about it.

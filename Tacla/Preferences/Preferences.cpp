@@ -192,6 +192,8 @@ std::vector<std::string> Preferences::notifiedTasks() const { return texts(jsonM
 
 std::optional<bool> Preferences::wantsLaunchAtLogin() const { return jsonFlag(file_.read(), "wantsLaunchAtLogin"); }
 
+bool Preferences::quickEntryKey() const { return jsonFlag(file_.read(), "quickEntryKey").value_or(false); }
+
 bool Preferences::onboardingDone() const { return jsonFlag(file_.read(), "onboardingDone").value_or(false); }
 
 bool Preferences::launchedOnce() const { return jsonFlag(file_.read(), "launchedOnce").value_or(false); }
@@ -240,6 +242,10 @@ void Preferences::setWantsLaunchAtLogin(bool wanted) {
 
 void Preferences::setOnboardingDone(bool done) {
     file_.change([&](json& settings) { settings["onboardingDone"] = done; });
+}
+
+void Preferences::setQuickEntryKey(bool chosen) {
+    file_.change([&](json& settings) { settings["quickEntryKey"] = chosen; });
 }
 
 void Preferences::setWindow(Size size, std::optional<Position> position) {

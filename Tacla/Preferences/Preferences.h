@@ -78,6 +78,7 @@ class Preferences {
     std::optional<bool> wantsLaunchAtLogin() const;
     bool onboardingDone() const;
     bool launchedOnce() const;
+    bool quickEntryKey() const; // whether the user chose one where the desktop keeps it
     struct Size {
         int width, height;
     };
@@ -94,6 +95,7 @@ class Preferences {
     void setCalendarMaking(Making);
     void setWantsLaunchAtLogin(bool);
     void setOnboardingDone(bool);
+    void setQuickEntryKey(bool);
     void setWindow(Size, std::optional<Position>); // no position: the one before stays
 
     // Read, changed and written under one lock.

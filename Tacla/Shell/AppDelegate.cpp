@@ -43,7 +43,7 @@ void AppDelegate::launch() {
         if (!ports_.startedByBus) showWindow(ports_.activationToken);
     }
     ports_.loop.post([this] { // after the first picture
-        ports_.model.applyLaunchAtLogin();
+        ports_.model.login().apply();
         ports_.system.whenOpen([this](const QDBusConnection& connection) {
             ports_.wake.watch(connection);
             ports_.network.watchManager(connection);
@@ -65,13 +65,22 @@ void AppDelegate::observe() {
     keep(ports_.instance.activated.connect([this](const auto& activation) { activate(activation); }));
     keep(ports_.search.chosen.connect([this](const std::string& key) { showTask(key); }));
     keep(ports_.model.windowAsked.connect([this](const std::string& token) { showWindow(token); }));
+    keep(
+        ports_.quickEntryKey.changed.connect([this] { ports_.model.tellOfQuickEntryKey(ports_.quickEntryKey.key()); }));
+    keep(ports_.quickEntryKey.chosen.connect(
+        [this] { ports_.model.store([this] { ports_.preferences.setQuickEntryKey(true); }); }));
+    keep(ports_.quickEntryKey.pressed.connect(
+        [this](const std::string& token) { activate({.token = token, .action = ApplicationAction::newTask}); }));
     keep(ports_.scheme.changed.connect([this] { followColours(); }));
     keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
-    keep(ports_.network.back.connect([this] { ports_.model.networkBack(); }));
-    keep(ports_.secrets.appeared.connect([this] { ports_.model.accountStoreAppeared(); }));
+    keep(ports_.network.back.connect([this] { ports_.model.mirror().tell(MirrorEvent::Kind::networkBack); }));
+    keep(ports_.secrets.appeared.connect(
+        [this] { ports_.model.mirror().tell(MirrorEvent::Kind::accountStoreAppeared); }));
 }
 
 void AppDelegate::joinSession(const QDBusConnection& connection) {
+    ports_.portal.use(connection);
+    ports_.quickEntryKey.use(ports_.preferences.quickEntryKey());
     ports_.menu.registerOn(connection); // before the item, whose host asks for it
     item_.emplace(connection, ports_.trayHost);
     connections_.push_back(item_->activated.connect([this](const std::string& token) { showWindow(token); }));
@@ -134,8 +143,8 @@ void AppDelegate::installMenu() {
     dravel::StandardMenu::install(ports_.window.window(), aboutTacla(ports_.actions.version),
                                   {.settings = settings,
                                    .quit = ports_.quit,
-                                   .undo = [this] { ports_.model.undo(); },
-                                   .canUndo = [this] { return ports_.model.canUndo(); },
+                                   .undo = [this] { ports_.list.undo(); },
+                                   .canUndo = [this] { return ports_.list.state().canUndo; },
                                    .copy = [this] { ports_.window.copyTask(); }});
 }
 
@@ -170,7 +179,7 @@ void AppDelegate::followColours() {
 void AppDelegate::perform(const MenuCommand& command) {
     switch (command.kind) {
     case MenuCommand::Kind::none: return;
-    case MenuCommand::Kind::toggle: return ports_.model.toggle(TaskItem(command.task.value())); // the menu is rebuilt
+    case MenuCommand::Kind::toggle: return ports_.list.toggle(TaskItem(command.task.value())); // the menu is rebuilt
     case MenuCommand::Kind::openWindow: return showWindow(item_ ? item_->takeActivationToken() : "");
     case MenuCommand::Kind::openFile: return ports_.actions.openFile(ports_.model.state().file);
     case MenuCommand::Kind::openAgenda: return ports_.actions.openAgenda();

@@ -9,6 +9,7 @@
 #include "Tacla/Linux/DesktopNotifications.h"
 #include "Tacla/Linux/DesktopSearch.h"
 #include "Tacla/Linux/MenuServer.h"
+#include "Tacla/Linux/Portal.h"
 #include "Tacla/Linux/StatusItem.h"
 #include "Tacla/Linux/SystemEvents.h"
 #include "Tacla/MainWindow/DesktopActions.h"
@@ -35,12 +36,15 @@ class AppDelegate {
         GnomeNotifications* gnomeNotifications; // on GNOME only
         DesktopSearch& search;
         TrayHost trayHost;
+        Portal& portal;
+        QuickEntryKey& quickEntryKey;
         ColourScheme& scheme;
         WakeWatch& wake;
         NetworkWatch& network;
         SecretStoreWatch& secrets;
         Preferences& preferences;
         AppModel& model;
+        LiveDocument& list; // the model's
         MenuServer& menu;
         MainWindowController& window;
         dravel::Updater& updater;

@@ -110,6 +110,11 @@ bool isStill(const TaskItem& seen, const TaskItem& now) {
     return marks(seen) == marks(now) || (seen.alone && now.alone);
 }
 
+bool isIn(const TaskList& tasks, const TaskItem& seen) {
+    const auto place = tasks.find(seen.key);
+    return place && isStill(seen, tasks.drawn(*place));
+}
+
 SafeFile::Edit whereStill(const TaskItem& seen, SafeFile::Edit edit) {
     return [=, edit = std::move(edit)](std::string_view text) {
         const auto now = TaskFile::find(text, seen.key);
@@ -141,14 +146,6 @@ UserEdit UserEdit::change(const TaskItem& task, const TaskChange& asked, Day tod
 UserEdit UserEdit::remove(const TaskItem& task) {
     return {naming("Tâche supprimée", task.title),
             whereStill(task, [key = task.key](std::string_view text) { return TaskFile::remove(text, key); })};
-}
-
-std::optional<UserEdit> UserEdit::add(const std::string& title, Day day, std::optional<Clock> time, bool strong,
-                                      std::string said) {
-    const auto newTitle = writableTitle(title);
-    if (!newTitle) return {};
-    return UserEdit{std::move(said),
-                    [=](std::string_view text) { return Text(TaskFile::add(text, *newTitle, day, time, strong)); }};
 }
 
 UndoStep::UndoStep(const SafeFile::Change& change) : left_(dravel::sha256(change.after)) {
@@ -200,14 +197,14 @@ UserEdit UserEdit::postpone(const TaskSelection& seen, Day to, Day today) {
             }};
 }
 
-std::optional<UserEdit> UserEdit::addAll(std::vector<NewTask> tasks) {
+std::optional<UserEdit> UserEdit::add(const std::vector<NewTask>& tasks, std::string saidOfOne) {
     std::vector<NewTask> writable;
-    for (auto& task : tasks)
+    for (const auto& task : tasks)
         if (const auto title = writableTitle(task.title))
             writable.push_back({*title, task.day, task.time, task.strong});
     if (writable.empty()) return {};
     const auto count = std::to_string(writable.size());
-    return UserEdit{writable.size() == 1 ? naming("Tâche ajoutée", writable.front().title) : count + " tâches ajoutées",
+    return UserEdit{writable.size() == 1 ? std::move(saidOfOne) : count + " tâches ajoutées",
                     [writable = std::move(writable)](std::string_view text) {
                         std::string all(text);
                         for (const auto& task : writable)

@@ -42,7 +42,7 @@ std::string sentence(std::string words);                 // the window's: with a
 struct NewTask {
     std::string title;
     Day day;
-    std::optional<Clock> time;
+    std::optional<Clock> time{};
     bool strong = false;
 
     bool operator==(const NewTask&) const = default;
@@ -51,6 +51,7 @@ struct NewTask {
 // Whether a task that was seen is still that one. With other marks it may be a namesake that took over its key: then
 // only a title that stood once and stands once is unmistakable.
 bool isStill(const TaskItem& seen, const TaskItem& now);
+bool isIn(const TaskList&, const TaskItem& seen); // whether one of them is
 
 // Applies an edit of the task to a text that still holds it; none for any other text.
 dravel::SafeFile::Edit whereStill(const TaskItem& seen, dravel::SafeFile::Edit);
@@ -75,12 +76,10 @@ struct UserEdit {
     // The new title, unless it cannot be written, then the new moment.
     static UserEdit change(const TaskItem&, const TaskChange&, Day today);
     static UserEdit remove(const TaskItem&);
-    // None when the title cannot be written.
-    static std::optional<UserEdit> add(const std::string& title, Day, std::optional<Clock>, bool strong,
-                                       std::string said);
-    // Several at once. Of those that were seen, the ones that are still there; each keeps its time.
+    // Those whose title can be written; none when there is no such task.
+    static std::optional<UserEdit> add(const std::vector<NewTask>&, std::string saidOfOne);
+    // Of those that were seen, the ones that are still there; each keeps its time.
     static UserEdit postpone(const TaskSelection& seen, Day to, Day today);
-    static std::optional<UserEdit> addAll(std::vector<NewTask>);
     static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
     static UserEdit bringBack(std::string copy);
 };

@@ -164,6 +164,11 @@ TaskItem TaskList::drawn(std::size_t task) const {
     return item(task, shown);
 }
 
+TaskItem TaskList::whole(const TaskItem& drawn) const {
+    const auto place = drawn.title.size() > longestDrawn ? find(drawn.key) : std::nullopt;
+    return place ? (*this)[*place] : drawn;
+}
+
 std::optional<Place> TaskList::find(std::string_view key) const {
     const auto number = keyNumber(key);
     const auto found = number ? std::ranges::find(keys(), *number) : keys().end();

@@ -32,6 +32,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -155,19 +156,21 @@ class EndSignals {
     QSocketNotifier notifier_;
 };
 
-DesktopActions desktopActions(Bus& session, const dravel::UserFolders& folders) {
+DesktopActions desktopActions(Portal& portal, QuickEntryKey& key, const dravel::UserFolders& folders) {
+    using namespace std::placeholders;
+    namespace Do = FreedesktopActions;
+    const auto portalOf = std::ref(portal);
     DesktopActions actions;
-    actions.openFile = FreedesktopActions::openFile;
-    actions.reveal = [&session](const path& file) { FreedesktopActions::reveal(session, file); };
-    actions.showCopies = [folder = copiesFolder(folders)] { FreedesktopActions::showFolder(folder); };
-    actions.openAgenda = [] { FreedesktopActions::openAddress("https://calendar.google.com/calendar/r"); };
-    actions.openGuide = [guide = Paths().share / "doc/tacla-desktop/google-agenda.md"] {
-        FreedesktopActions::openFile(guide);
-    };
-    actions.openNotificationSettings = FreedesktopActions::openNotificationSettings;
-    actions.chooseFile = FreedesktopActions::chooseFile;
-    actions.createFile = FreedesktopActions::createFile;
-    actions.chooseClient = FreedesktopActions::chooseClient;
+    actions.openFile = std::bind(Do::openFile, portalOf, _1);
+    actions.reveal = std::bind(Do::reveal, portalOf, _1);
+    actions.showCopies = std::bind(Do::showFolder, portalOf, copiesFolder(folders));
+    actions.openAgenda = [&portal] { Do::openAddress(portal, "https://calendar.google.com/calendar/r"); };
+    actions.openGuide = std::bind(Do::openFile, portalOf, Paths().share / "doc/tacla-desktop/google-agenda.md");
+    actions.openNotificationSettings = Do::openNotificationSettings;
+    actions.chooseFile = std::bind(Do::chooseFile, portalOf, _1, _2, _3);
+    actions.createFile = std::bind(Do::createFile, portalOf, _1, _2, _3);
+    actions.chooseClient = std::bind(Do::chooseClient, portalOf, _1, _2);
+    actions.chooseQuickEntryKey = [&key](QWidget* over) { key.choose(over); };
     actions.version = TACLA_VERSION;
     actions.home = folders.home;
     return actions;
@@ -187,6 +190,8 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     makeCommandLineLink(commandLineLink(paths.folders.home, environment("PATH"), paths.program, existsOrDangles));
 
     Bus system(Bus::Kind::system);
+    Portal portal;
+    QuickEntryKey quickEntryKey(portal);
     DesktopNotifications notifications(paths.notificationIcon());
     std::optional<GnomeNotifications> gnomeNotifications;
     if (onGnome()) gnomeNotifications.emplace(notifications);
@@ -197,8 +202,8 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
          .locks = paths.folders.locks,
          .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
          .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
-         .openBrowser = [&loop](const std::string& url, const auto& failed) {
-             loop.post([=] { FreedesktopActions::openAddress(url, failed); });
+         .openBrowser = [&loop, &portal](const std::string& url, const auto& failed) {
+             loop.post([=, &portal] { FreedesktopActions::openAddress(portal, url, failed); });
          }});
     dravel::ThreadedBackground background(loop), disk(loop); // their jobs use what stands above
     NotificationServer* const server =
@@ -212,7 +217,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     NetworkWatch network;
     SecretStoreWatch secrets;
     dravel::Updater updater;
-    const auto actions = desktopActions(session, paths.folders);
+    const auto actions = desktopActions(portal, quickEntryKey, paths.folders);
     auto trayHost = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
     trayHost.coloursSymbols = trayHost.coloursSymbols && paths.isInstalled(); // the symbol is
     MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); }, trayHost.drawsBoxes);
@@ -226,12 +231,15 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
                           .gnomeNotifications = gnomeNotifications ? &*gnomeNotifications : nullptr,
                           .search = search,
                           .trayHost = trayHost,
+                          .portal = portal,
+                          .quickEntryKey = quickEntryKey,
                           .scheme = scheme,
                           .wake = wake,
                           .network = network,
                           .secrets = secrets,
                           .preferences = preferences,
                           .model = model,
+                          .list = model.list(),
                           .menu = menu,
                           .window = window,
                           .updater = updater,
@@ -308,7 +316,7 @@ int runSnapshot(int& argc, char** argv) {
     Preferences preferences(preferencesFile(paths.folders), paths.folders.locks);
     AppModel model({loop, background, background, preferences, paths.folders},
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders), true);
-    model.reload();
+    model.list().read();
     background.finish();
     DesktopActions actions;
     actions.version = TACLA_VERSION;

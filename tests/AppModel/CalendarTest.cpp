@@ -14,7 +14,7 @@ namespace {
 struct Mirrored : ModelWorld {
     explicit Mirrored(std::string_view tasks) : ModelWorld("2025-03-04 08:00", tasks) {
         start();
-        model.setCalendarSync(true);
+        mirror(Happened::switchAsked, true);
         loop.advance(1s);
         calendar.runs.clear();
         calendar.sent.clear();
@@ -26,7 +26,7 @@ struct Mirrored : ModelWorld {
 TEST(AppModel, SyncsOnceForABurstOfEdits) {
     Mirrored world("- [ ] A\n- [ ] B\n- [ ] C\n");
     for (const auto* title : {"A", "B", "C"}) {
-        world.model.toggle(world.task(title));
+        world.list().toggle(world.task(title));
         world.loop.advance(200ms);
     }
     world.loop.advance(299ms);
@@ -39,8 +39,8 @@ TEST(AppModel, SyncsOnceForABurstOfEdits) {
 TEST(AppModel, SyncsAgainHalfASecondAfterARunThatAnEditOvertook) {
     Mirrored world("- [ ] A\n");
     world.background.held = true;
-    world.model.sync();
-    world.model.toggle(world.task("A")); // while it waits for its turn: it goes with it
+    world.mirror(Happened::syncDue);
+    world.list().toggle(world.task("A")); // while it waits for its turn: it goes with it
     world.background.runOne();
     world.save("- [ ] B\n"); // an editor, while it sends
     world.loop.advance(2s);
@@ -56,7 +56,7 @@ TEST(AppModel, SyncsAgainHalfASecondAfterARunThatAnEditOvertook) {
 TEST(AppModel, TriesAgainLaterAndLaterAndAtOnceWhenTheNetworkIsBack) {
     Mirrored world("- [ ] A\n");
     world.calendar.passing = true;
-    world.model.sync();
+    world.mirror(Happened::syncDue);
     world.loop.advance(0s);
     for (const auto wait : {15s, 30s, 60s, 120s, 240s}) {
         const auto before = world.calendar.runs.size();
@@ -67,12 +67,12 @@ TEST(AppModel, TriesAgainLaterAndLaterAndAtOnceWhenTheNetworkIsBack) {
     }
     EXPECT_EQ(world.state().syncHint, "attendre");
     world.calendar.passing = false;
-    world.model.networkBack();
+    world.mirror(Happened::networkBack);
     world.loop.advance(0s);
     EXPECT_EQ(world.calendar.runs.size(), 7U);
     EXPECT_EQ(world.state().syncError, std::nullopt);
     EXPECT_EQ(world.state().syncHint, std::nullopt);
-    world.model.networkBack();
+    world.mirror(Happened::networkBack);
     world.loop.advance(1min);
     EXPECT_EQ(world.calendar.runs.size(), 7U);
 }
@@ -81,9 +81,9 @@ TEST(AppModel, StopsTheRunWhenTheUserSaysNo) {
     for (const bool signsOut : {false, true}) {
         Mirrored world("- [ ] A\n");
         world.background.held = true;
-        world.model.sync();
+        world.mirror(Happened::syncDue);
         world.background.runOne(); // its turn
-        signsOut ? world.model.signOut() : world.model.setCalendarSync(false);
+        signsOut ? world.mirror(Happened::signOutAsked) : world.mirror(Happened::switchAsked, false);
         world.background.runOne();
         EXPECT_TRUE(world.calendar.stopped);
     }
@@ -92,9 +92,9 @@ TEST(AppModel, StopsTheRunWhenTheUserSaysNo) {
 TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
     Mirrored world("- [ ] A · 2025-03-05\n");
     const auto a = world.task("A").key;
-    world.model.edit(world.task("A"), {.title = "B"});
+    world.list().edit(world.task("A"), {.title = "B"});
     const auto b = world.task("B").key;
-    world.model.edit(world.task("B"), {.title = "C"});
+    world.list().edit(world.task("B"), {.title = "C"});
     const auto c = world.task("C").key;
     world.calendar.failure = "hors ligne";
     world.loop.advance(1s);
@@ -103,14 +103,14 @@ TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
 
     world.background.held = true;
     const auto turn = [&] { world.background.runOne(); }, run = turn;
-    world.model.sync();
+    world.mirror(Happened::syncDue);
     turn();
-    world.model.edit(world.task("C"), {.title = "D"}); // while the sync runs
-    world.loop.advance(1s);                            // finds it running
+    world.list().edit(world.task("C"), {.title = "D"}); // while the sync runs
+    world.loop.advance(1s);                             // finds it running
     EXPECT_EQ(world.background.waiting(), 1U);
     run();
     for (int i = 0; i < 2; ++i) {
-        world.model.sync();
+        world.mirror(Happened::syncDue);
         turn();
         run();
     }
@@ -122,10 +122,10 @@ TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
 TEST(AppModel, SyncsAgainOnceTheFileCanBeWrittenAgain) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
     world.start();
-    world.model.setCalendarSync(true);
+    world.mirror(Happened::switchAsked, true);
     world.loop.advance(1s);
     std::optional<std::ofstream> writer(std::in_place, world.file, std::ios::app);
-    world.model.toggle(world.task("A"));
+    world.list().toggle(world.task("A"));
     EXPECT_NE(world.state().fileError, std::nullopt);
     writer.reset();
     world.loop.advance(9min);
@@ -137,9 +137,8 @@ TEST(AppModel, FollowsTheAccount) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
     world.calendar.present = Connection::unknown;
     world.start();
-    auto& model = world.model;
     auto& calendar = world.calendar;
-    model.setCalendarSync(true);
+    world.mirror(Happened::switchAsked, true);
     const auto becomes = [&world](Connection connection, const std::optional<std::string>& error) {
         world.loop.advance(1s);
         EXPECT_EQ(world.state().connection, connection);
@@ -149,21 +148,21 @@ TEST(AppModel, FollowsTheAccount) {
     calendar.present = Connection::signedOut;
     world.loop.advance(10min);
     becomes(Connection::signedOut, {});
-    model.setCalendarSync(false);
+    world.mirror(Happened::switchAsked, false);
     calendar.failure = "refusé";
-    model.signIn();
+    world.mirror(Happened::signInAsked);
     EXPECT_EQ(world.state().connection, Connection::signingIn);
     becomes(Connection::signedOut, "refusé");
     calendar.failure.reset();
-    model.signIn();
+    world.mirror(Happened::signInAsked);
     becomes(Connection::signedIn, {});
     EXPECT_TRUE(world.preferences.calendarSync());
     EXPECT_EQ(calendar.runs.size(), 1U);
     calendar.failure = "trousseau verrouillé";
-    model.signOut();
+    world.mirror(Happened::signOutAsked);
     becomes(Connection::signedIn, "trousseau verrouillé");
     calendar.signedOutMeanwhile = true;
-    model.sync();
+    world.mirror(Happened::syncDue);
     becomes(Connection::signedOut, "Non connecté");
 }
 

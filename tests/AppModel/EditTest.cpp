@@ -31,22 +31,21 @@ TEST(AppModel, EditsTitleAndMomentByTheirRules) {
         world.start();
         auto seen = world.state().tasks.at(0);
         world.save(std::string("- [ ] ") + line + "\n"); // an editor was faster
-        world.model.edit(seen, change);
+        world.list().edit(seen, change);
         EXPECT_EQ(world.text(), std::string("- [ ] ") + expected + "\n");
     }
 }
 
 TEST(AppModel, ChangesTheTaskThatWasSeenOrNone) {
-    using Act = std::function<void(AppModel&, const TaskItem&)>;
+    using Act = std::function<void(LiveDocument&, const TaskItem&)>;
     const std::pair<const char*, Act> acts[] = {
-        {"- [x] Pain · 2025-03-07 · ✅ 2025-03-04\n", [](auto& model, const auto& seen) { model.toggle(seen); }},
-        {"- [x] Pain · 2025-03-07 · ✅ 2025-03-04\n", [](auto& model, const auto& seen) { model.setDone(seen); }},
+        {"- [x] Pain · 2025-03-07 · ✅ 2025-03-04\n", [](auto& list, const auto& seen) { list.toggle(seen); }},
         {"- [ ] Pain · 2025-03-05\n",
-         [](auto& model, const auto& seen) {
-             model.reschedule(seen, Day{2025, 3, 5}, {});
+         [](auto& list, const auto& seen) {
+             list.reschedule(seen, Day{2025, 3, 5}, {});
          }},
-        {"- [ ] Sel · 2025-03-07\n", [](auto& model, const auto& seen) { model.edit(seen, {.title = "Sel"}); }},
-        {"", [](auto& model, const auto& seen) { model.remove(seen); }},
+        {"- [ ] Sel · 2025-03-07\n", [](auto& list, const auto& seen) { list.edit(seen, {.title = "Sel"}); }},
+        {"", [](auto& list, const auto& seen) { list.remove(seen); }},
     };
     const std::string first = "- [ ] Pain · 2025-03-04\n", other = "- [ ] Pain · 2025-03-11\n";
     const std::string moved = "- [ ] Pain · 2025-03-07\n", timed = "- [ ] Pain · 2025-03-04 09:00\n";
@@ -65,7 +64,7 @@ TEST(AppModel, ChangesTheTaskThatWasSeenOrNone) {
             world.start();
             const auto seen = world.state().tasks.at(0);
             world.save(now);
-            act(world.model, seen);
+            act(world.list(), seen);
             EXPECT_EQ(world.text(), unmistakable ? std::string("# Liste\n") + changed : now) << drawn;
             EXPECT_EQ(world.state().tasks.size(), TaskFile::parse(world.text()).size()) << "the list as it is now";
         }
@@ -75,8 +74,8 @@ TEST(AppModel, StaysSilentAfterAnEditIntoThePastAndAfterARename) {
     ModelWorld world("2025-03-04 10:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-05\n");
     world.start();
     EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue aujourd'hui\n");
-    world.model.edit(world.task("A"), {.title = "AA", .day = Day{2025, 3, 4}});
-    world.model.edit(world.task("B"), {.day = Day{2025, 3, 4}, .time = Clock{9, 59}});
+    world.list().edit(world.task("A"), {.title = "AA", .day = Day{2025, 3, 4}});
+    world.list().edit(world.task("B"), {.day = Day{2025, 3, 4}, .time = Clock{9, 59}});
     world.loop.advance(48h);
     EXPECT_EQ(world.notifications.transcript(), "");
 }

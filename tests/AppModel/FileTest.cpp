@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 TEST(AppModel, SeesAnEditorsSaveWithinTwoSecondsAndLeavesTheSyncToThePeriodOrAWake) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-05\n");
     world.start();
-    world.model.setCalendarSync(true);
+    world.mirror(Happened::switchAsked, true);
     world.loop.advance(10s);
     world.told = 0;
     world.save("- [ ] B · 2025-03-05\n");
@@ -57,7 +57,7 @@ TEST(AppModel, TicksEachMinuteAndSeesASaveThatKeepsTheModificationTime) {
 TEST(AppModel, KeepsTheTasksOfAFileThatCannotBeReadAndRecoversByItself) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
     world.start();
-    world.model.setCalendarSync(true);
+    world.mirror(Happened::switchAsked, true);
     world.loop.advance(10s);
     const auto aside = world.folder / "aside";
     const std::function<void()> ways[] = {
@@ -90,7 +90,7 @@ TEST(AppModel, LeavesFileTasksAndRemindersAloneWhenAWriteFails) {
     ::getrlimit(RLIMIT_FSIZE, &before);
     const rlimit none{0, before.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &none);
-    world.model.toggle(world.task("A"));
+    world.list().toggle(world.task("A"));
     ::setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible d'écrire " + world.file.string() + " : "));
     EXPECT_EQ(world.text(), "- [ ] A · 2025-03-04\n");
@@ -108,10 +108,10 @@ TEST(AppModel, SavesOnASlowDiskInOrderInTheBackgroundAndWaitsForItAtTheEnd) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n- [ ] B\n");
     world.start();
     world.disk.held = true;
-    world.model.toggle(world.task("A"));
-    world.model.remove(world.task("B"));
+    world.list().toggle(world.task("A"));
+    world.list().remove(world.task("B"));
     std::optional<std::optional<std::string>> answer;
-    world.model.add("C", {}, {}, false, [&](const auto& why) { answer = why; });
+    world.list().add({{"C", world.state().today}}, [&](const auto& why) { answer = why; });
     world.loop.advance(499ms);
     EXPECT_EQ(world.told, 0);
     world.loop.advance(10s);
@@ -169,14 +169,14 @@ TEST(AppModel, FollowsTheZone) {
 TEST(AppModel, ChoosesAndMakesFiles) {
     ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
     const auto other = world.folder / "new/list.md";
-    world.model.createAndUse(other);
+    world.list().open(other, true);
     EXPECT_EQ(world.preferences.taskFilePath(), other.string());
-    world.model.add("Pain", {}, {}, true);
+    world.list().add({{"Pain", world.state().today, {}, true}});
     EXPECT_TRUE(readBytes(other).ends_with("## À faire\n- [ ] ❗ Pain · 2025-03-04\n"));
-    world.model.createAndUse(world.file / "impossible.md");
+    world.list().open(world.file / "impossible.md", true);
     EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible de créer "));
     EXPECT_EQ(world.state().file, other);
-    world.model.use(world.file);
+    world.list().open(world.file);
     EXPECT_EQ(world.task("A").line, 0);
 }
 

@@ -15,7 +15,7 @@ namespace tacla::testing {
 namespace {
 
 using Lines = std::vector<std::string>;
-using Outcome = AppModel::Outcome;
+using Outcome = LiveDocument::Outcome;
 constexpr Day today{2025, 3, 4}, tomorrow{2025, 3, 5};
 
 Lines linesOf(const std::string& text) {
@@ -116,14 +116,14 @@ class Interleaving {
         if (seen_.empty()) return;
         const auto seen = seen_[below(seen_.size())];
         const auto before = world_.text();
-        auto& model = world_.model;
+        auto& list = world_.list();
         switch (below(7)) {
-        case 0: model.toggle(seen.task); return judge(seen, before, true);
-        case 1: model.setDone(seen.task); return judge(seen, before, !seen.task.done);
+        case 0: list.toggle(seen.task); return judge(seen, before, true);
+        case 1: list.apply(UserEdit::setDone(seen.task, true, today)); return judge(seen, before, !seen.task.done);
         case 2:
-            model.reschedule(seen.task, tomorrow, {});
+            list.reschedule(seen.task, tomorrow, {});
             return judge(seen, before, seen.task.day != tomorrow || seen.task.time);
-        case 3: model.remove(seen.task); return judge(seen, before, true);
+        case 3: list.remove(seen.task); return judge(seen, before, true);
         case 4: return rename(seen, before);
         case 5: return checkInTerminal(seen, before);
         case 6: return addAndUndo(before);
@@ -132,7 +132,7 @@ class Interleaving {
 
     void rename(const Seen& seen, const std::string& before) {
         std::optional<Outcome> outcome;
-        world_.model.edit(seen.task, {.title = "Sel " + std::to_string(++last_)}, [&](auto told) { outcome = told; });
+        world_.list().edit(seen.task, {.title = "Sel " + std::to_string(++last_)}, [&](auto told) { outcome = told; });
         if ((outcome == Outcome::saved) != (world_.text() != before)) note("an editor is told wrong", before);
         judge(seen, before, true);
     }
@@ -147,12 +147,12 @@ class Interleaving {
     }
 
     void addAndUndo(const std::string& before) {
-        world_.model.add("Pain", today, {}, false);
+        world_.list().add({{"Pain", today}});
         if (world_.text().size() <= before.size()) note("a task that was typed is lost", before);
         const auto added = world_.text();
         if (below(2) == 0) actOutside();
         const auto now = world_.text();
-        world_.model.undo();
+        world_.list().undo();
         if (world_.text() != (now == added ? before : now)) note("undone", now);
     }
 

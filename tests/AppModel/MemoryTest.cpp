@@ -22,11 +22,11 @@ void liveADay(ModelWorld& world) {
     for (int hour = 8; hour < 20; ++hour) {
         world.loop.advance(1h);
         const auto title = "Tâche " + std::to_string(hour);
-        world.model.edit(world.task(title), {.title = title + " bis"});
-        world.model.undo();
-        world.model.edit(world.task(title), {.title = title + " ter"});
+        world.list().edit(world.task(title), {.title = title + " bis"});
+        world.list().undo();
+        world.list().edit(world.task(title), {.title = title + " ter"});
         world.loop.advance(1s);
-        world.model.toggle(world.task(title + " ter"));
+        world.list().toggle(world.task(title + " ter"));
         world.save(world.text() + "- [ ] Note " + std::to_string(hour) + "\n");
     }
     world.loop.suspend(8h);
@@ -44,7 +44,7 @@ TEST(AppModel, TakesNoMoreMemoryAfterEightDays) {
     if (std::filesystem::is_directory("/dev/shm")) ::setenv("TMPDIR", "/dev/shm", 1); // hundreds of saves
     ModelWorld world("2025-03-04 08:00", "");
     world.start();
-    world.model.setCalendarSync(true);
+    world.mirror(Happened::switchAsked, true);
     const auto inUseAfter = [&world](int days) {
         for (int day = 0; day < days; ++day) liveADay(world);
         return static_cast<std::int64_t>(mallinfo2().uordblks);

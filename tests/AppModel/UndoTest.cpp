@@ -21,32 +21,36 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
     const auto lait = std::string("  - [ ] Lait · 2025-03-04 07:00 · due 2025-03-01\n");
     const auto eggs = std::string("- [x] Œufs");
     const std::tuple<std::function<void(World)>, std::string, const char*> table[] = {
-        {[](World w) { w.model.toggle(w.task("Lait")); },
+        {[](World w) { w.list().toggle(w.task("Lait")); },
          pain + "  - [x] Lait · 2025-03-04 07:00 · due 2025-03-01 · ✅ 2025-03-04\n" + eggs, "Tâche cochée : Lait"},
-        {[](World w) { w.model.toggle(w.task("Œufs")); }, pain + lait + "- [ ] Œufs", "Tâche décochée : Œufs"},
-        {[](World w) { w.model.toggle(w.task("❗ Pain")); }, "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs,
+        {[](World w) { w.list().toggle(w.task("Œufs")); }, pain + lait + "- [ ] Œufs", "Tâche décochée : Œufs"},
+        {[](World w) { w.list().toggle(w.task("❗ Pain")); }, "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs,
          "Tâche cochée : Pain"},
         {[](World w) {
-             w.model.reschedule(w.task("Lait"), tomorrow, Clock{7, 0});
+             w.list().reschedule(w.task("Lait"), tomorrow, Clock{7, 0});
          },
          pain + "  - [ ] Lait · 2025-03-05 07:00 · due 2025-03-01\n" + eggs, "Tâche reportée : Lait"},
         {[](World w) {
-             w.model.edit(w.task("❗ Pain"), {"Sel", ninth, early});
+             w.list().edit(w.task("❗ Pain"), {"Sel", ninth, early});
          },
          "- [ ] ❗ Sel · 2025-03-09 09:05\n" + lait + eggs, "Tâche modifiée : Sel"},
-        {[](World w) { w.model.remove(w.task("❗ Pain")); }, lait + eggs, "Tâche supprimée : Pain"},
-        {[](World w) { w.model.add("Sel", {}, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04",
-         "Tâche ajoutée"},
-        {[](World w) { w.model.add("Sel", ninth, {}, false); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-09",
-         "Ajoutée pour dimanche 9 mars"},
+        {[](World w) { w.list().remove(w.task("❗ Pain")); }, lait + eggs, "Tâche supprimée : Pain"},
+        {[](World w) {
+             w.list().add({{"Sel", w.state().today}});
+         },
+         pain + lait + eggs + "\n- [ ] Sel · 2025-03-04", "Tâche ajoutée"},
+        {[](World w) {
+             w.list().add({{"Sel", ninth}});
+         },
+         pain + lait + eggs + "\n- [ ] Sel · 2025-03-09", "Ajoutée pour dimanche 9 mars"},
     };
     for (const auto& [act, text, said] : table) {
         ModelWorld world("2025-03-04 08:00", list);
         world.start();
         auto stranger = world.task("Lait");
         stranger.key = "0123456789abcdef";
-        world.model.toggle(stranger);
-        world.model.reschedule(stranger, tomorrow, {});
+        world.list().toggle(stranger);
+        world.list().reschedule(stranger, tomorrow, {});
         EXPECT_EQ(world.told, 0) << text;
         act(world);
         EXPECT_EQ(world.text(), "# Liste\r\n" + text) << text;
@@ -57,9 +61,9 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
         world.loop.advance(1ms);
         EXPECT_EQ(world.state().undoBar, std::nullopt) << text;
         world.told = 0;
-        world.model.undo();
+        world.list().undo();
         EXPECT_EQ(world.text(), list) << text;
-        world.model.undo(); // there is nothing more to take back
+        world.list().undo(); // there is nothing more to take back
         EXPECT_EQ(world.told, 1) << text;
     }
 }
@@ -67,19 +71,19 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
 TEST(Undo, WritesNothingOnceTheFileChanged) {
     ModelWorld world("2025-03-04 08:00", list);
     world.start();
-    world.model.remove(world.task("Lait"));
+    world.list().remove(world.task("Lait"));
     const auto edited = world.text() + "\n";
     world.save(edited);
-    world.model.undo();
+    world.list().undo();
     EXPECT_EQ(world.text(), edited);
     EXPECT_EQ(world.state().undoBar, (UndoBar{"Le fichier a changé depuis : rien n'a été annulé.", false}));
     world.loop.advance(10s);
     EXPECT_EQ(world.state().undoBar, std::nullopt);
 
-    world.model.toggle(world.task("Œufs"));
-    world.model.use(world.folder / "other.md"); // another list has nothing to undo
+    world.list().toggle(world.task("Œufs"));
+    world.list().open(world.folder / "other.md"); // another list has nothing to undo
     EXPECT_EQ(world.state().undoBar, std::nullopt);
-    world.model.undo();
+    world.list().undo();
     EXPECT_EQ(world.state().undoBar, std::nullopt);
 }
 
@@ -90,40 +94,40 @@ TEST(Undo, TakesTheLastTenChangesBack) {
     for (int i = 0; i < 12; ++i) {
         texts.push_back(world.text());
         if (i % 3 == 0)
-            world.model.add("Sel", ninth, {}, false);
+            world.list().add({{"Sel", ninth}});
         else
-            world.model.toggle(world.task("Lait"));
+            world.list().toggle(world.task("Lait"));
     }
     for (; texts.size() > 2; texts.pop_back()) {
-        world.model.undo();
+        world.list().undo();
         EXPECT_EQ(world.text(), texts.back());
     }
-    EXPECT_FALSE(world.model.canUndo());
+    EXPECT_FALSE(world.list().state().canUndo);
 }
 
 TEST(Undo, CanBeTriedAgainAfterItCouldNotBeWritten) {
     ModelWorld world("2025-03-04 08:00", list);
     world.start();
-    world.model.toggle(world.task("Lait"));
+    world.list().toggle(world.task("Lait"));
     std::filesystem::rename(world.file, world.folder / "aside");
-    world.model.undo();
+    world.list().undo();
     EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible d'écrire "));
     std::filesystem::rename(world.folder / "aside", world.file);
-    world.model.undo();
+    world.list().undo();
     EXPECT_EQ(world.text(), list);
 }
 
 TEST(Undo, CarriesRemindersAndEventsBack) {
     ModelWorld world("2025-03-04 08:00", "- [ ] B · 2025-03-05 08:00\n");
     world.start();
-    world.model.setCalendarSync(true);
+    world.mirror(Happened::switchAsked, true);
     world.loop.advance(1s);
     const auto before = world.task("B").key;
-    world.model.edit(world.task("B"), {"C", Day{2025, 3, 4}, Clock{9, 0}});
+    world.list().edit(world.task("B"), {"C", Day{2025, 3, 4}, Clock{9, 0}});
     const auto after = world.task("C").key;
     world.loop.advance(1s);
     EXPECT_EQ(world.calendar.runs.back(), (std::map<std::string, std::string>{{before, after}}));
-    world.model.undo();
+    world.list().undo();
     world.loop.advance(1s);
     EXPECT_EQ(world.calendar.runs.back(), (std::map<std::string, std::string>{{after, before}}));
     world.loop.advance(24h);
@@ -135,8 +139,8 @@ TEST(Undo, LeavesANamesakeThatWaitsForAServerToRing) {
     world.notifications.capabilities.reachable = false;
     world.start();
     world.loop.advanceTo(moment("2025-03-05 10:00"));
-    world.model.remove(world.task("pain")); // the other one takes over its key, and gives it back
-    world.model.undo();
+    world.list().remove(world.task("pain")); // the other one takes over its key, and gives it back
+    world.list().undo();
     world.notifications.setReachable(true);
     world.loop.runPosted();
     EXPECT_EQ(world.notifications.transcript(), "10:00 Pain | Prévue le 04/03\n");
@@ -144,16 +148,16 @@ TEST(Undo, LeavesANamesakeThatWaitsForAServerToRing) {
 
 TEST(Undo, RingsForNothingThatIsPastByThen) {
     const std::function<void(ModelWorld&)> changes[] = {
-        [](ModelWorld& w) { w.model.toggle(w.task("A")); },
-        [](ModelWorld& w) { w.model.remove(w.task("A")); },
-        [](ModelWorld& w) { w.model.reschedule(w.task("A"), tomorrow, {}); },
+        [](ModelWorld& w) { w.list().toggle(w.task("A")); },
+        [](ModelWorld& w) { w.list().remove(w.task("A")); },
+        [](ModelWorld& w) { w.list().reschedule(w.task("A"), tomorrow, {}); },
     };
     for (const auto& change : changes) {
         ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04 08:30\n- [x] Fait · 2025-03-04 08:30\n- [ ] B\n");
         world.start();
         change(world);
         world.loop.advance(1h);
-        world.model.undo();
+        world.list().undo();
         world.loop.advance(1h);
         EXPECT_EQ(world.notifications.transcript(), "");
         EXPECT_EQ(world.preferences.notifiedTasks().size(), 1U); // the one that would have rung

@@ -9,7 +9,7 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 
-from desktop import Browser, Bubbles, Clock, Desktop, Google, Reader, Screen, Tray, until  # noqa: E402
+from desktop import Browser, Bubbles, Clock, Desktop, Google, Portal, Reader, Screen, Tray, until  # noqa: E402
 
 TACLA = os.environ["TACLA"]
 os.environ["TZ"] = "Europe/Paris"  # as the desktop's

@@ -13,7 +13,7 @@ class Tasks(Story):
         entries = ["Reporter à demain", "Reporter à lundi", "Reporter d'une semaine", "Cocher", "Modifier", "Supprimer"]
         self.screen.inside(task, f"Modifier, reporter ou supprimer : {task}").press()
         until(lambda: len(self.desktop.windows()) == 2, "the menu")
-        self.screen.key(*["Down"] * (entries.index(entry) + 1), "Return")
+        self.screen.key("Home", *["Down"] * entries.index(entry), "Return")
 
     def test_adds_what_is_typed(self):
         self.launch()
@@ -129,6 +129,8 @@ class ForAReader(Story):
                 (["ctrl+2"], f"[En retard] [2 en retard, 2 tâches] Cocher Bail, check box, {short(-2)}"),
                 (["Down"], f"Cocher Loyer, check box, {rent}"),
                 (["Tab"], f"Modifier, reporter ou supprimer : Loyer, push button, {rent}"),
+                (["space"], "Reporter à demain, menu item"),
+                (["Escape"], f"[En retard] [2 en retard, 2 tâches] Modifier, reporter ou supprimer : Loyer, push button, {rent}"),
                 (["ctrl+3"], "[À venir] [Sans date, 120 tâches] Cocher Tâche 0, check box, Sans date"),
                 (["F2"], "[Modifier Tâche 0] Titre de la tâche, text, Titre de la tâche"),
                 (["Escape"], "Cocher Tâche 0, check box, Sans date"),

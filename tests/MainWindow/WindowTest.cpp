@@ -45,7 +45,7 @@ TEST(UndoBar, OffersToTakeTheLastChangeBackForTenSeconds) {
     EXPECT_EQ(window.world.text(), pain);
     EXPECT_FALSE(bar.isVisible());
 
-    window.world.model.toggle(window.world.state().tasks.at(0));
+    window.world.list().toggle(window.world.state().tasks.at(0));
     window.fileBecomes(pain);
     undo.click();
     EXPECT_EQ(bar.accessibleName().toStdString(), "Le fichier a changé depuis : rien n'a été annulé.");
@@ -95,7 +95,7 @@ TEST(MainWindow, FitsIntoTheScreenThatItComesTo) {
 
 TEST(HeadlessSnapshot, DrawsTheWindowInItsAppearanceAndScale) {
     testing::ModelWorld world("2026-11-24 10:40", "- [ ] Pain · 2026-11-24\n");
-    world.model.reload();
+    world.list().read();
     const testing::TemporaryFolder folder;
     const auto picture = [&](const Snapshot& wanted) {
         MainWindowController::headlessSnapshot(

@@ -138,7 +138,7 @@ class Simulation {
         case 6: world_.notifications.setReachable(pick(3) > 0); break;
         case 7: editorSaves(); break;
         case 8: terminalRenames(); break;
-        case 9: world_.model.undo(); break;
+        case 9: world_.list().undo(); break;
         case 10: restart(); break;
         case 11:
             if (pick(4) == 0) world_.notifications.startAnew();
@@ -236,18 +236,18 @@ class Simulation {
     }
 
     void windowEdits() {
-        auto& model = world_.model;
+        auto& list = world_.list();
         const auto& tasks = world_.state().tasks;
         if (tasks.empty() || pick(3) == 0) {
-            model.add(oneOf(titles), someDay(), someTime(), pick(4) == 0);
+            list.add({{oneOf(titles), someDay(), someTime(), pick(4) == 0}});
             return;
         }
         const auto task = oneOf(tasks);
         switch (pick(4)) {
-        case 0: return model.toggle(task);
-        case 1: model.edit(task, {oneOf(titles), someDay(), someTime()}); return;
-        case 2: return model.reschedule(task, someDay(), someTime());
-        default: return model.remove(task);
+        case 0: return list.toggle(task);
+        case 1: list.edit(task, {oneOf(titles), someDay(), someTime()}); return;
+        case 2: return list.reschedule(task, someDay(), someTime());
+        default: return list.remove(task);
         }
     }
 
@@ -309,7 +309,7 @@ class Simulation {
 
     void look() {
         track();
-        world_.model.reload();
+        world_.list().read();
         world_.loop.advance(2s);
         for (int turn = 0; turn < 60 && world_.notifications.capabilities.reachable; ++turn) world_.loop.advance(1s);
         ASSERT_TRUE(lookWhetherSeen());

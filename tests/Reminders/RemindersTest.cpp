@@ -46,7 +46,7 @@ TEST(NotificationCentre, KeepsWhatIsDueUntilAServerComes) {
     world.start();
     EXPECT_FALSE(world.state().notificationsAllowed);
     world.loop.advanceTo(moment("2025-03-05 10:00"));
-    world.model.toggle(world.task("C"));
+    world.list().toggle(world.task("C"));
     world.save("- [ ] ❗ AA · 2025-03-04\n" + world.text().substr(world.text().find('\n') + 1)); // its text follows
     world.loop.advance(2s);
     EXPECT_EQ(world.preferences.notifiedTasks(), Preferences::Notified{});
@@ -109,13 +109,13 @@ using Action = NotificationServer::Action;
 TEST(Bubbles, BelongToTheTaskForWhichTheyWereShown) {
     ModelWorld world("2025-03-04 10:00", "- [ ] Courses · 2025-03-04\n- [ ] Pain · 2025-03-04\n");
     world.start();
-    world.model.edit(world.task("Courses"), {.title = "Courses de Noël"});
-    world.model.add("Courses", Day{2025, 3, 4}, {}, false);
+    world.list().edit(world.task("Courses"), {.title = "Courses de Noël"});
+    world.list().add({{"Courses", Day{2025, 3, 4}}});
     world.loop.advance(2s);
     world.notifications.press(world.notifications.shown.back().handle, Action::done); // the new one's
     EXPECT_TRUE(world.task("Courses").done);
     EXPECT_FALSE(world.task("Courses de Noël").done);
-    world.model.undo();
+    world.list().undo();
     world.save("- [ ] Lait · 2025-03-04\n" + dravel::replacedAll(world.text(), "Pain", "Pain bis")); // by an editor
     world.notifications.press("Courses", Action::tomorrow); // of which there are two: the first one's
     world.notifications.press("Pain", Action::done);
@@ -176,7 +176,7 @@ TEST(TestNotification, SaysWhatBecameOfIt) {
     const auto sent = [&world](bool reachable, bool actions, NotificationServer::Error refusal = {}) {
         world.notifications.capabilities = {.reachable = reachable, .actions = actions};
         world.notifications.refusal = std::move(refusal);
-        world.model.testNotification();
+        world.model.permission().test();
         world.loop.runPosted();
         return world.state().notificationTest.value();
     };

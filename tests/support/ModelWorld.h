@@ -15,6 +15,8 @@
 
 namespace tacla::testing {
 
+using Happened = MirrorEvent::Kind;
+
 Instant moment(std::string_view text); // "2025-03-04 14:30" on the wall
 
 // An account and a calendar that answer as the test says.
@@ -108,6 +110,8 @@ struct ModelWorld {
     void save(std::string_view text) const; // as an editor does; the modification time differs for sure
     std::string text() const { return readBytes(file); }
     const ModelState& state() const { return model.state(); }
+    LiveDocument& list() { return model.list(); }
+    void mirror(MirrorEvent::Kind kind, bool on = false) { model.mirror().tell({.kind = kind, .on = on}); }
     TaskItem task(std::string_view title) const;
 
   private:

@@ -85,11 +85,11 @@ void SettingsPage::addListCard() {
                           u"Un fichier Markdown existant, ou une nouvelle liste."_s);
     addButton(neutral(u"Choisir…"_s), *change, "change.choose", u"Choisir un autre fichier"_s, [this] {
         actions_.chooseFile(window(), model_.state().file.parent_path(),
-                            [&model = model_](const auto& path) { model.use(path); });
+                            [&model = model_](const auto& path) { model.list().open(path); });
     });
     addButton(neutral(u"Créer…"_s), *change, "change.create", u"Créer une nouvelle liste"_s, [this] {
         actions_.createFile(window(), model_.state().file.parent_path(),
-                            [&model = model_](const auto& path) { model.createAndUse(path); });
+                            [&model = model_](const auto& path) { model.list().open(path, true); });
     });
 
     auto* copies = addRow(*card, Symbol::files, u"copies"_s, u"Copies de la liste"_s,
@@ -126,7 +126,7 @@ bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
     const auto path = droppedList(*dropped->mimeData());
     if (!path) return false;
     dropped->acceptProposedAction();
-    if (drop) model_.use(*path);
+    if (drop) model_.list().open(*path);
     return true;
 }
 
@@ -134,15 +134,15 @@ void SettingsPage::offerCopies(QWidget& button) {
     auto* menu = new QMenu(this);
     menu->setObjectName(u"copies"_s);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    auto copies = model_.copies();
+    auto copies = model_.list().copies();
     if (copies.empty()) menu->addAction(u"Aucune copie de cette liste"_s)->setEnabled(false);
     if (copies.size() > mostCopiesOffered) copies.resize(mostCopiesOffered); // the others stand in the folder
     for (const auto& copy : copies) {
         auto* one = menu->addMenu(toQt(copyText(copy.made, model_.state().today)));
         one->addAction(u"Regarder"_s, this, [this, path = copy.path] { actions_.openFile(path); });
-        one->addAction(u"Rétablir"_s, this, [this, path = copy.path] { model_.bringBack(path); });
+        one->addAction(u"Rétablir"_s, this, [this, path = copy.path] { model_.list().bringBack(path); });
     }
-    menu->popup(button.mapToGlobal(button.rect().bottomLeft())); // not exec(), for those on the accessibility bus
+    dravel::popUp(*menu, button.mapToGlobal(button.rect().bottomLeft()));
 }
 
 void SettingsPage::addNotificationsCard() {
@@ -152,10 +152,10 @@ void SettingsPage::addNotificationsCard() {
                u"Avec « Fait » pour la cocher et « Demain » pour la reporter. 9 h pour une tâche sans heure."_s);
     allow_ = new Button(Button::Kind::soft, u"Autoriser…"_s);
     addButton(allow_, *reminders_, "reminders.allow", u"Autoriser les notifications"_s,
-              [this] { model_.requestNotifications(actions_.openNotificationSettings); });
+              [this] { model_.permission().request(actions_.openNotificationSettings); });
     test_ = addRow(*card, Symbol::send, u"test"_s, u"Tester"_s, u"Envoie une notification d'essai tout de suite."_s);
     addButton(neutral(u"Envoyer"_s), *test_, "test.send", u"Envoyer une notification d'essai"_s,
-              [this] { model_.testNotification(); });
+              [this] { model_.permission().test(); });
     add(card);
 }
 
@@ -166,10 +166,11 @@ void SettingsPage::addCalendarCard() {
     const auto mirror = u"Recopier les tâches dans l'agenda"_s;
     mirror_ = addRow(*card, Symbol::calendarPlus, u"mirror"_s, mirror);
     mirrorOn_ = addSwitch(*mirror_, "mirror.switch", mirror, [this](bool on) {
-        if (on != model_.state().calendarSync) model_.setCalendarSync(on);
+        if (on != model_.state().calendarSync) model_.mirror().tell({.kind = MirrorEvent::Kind::switchAsked, .on = on});
     });
     sync_ = addRow(*card, Symbol::arrowRepeat, u"sync"_s, u"Synchronisation"_s);
-    addButton(neutral(u"Synchroniser"_s), *sync_, "sync.now", u"Synchroniser maintenant"_s, [this] { model_.sync(); });
+    addButton(neutral(u"Synchroniser"_s), *sync_, "sync.now", u"Synchroniser maintenant"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::syncDue); });
     auto* web = addRow(*card, Symbol::compass, u"web"_s, u"Google Agenda"_s);
     addButton(neutral(u"Ouvrir"_s), *web, "web.open", u"Ouvrir Google Agenda"_s, [this] { actions_.openAgenda(); });
     add(card);
@@ -185,17 +186,20 @@ void SettingsPage::addAccountRows(SettingsCard& card) {
         if (const auto& wait = model_.state().signIn) QGuiApplication::clipboard()->setText(toQt(wait->address));
     });
     leave_ = neutral(u"Annuler"_s);
-    addButton(leave_, *account_, "account.leave", u"Annuler la connexion à Google"_s, [this] { model_.leaveSignIn(); });
+    addButton(leave_, *account_, "account.leave", u"Annuler la connexion à Google"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::signInLeft); });
     signIn_ = new Button(Button::Kind::soft, u"Se connecter…"_s);
-    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s, [this] { model_.signIn(); });
+    addButton(signIn_, *account_, "account.signIn", u"Se connecter à Google"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::signInAsked); });
     signOut_ = neutral(u"Se déconnecter"_s);
-    addButton(signOut_, *account_, "account.signOut", u"Se déconnecter de Google"_s, [this] { model_.signOut(); });
+    addButton(signOut_, *account_, "account.signOut", u"Se déconnecter de Google"_s,
+              [this] { model_.mirror().tell(MirrorEvent::Kind::signOutAsked); });
 
     client_ = addRow(card, Symbol::fileEarmark, u"client"_s, u"Fichier client"_s);
-    addButton(neutral(u"Choisir le fichier client…"_s), *client_, "client.choose", u"Choisir le fichier client"_s,
-              [this] {
-                  actions_.chooseClient(window(), [&model = model_](const auto& path) { model.useGoogleClient(path); });
-              });
+    addButton(
+        neutral(u"Choisir le fichier client…"_s), *client_, "client.choose", u"Choisir le fichier client"_s, [this] {
+            actions_.chooseClient(window(), [&model = model_](const auto& path) { model.mirror().useClient(path); });
+        });
 }
 
 void SettingsPage::addSystemCard() {
@@ -204,18 +208,17 @@ void SettingsPage::addSystemCard() {
     login_ = addRow(*card, Symbol::power, u"login"_s, title);
     loginOn_ = addSwitch(*login_, "login.switch", title, [this](bool on) {
         if (on == model_.state().launchAtLogin) return;
-        model_.setLaunchAtLogin(on);
+        model_.login().choose(on);
         refresh(); // the desktop may have refused
     });
-    const auto command = u"gapplication action fr.dravel.Tacla new-task"_s;
-    auto* quick =
-        addRow(*card, Symbol::keyboard, u"quick"_s, u"Saisie rapide"_s,
-               u"Pour ajouter une tâche depuis tout programme, associez une touche à cette commande dans les réglages "
-               u"du clavier de votre bureau :\n"_s +
-                   command);
-    addButton(neutral(u"Copier"_s), *quick, "quick.copy", u"Copier la commande de la saisie rapide"_s,
-              [command] { QGuiApplication::clipboard()->setText(command); });
-    quick->setTextsSelectable(true);
+    quick_ = addRow(*card, Symbol::keyboard, u"quick"_s, u"Saisie rapide"_s);
+    chooseKey_ = neutral({});
+    addButton(chooseKey_, *quick_, "quick.choose", u"Choisir la touche de la saisie rapide"_s,
+              [this] { actions_.chooseQuickEntryKey(window()); });
+    copyCommand_ = neutral(u"Copier"_s);
+    addButton(copyCommand_, *quick_, "quick.copy", u"Copier la commande de la saisie rapide"_s,
+              [] { QGuiApplication::clipboard()->setText(toQt(quickEntryCommand)); });
+    quick_->setTextsSelectable(true);
     auto* terminal =
         addRow(*card, Symbol::terminal, u"terminal"_s, u"En ligne de commande"_s,
                pathText(actions_.home / ".local/bin/tacla") + u"\ntacla list · tacla done <texte> · tacla sync"_s);
@@ -251,6 +254,11 @@ void SettingsPage::refresh() {
     test_->setNote(state.notificationTest ? toQt(*state.notificationTest) : QString());
     loginOn_->setChecked(state.launchAtLogin);
     login_->setDetail(toQt(trayText(state)));
+    quick_->setDetail(toQt(quickEntryText(state)));
+    chooseKey_->setVisible(state.quickEntryKey.has_value());
+    const bool noKey = state.quickEntryKey.value_or("").empty();
+    chooseKey_->setText(noKey ? u"Choisir…"_s : u"Changer…"_s);
+    copyCommand_->setVisible(noKey);
     refreshAccount();
     refreshCalendar();
 }

@@ -37,8 +37,8 @@ class SettingsPage final : public dravel::DravelPage {
 
     AppModel& model_;
     const DesktopActions& actions_;
-    dravel::SettingRow *file_, *reminders_, *test_, *account_, *client_, *mirror_, *sync_, *login_;
-    dravel::Button *allow_, *signIn_, *guide_, *copyAddress_, *leave_, *signOut_;
+    dravel::SettingRow *file_, *reminders_, *test_, *account_, *client_, *mirror_, *sync_, *login_, *quick_;
+    dravel::Button *allow_, *signIn_, *guide_, *copyAddress_, *leave_, *signOut_, *chooseKey_, *copyCommand_;
     dravel::Switch *mirrorOn_, *loginOn_;
 };
 

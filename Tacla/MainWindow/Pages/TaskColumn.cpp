@@ -23,7 +23,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString endName = u"column.end"_s;
 
 constexpr int rowInset = 8, slack = 240; // rows are built a little before they come into view
 
@@ -34,21 +33,10 @@ QAccessibleInterface* columnAccessible(const QString&, QObject* object) {
     return nullptr;
 }
 
-// Qt tells of the focus after focusInEvent(). A stop that handed it on to a row would be spoken of last.
-void withoutStops(QAccessibleEvent* event) {
-    const auto* object = event->object();
-    const bool stop = object && (qobject_cast<const TaskColumn*>(object) || object->objectName() == endName);
-    if (event->type() == QAccessible::Focus && stop) return;
-    QAccessible::installUpdateHandler(nullptr);
-    QAccessible::updateAccessibility(event);
-    QAccessible::installUpdateHandler(withoutStops);
-}
-
 // Tells screen readers what rows and their cards are. Each column says it anew: they must not be asked twice.
 void installAccessibility() {
     QAccessible::removeFactory(columnAccessible);
     QAccessible::installFactory(columnAccessible);
-    QAccessible::installUpdateHandler(withoutStops);
 }
 
 }
@@ -57,7 +45,8 @@ TaskColumn::TaskColumn(dravel::DravelPage& page, AppModel& model, const dravel::
     : page_(page), model_(model), now_(now), end_(new QWidget(this)) {
     installAccessibility();
     setObjectName(u"column"_s);
-    end_->setObjectName(endName);
+    end_->setObjectName(u"column.end"_s);
+    for (QWidget* stop : {static_cast<QWidget*>(this), end_}) stop->setProperty(dravel::handsFocusOn, true);
     for (QWidget* stop : {static_cast<QWidget*>(this), end_}) stop->setFocusPolicy(Qt::TabFocus);
     end_->installEventFilter(this);
     connect(&page, &dravel::DravelPage::viewChanged, this, &TaskColumn::fill);

@@ -48,10 +48,11 @@ void TaskListCard::offerDays() {
     menu->setAttribute(Qt::WA_DeleteOnClose);
     for (const auto& [label, day] : postponements(Day::of(now_()))) {
         // The tasks as they are seen now: the list may be another one when an entry is chosen.
-        const auto postpone = [this, day = day, tasks = tasks_] { model_.postpone(tasks, day); };
+        const auto postpone = [this, day = day, tasks = tasks_] { model_.list().postpone(tasks, day); };
         connect(menu->addAction(toQt(label)), &QAction::triggered, this, postpone);
     }
-    menu->popup(postpone_->mapToGlobal(QPoint(postpone_->width() - menu->sizeHint().width(), postpone_->height() + 4)));
+    const QPoint corner(postpone_->width() - menu->sizeHint().width(), postpone_->height() + 4);
+    dravel::popUp(*menu, postpone_->mapToGlobal(corner));
 }
 
 void TaskListCard::resizeEvent(QResizeEvent* event) {

@@ -127,7 +127,7 @@ void ProblemsCard::offerLineEnds() {
     lineEnds_->setObjectName(u"problem.lineEnds"_s);
     lineEnds_->setAccessibleName(u"Convertir les fins de ligne du fichier"_s);
     column_->addWidget(lineEnds_, 0, Qt::AlignLeft);
-    connect(lineEnds_, &QAbstractButton::clicked, this, [this] { model_.convertLineEnds(); });
+    connect(lineEnds_, &QAbstractButton::clicked, this, [this] { model_.list().apply(UserEdit::plainLineEnds()); });
 }
 
 void ProblemsCard::paintEvent(QPaintEvent* event) {

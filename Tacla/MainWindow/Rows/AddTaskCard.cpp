@@ -236,13 +236,13 @@ void AddTaskCard::add(bool more) {
     focusTitle();
     const auto task = newTask(draft_, today_);
     if (!task) return finish({}, more);
-    model_.add(task->title, task->day, task->time, task->strong, beginAdding(more));
+    model_.list().add({*task}, beginAdding(more));
     title_->setReadOnly(isAdding_); // the disk is slow
 }
 
 void AddTaskCard::addAll(const std::vector<NewTask>& tasks) {
     if (isAdding_) return;
-    model_.addAll(tasks, beginAdding(false));
+    model_.list().add(tasks, beginAdding(false));
     title_->setReadOnly(isAdding_);
 }
 

@@ -56,11 +56,11 @@ TaskRow::TaskRow(AppModel& model, const dravel::Now& now, Container& container, 
     // The row may show another task by the time the button is let go. The model reloads at once and may take the row
     // away: it gets a copy.
     connect(check_, &QAbstractButton::pressed, this, [this] { pressed_ = task_; });
-    connect(check_, &QAbstractButton::clicked, this, [this] { model_.toggle(TaskItem(pressed_)); });
+    connect(check_, &QAbstractButton::clicked, this, [this] { model_.list().toggle(TaskItem(pressed_)); });
     connect(check_, &QAbstractButton::toggled, this, [this](bool on) {
         if (on == task_.done) return;
         check_->setChecked(task_.done); // a screen reader toggled it: the same as a click
-        model_.toggle(TaskItem(task_));
+        model_.list().toggle(TaskItem(task_));
     });
     connect(menuButton_, &QAbstractButton::clicked, this, &TaskRow::openMenu);
 }
@@ -91,7 +91,7 @@ void TaskRow::setTask(const TaskItem& task, Day today, bool showDay) {
         control->setAccessibleDescription(moment.isEmpty() ? u"Sans date"_s : moment);
     if (editor_) {
         editor_->setToday(today);
-        editor_->say(model_.holds(edited_) ? QString() : taskIsGone);
+        editor_->say(isIn(model_.state().tasks, edited_) ? QString() : taskIsGone);
     }
     placeTags(width());
     update();
@@ -312,10 +312,8 @@ void TaskRow::openAgainMenu() {
     menu_ = new QMenu(this);
     menu_->setObjectName(u"again.menu"_s);
     for (const auto& [label, day] : againDays(currentDay()))
-        connect(menu_->addAction(toQt(label)), &QAction::triggered, this, [this, shown = task_, day = day] {
-            const auto task = again(model_.whole(shown), day);
-            model_.add(task.title, task.day, task.time, task.strong);
-        });
+        connect(menu_->addAction(toQt(label)), &QAction::triggered, this,
+                [this, shown = task_, day = day] { model_.list().add({again(model_.state().tasks.whole(shown), day)}); });
     popUp(*menu_, *againButton_);
 }
 
@@ -328,17 +326,17 @@ void TaskRow::popUp(QMenu& menu, dravel::IconButton& button) {
     });
     button.setOpen(true);
     highlightChanged();
-    // Not exec(): whoever pressed the button over the accessibility bus would wait for the menu to close.
     constexpr QPoint faceCorner{30, 32};
-    menu.popup(button.mapToGlobal(faceCorner) - QPoint(menu.sizeHint().width(), 0));
+    dravel::popUp(menu, button.mapToGlobal(faceCorner) - QPoint(menu.sizeHint().width(), 0));
 }
 
 // The task is the one that the menu was opened for.
 void TaskRow::perform(RowCommand command, const TaskItem& task) {
-    if (const auto day = postponedDay(command, task, currentDay())) return model_.reschedule(task, *day, task.time);
-    if (command == RowCommand::toggle) model_.toggle(task);
+    if (const auto day = postponedDay(command, task, currentDay()))
+        return model_.list().reschedule(task, *day, task.time);
+    if (command == RowCommand::toggle) model_.list().toggle(task);
     if (command == RowCommand::edit) startEditing();
-    if (command == RowCommand::remove) model_.remove(task);
+    if (command == RowCommand::remove) model_.list().remove(task);
 }
 
 void TaskRow::startEditing() {
@@ -383,20 +381,17 @@ void TaskRow::commitEdit(Qt::FocusReason reason) {
     const auto change = editor_->change(currentDay());
     if (change == TaskChange()) return closeEditor(reason);
     isCommitting_ = true;
-    const auto committed = [row = QPointer(this), change, reason](AppModel::Outcome outcome) {
+    const auto committed = [row = QPointer(this), change, reason](LiveDocument::Outcome outcome) {
         if (row) row->isCommitting_ = false;
         if (!row || !row->editor_) return;
-        switch (outcome) {
-        case AppModel::Outcome::saved:
-        case AppModel::Outcome::unchanged: // what was typed since then stays
-            if (row->editor_->change(row->currentDay()) == change) row->closeEditor(reason);
-            return;
-        case AppModel::Outcome::gone: return row->explain(taskIsGone);
-        case AppModel::Outcome::failed: return row->explain(toQt(row->model_.state().fileError.value_or("")));
-        }
+        const auto& state = row->model_.state();
+        if (outcome == LiveDocument::Outcome::failed) return row->explain(toQt(state.fileError.value_or("")));
+        if (outcome == LiveDocument::Outcome::unchanged && !isIn(state.tasks, row->edited_))
+            return row->explain(taskIsGone);
+        if (row->editor_->change(row->currentDay()) == change) row->closeEditor(reason); // what was typed since stays
     };
     // The list is read again once it is saved, and may take the row away: the model gets a copy.
-    model_.edit(TaskItem(edited_), change, committed);
+    model_.list().edit(TaskItem(edited_), change, committed);
 }
 
 }

@@ -4,7 +4,8 @@ from .bubbles import Bubbles
 from .clock import Clock
 from .desktop import Desktop, until
 from .google import Google
+from .portal import Portal
 from .screen import Reader, Screen
 from .tray import Tray
 
-__all__ = ["Browser", "Bubbles", "Clock", "Desktop", "Google", "Reader", "Screen", "Tray", "until"]
+__all__ = ["Browser", "Bubbles", "Clock", "Desktop", "Google", "Portal", "Reader", "Screen", "Tray", "until"]

@@ -149,18 +149,25 @@ class Reader:
     name, role, state and description."""
 
     def __init__(self, screen):
-        self.bus, self.said, self.around = screen.bus, [], []
-        self.bus.call_sync("org.a11y.atspi.Registry", "/org/a11y/atspi/registry", A + "Registry", "RegisterEvent",
-                           GLib.Variant("(sass)", ("object:state-changed:focused", [], "")), None, 0, 5000, None)
+        self.bus, self.said, self.around, self.focus, self.early = screen.bus, [], [], None, []
+        for event in ("state-changed:focused", "text-caret-moved"):
+            self.bus.call_sync("org.a11y.atspi.Registry", "/org/a11y/atspi/registry", A + "Registry", "RegisterEvent",
+                               GLib.Variant("(sass)", (f"object:{event}", [], "")), None, 0, 5000, None)
         self.bus.signal_subscribe(None, A + "Event.Object", "StateChanged", None, "focused", 0, self._focused)
+        self.bus.signal_subscribe(None, A + "Event.Object", "TextCaretMoved", None, None, 0, self._caret_moved)
 
     def _focused(self, _bus, sender, path, _interface, _member, arguments):
         if arguments[1] != 1:
             return
+        self.focus = path
         try:
             self.said.append(self._words(Widget(self.bus, (sender, path))))
         except GLib.Error:
             pass  # it went away meanwhile
+
+    def _caret_moved(self, _bus, _sender, path, *_rest):
+        if self.focus not in (None, path):
+            self.early.append(path)  # a field of whose text is told first is never named
 
     def _words(self, widget):
         around, parent = [], widget
@@ -179,8 +186,8 @@ class Reader:
         def heard():
             while GLib.MainContext.default().iteration(False):
                 pass
-            return self.said and self.said[-1] == wanted
+            return self.said and self.said[-1] == wanted and not self.early
         try:
             until(heard, wanted, 10)
         except AssertionError:
-            raise AssertionError(f"said last, not {wanted!r}: {self.said[-4:]}") from None
+            raise AssertionError(f"said last, not {wanted!r}: {self.said[-4:]}, text before focus: {self.early}") from None
