@@ -83,7 +83,7 @@ class TaskList {
     TaskIterator<TaskList> begin() const { return {*this, 0}; }
     TaskIterator<TaskList> end() const { return {*this, size()}; }
 
-    TaskItem drawn(std::size_t) const; // an endless title is cut
+    TaskItem drawn(std::size_t) const;           // an endless title is cut
     TaskItem whole(const TaskItem& drawn) const; // the one that was cut, if it is here
     std::string_view title(std::size_t) const;
     std::int64_t line(std::size_t task) const { return data_->wheres[task].line; }
