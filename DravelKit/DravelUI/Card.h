@@ -27,7 +27,7 @@ class Card : public QWidget {
     static constexpr int iconColumn = 16, iconWidth = 20, textColumn = 48;
 
     explicit Card(QWidget* parent = nullptr, Kind = Kind::plain);
-    void setHighlighted(bool);                               // 2 px accent border: its field has focus
+    void setHighlighted(bool); // 2 px accent border: its field has focus, or it takes a drop
     void paintShadow(QPainter&, const QRect& exposed) const; // in the parent's coordinates
 
   protected:

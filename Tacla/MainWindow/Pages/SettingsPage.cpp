@@ -120,12 +120,15 @@ std::optional<std::filesystem::path> droppedList(const QMimeData& data) {
 
 // A file that is dropped on the list's card becomes the list.
 bool SettingsPage::eventFilter(QObject* watched, QEvent* event) {
+    auto* card = qobject_cast<dravel::Card*>(watched);
     const bool drop = event->type() == QEvent::Drop;
+    if (card && (drop || event->type() == QEvent::DragLeave)) card->setHighlighted(false);
     if (!drop && event->type() != QEvent::DragEnter) return DravelPage::eventFilter(watched, event);
     auto* dropped = static_cast<QDropEvent*>(event);
     const auto path = droppedList(*dropped->mimeData());
     if (!path) return false;
     dropped->acceptProposedAction();
+    if (card && !drop) card->setHighlighted(true);
     if (drop) model_.list().open(*path);
     return true;
 }

@@ -23,7 +23,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-
 constexpr int rowInset = 8, slack = 240; // rows are built a little before they come into view
 
 QAccessibleInterface* columnAccessible(const QString&, QObject* object) {
