@@ -36,17 +36,6 @@ TEST(NotificationCentre, KeepsWhatIsDueUntilAServerComes) {
     EXPECT_EQ(world.preferences.notifiedTasks().size(), 2U);
 }
 
-TEST(NotificationCentre, TriesAgainWhatAServerRefused) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n");
-    world.notifications.refusal = "full";
-    world.start();
-    world.loop.advance(2h);
-    EXPECT_EQ(world.preferences.notifiedTasks(), Preferences::Notified{});
-    world.notifications.refusal.reset();
-    world.loop.advance(std::chrono::minutes(1));
-    EXPECT_EQ(world.notifications.transcript(), "10:01 A | Prévue aujourd'hui\n");
-}
-
 TEST(NotificationCentre, HoldsTheFirstSixtyOfTheFileAndGivesTheirPlaceToOthers) {
     std::string text = "- [ ] first · 2025-03-04\n";
     for (int number = 2; number <= 60; ++number) text += "- [ ] t" + std::to_string(number) + " · 2026-01-01\n";
