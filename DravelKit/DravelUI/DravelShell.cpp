@@ -127,6 +127,12 @@ void DravelShell::setFoot(QWidget* foot) {
     arrange();
 }
 
+void DravelShell::setTool(QWidget* tool) {
+    tool_ = tool;
+    tool->setParent(this);
+    arrange();
+}
+
 void DravelShell::showPage(QWidget* page) {
     if (pages_->indexOf(page) < 0) pages_->addWidget(page);
     pages_->setCurrentWidget(page);
@@ -160,6 +166,12 @@ void DravelShell::arrange() {
     handle_->setHidden(folded);
     const int textLeft = iconLeft + iconSide + brandGap;
     brand_->setGeometry(textLeft, iconTop + 4, sidebarWidth_ - 1 - textLeft - sidePadding, 20);
+    if (tool_) {
+        const QSize size = tool_->sizeHint();
+        const QPoint corner(sidebarWidth_ - 1 - sidePadding - size.width(), iconTop + (iconSide - size.height()) / 2);
+        tool_->setGeometry({corner, size});
+        tool_->setHidden(folded);
+    }
     list_->setGeometry(sidePadding, listTop, room, list_->sizeHint().height());
     if (foot_) {
         const int height = foot_->sizeHint().height();

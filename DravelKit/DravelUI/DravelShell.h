@@ -50,6 +50,7 @@ class DravelShell final : public QWidget {
     SidebarList& list() const { return *list_; }
     Toast& toast() const { return *toast_; } // over the foot of the page, which scrolls past it
     void setFoot(QWidget*);                  // takes it
+    void setTool(QWidget*);                  // takes it: beside the brand, while there is room
     void showPage(QWidget*);                 // takes it on the first call; pages can be made when they are first wanted
     QWidget* page() const;                   // the one that is shown
     int sidebarWidth() const { return sidebarWidth_; }
@@ -68,7 +69,7 @@ class DravelShell final : public QWidget {
     QWidget* brand_;
     SidebarList* list_;
     Toast* toast_;
-    QWidget* foot_ = nullptr;
+    QWidget *foot_ = nullptr, *tool_ = nullptr;
     QStackedWidget* pages_;
     QWidget* handle_;
     int wantedSidebar_ = idealSidebar, sidebarWidth_ = idealSidebar;

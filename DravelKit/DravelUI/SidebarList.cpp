@@ -76,7 +76,10 @@ int SidebarList::addRow(Symbol symbol, const QString& title, const QString& obje
     row->setObjectName(objectName);
     row->setFocusPolicy(Qt::NoFocus);
     rows_.push_back(row);
-    connect(row, &QAbstractButton::clicked, this, [this, index] { setCurrent(index); });
+    connect(row, &QAbstractButton::clicked, this, [this, index] {
+        setCurrent(index);
+        Q_EMIT clicked(index);
+    });
     if (index == 0) setCurrent(0);
     updateGeometry();
     return index;

@@ -47,6 +47,7 @@ class SidebarList final : public QWidget {
 
   Q_SIGNALS:
     void currentChanged(int);
+    void clicked(int); // also on the current row
 
   protected:
     void keyPressEvent(QKeyEvent*) override;

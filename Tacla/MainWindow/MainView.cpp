@@ -1,6 +1,7 @@
 #include "Tacla/MainWindow/MainView.h"
 
 #include "DravelKit/DravelLogo/DravelLogo.h"
+#include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/DravelUI/DravelShell.h"
 #include "DravelKit/DravelUI/KeysPanel.h"
@@ -232,6 +233,15 @@ dravel::DravelShell& MainView::shell() {
         section_ = sections[static_cast<std::size_t>(row)];
         showPage();
     });
+    connect(&list, &dravel::SidebarList::clicked, this, [this] {
+        if (shell_->page() == find_) showPage();
+    });
+    auto* find = new dravel::IconButton(dravel::Symbol::search, u"Ouvrir la recherche"_s);
+    find->setObjectName(u"find.open"_s);
+    find->setToolTip(u"Chercher une tâche (Ctrl+F)"_s);
+    find->setFocusPolicy(Qt::NoFocus); // the keyboard has its own way
+    connect(find, &QAbstractButton::clicked, this, &MainView::beginFind);
+    shell_->setTool(find);
     shell_->setFoot(makeSyncBadge(model_, shell_));
     connect(&shell_->toast(), &dravel::Toast::acted, this, [this] { model_.list().undo(); });
     views_->addWidget(shell_);

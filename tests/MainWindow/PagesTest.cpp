@@ -166,6 +166,9 @@ TEST(FindPage, FindsInAllTasksAndGivesThePageBack) {
     window.press(Qt::Key_Escape);
     EXPECT_EQ(window.page().objectName(), u"page.today"_s);
     EXPECT_EQ(window.focused(), "Pain check");
+    for (const auto* way : {"find.open", "section.today"})
+        QTest::mouseClick(&window.control<QWidget>(way), Qt::LeftButton);
+    EXPECT_EQ(window.page().objectName(), u"page.today"_s) << "with the pointer alone";
 }
 
 TEST(AddCard, MovesWithTheDayAtMidnight) {
