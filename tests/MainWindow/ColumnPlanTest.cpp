@@ -41,7 +41,8 @@ TEST(ColumnLayout, FindsTheRowsAndCardsOfAnyBand) {
 }
 
 TaskGroups groupsOf(std::string_view taskFile) {
-    return {{.heading = {}, .day = {}, .symbol = {}, .tasks = TaskFile::parse(taskFile), .empty = {}}};
+    const TaskList tasks{std::string(taskFile)};
+    return {{.heading = {}, .day = {}, .symbol = {}, .tasks = {tasks, undated(tasks)}, .empty = {}}};
 }
 
 TEST(RowMatching, FollowsEachTaskThroughAReload) {

@@ -112,7 +112,7 @@ struct ModelWorld {
     const ModelState& state() const { return model.state(); }
     LiveDocument& list() { return model.list(); }
     void mirror(MirrorEvent::Kind kind, bool on = false) { model.mirror().tell({.kind = kind, .on = on}); }
-    const TaskItem& task(std::string_view title) const;
+    TaskItem task(std::string_view title) const;
 
   private:
     AppModel::Ports ports();
