@@ -2,6 +2,7 @@
 
 #include "DravelKit/DravelLogo/DravelLogo.h"
 #include "DravelKit/Foundation/Text.h"
+#include "Tacla/Linux/SystemEvents.h"
 #include "statusnotifieritemadaptor.h"
 
 #include <QDBusMessage>
@@ -72,17 +73,33 @@ QByteArray symbol(const QPainterPath& glyph) {
            outline + R"("/></svg>)";
 }
 
-// The icon at that many pixels: a ticked box when nothing is open, else a box with the number.
+// A ticked box when nothing is open, else a box with the number.
+void paintGlyph(QPainter& painter, std::size_t open, const QColor& colour) {
+    if (open > 0)
+        painter.fillPath(numberGlyph(open), colour);
+    else
+        dravel::paintTickGlyph(painter, QRectF(0, 0, grid, grid), colour);
+}
+
+// The icon at that many pixels. On a panel of which nothing is known it is light with a dark edge.
 QImage trayGlyph(int pixels, std::size_t open, const QColor& colour) {
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(pixels / grid, pixels / grid);
-    if (open > 0)
-        painter.fillPath(numberGlyph(open), colour);
-    else
-        dravel::paintTickGlyph(painter, QRectF(0, 0, grid, grid), colour);
+    if (colour.isValid()) {
+        paintGlyph(painter, open, colour);
+        return image;
+    }
+    constexpr double edge = 0.9;
+    for (const auto& [right, down] : {std::pair{-1, 0}, {1, 0}, {0, -1}, {0, 1}}) {
+        painter.save();
+        painter.translate(right * edge, down * edge);
+        paintGlyph(painter, open, trayColour(ColourScheme::Preference::light));
+        painter.restore();
+    }
+    paintGlyph(painter, open, trayColour(ColourScheme::Preference::dark));
     return image;
 }
 

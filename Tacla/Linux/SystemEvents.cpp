@@ -70,7 +70,7 @@ QColor trayColour(ColourScheme::Preference preference) {
     case ColourScheme::Preference::light: return QColor(0x13, 0x19, 0x27);
     case ColourScheme::Preference::unknown: break;
     }
-    return QColor(0x80, 0x86, 0x90); // 3.7:1 on white, 5.7:1 on black
+    return {};
 }
 
 void WakeWatch::watch(QDBusConnection system) {

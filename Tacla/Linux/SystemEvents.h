@@ -43,7 +43,7 @@ class ColourScheme final : public QObject {
     double speed_ = 1;       // Plasma's: how long they take, 0 for none
 };
 
-// The tray icon's colour: readable on the panel of such a desktop, on either kind when it is not known.
+// The tray icon's colour, readable on the panel of such a desktop; none when it is not known.
 QColor trayColour(ColourScheme::Preference);
 
 // Tells when the machine wakes from sleep, after logind's PrepareForSleep(false) on the system bus.

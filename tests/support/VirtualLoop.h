@@ -29,7 +29,10 @@ class VirtualLoop final : public dravel::MainLoop {
     }
     Instant now() const override { return wall_; }
 
-    bool hasPosted() { return std::lock_guard(mutex_), !posted_.empty(); }
+    bool hasPosted() {
+        const std::lock_guard lock(mutex_);
+        return !posted_.empty();
+    }
     void runPosted();           // what has been posted, and what that posts
     void runPostedByAThread();  // waits for another thread to post
     void advance(milliseconds); // awake: everything that falls due runs in its order
