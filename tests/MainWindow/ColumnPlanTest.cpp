@@ -64,13 +64,5 @@ TEST(RowMatching, FollowsEachTaskThroughAReload) {
     }
 }
 
-TEST(RowMatching, HandsTheFocusToTheNextRowElseToTheOneAbove) {
-    const auto before = groupsOf("- [ ] Pain\n- [ ] Vin\n- [ ] Sel\n");
-    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n- [ ] Sel\n"), 1), 1u);
-    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n- [ ] Vin\n"), 2), 1u);
-    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n"), 1), 0u) << "the next one left too";
-    EXPECT_EQ(successor(before, groupsOf(""), 1), std::nullopt);
-}
-
 }
 }

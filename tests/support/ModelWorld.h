@@ -118,4 +118,8 @@ struct ModelWorld {
     AppModel::Ports ports();
 };
 
+struct LivingWorld : ModelWorld {
+    LivingWorld(std::string_view now, std::string_view tasks) : ModelWorld(now, tasks) { start(); }
+};
+
 }
