@@ -192,18 +192,23 @@ class Locked(OfPlasma):
         return Lockable(size=self.size)
 
     def test_shows_nothing_of_a_reminder(self):
-        self.desktop.call("org.freedesktop.ScreenSaver", "/ScreenSaver", "org.freedesktop.ScreenSaver", "Lock")
-        seen = []
+        saver = ("org.freedesktop.ScreenSaver", "/ScreenSaver", "org.freedesktop.ScreenSaver")
+        self.desktop.call(*saver, "Lock")
+        until(lambda: self.desktop.call(*saver, "GetActive")[0], "the lock")
+        seen, (width, height) = [], map(int, self.size.split("x"))
 
         def still():
-            seen.append(ImageGrab.grab(xdisplay=self.desktop.display).tobytes())
+            corner = (width - 420, height - 400, width, height)  # where bubbles stand; elsewhere a clock goes and a cursor blinks
+            seen.append(ImageGrab.grab(corner, xdisplay=self.desktop.display).tobytes())
             return len(seen) > 20 and len(set(seen[-20:])) == 1
         until(still, "the lock")
+        locked = seen.pop()
+        seen.clear()
         self.launch()
         settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
         until(lambda: "notifiedTasks" in settings.read_text(), "the reminder")
         until(still, "the lock as before")
-        self.assertEqual(seen[-1], seen[20])
+        self.assertTrue(seen[-1] == locked, "something came up over the lock")
         self.desktop.picture("locked")
 
 

@@ -5,6 +5,8 @@ import shutil
 import signal
 import subprocess
 
+from gi.repository import GLib
+
 from everywhere import NAME, Everywhere, Wayland, day, main, told_on, until
 
 CONFIG = """xwayland disable
@@ -85,7 +87,7 @@ class Sway(Wayland):
             return len(set(shot.convert("RGB").resize((64, 40)).getdata()))
 
     def quiet(self):
-        self.ask("makoctl", "mode", "-s", "quiet")
+        self.call(self.NAMES["notify"], "/fr/emersion/Mako", "fr.emersion.Mako", "SetModes", GLib.Variant("(as)", (["quiet"],)))
 
     def locate(self, words):
         return []  # nothing there tells what is on the screen
