@@ -192,16 +192,17 @@ class Locked(OfPlasma):
         return Lockable(size=self.size)
 
     def test_shows_nothing_of_a_reminder(self):
-        saver = ("org.freedesktop.ScreenSaver", "/ScreenSaver", "org.freedesktop.ScreenSaver")
-        self.desktop.call(*saver, "Lock")
-        until(lambda: self.desktop.call(*saver, "GetActive")[0], "the lock")
-        seen, (width, height) = [], map(int, self.size.split("x"))
+        width, height = map(int, self.size.split("x"))
+        seen = []
 
-        def still():
+        def still(frames=20):
             corner = (width - 420, height - 400, width, height)  # where bubbles stand; elsewhere a clock goes and a cursor blinks
             seen.append(ImageGrab.grab(corner, xdisplay=self.desktop.display).tobytes())
-            return len(seen) > 20 and len(set(seen[-20:])) == 1
-        until(still, "the lock")
+            return len(seen) > frames and len(set(seen[-frames:])) == 1
+        until(still, "the desktop")
+        unlocked = seen.pop()
+        self.desktop.call("org.freedesktop.ScreenSaver", "/ScreenSaver", "org.freedesktop.ScreenSaver", "Lock")
+        until(lambda: still() and seen[-1] != unlocked, "the lock")
         locked = seen.pop()
         seen.clear()
         self.launch()
