@@ -195,7 +195,7 @@ void KitStyle::drawControl(ControlElement element, const QStyleOption* option, Q
     if (element == CE_MenuBarItem && entry) return menus::paintBarEntry(*painter, *entry);
     if (element == CE_MenuEmptyArea) return;
     if (element == CE_MenuBarEmptyArea)
-        return painter->fillRect(option->rect, Theme::surface.in(appearanceOf(option->palette)).color());
+        return painter->fillRect(option->rect, Theme::surface.in(appearanceOf(QGuiApplication::palette())).color());
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 

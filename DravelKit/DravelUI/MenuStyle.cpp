@@ -49,7 +49,7 @@ struct Inks {
 };
 
 Inks inks(const QStyleOptionMenuItem& option, bool danger) {
-    const Appearance look = appearanceOf(option.palette);
+    const Appearance look = appearanceOf(QGuiApplication::palette());
     const auto colour = [look](const Theme::Tone& tone) { return tone.in(look).color(); };
     if (!option.state.testFlag(QStyle::State_Enabled)) return {colour(Theme::textTertiary), Qt::transparent};
     const bool selected = option.state.testFlag(QStyle::State_Selected);
@@ -60,7 +60,7 @@ Inks inks(const QStyleOptionMenuItem& option, bool danger) {
 void paintSeparator(QPainter& painter, const QStyleOptionMenuItem& option) {
     const QRect line(option.rect.left() + sidePadding, option.rect.center().y(), option.rect.width() - 2 * sidePadding,
                      1);
-    painter.fillRect(line, Theme::border.in(appearanceOf(option.palette)).color());
+    painter.fillRect(line, Theme::border.in(appearanceOf(QGuiApplication::palette())).color());
 }
 
 }
@@ -94,13 +94,13 @@ void paintEntry(QPainter& painter, const QStyleOptionMenuItem& option, const QWi
         paintSymbol(painter, QRect(inner.right() - 11, inner.top(), 12, inner.height()), Symbol::chevronRight, 12,
                     ink.text);
     if (const QString keys = shortcut(option.text); !keys.isEmpty())
-        paintLine(painter, inner, type, Theme::textTertiary.in(appearanceOf(option.palette)).color(), keys,
+        paintLine(painter, inner, type, Theme::textTertiary.in(appearanceOf(QGuiApplication::palette())).color(), keys,
                   Qt::AlignRight);
     painter.restore();
 }
 
 void paintBarEntry(QPainter& painter, const QStyleOptionMenuItem& option) {
-    const Appearance look = appearanceOf(option.palette);
+    const Appearance look = appearanceOf(QGuiApplication::palette());
     const bool open = option.state.testFlag(QStyle::State_Sunken), hot = option.state.testFlag(QStyle::State_Selected);
     painter.save();
     painter.fillRect(option.rect, Theme::surface.in(look).color());
