@@ -23,9 +23,6 @@ class DatePopup final : public QWidget {
     void showUnder(const QWidget& field);
     QDate cursor() const { return cursor_; }
 
-    // The Monday on which the six weeks shown for a month begin.
-    static QDate firstDayShown(QDate month);
-
   Q_SIGNALS:
     void picked(QDate);
 
@@ -36,6 +33,8 @@ class DatePopup final : public QWidget {
   private:
     class DayCell;
 
+    // The Monday on which the six weeks shown for a month begin.
+    static QDate firstDayShown(QDate month);
     void pick(QDate);
     void moveTo(QDate);
     void refresh();

@@ -76,14 +76,15 @@ std::optional<Change> editLocked(const Path& path, const Edit& edit, const Path&
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         const auto fileLock = lockedItself(target);
         finishInterruptedWrite(target);
-        const auto before = missing == Missing::isEmpty ? Snapshot::ifThere(target) : Snapshot::of(target);
-        const std::string text = before ? before->text : "";
+        auto before = missing == Missing::isEmpty ? Snapshot::ifThere(target) : Snapshot::of(target);
+        const std::string_view text = before ? std::string_view(before->text) : "";
         requireUtf8(path, text);
         auto after = edit(text);
         if (!after || *after == text) return {};
         requireUtf8(path, *after);
         removeLeftovers(target);
-        if (replaceFile(target, before, *after)) return Change{text, std::move(*after)};
+        if (replaceFile(target, before, *after))
+            return Change{before ? std::move(before->text) : "", std::move(*after)};
     }
     throw FileError(FileError::Kind::changed, path);
 }

@@ -74,7 +74,7 @@ void AppModel::hear(LiveDocument::News news) {
     renamed_.remember(news.renamed);
     if (news.opened) openedOther();
     if (news.tasks) {
-        if (reminders_ && !std::exchange(isOtherList_, false)) reminders_->follow(state_.tasks, *news.tasks);
+        if (reminders_ && !std::exchange(isOtherList_, false) && news.successors) reminders_->follow(*news.successors);
         state_.tasks = std::move(*news.tasks);
     }
     if (news.failure)
@@ -96,7 +96,7 @@ void AppModel::openedOther() {
     const auto& file = list_.state().file;
     store([&] { ports_.preferences.setTaskFilePath(file.string()); });
     if (!reminders_ || file == state_.file) return;
-    reminders_->follow(state_.tasks, {}); // each list has its own
+    reminders_->follow(Successors(state_.tasks, {})); // each list has its own
     reminders_->adopt(file, {});
     isOtherList_ = true;
 }

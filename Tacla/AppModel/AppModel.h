@@ -45,6 +45,7 @@ class AppModel {
     CalendarMirror& mirror() { return mirror_; }
     NotificationPermission& permission() { return permission_; }
     LaunchAtLogin& login() { return login_; }
+    dravel::Background& background() const { return ports_.background; }
 
     void beginOnboarding() { set(state_.onboarding, true); }
     void tellOfTray(bool shown) { set(state_.withoutTray, !shown); }

@@ -14,7 +14,6 @@ using News = LiveDocument::News;
 
 // Less than two frames, and than anybody notices.
 static constexpr auto blink = 20ms;
-static constexpr auto patienceAtStart = 500ms;
 
 // What could not be written is said long enough to be read, whether or not the list can be, and why not.
 static constexpr auto shownAtLeast = 6s;
@@ -34,7 +33,10 @@ News notWritten(std::string_view deed, const path& file, const FileError& error)
 
 News reading(TaskDocument& document, News news = {}) {
     try {
+        const auto before = document.tasks();
         news.tasks = document.read();
+        if (!news.tasks->sharesAllWith(before))
+            news.successors = std::make_shared<const Successors>(before, *news.tasks);
         news.unreadDates = document.unreadDates();
     } catch (const FileError& error) {
         if (!news.failure) news.failure = failure("de lire", document.file(), error);
@@ -65,6 +67,7 @@ News edited(TaskDocument& document, const UserEdit& edit, Instant now) {
         const auto& key = renamed == news.renamed.end() ? *edit.retitled : renamed->second;
         if (auto task = TaskFile::find(change->after, key)) news.silenced = {std::move(*task)};
     }
+    change.reset(); // a long list needs the room
     return reading(document, std::move(news));
 }
 
@@ -77,8 +80,9 @@ News undone(TaskDocument& document, Instant now) {
         return notWritten("d'écrire", document.file(), error); // may be tried again
     }
     if (undone.changedSince) return {.bar = "Le fichier a changé depuis : rien n'a été annulé."};
-    return reading(document,
-                   {.written = true, .renamed = std::move(undone.keys), .silenced = remindersGivenBack(undone.change)});
+    auto givenBack = remindersGivenBack(undone.change);
+    undone.change = {}; // a long list needs the room
+    return reading(document, {.written = true, .renamed = std::move(undone.keys), .silenced = std::move(givenBack)});
 }
 
 News broughtBack(TaskDocument& document, const path& copy, Instant now) {
@@ -141,7 +145,7 @@ void LiveDocument::begin(Then then) {
         hear(std::move(news));
         then();
     };
-    run([creates](TaskDocument& document) { return begun(document, creates); }, done, patienceAtStart);
+    run([creates](TaskDocument& document) { return begun(document, creates); }, done, blink);
 }
 
 void LiveDocument::read() {

@@ -3,6 +3,9 @@
 #include "DravelKit/Run/Background.h"
 #include "Tacla/AppModel/ModelState.h"
 #include "Tacla/TaskDocument/TaskDocument.h"
+#include "Tacla/TaskList/Successors.h"
+
+#include <memory>
 
 namespace tacla {
 
@@ -21,7 +24,8 @@ class LiveDocument {
 
     // What a job came to.
     struct News {
-        std::optional<Tasks> tasks{}; // as they were read, if they were
+        std::optional<TaskList> tasks{};                // as they were read, if they were
+        std::shared_ptr<const Successors> successors{}; // of those that were there before, if any changed
         std::size_t unreadDates = 0;
         std::optional<std::string> failure{}; // the file could not be read, written or created
         bool written = false;                 // by an edit
@@ -45,8 +49,7 @@ class LiveDocument {
     const State& state() const { return state_; }
     std::vector<dravel::FileCopies::Copy> copies() const { return TaskDocument(state_.file, folders_).copies(); }
 
-    // The first reading, which is waited for longer: nothing is to be seen yet. The file in the Documents is created.
-    void begin(Then);
+    void begin(Then);           // the first reading; the file in the Documents is created
     void read();                // in any case
     void readIfChanged(Then);   // `then` is called in any case
     bool check(bool inAnyCase); // the poll; false when it is left out, because a job runs
@@ -63,7 +66,7 @@ class LiveDocument {
         apply(UserEdit::change(task, change, today()), std::move(done));
     }
     void remove(const TaskItem& task) { apply(UserEdit::remove(task)); }
-    void postpone(const Tasks& seen, Day to) { apply(UserEdit::postpone(seen, to, today())); } // one edit
+    void postpone(const TaskSelection& seen, Day to) { apply(UserEdit::postpone(seen, to, today())); } // one edit
     // `added` gets none when the tasks are in the file, else why they are not.
     using Added = std::function<void(const std::optional<std::string>& whyNot)>;
     void add(const std::vector<NewTask>&, const Added& = {}); // one at least

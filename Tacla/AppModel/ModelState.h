@@ -19,7 +19,7 @@ struct UndoBar {
 
 // Everything that the menu and the pages show: a value, so that what they decide is a function of it.
 struct ModelState {
-    Tasks tasks;                 // every task of the file, in file order
+    TaskList tasks;              // every task of the file, in file order
     std::size_t unreadDates = 0; // lines whose date a carriage return hides
     Day today{1970, 1, 1};
     Instant now{}; // the last minute tick
@@ -43,11 +43,9 @@ struct ModelState {
     std::optional<std::string> requestedSection; // a section that the window is asked to show
     std::optional<UndoBar> undoBar;              // for ten seconds
 
-    Tasks late() const { return tacla::late(tasks, now); }
-    Tasks todays() const { return tacla::todays(tasks, now); }
-    Tasks upcoming() const { return tacla::upcoming(tasks, today); }
-    Tasks undated() const { return tacla::undated(tasks); }
-    Tasks doneTasks() const { return tacla::doneTasks(tasks, today); }
+    TaskSelection late() const { return {tasks, tacla::late(tasks, now)}; }
+    TaskSelection todays() const { return {tasks, tacla::todays(tasks, now)}; }
+    TaskSelection upcoming(std::size_t most) const { return {tasks, tacla::upcoming(tasks, today, most)}; }
     std::size_t openCount() const { return tacla::openCount(tasks, now); }
 };
 

@@ -46,7 +46,7 @@ MirrorEvent eventOf(const Outcome<Result>& outcome, Kind whenDone, Kind whenFail
 }
 
 CalendarMirror::CalendarMirror(dravel::MainLoop& loop, dravel::Background& background, Preferences& preferences,
-                               CalendarService* service, const Tasks& tasks, RenamedKeys& renamed,
+                               CalendarService* service, const TaskList& tasks, RenamedKeys& renamed,
                                std::function<void()> changed)
     : loop_(loop), background_(background), preferences_(preferences), service_(service), tasks_(tasks),
       renamed_(renamed), changed_(std::move(changed)) {
@@ -138,11 +138,11 @@ void CalendarMirror::send() {
     startStoppable<std::string>(
         [service = service_, turn = turn_, tasks = tasks_, renamed = sent_](const std::stop_token& stop) mutable {
             const auto held = std::exchange(turn, {}); // given up with the end of the run, whoever keeps this job
-            return service->run(held, tasks, renamed, stop);
+            return service->run(held, Tasks(tasks.begin(), tasks.end()), renamed, stop);
         },
         [this](const Outcome<std::string>& outcome) {
             auto event = eventOf(outcome, Kind::runEnded, Kind::runFailed);
-            event.listChanged = std::exchange(sentTasks_, {}) != tasks_;
+            event.listChanged = !(std::exchange(sentTasks_, {}) == tasks_);
             if (event.kind == Kind::runEnded) renamed_.synced(std::exchange(sent_, {}));
             tell(std::move(event));
         });

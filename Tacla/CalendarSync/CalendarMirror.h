@@ -62,10 +62,10 @@ class CalendarService {
 // outcome back as an event. Main thread only.
 class CalendarMirror {
   public:
-    // `tasks` and `renamed` are copied when a run starts to send, and what it has carried over is taken out of
+    // `tasks` and `renamed` are kept when a run starts to send, and what it has carried over is taken out of
     // `renamed`.
     // No service: the mirror stands still.
-    CalendarMirror(dravel::MainLoop&, dravel::Background&, Preferences&, CalendarService*, const Tasks& tasks,
+    CalendarMirror(dravel::MainLoop&, dravel::Background&, Preferences&, CalendarService*, const TaskList& tasks,
                    RenamedKeys& renamed, std::function<void()> changed);
 
     const MirrorState& state() const { return state_; }
@@ -92,14 +92,14 @@ class CalendarMirror {
     dravel::Background& background_;
     Preferences& preferences_;
     CalendarService* service_;
-    const Tasks& tasks_;
+    const TaskList& tasks_;
     RenamedKeys& renamed_;
     std::function<void()> changed_;
 
     MirrorState state_;
     std::stop_source stop_; // of the run of now
     Turn turn_;             // while it is decided what to do with it
-    Tasks sentTasks_;
+    TaskList sentTasks_;
     RenamedKeys::Map sent_;
     dravel::Timer nextSync_, second_;
 

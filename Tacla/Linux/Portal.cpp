@@ -67,8 +67,9 @@ void Portal::ask(Question question, Answered then) {
     const auto sender = session_->baseService().mid(1).replace(u'.', u'_');
     const auto request = path + u"/request/"_s + sender + u'/' + token;
     asked_.emplace(request, std::move(then));
-    // Before the question: the answer may overtake the reply to it.
-    session_->connect(name, request, requests, u"Response"_s, this, SLOT(response(uint, QVariantMap, QDBusMessage)));
+    // Before the question: the answer may overtake the reply to it. Not with the portal's name: Qt would wait for the
+    // bus to tell whose it is, and libdbus ends the program when the bus goes meanwhile.
+    session_->connect({}, request, requests, u"Response"_s, this, SLOT(response(uint, QVariantMap, QDBusMessage)));
     question.options[u"handle_token"_s] = token;
     auto message = call(path, question.interface, question.method);
     message.setArguments(question.arguments);
@@ -85,7 +86,7 @@ void Portal::response(uint outcome, const QVariantMap& results, const QDBusMessa
 }
 
 void Portal::answer(const QString& request, Outcome outcome, const QVariantMap& results) {
-    session_->disconnect(name, request, requests, u"Response"_s, this, SLOT(response(uint, QVariantMap, QDBusMessage)));
+    session_->disconnect({}, request, requests, u"Response"_s, this, SLOT(response(uint, QVariantMap, QDBusMessage)));
     if (const auto asked = asked_.extract(request)) asked.mapped()(outcome, results);
 }
 
@@ -124,7 +125,7 @@ void QuickEntryKey::use(bool chosenBefore) {
     wanted_ = chosenBefore;
     auto session = *portal_.session();
     const auto listen = [&](const char* signal, const char* slot) {
-        session.connect(Portal::name, Portal::path, shortcuts, QLatin1String(signal), this, slot);
+        session.connect({}, Portal::path, shortcuts, QLatin1String(signal), this, slot);
     };
     listen("Activated", SLOT(activated(QDBusMessage)));
     listen("ShortcutsChanged", SLOT(shortcutsChanged(QDBusMessage)));
@@ -171,8 +172,7 @@ void QuickEntryKey::bindIn(const QString& session, const QWidget* over, bool byU
                     }
                     leave();
                     sessionPath_ = session;
-                    portal_.session()->connect(Portal::name, session, sessions, u"Closed"_s, this,
-                                               SLOT(closed(QDBusMessage)));
+                    portal_.session()->connect({}, session, sessions, u"Closed"_s, this, SLOT(closed(QDBusMessage)));
                     wanted_ = true;
                     if (byUser) chosen();
                     hear(results.value(u"shortcuts"_s));

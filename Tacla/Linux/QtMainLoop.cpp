@@ -41,12 +41,16 @@ nanoseconds total(const char* pressure) {
 
 // Time that is nobody's fault: the thread computed or queued for a processor, or the machine was too busy for somebody
 // whose answer may have been waited for.
-nanoseconds excused(const std::string& schedstat) {
-    std::int64_t computing = 0, queueing = 0;
-    std::ifstream(schedstat) >> computing >> queueing;
-    const auto busy = total("/proc/pressure/cpu") + total("/proc/pressure/io");
-    return nanoseconds(computing) + std::max(nanoseconds(queueing), busy);
-}
+struct Excused {
+    nanoseconds computing, queueing, busy;
+
+    static Excused of(const std::string& schedstat) {
+        std::int64_t computing = 0, queueing = 0;
+        std::ifstream(schedstat) >> computing >> queueing;
+        return {nanoseconds(computing), nanoseconds(queueing),
+                total("/proc/pressure/cpu") + total("/proc/pressure/io")};
+    }
+};
 
 }
 
@@ -177,7 +181,7 @@ struct Watchdog::Beat {
     void run(const std::stop_token& stop) {
         while (!stop.stop_requested()) {
             const auto sent = std::chrono::steady_clock::now();
-            const auto before = excused(schedstat);
+            const auto before = Excused::of(schedstat);
             answered = false;
             QMetaObject::invokeMethod(
                 &context, [this, sent, before] { answer(sent, before); }, Qt::QueuedConnection);
@@ -186,18 +190,22 @@ struct Watchdog::Beat {
         }
     }
 
-    void answer(std::chrono::steady_clock::time_point sent, nanoseconds before) {
-        const auto stoodStill = (std::chrono::steady_clock::now() - sent) - (excused(schedstat) - before);
-        const auto rounded = std::chrono::duration_cast<std::chrono::milliseconds>(stoodStill);
-        if (rounded > longest) {
-            longest = rounded;
-            std::ofstream(file) << longest.count() << " ms\n";
-        }
+    void answer(std::chrono::steady_clock::time_point sent, const Excused& before) {
+        using std::chrono::milliseconds;
+        const auto now = Excused::of(schedstat);
+        const auto queueing = now.queueing - before.queueing;
+        const auto busy = (std::chrono::steady_clock::now() - sent) - queueing;
+        const auto stoodStill =
+            busy - (now.computing - before.computing) - std::max(0ns, now.busy - before.busy - queueing);
+        const auto longer = std::max(longest, std::chrono::duration_cast<milliseconds>(stoodStill));
+        const auto longerBusy = std::max(longestBusy, std::chrono::duration_cast<milliseconds>(busy));
+        if (std::exchange(longest, longer) != longer || std::exchange(longestBusy, longerBusy) != longerBusy)
+            std::ofstream(file) << longest.count() << " ms, computing included " << longestBusy.count() << " ms\n";
         answered = true;
     }
 
     std::string file, schedstat;
-    std::chrono::milliseconds longest{-1};
+    std::chrono::milliseconds longest{-1}, longestBusy{-1};
     std::atomic<bool> answered = false;
     QObject context;
     std::jthread thread; // last: it uses the others

@@ -43,7 +43,7 @@ struct WallClock {
 WallClock looked(WallClock, dravel::Instant wall, std::chrono::milliseconds sinceBoot);
 
 // For tests: notes how long the main thread ever stood still while work waited for it, in a file that is rewritten with
-// each new maximum ("37 ms"). Only waiting counts: neither computing nor the load of the machine is a blocking call.
+// each new maximum ("37 ms, computing included 41 ms"). The load of the machine is nobody's fault and never counts.
 class Watchdog {
   public:
     explicit Watchdog(std::string file);

@@ -275,7 +275,7 @@ void MainView::closed() {
 bool MainView::copyTask() {
     for (auto* widget = QApplication::focusWidget(); widget != nullptr; widget = widget->parentWidget())
         if (const auto* row = qobject_cast<TaskRow*>(widget)) {
-            QApplication::clipboard()->setText(toQt(TaskFile::line(row->task())));
+            QApplication::clipboard()->setText(toQt(TaskFile::line(model_.state().tasks.whole(row->task()))));
             return true;
         }
     return false;
@@ -310,9 +310,9 @@ void MainView::postponeLate() {
 void MainView::showTask(const std::string& key) {
     if (views_->currentWidget() != shell_) return;
     const auto& state = model_.state();
-    const auto task = std::ranges::find(state.tasks, key, &TaskItem::key);
-    if (task == state.tasks.end()) return;
-    select(sectionOf(*task, state.today));
+    const auto place = state.tasks.find(key);
+    if (!place) return;
+    select(sectionOf(state.tasks.drawn(*place), state.today));
     for (auto* column : shell_->page()->findChildren<TaskColumn*>()) column->focusTask(key);
 }
 

@@ -25,28 +25,14 @@ std::string headline(std::size_t open, bool anyToday) {
     return anyToday ? "Tout est coché 🎉" : "Journée libre";
 }
 
-std::string detail(const Tasks& todays, std::size_t done, std::size_t late, Instant now) {
+std::string detail(const TaskSelection& todays, std::size_t done, std::size_t late, Instant now) {
     auto text = counted(done, "faite");
     if (late > 0) text += " · " + std::to_string(late) + " en retard";
-    const auto next = std::find_if(todays.begin(), todays.end(),
-                                   [now](const TaskItem& task) { return !task.done && task.time && *task.at() > now; });
-    if (next != todays.end()) text += " · prochaine à " + next->time->description();
-    return text;
-}
-
-// Neighbours with one key make a group; the tasks are moved out.
-template <class DayOf, class Make>
-TaskGroups grouped(Tasks tasks, DayOf dayOf, Make make) {
-    TaskGroups groups;
-    for (auto first = tasks.begin(); first != tasks.end();) {
-        const Day day = dayOf(*first);
-        const auto last = std::find_if(first, tasks.end(), [&](const TaskItem& task) { return dayOf(task) != day; });
-        TaskGroup group = make(day);
-        group.tasks.assign(std::make_move_iterator(first), std::make_move_iterator(last));
-        groups.push_back(std::move(group));
-        first = last;
+    for (std::size_t i = 0; i < todays.size(); ++i) {
+        if (const auto brief = todays.brief(i); brief.done || brief.minutes == 0) continue;
+        if (const auto task = todays[i]; *task.at() > now) return text + " · prochaine à " + task.time->description();
     }
-    return groups;
+    return text;
 }
 
 std::string unreadDatesText(std::size_t lines) {
@@ -132,9 +118,9 @@ TodayContents todayContents(const ModelState& state) {
     TodayContents contents;
     auto late = state.late();
     auto todays = state.todays();
-    auto next = state.upcoming();
+    auto next = state.upcoming(nextShown);
     contents.total = todays.size();
-    contents.done = static_cast<std::size_t>(std::ranges::count(todays, true, &TaskItem::done));
+    for (std::size_t i = 0; i < todays.size(); ++i) contents.done += todays.brief(i).done ? 1 : 0;
     contents.overline = "Aujourd'hui · " + state.today.longLabel();
     contents.headline = headline(late.size() + contents.total - contents.done, contents.total > 0);
     contents.detail = detail(todays, contents.done, late.size(), state.now);
@@ -152,11 +138,9 @@ TodayContents todayContents(const ModelState& state) {
                                .tasks = std::move(todays),
                                .empty = "Rien de prévu aujourd'hui.",
                                .showDay = false});
-    if (!next.empty()) {
-        if (next.size() > nextShown) next.erase(next.begin() + nextShown, next.end());
+    if (!next.empty())
         contents.groups.push_back(
             {.heading = "Ensuite", .day = {}, .symbol = Symbol::calendar3, .tasks = std::move(next), .empty = {}});
-    }
     return contents;
 }
 
@@ -172,18 +156,22 @@ TaskGroups lateGroups(const ModelState& state) {
              .postponable = true}};
 }
 
-TaskGroups foundGroups(const Tasks& tasks, const std::vector<std::size_t>& found) {
-    TaskGroup open{.heading = "À cocher", .day = {}, .symbol = Symbol::inbox, .tasks = {}, .empty = {}};
-    TaskGroup done{.heading = "Faites",
-                   .day = {},
-                   .symbol = Symbol::checkCircleFill,
-                   .role = ColourRole::faint,
-                   .tasks = {},
-                   .empty = {}};
-    for (const auto one : found) (tasks[one].done ? done : open).tasks.push_back(tasks[one]);
+TaskGroups foundGroups(const TaskList& tasks, const Places& found) {
+    const auto firstDone = std::ranges::find_if(found, [&](Place place) { return tasks.brief(place).done; });
     TaskGroups groups;
-    for (auto* group : {&open, &done})
-        if (!group->tasks.empty()) groups.push_back(std::move(*group));
+    if (firstDone != found.begin())
+        groups.push_back({.heading = "À cocher",
+                          .day = {},
+                          .symbol = Symbol::inbox,
+                          .tasks = {tasks, Places(found.begin(), firstDone)},
+                          .empty = {}});
+    if (firstDone != found.end())
+        groups.push_back({.heading = "Faites",
+                          .day = {},
+                          .symbol = Symbol::checkCircleFill,
+                          .role = ColourRole::faint,
+                          .tasks = {tasks, Places(firstDone, found.end())},
+                          .empty = {}});
     return groups;
 }
 
@@ -193,45 +181,44 @@ std::array<PostponedTo, 3> postponements(Day today) {
 
 TaskGroups upcomingGroups(const ModelState& state) {
     const auto tomorrow = state.today.plusDays(1);
-    auto groups = grouped(
-        state.upcoming(), [](const TaskItem& task) { return *task.day; },
-        [&](Day day) {
-            return TaskGroup{.heading = day == tomorrow ? "Demain · " : "",
-                             .day = day,
-                             .symbol = Symbol::calendar3,
-                             .tasks = {},
-                             .empty = {}};
-        });
-    if (auto undated = state.undated(); !undated.empty())
+    TaskGroups groups;
+    for (auto& [packed, places] : upcomingByDay(state.tasks, state.today)) {
+        const auto day = unpackedDay(packed);
+        groups.push_back({.heading = day == tomorrow ? "Demain · " : "",
+                          .day = day,
+                          .symbol = Symbol::calendar3,
+                          .tasks = {state.tasks, std::move(places)},
+                          .empty = {}});
+    }
+    if (auto places = undated(state.tasks); !places.empty())
         groups.push_back({.heading = "Sans date",
                           .day = {},
                           .symbol = Symbol::inbox,
                           .role = ColourRole::plain,
-                          .tasks = std::move(undated),
+                          .tasks = {state.tasks, std::move(places)},
                           .empty = {}});
     return groups;
 }
 
 TaskGroups doneGroups(const ModelState& state) {
-    const auto today = state.today;
-    const auto yesterday = today.plusDays(-1);
-    return grouped(
-        state.doneTasks(),
-        [today](const TaskItem& task) { return task.doneOn ? *task.doneOn : task.day.value_or(today); },
-        [&](Day day) {
-            TaskGroup group{.heading = day == yesterday ? "Hier · " : "",
-                            .day = day,
-                            .symbol = Symbol::checkCircleFill,
-                            .role = ColourRole::faint,
-                            .tasks = {},
-                            .empty = {}};
-            if (day == today) {
-                group.heading = "Aujourd'hui";
-                group.day.reset();
-                group.role = ColourRole::success;
-            }
-            return group;
-        });
+    const auto yesterday = state.today.plusDays(-1);
+    TaskGroups groups;
+    for (auto& [packed, places] : doneByDay(state.tasks, state.today)) {
+        const auto day = unpackedDay(packed);
+        TaskGroup group{.heading = day == yesterday ? "Hier · " : "",
+                        .day = day,
+                        .symbol = Symbol::checkCircleFill,
+                        .role = ColourRole::faint,
+                        .tasks = {state.tasks, std::move(places)},
+                        .empty = {}};
+        if (day == state.today) {
+            group.heading = "Aujourd'hui";
+            group.day.reset();
+            group.role = ColourRole::success;
+        }
+        groups.push_back(std::move(group));
+    }
+    return groups;
 }
 
 std::vector<Problem> problems(const ModelState& state) {

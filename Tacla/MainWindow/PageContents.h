@@ -32,7 +32,7 @@ struct TaskGroup {
     std::optional<Day> day; // the day that the title names
     dravel::Symbol symbol;
     ColourRole role = ColourRole::accent;
-    Tasks tasks;
+    TaskSelection tasks;
     std::string empty; // said instead of the tasks when there are none
     bool showDay = true;
     bool postponable = false; // all of its tasks at once
@@ -53,7 +53,7 @@ TodayContents todayContents(const ModelState&);
 TaskGroups lateGroups(const ModelState&);
 TaskGroups upcomingGroups(const ModelState&);
 TaskGroups doneGroups(const ModelState&);
-TaskGroups foundGroups(const Tasks&, const std::vector<std::size_t>& found);
+TaskGroups foundGroups(const TaskList&, const Places& found);
 
 // To where all late tasks are postponed at once; the labels announce their access keys.
 struct PostponedTo {

@@ -53,9 +53,7 @@ bool isJustTheSame(const TaskItem& was, const TaskItem& is) {
 }
 
 void RungTask::follow(const Successors& successors) {
-    if (!now) return;
-    const auto* found = successors.of(*now);
-    now = found != nullptr ? std::optional(*found) : std::nullopt;
+    if (now) now = successors.of(*now);
 }
 
 Bubbles::Bubbles(NotificationServer& server, std::filesystem::path memory)
@@ -64,7 +62,7 @@ Bubbles::Bubbles(NotificationServer& server, std::filesystem::path memory)
     serverChanged_ = server_.changed.connect([this] { forgetOtherServers(); });
 }
 
-void Bubbles::adopt(const std::filesystem::path& list, const Tasks& tasks) {
+void Bubbles::adopt(const std::filesystem::path& list, const TaskList& tasks) {
     list_ = list;
     std::string text;
     try {
@@ -79,9 +77,9 @@ void Bubbles::adopt(const std::filesystem::path& list, const Tasks& tasks) {
         const auto remembered = read(line);
         if (!remembered) continue;
         RungTask task{remembered->task};
-        const auto found = std::ranges::find(tasks, remembered->task.line, &TaskItem::line);
-        const bool same = ours && found != tasks.end() && isJustTheSame(remembered->task, *found);
-        task.now = same ? std::optional(*found) : std::nullopt;
+        const auto place = ours ? tasks.atLine(remembered->task.line) : std::nullopt;
+        task.now = place ? std::optional(tasks.drawn(*place)) : std::nullopt;
+        if (task.now && !isJustTheSame(remembered->task, *task.now)) task.now.reset();
         up_.emplace(remembered->handle, std::move(task));
     }
     withdrawEnded();

@@ -26,7 +26,7 @@ class Bubbles {
     Bubbles(NotificationServer&, std::filesystem::path memory);
 
     // Takes over those of an earlier process for this list; withdraws those whose task is not just as it was.
-    void adopt(const std::filesystem::path& list, const Tasks&);
+    void adopt(const std::filesystem::path& list, const TaskList&);
     void add(const BubbleHandle&, RungTask);
     void follow(const Successors&);
 

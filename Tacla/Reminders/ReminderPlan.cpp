@@ -26,19 +26,21 @@ std::string_view whenOf(std::string_view identifier) {
 }
 
 bool remindsOf(const TaskItem& task) { return !task.done && task.day; }
+bool remindsOf(const TaskList::Brief& task) { return !task.done && task.day != 0; }
 
 class Planner {
   public:
     Planner(const Moments& held, const Notified& notified, Instant now)
         : held_(held), notified_(notified.begin(), notified.end()), now_(now) {
-        for (const auto& [identifier, moment] : held) pendingKeys_.insert(keyOf(identifier));
+        for (const auto& [identifier, moment] : held) pendingKeys_.insert(keyNumber(keyOf(identifier)).value_or(0));
         const auto oldest = today_.plusDays(-daysRemembered).description();
         std::ranges::copy_if(notified, std::back_inserter(plan_.expired),
                              [&oldest](const std::string& entry) { return whenOf(entry) < oldest; });
     }
 
-    void take(const TaskItem& task) {
-        if (!remindsOf(task) || !matters(task)) return;
+    void take(const TaskList& tasks, std::size_t place) {
+        if (!remindsOf(tasks.brief(place)) || !matters(tasks, place)) return;
+        const auto task = tasks.drawn(place);
         const auto moment = *task.at();
         const bool due = moment <= now_;
         if (!due && wanted_ == pendingLimit) return;
@@ -68,14 +70,16 @@ class Planner {
 
   private:
     // Spares the others, most of a long list, the reckoning of their moment.
-    bool matters(const TaskItem& task) const {
-        if (task.day == today_) return true;
-        if (*task.day > longPast_ && wanted_ < pendingLimit) return true;
-        return pendingKeys_.contains(task.key);
+    bool matters(const TaskList& tasks, std::size_t place) const {
+        const auto day = tasks.brief(place).day;
+        if (day == packedDay(today_)) return true;
+        if (day > packedDay(longPast_) && wanted_ < pendingLimit) return true;
+        return pendingKeys_.contains(tasks.key(place));
     }
 
     const Moments& held_;
-    Views notified_, pendingKeys_;
+    Views notified_;
+    KeySet pendingKeys_;
     Instant now_;
     Day today_ = Day::of(now_), longPast_ = today_.plusDays(-daysOfRollOver);
     std::set<std::string> kept_; // identifiers that stay or become pending
@@ -106,23 +110,26 @@ NotificationContent reminderContent(const TaskItem& task, Day today) {
     return {.title = TaskFile::dropStrongMark(task.title), .body = std::move(body), .key = task.key};
 }
 
-ReminderPlan planReminders(const Tasks& tasks, const Moments& pending, const Notified& notified, Instant now) {
+ReminderPlan planReminders(const TaskList& tasks, const Moments& pending, const Notified& notified, Instant now) {
     Planner planner(pending, notified, now);
-    for (const auto& task : tasks) planner.take(task);
+    for (std::size_t i = 0; i < tasks.size(); ++i) planner.take(tasks, i);
     return planner.finish();
 }
 
 Tasks remindersGivenBack(const dravel::SafeFile::Change& change) {
-    const auto edited = TaskFile::parse(change.after);
-    auto restored = TaskFile::parse(change.before);
+    const TaskList edited(change.after), restored(change.before);
     const Successors successors(edited, restored);
     std::set<std::int64_t> kept; // lines of those that ring as before, be it by another key
-    for (const auto& task : edited) {
-        const auto* now = successors.of(task);
-        if (now != nullptr && remindsOf(task) && now->when() == task.when()) kept.insert(now->line);
+    for (std::size_t i = 0; i < edited.size(); ++i) {
+        if (!remindsOf(edited.brief(i))) continue;
+        const auto task = edited.drawn(i);
+        const auto now = successors.of(task);
+        if (now && remindsOf(*now) && now->when() == task.when()) kept.insert(now->line);
     }
-    std::erase_if(restored, [&](const TaskItem& task) { return !remindsOf(task) || kept.contains(task.line); });
-    return restored;
+    Tasks givenBack;
+    for (std::size_t i = 0; i < restored.size(); ++i)
+        if (remindsOf(restored.brief(i)) && !kept.contains(restored.line(i))) givenBack.push_back(restored.drawn(i));
+    return givenBack;
 }
 
 }

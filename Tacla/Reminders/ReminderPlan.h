@@ -41,7 +41,7 @@ struct ReminderPlan {
 
 // The notified list silences catch-ups only, never a moment to come. A reminder that fell due and is not shown yet
 // stays for as long as its task is open.
-ReminderPlan planReminders(const Tasks&, const Moments& pending, const Notified&, Instant now);
+ReminderPlan planReminders(const TaskList&, const Moments& pending, const Notified&, Instant now);
 
 // The open tasks whose reminder the change had ended, or moved: they ring again once it is undone.
 Tasks remindersGivenBack(const dravel::SafeFile::Change&);

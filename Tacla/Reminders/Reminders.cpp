@@ -54,8 +54,8 @@ void NotificationCentre::follow(const Successors& successors) {
     for (auto& [order, leaving] : leaving_) leaving.task.follow(successors);
     const auto moments = std::exchange(pending_, {});
     for (const auto& [identifier, held] : std::exchange(held_, {})) {
-        const auto* task = successors.of(held.task);
-        if (task == nullptr || task->done || task->when() != held.task.when()) continue;
+        const auto task = successors.of(held.task);
+        if (!task || task->done || task->when() != held.task.when()) continue;
         const auto followed = reminderIdentifier(*task);
         pending_[followed] = moments.at(identifier);
         held_[followed] = {*task, held.order};
@@ -156,7 +156,7 @@ Reminders::Reminders(dravel::MainLoop& loop, NotificationServer& server, Prefere
     });
 }
 
-void Reminders::adopt(const std::filesystem::path& list, const Tasks& tasks) {
+void Reminders::adopt(const std::filesystem::path& list, const TaskList& tasks) {
     bubbles_.adopt(list, tasks);
     if (bubbles_.tasks().empty()) return;
     server_.ask(life_.guard([this](const NotificationServer::Capabilities& present) {
@@ -166,16 +166,14 @@ void Reminders::adopt(const std::filesystem::path& list, const Tasks& tasks) {
     }));
 }
 
-void Reminders::follow(const Tasks& before, const Tasks& after) {
-    if (before == after) return;
-    const Successors successors(before, after);
+void Reminders::follow(const Successors& successors) {
     centre_.follow(successors);
     bubbles_.follow(successors);
-    const auto keys = successors.newKeys();
+    const auto& keys = successors.newKeys();
     if (!keys.empty()) store([&](Notified& list) { list = NotifiedTasks::rekeyed(list, keys); });
 }
 
-void Reminders::reconcile(const Tasks& tasks, Instant now) {
+void Reminders::reconcile(const TaskList& tasks, Instant now) {
     catchUpStoring();
     const auto plan = planReminders(tasks, centre_.pending(), notified_, now);
     for (const auto& identifier : plan.stale) centre_.remove(identifier);
@@ -186,7 +184,7 @@ void Reminders::reconcile(const Tasks& tasks, Instant now) {
     centre_.deliver();
 }
 
-void Reminders::minutePassed(const Tasks& tasks, Instant now) {
+void Reminders::minutePassed(const TaskList& tasks, Instant now) {
     if (full_) return reconcile(tasks, now);
     catchUpStoring();
     centre_.deliver();

@@ -78,10 +78,10 @@ class Reminders {
     // A button of one of our bubbles was pressed, or the bubble itself.
     dravel::Signal<const NotificationServer::Response&> answered;
 
-    void adopt(const std::filesystem::path& list, const Tasks&); // the bubbles of an earlier process
-    void follow(const Tasks& before, const Tasks& after);        // each task, wherever an edit took it
-    void reconcile(const Tasks&, Instant now);
-    void minutePassed(const Tasks&, Instant now); // what was refused is tried again, a free place is taken
+    void adopt(const std::filesystem::path& list, const TaskList&); // the bubbles of an earlier process
+    void follow(const Successors&);                                 // each task, wherever an edit took it
+    void reconcile(const TaskList&, Instant now);
+    void minutePassed(const TaskList&, Instant now); // what was refused is tried again, a free place is taken
 
     void skipIfPast(const TaskItem&, Instant now); // a moment that is past already never rings
     void ringAgain(const TaskItem&);               // once more, at the next turn: its button could not be obeyed

@@ -12,6 +12,7 @@ namespace tacla {
 namespace {
 
 constexpr std::size_t upcomingShown = 15, foundShown = 10;
+constexpr std::size_t blockShown = 500; // of late or today's tasks: nobody scrolls through more
 
 MenuEntry separator() { return {.kind = MenuEntry::Kind::separator}; }
 MenuEntry header(std::string title) { return {.kind = MenuEntry::Kind::header, .label = std::move(title)}; }
@@ -50,26 +51,36 @@ void append(Menu& menu, Menu more) {
     menu.insert(menu.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
+template <class Label>
+void appendTasks(Menu& block, const TaskSelection& tasks, Label label) {
+    const auto shown = std::min(tasks.size(), blockShown);
+    for (std::size_t i = 0; i < shown; ++i) {
+        const auto task = tasks[i];
+        block.push_back(taskEntry(task, label(task)));
+    }
+    if (shown < tasks.size())
+        block.push_back({.label = "… et " + std::to_string(tasks.size() - shown) + " autres", .enabled = false});
+}
+
 Menu lateBlock(const ModelState& state) {
     const auto tasks = state.late();
     if (tasks.empty()) return {};
     Menu block{header("En retard")};
-    for (const auto& task : tasks) block.push_back(taskEntry(task, lateLabel(task, state.today)));
+    appendTasks(block, tasks, [&](const TaskItem& task) { return lateLabel(task, state.today); });
     block.push_back(separator());
     return block;
 }
 
 Menu todayBlock(const ModelState& state) {
     Menu block{header("Aujourd'hui")};
-    for (const auto& task : state.todays()) block.push_back(taskEntry(task, todayLabel(task)));
+    appendTasks(block, state.todays(), todayLabel);
     if (block.size() == 1) block.push_back({.label = "Rien de prévu", .enabled = false});
     return block;
 }
 
 Menu upcomingBlock(const ModelState& state) {
-    auto tasks = state.upcoming();
+    const auto tasks = state.upcoming(upcomingShown);
     if (tasks.empty()) return {};
-    tasks.resize(std::min(tasks.size(), upcomingShown), tasks.front());
     MenuEntry submenu{.kind = MenuEntry::Kind::submenu, .label = "À venir"};
     for (const auto& task : tasks)
         submenu.children.push_back(taskEntry(task, when(task, state.today) + "  " + task.title));
@@ -99,9 +110,8 @@ Menu statusMenu(const ModelState& state, bool updatesAvailable) {
 
 std::vector<SearchEntry> searchEntries(const ModelState& state, std::string_view typed) {
     std::vector<SearchEntry> entries;
-    for (const auto found : TaskFinder(state.tasks).find(typed)) {
-        const auto& task = state.tasks[found];
-        if (task.done || entries.size() == foundShown) break; // the done ones come last
+    for (const auto found : firstFound(state.tasks, typed, foundShown)) {
+        const auto task = state.tasks.drawn(found);
         entries.push_back({task.key, task.title, when(task, state.today)});
     }
     return entries;

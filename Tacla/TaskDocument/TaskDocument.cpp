@@ -110,8 +110,9 @@ bool isStill(const TaskItem& seen, const TaskItem& now) {
     return marks(seen) == marks(now) || (seen.alone && now.alone);
 }
 
-bool isIn(const Tasks& tasks, const TaskItem& seen) {
-    return std::ranges::any_of(tasks, [&](const TaskItem& task) { return isStill(seen, task); });
+bool isIn(const TaskList& tasks, const TaskItem& seen) {
+    const auto place = tasks.find(seen.key);
+    return place && isStill(seen, tasks.drawn(*place));
 }
 
 SafeFile::Edit whereStill(const TaskItem& seen, SafeFile::Edit edit) {
@@ -180,16 +181,17 @@ UserEdit UserEdit::bringBack(std::string copy) {
             }};
 }
 
-UserEdit UserEdit::postpone(const Tasks& seen, Day to, Day today) {
+UserEdit UserEdit::postpone(const TaskSelection& seen, Day to, Day today) {
     const auto count = std::to_string(seen.size());
-    return {seen.size() == 1 ? naming("Tâche reportée", seen.front().title) : count + " tâches reportées",
+    return {seen.size() == 1 ? naming("Tâche reportée", seen[0].title) : count + " tâches reportées",
             [=](std::string_view text) {
-                std::map<std::string_view, const TaskItem*> wanted;
-                for (const auto& task : seen) wanted[task.key] = &task;
-                std::set<std::string> keys;
-                for (const auto& task : TaskFile::parse(text)) {
-                    const auto found = wanted.find(task.key);
-                    if (found != wanted.end() && isStill(*found->second, task)) keys.insert(task.key);
+                std::map<KeyNumber, std::size_t> wanted;
+                for (std::size_t i = 0; i < seen.size(); ++i) wanted[seen.key(i)] = i;
+                std::set<KeyNumber> keys;
+                const TaskList now{std::string(text)};
+                for (std::size_t i = 0; i < now.size(); ++i) {
+                    const auto found = wanted.find(now.key(i));
+                    if (found != wanted.end() && isStill(seen[found->second], now.drawn(i))) keys.insert(now.key(i));
                 }
                 return TaskFile::rescheduleAll(text, keys, to, today);
             }};
@@ -216,25 +218,32 @@ TaskDocument::TaskDocument(path file, dravel::UserFolders folders)
 
 void TaskDocument::open(path file) {
     file_ = std::move(file);
+    tasks_ = {};
     steps_.clear();
 }
 
 void TaskDocument::createIfMissing(const path& file) { SafeFile::create(file, TaskFile::newFileText); }
 
-Tasks TaskDocument::read() {
+std::string TaskDocument::readText() {
     // The time is taken before the text: a save between the two is then read twice rather than never.
     const auto stamp = onDisk();
     unreadable_ = true;
-    const auto text = SafeFile::readText(file_);
+    auto text = SafeFile::readText(file_);
     unreadable_ = false;
     lastRead_ = stamp;
     unreadDates_ = countUnreadDates(text);
-    return TaskFile::parse(text);
+    return text;
+}
+
+TaskList TaskDocument::read() {
+    TaskList tasks(readText());
+    if (!(tasks == tasks_)) tasks_ = std::move(tasks); // else what is shown stays, and is there once
+    return tasks_;
 }
 
 std::optional<Tasks> TaskDocument::readIfPossible() {
     try {
-        return read();
+        return TaskFile::parse(readText());
     } catch (const dravel::FileError&) {
         return std::nullopt;
     }

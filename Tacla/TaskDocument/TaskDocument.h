@@ -51,7 +51,7 @@ struct NewTask {
 // Whether a task that was seen is still that one. With other marks it may be a namesake that took over its key: then
 // only a title that stood once and stands once is unmistakable.
 bool isStill(const TaskItem& seen, const TaskItem& now);
-bool isIn(const Tasks&, const TaskItem& seen); // whether one of them is
+bool isIn(const TaskList&, const TaskItem& seen); // whether one of them is
 
 // Applies an edit of the task to a text that still holds it; none for any other text.
 dravel::SafeFile::Edit whereStill(const TaskItem& seen, dravel::SafeFile::Edit);
@@ -79,7 +79,7 @@ struct UserEdit {
     // Those whose title can be written; none when there is no such task.
     static std::optional<UserEdit> add(const std::vector<NewTask>&, std::string saidOfOne);
     // Of those that were seen, the ones that are still there; each keeps its time.
-    static UserEdit postpone(const Tasks& seen, Day to, Day today);
+    static UserEdit postpone(const TaskSelection& seen, Day to, Day today);
     static UserEdit plainLineEnds(); // without the carriage returns at the ends of lines
     static UserEdit bringBack(std::string copy);
 };
@@ -110,7 +110,8 @@ class TaskDocument {
 
     static void createIfMissing(const std::filesystem::path&); // with the new-file text
 
-    Tasks read();
+    TaskList read();
+    const TaskList& tasks() const { return tasks_; }         // of the last successful read
     std::size_t unreadDates() const { return unreadDates_; } // lines whose date a carriage return hides, at that time
     std::optional<Tasks> readIfPossible();
     // The text in pieces of whole lines, so that it never stands in memory; they count once the last one came.
@@ -144,11 +145,13 @@ class TaskDocument {
     void pruneCopies(Instant now) const;                  // those that have become too old
 
   private:
+    std::string readText();
     std::optional<Change> save(const dravel::SafeFile::Edit&, Instant now) const;
 
     std::filesystem::path file_;
     dravel::UserFolders folders_;
     Stamp lastRead_;
+    TaskList tasks_;
     std::size_t unreadDates_ = 0;
     bool unreadable_ = false;    // the last read failed: the file may come back just as it was
     std::deque<UndoStep> steps_; // the last one at the end

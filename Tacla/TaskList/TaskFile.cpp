@@ -1,8 +1,8 @@
 #include "Tacla/TaskList/TaskFile.h"
 
-#include "DravelKit/Foundation/Hash.h"
 #include "DravelKit/Foundation/Text.h"
 #include "Tacla/TaskList/Numbering.h"
+#include "Tacla/TaskList/TaskKeys.h"
 #include "Tacla/TaskList/TaskLines.h"
 
 #include <algorithm>
@@ -13,64 +13,16 @@ namespace tacla {
 
 namespace {
 
-std::string_view withoutStrongMark(std::string_view title) {
-    while (title.starts_with(strongMark)) title.remove_prefix(strongMark.size());
-    return dravel::trimmedOfWhiteSpaceAndLineBreaks(title);
-}
-
-std::uint64_t shortDigest(std::string_view text) {
-    const auto digest = dravel::sha256(text);
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < 8; ++i) value = value << 8 | digest[i];
-    return value;
-}
-
-std::string hexadecimal(std::uint64_t value) {
-    std::string text(16, '0');
-    for (auto digit = text.rbegin(); digit != text.rend(); ++digit, value >>= 4)
-        *digit = "0123456789abcdef"[value & 15];
-    return text;
-}
-
-// A task's key before it is spelt out: what its title hashes to, in lower case and without its "❗", and which of the
-// tasks of that title it is, from 1 and in file order.
-struct TaskKey {
-    std::uint64_t digest;
-    std::uint32_t number;
-
-    bool operator==(const TaskKey&) const = default;
-};
-
-std::string foldedTitle(std::string_view title) { return dravel::lowerCased(withoutStrongMark(title)); }
-
-std::uint64_t titleDigest(std::string_view title) { return shortDigest(foldedTitle(title)); }
-
-// The 16 hexadecimal digits. The title is asked for the second and later tasks of one title only.
-std::string keyText(TaskKey key, std::string_view title) {
-    if (key.number == 1) return hexadecimal(key.digest);
-    return TaskFile::hash(foldedTitle(title) + "#" + std::to_string(key.number));
-}
-
 // A task of a text by its line, and its key.
 struct KeyedTitle {
     std::int64_t line;
     std::string_view title;
     TaskKey key;
+
+    KeyNumber number() const { return key.of(title); }
 };
 
-// The digests of the titles that several tasks have, in order.
-std::vector<std::uint64_t> sharedDigests(const std::vector<std::uint64_t>& digests,
-                                         const std::vector<std::uint32_t>& numbers) {
-    std::vector<std::uint64_t> shared;
-    for (std::size_t i = 0; i < digests.size(); ++i)
-        if (numbers[i] == 2) shared.push_back(digests[i]);
-    std::ranges::sort(shared);
-    return shared;
-}
-
-TaskItem itemOf(const TaskLine& task) {
-    return {task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn, {}};
-}
+constexpr std::size_t usualTaskLength = 48; // bytes of the text for each task
 
 void numberKeys(std::vector<KeyedTitle>& titles) {
     std::vector<std::uint64_t> digests;
@@ -82,6 +34,7 @@ void numberKeys(std::vector<KeyedTitle>& titles) {
 
 std::vector<KeyedTitle> keyedTitles(std::string_view text) {
     std::vector<KeyedTitle> titles;
+    titles.reserve(text.size() / usualTaskLength);
     forEachTask(text, [&](const TaskLine& task) {
         titles.push_back({task.line, task.title, {titleDigest(task.title), 1}});
     });
@@ -96,8 +49,7 @@ NewKeys changedKeys(const std::vector<KeyedTitle>& before, const std::vector<Key
     for (const auto& task : after) {
         while (old != before.end() && old->line < task.line) ++old;
         if (old == before.end() || old->line != task.line || old->key == task.key) continue;
-        auto oldKey = keyText(old->key, old->title), newKey = keyText(task.key, task.title);
-        if (oldKey != newKey) changed[std::move(oldKey)] = std::move(newKey);
+        if (old->number() != task.number()) changed[keyText(old->number())] = keyText(task.number());
     }
     return changed;
 }
@@ -117,7 +69,6 @@ std::optional<std::string> writableTitle(std::string typed) {
 namespace TaskFile {
 
 std::vector<TaskItem> parse(std::string_view text) {
-    constexpr std::size_t usualTaskLength = 48; // bytes of the text for each task
     std::vector<TaskItem> tasks;
     std::vector<std::uint64_t> digests;
     tasks.reserve(text.size() / usualTaskLength);
@@ -126,16 +77,15 @@ std::vector<TaskItem> parse(std::string_view text) {
         tasks.push_back(itemOf(task));
         digests.push_back(titleDigest(task.title));
     });
-    const auto numbers = numbered(digests);
-    const auto shared = sharedDigests(digests, numbers);
+    const KeyNumbers numbers(std::move(digests));
     for (std::size_t i = 0; i < tasks.size(); ++i) {
-        tasks[i].key = keyText({digests[i], numbers[i]}, tasks[i].title);
-        tasks[i].alone = shared.empty() || !std::ranges::binary_search(shared, digests[i]);
+        tasks[i].key = keyText(numbers.key(i, tasks[i].title));
+        tasks[i].alone = numbers.isAlone(i);
     }
     return tasks;
 }
 
-std::string hash(std::string_view text) { return hexadecimal(shortDigest(text)); }
+std::string hash(std::string_view text) { return keyText(shortDigest(text)); }
 
 std::string dropStrongMark(std::string_view title) { return std::string(withoutStrongMark(title)); }
 
@@ -168,8 +118,8 @@ Span lineAround(std::string_view text, std::string_view piece) {
 
 // The first task with that key; the end when there is none.
 auto findTitle(const std::vector<KeyedTitle>& titles, std::string_view key) {
-    return std::ranges::find_if(titles,
-                                [&](const KeyedTitle& title) { return keyText(title.key, title.title) == key; });
+    const auto wanted = keyNumber(key);
+    return wanted ? std::ranges::find(titles, *wanted, &KeyedTitle::number) : titles.end();
 }
 
 std::optional<Span> findLine(std::string_view text, std::string_view key) {
@@ -319,11 +269,11 @@ std::optional<std::string> reschedule(std::string_view text, std::string_view ke
     });
 }
 
-std::optional<std::string> rescheduleAll(std::string_view text, const std::set<std::string>& keys, Day to, Day today) {
+std::optional<std::string> rescheduleAll(std::string_view text, const std::set<KeyNumber>& keys, Day to, Day today) {
     std::string result;
     std::size_t copied = 0;
     for (const auto& title : keyedTitles(text)) {
-        if (!keys.contains(keyText(title.key, title.title))) continue;
+        if (!keys.contains(title.number())) continue;
         const auto span = lineAround(text, title.title);
         const auto line = lineOf(text, span);
         const auto task = readTaskLine(line, 0);

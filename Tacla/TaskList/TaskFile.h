@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tacla/TaskList/TaskItem.h"
+#include "Tacla/TaskList/TaskKeys.h"
 
 #include <map>
 #include <optional>
@@ -49,7 +50,7 @@ std::optional<std::string> reschedule(std::string_view text, std::string_view ke
 std::optional<std::string> remove(std::string_view text, std::string_view key);
 
 // The tasks with those keys moved to one day, each keeping its time.
-std::optional<std::string> rescheduleAll(std::string_view text, const std::set<std::string>& keys, Day to, Day today);
+std::optional<std::string> rescheduleAll(std::string_view text, const std::set<KeyNumber>& keys, Day to, Day today);
 
 // A task's line, as it would be written.
 std::string line(const TaskItem&);

@@ -44,18 +44,35 @@ std::vector<TextRange> SoughtWords::rangesIn(std::string_view title) const {
     return ranges;
 }
 
-TaskFinder::TaskFinder(const Tasks& tasks) {
-    entries_.reserve(tasks.size());
-    for (const bool done : {false, true})
-        for (std::size_t i = 0; i < tasks.size(); ++i)
-            if (tasks[i].done == done) entries_.push_back({i, dravel::folded(tasks[i].title)});
+TaskFinder::TaskFinder(const TaskList& tasks) {
+    ends_.reserve(tasks.size());
+    done_.reserve(tasks.size());
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+        folded_ += dravel::folded(tasks.title(i));
+        ends_.push_back(folded_.size());
+        done_.push_back(tasks.brief(i).done);
+    }
 }
 
-std::vector<std::size_t> TaskFinder::find(std::string_view typed) const {
+Places TaskFinder::find(std::string_view typed) const {
     const SoughtWords words(typed);
-    std::vector<std::size_t> found;
-    for (const auto& [task, title] : entries_)
-        if (words.standIn(title)) found.push_back(task);
+    Places open, done;
+    std::size_t begin = 0;
+    for (Place place = 0; const auto end : ends_) {
+        if (words.standIn(std::string_view(folded_).substr(begin, end - begin)))
+            (done_[place] ? done : open).push_back(place);
+        begin = end;
+        ++place;
+    }
+    open.insert(open.end(), done.begin(), done.end());
+    return open;
+}
+
+Places firstFound(const TaskList& tasks, std::string_view typed, std::size_t most) {
+    const SoughtWords words(typed);
+    Places found;
+    for (Place place = 0; place < tasks.size() && found.size() < most; ++place)
+        if (!tasks.brief(place).done && words.standIn(dravel::folded(tasks.title(place)))) found.push_back(place);
     return found;
 }
 

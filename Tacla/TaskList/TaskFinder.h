@@ -27,17 +27,18 @@ class SoughtWords {
 // The titles of a list, made ready once for many searches.
 class TaskFinder {
   public:
-    explicit TaskFinder(const Tasks&);
+    explicit TaskFinder(const TaskList&);
 
     // Their places in the list: open tasks first, then done ones, each in file order.
-    std::vector<std::size_t> find(std::string_view typed) const;
+    Places find(std::string_view typed) const;
 
   private:
-    struct Entry {
-        std::size_t task;
-        std::string folded;
-    };
-    std::vector<Entry> entries_;
+    std::string folded_;            // all titles, one after the other
+    std::vector<std::size_t> ends_; // of each in it
+    std::vector<bool> done_;
 };
+
+// The first open tasks that are found, at most so many.
+Places firstFound(const TaskList&, std::string_view typed, std::size_t most);
 
 }

@@ -93,15 +93,23 @@ TaskLine readTaskLine(std::string_view line, std::int64_t number) {
     const auto box = checkbox(line);
     if (!box) return task;
     auto rest = line.substr(box->begin + checkboxLength);
-    auto end = findSeparator(rest);
+    const auto end = findSeparator(rest);
     task.done = box->done;
     task.title = dravel::trimmedOfWhiteSpaceAndLineBreaks(rest.substr(0, end));
-    while (end != rest.npos) {
+    if (end != rest.npos) readAttributes(task, rest.substr(end));
+    return task;
+}
+
+void readAttributes(TaskLine& task, std::string_view rest) {
+    for (auto end = findSeparator(rest); end != rest.npos;) {
         rest.remove_prefix(end + separator.size());
         end = findSeparator(rest);
         readAttribute(task, rest.substr(0, end));
     }
-    return task;
+}
+
+TaskItem itemOf(const TaskLine& task) {
+    return {task.line, task.done, std::string(task.title), task.day, task.time, task.due, task.doneOn, {}};
 }
 
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Tacla/TaskList/Clock.h"
-#include "Tacla/TaskList/Day.h"
+#include "Tacla/TaskList/TaskItem.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -47,6 +46,8 @@ struct Checkbox {
 std::optional<Checkbox> checkbox(std::string_view line);
 
 TaskLine readTaskLine(std::string_view line, std::int64_t number);
+void readAttributes(TaskLine&, std::string_view behindTheTitle); // the parts of its line
+TaskItem itemOf(const TaskLine&);                                // without a key
 
 template <class Action>
 void forEachTask(std::string_view text, Action action) {

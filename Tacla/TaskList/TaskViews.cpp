@@ -56,25 +56,92 @@ Tasks todays(const Tasks& tasks, Instant now) {
     return sorted(filtered(tasks, [&](const TaskItem& task) { return present.isTodays(task); }));
 }
 
-Tasks upcoming(const Tasks& tasks, Day today) {
-    return sorted(filtered(tasks, [&](const TaskItem& task) { return !task.done && task.day && *task.day > today; }));
+namespace {
+
+// The same of packed tasks.
+struct PackedPresent {
+    PackedDay day;
+    std::int64_t minutes;
+    explicit PackedPresent(Instant now) : day(packedDay(Day::of(now))) {
+        const auto clock = Clock::of(now);
+        minutes = clock.hour * 60 + clock.minute + 1;
+    }
+
+    bool isLate(const TaskList& tasks, TaskList::Dated task) const {
+        if (task.done || task.day != day) return !task.done && task.day < day;
+        const auto at = tasks.brief(task.place).minutes;
+        return at != 0 && at < minutes;
+    }
+};
+
+template <class Predicate>
+Places byMoment(const TaskList& tasks, Predicate predicate) {
+    Places places;
+    for (const auto task : tasks.orders().byMoment)
+        if (predicate(task)) places.push_back(task.place);
+    return places;
 }
 
-Tasks undated(const Tasks& tasks) {
-    return filtered(tasks, [](const TaskItem& task) { return !task.done && !task.day; });
 }
 
-Tasks doneTasks(const Tasks& tasks, Day today) {
-    auto done = filtered(tasks, [](const TaskItem& task) { return task.done; });
-    std::ranges::stable_sort(done, std::ranges::greater{},
-                             [&](const TaskItem& task) { return task.doneOn.value_or(task.day.value_or(today)); });
-    return done;
+Places late(const TaskList& tasks, Instant now) {
+    const PackedPresent present(now);
+    return byMoment(tasks, [&](TaskList::Dated task) { return present.isLate(tasks, task); });
 }
 
-std::size_t openCount(const Tasks& tasks, Instant now) {
-    const Present present(now);
+Places todays(const TaskList& tasks, Instant now) {
+    const PackedPresent present(now);
+    return byMoment(tasks,
+                    [&](TaskList::Dated task) { return task.day == present.day && !present.isLate(tasks, task); });
+}
+
+Places upcoming(const TaskList& tasks, Day today, std::size_t most) {
+    const auto past = packedDay(today);
+    Places places;
+    for (const auto task : tasks.orders().byMoment) {
+        if (places.size() == most) break;
+        if (task.done == 0 && task.day > past) places.push_back(task.place);
+    }
+    return places;
+}
+
+std::vector<DayPlaces> upcomingByDay(const TaskList& tasks, Day today) {
+    const auto past = packedDay(today);
+    std::vector<DayPlaces> days;
+    for (const auto task : tasks.orders().byMoment) {
+        if (task.done != 0 || task.day <= past) continue;
+        if (days.empty() || days.back().day != task.day) days.push_back({task.day, {}});
+        days.back().places.push_back(task.place);
+    }
+    return days;
+}
+
+Places undated(const TaskList& tasks) {
+    Places places;
+    for (Place place = 0; const auto& task : tasks.briefs()) {
+        if (!task.done && task.day == 0) places.push_back(place);
+        ++place;
+    }
+    return places;
+}
+
+// Those without any day count as done today.
+std::vector<DayPlaces> doneByDay(const TaskList& tasks, Day today) {
+    const auto& anyTime = tasks.orders().doneAnyTime;
+    auto days = tasks.orders().byCompletion;
+    if (anyTime.empty()) return days;
+    auto todays = std::ranges::lower_bound(days, packedDay(today), std::ranges::greater(), &DayPlaces::day);
+    if (todays == days.end() || todays->day != packedDay(today)) todays = days.insert(todays, {packedDay(today), {}});
+    Places all;
+    std::ranges::merge(todays->places, anyTime, std::back_inserter(all));
+    todays->places = std::move(all);
+    return days;
+}
+
+std::size_t openCount(const TaskList& tasks, Instant now) {
+    const PackedPresent present(now);
     return static_cast<std::size_t>(std::ranges::count_if(
-        tasks, [&](const TaskItem& task) { return present.isLate(task) || (!task.done && present.isTodays(task)); }));
+        tasks.orders().byMoment, [&](TaskList::Dated task) { return task.done == 0 && task.day <= present.day; }));
 }
 
 }

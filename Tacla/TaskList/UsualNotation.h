@@ -28,6 +28,7 @@ constexpr PackedDay usualDay(std::string_view text) {
     if (century > 99 || year > 99 || month < 1 || month > 12 || day < 1 || day > 31) return 0;
     return (century * 100 + year) << 9 | month << 5 | day;
 }
+constexpr PackedDay packedDay(Day day) { return static_cast<PackedDay>(day.year << 9 | day.month << 5 | day.day); }
 constexpr Day unpackedDay(PackedDay day) { return {day >> 9, day >> 5 & 15, day & 31}; }
 
 constexpr PackedClock usualClock(std::string_view text) {

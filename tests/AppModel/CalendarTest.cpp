@@ -7,13 +7,11 @@
 namespace tacla::testing {
 
 using namespace std::chrono_literals;
-using Renamed = std::map<std::string, std::string>;
 
 namespace {
 
-struct Mirrored : ModelWorld {
-    explicit Mirrored(std::string_view tasks) : ModelWorld("2025-03-04 08:00", tasks) {
-        start();
+struct Mirrored : LivingWorld {
+    explicit Mirrored(std::string_view tasks) : LivingWorld("2025-03-04 08:00", tasks) {
         mirror(Happened::switchAsked, true);
         loop.advance(1s);
         calendar.runs.clear();
@@ -89,39 +87,8 @@ TEST(AppModel, StopsTheRunWhenTheUserSaysNo) {
     }
 }
 
-TEST(AppModel, RemembersRenamedKeysUntilASyncKnowsThem) {
-    Mirrored world("- [ ] A · 2025-03-05\n");
-    const auto a = world.task("A").key;
-    world.list().edit(world.task("A"), {.title = "B"});
-    const auto b = world.task("B").key;
-    world.list().edit(world.task("B"), {.title = "C"});
-    const auto c = world.task("C").key;
-    world.calendar.failure = "hors ligne";
-    world.loop.advance(1s);
-    EXPECT_EQ(world.state().syncError, "hors ligne");
-    world.calendar.failure.reset();
-
-    world.background.held = true;
-    const auto turn = [&] { world.background.runOne(); }, run = turn;
-    world.mirror(Happened::syncDue);
-    turn();
-    world.list().edit(world.task("C"), {.title = "D"}); // while the sync runs
-    world.loop.advance(1s);                             // finds it running
-    EXPECT_EQ(world.background.waiting(), 1U);
-    run();
-    for (int i = 0; i < 2; ++i) {
-        world.mirror(Happened::syncDue);
-        turn();
-        run();
-    }
-    EXPECT_EQ(world.calendar.runs, (std::vector<Renamed>{{{a, c}}, {{a, c}}, {{c, world.task("D").key}}, {}}));
-    EXPECT_NE(b, c);
-    EXPECT_EQ(world.state().syncError, std::nullopt);
-}
-
 TEST(AppModel, SyncsAgainOnceTheFileCanBeWrittenAgain) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
-    world.start();
+    LivingWorld world("2025-03-04 08:00", "- [ ] A\n");
     world.mirror(Happened::switchAsked, true);
     world.loop.advance(1s);
     std::optional<std::ofstream> writer(std::in_place, world.file, std::ios::app);
@@ -131,39 +98,6 @@ TEST(AppModel, SyncsAgainOnceTheFileCanBeWrittenAgain) {
     world.loop.advance(9min);
     EXPECT_EQ(world.state().fileError, std::nullopt);
     EXPECT_EQ(world.calendar.runs.size(), 2U) << "without waiting for the period";
-}
-
-TEST(AppModel, FollowsTheAccount) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A\n");
-    world.calendar.present = Connection::unknown;
-    world.start();
-    auto& calendar = world.calendar;
-    world.mirror(Happened::switchAsked, true);
-    const auto becomes = [&world](Connection connection, const std::optional<std::string>& error) {
-        world.loop.advance(1s);
-        EXPECT_EQ(world.state().connection, connection);
-        EXPECT_EQ(world.state().syncError, error);
-    };
-    becomes(Connection::unknown, "Pas connecté à Google : le trousseau de clés est verrouillé ou ne répond pas");
-    calendar.present = Connection::signedOut;
-    world.loop.advance(10min);
-    becomes(Connection::signedOut, {});
-    world.mirror(Happened::switchAsked, false);
-    calendar.failure = "refusé";
-    world.mirror(Happened::signInAsked);
-    EXPECT_EQ(world.state().connection, Connection::signingIn);
-    becomes(Connection::signedOut, "refusé");
-    calendar.failure.reset();
-    world.mirror(Happened::signInAsked);
-    becomes(Connection::signedIn, {});
-    EXPECT_TRUE(world.preferences.calendarSync());
-    EXPECT_EQ(calendar.runs.size(), 1U);
-    calendar.failure = "trousseau verrouillé";
-    world.mirror(Happened::signOutAsked);
-    becomes(Connection::signedIn, "trousseau verrouillé");
-    calendar.signedOutMeanwhile = true;
-    world.mirror(Happened::syncDue);
-    becomes(Connection::signedOut, "Non connecté");
 }
 
 }

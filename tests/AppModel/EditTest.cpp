@@ -27,8 +27,7 @@ TEST(AppModel, EditsTitleAndMomentByTheirRules) {
         {{.day = Day{2025, 3, 9}}, "Pain · 2025-03-07 10:00", "Pain · 2025-03-09 10:00"},
     };
     for (const auto& [change, line, expected] : table) {
-        ModelWorld world("2025-03-04 08:00", "- [ ] Pain · 2025-03-06\n");
-        world.start();
+        LivingWorld world("2025-03-04 08:00", "- [ ] Pain · 2025-03-06\n");
         auto seen = world.state().tasks.at(0);
         world.save(std::string("- [ ] ") + line + "\n"); // an editor was faster
         world.list().edit(seen, change);
@@ -60,8 +59,7 @@ TEST(AppModel, ChangesTheTaskThatWasSeenOrNone) {
     };
     for (const auto& [drawn, now, unmistakable] : races)
         for (const auto& [changed, act] : acts) {
-            ModelWorld world("2025-03-04 08:00", drawn);
-            world.start();
+            LivingWorld world("2025-03-04 08:00", drawn);
             const auto seen = world.state().tasks.at(0);
             world.save(now);
             act(world.list(), seen);
@@ -71,8 +69,7 @@ TEST(AppModel, ChangesTheTaskThatWasSeenOrNone) {
 }
 
 TEST(AppModel, StaysSilentAfterAnEditIntoThePastAndAfterARename) {
-    ModelWorld world("2025-03-04 10:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-05\n");
-    world.start();
+    LivingWorld world("2025-03-04 10:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-05\n");
     EXPECT_EQ(world.notifications.transcript(), "10:00 A | Prévue aujourd'hui\n");
     world.list().edit(world.task("A"), {.title = "AA", .day = Day{2025, 3, 4}});
     world.list().edit(world.task("B"), {.day = Day{2025, 3, 4}, .time = Clock{9, 59}});

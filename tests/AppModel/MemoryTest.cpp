@@ -42,8 +42,7 @@ void liveADay(ModelWorld& world) {
 
 TEST(AppModel, TakesNoMoreMemoryAfterEightDays) {
     if (std::filesystem::is_directory("/dev/shm")) ::setenv("TMPDIR", "/dev/shm", 1); // hundreds of saves
-    ModelWorld world("2025-03-04 08:00", "");
-    world.start();
+    LivingWorld world("2025-03-04 08:00", "");
     world.mirror(Happened::switchAsked, true);
     const auto inUseAfter = [&world](int days) {
         for (int day = 0; day < days; ++day) liveADay(world);

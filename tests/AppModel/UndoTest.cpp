@@ -45,8 +45,7 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
          pain + lait + eggs + "\n- [ ] Sel · 2025-03-09", "Ajoutée pour dimanche 9 mars"},
     };
     for (const auto& [act, text, said] : table) {
-        ModelWorld world("2025-03-04 08:00", list);
-        world.start();
+        LivingWorld world("2025-03-04 08:00", list);
         auto stranger = world.task("Lait");
         stranger.key = "0123456789abcdef";
         world.list().toggle(stranger);
@@ -69,8 +68,7 @@ TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
 }
 
 TEST(Undo, WritesNothingOnceTheFileChanged) {
-    ModelWorld world("2025-03-04 08:00", list);
-    world.start();
+    LivingWorld world("2025-03-04 08:00", list);
     world.list().remove(world.task("Lait"));
     const auto edited = world.text() + "\n";
     world.save(edited);
@@ -88,8 +86,7 @@ TEST(Undo, WritesNothingOnceTheFileChanged) {
 }
 
 TEST(Undo, TakesTheLastTenChangesBack) {
-    ModelWorld world("2025-03-04 08:00", list);
-    world.start();
+    LivingWorld world("2025-03-04 08:00", list);
     std::vector<std::string> texts;
     for (int i = 0; i < 12; ++i) {
         texts.push_back(world.text());
@@ -106,8 +103,7 @@ TEST(Undo, TakesTheLastTenChangesBack) {
 }
 
 TEST(Undo, CanBeTriedAgainAfterItCouldNotBeWritten) {
-    ModelWorld world("2025-03-04 08:00", list);
-    world.start();
+    LivingWorld world("2025-03-04 08:00", list);
     world.list().toggle(world.task("Lait"));
     std::filesystem::rename(world.file, world.folder / "aside");
     world.list().undo();
@@ -118,8 +114,7 @@ TEST(Undo, CanBeTriedAgainAfterItCouldNotBeWritten) {
 }
 
 TEST(Undo, CarriesRemindersAndEventsBack) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] B · 2025-03-05 08:00\n");
-    world.start();
+    LivingWorld world("2025-03-04 08:00", "- [ ] B · 2025-03-05 08:00\n");
     world.mirror(Happened::switchAsked, true);
     world.loop.advance(1s);
     const auto before = world.task("B").key;
@@ -153,8 +148,7 @@ TEST(Undo, RingsForNothingThatIsPastByThen) {
         [](ModelWorld& w) { w.list().reschedule(w.task("A"), tomorrow, {}); },
     };
     for (const auto& change : changes) {
-        ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04 08:30\n- [x] Fait · 2025-03-04 08:30\n- [ ] B\n");
-        world.start();
+        LivingWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04 08:30\n- [x] Fait · 2025-03-04 08:30\n- [ ] B\n");
         change(world);
         world.loop.advance(1h);
         world.list().undo();

@@ -98,14 +98,6 @@ TEST(Keyboard, PicksADayFromThePopupByKeysAndByClicks) {
     EXPECT_EQ(field->date(), QDate(2027, 1, 3));
 }
 
-TEST(DatePopup, BeginsEveryMonthOnAMonday) {
-    for (const auto& [month, first] : {std::pair{QDate(2026, 11, 24), QDate(2026, 10, 26)},
-                                       {QDate(2026, 6, 30), QDate(2026, 6, 1)}, // begins on a Monday itself
-                                       {QDate(2026, 2, 1), QDate(2026, 1, 26)}, // begins on a Sunday
-                                       {QDate(2027, 1, 31), QDate(2026, 12, 28)}})
-        EXPECT_EQ(DatePopup::firstDayShown(month), first) << month.toString(Qt::ISODate).toStdString();
-}
-
 TEST(Keyboard, MovesThroughTheSidebarWithOneStopOfTab) {
     auto* list = new SidebarList(u"Sections"_s);
     for (const auto& title : {u"Aujourd'hui"_s, u"En retard"_s, u"Réglages"_s}) list->addRow(Symbol::sun, title, title);

@@ -32,18 +32,6 @@ QRect inside(const QWidget& widget, QWidget& frame) { return {widget.mapTo(&fram
 
 }
 
-TEST(DravelPage, CentresAColumnOfAtMost820WhateverItsHeight) {
-    for (const int height : {200, 5000}) // without and with a scroll bar
-        for (const auto& [width, left, column] :
-             {std::tuple{770, 24, 722}, {610, 24, 562}, {868, 24, 820}, {1200, 190, 820}}) {
-            DravelPage page;
-            Card* only = card(height);
-            page.add(only);
-            show(page, {width, 600});
-            EXPECT_EQ(inside(*only, page), QRect(left, 24, column, height)) << width << " wide";
-        }
-}
-
 TEST(DravelPage, RevealsWhatIsOutOfViewAndTellsWhatShows) {
     DravelPage page;
     std::vector<Card*> cards;

@@ -102,7 +102,6 @@ class Synchronised(Story):
     def test_follows_a_file_that_is_replaced_and_leaves_the_copies_alone(self):
         conflict = self.file.with_name("taches (conflit de Julie).md")
         conflict.write_text(self.tasks)
-        self.launch()
         self.open_window()
         self.arrive(f"- [ ] Autre · {day()}\n")
         self.screen.press("Cocher Autre")
@@ -146,5 +145,4 @@ class Synchronised(Story):
         self.assertEqual(self.file.read_text().splitlines()[2:], notes)
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -75,7 +75,6 @@ class Disk(Story):
         folder = self.file.parent
         self.enterContext(mounted(folder, "-t", "tmpfs", "-o", "size=64k", "none"))
         self.file.write_text(self.tasks)
-        self.launch()
         self.open_window()
         for fault, reason in ((full(folder), "Il n'y a plus de place sur le disque"),
                               (read_only(folder), "Le système de fichiers est en lecture seule"),

@@ -99,5 +99,4 @@ class StandIn(Story):
         self.assertEqual([file.name for file in (self.home / ".config").iterdir() if file.name == "it"], [])
 
 
-if __name__ == "__main__":
-    main()
+main()

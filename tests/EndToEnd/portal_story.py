@@ -11,7 +11,6 @@ class Panels(Story):
         portal = Portal(self.desktop, "FileChooser")
         other, new = self.home / "Documents/autre liste.md", self.home / "Documents/nouvelle"
         other.write_text(f"- [ ] Ailleurs · {day()}\n")
-        self.launch()
         self.open_settings()
         portal.answer(OpenFile=[0, {"uris": ["as", [other.as_uri()]]}])
         self.screen.press("Choisir un autre fichier")
@@ -28,7 +27,6 @@ class Panels(Story):
 
     def test_of_a_desktop_that_fails_are_replaced(self):
         portal = Portal(self.desktop, "FileChooser")
-        self.launch()
         self.open_settings()
         portal.answer(OpenFile=[1, {}])  # left
         self.screen.press("Choisir un autre fichier")
@@ -54,7 +52,6 @@ class Addresses(Story):
     def test_are_opened_by_the_portal(self):
         self.offer_program()
         Portal(self.desktop, "AppChooser")
-        self.launch()
         self.open_settings()
         copies = self.home / ".local/state/Tacla/copies"
         wanted = []
@@ -67,7 +64,6 @@ class Addresses(Story):
     def test_that_nobody_takes_go_the_old_way(self):
         portal = Portal(self.desktop, "AppChooser", XDG_DATA_DIRS=str(self.desktop.folder))
         portal.answer(ChooseApplication=[2, {}])
-        self.launch()
         self.open_settings()
         self.screen.press("Ouvrir Google Agenda")
         until(lambda: self.desktop.opened() == ["https://calendar.google.com/calendar/r"], "the browser")
@@ -107,5 +103,4 @@ class Key(Story):
         self.assertIsNone(program.poll())
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -184,5 +184,4 @@ class NoDaemon(Story):
         self.assertEqual(bubbles.wait("Pain")["body"], "Prévue à 00:00")
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -132,5 +132,4 @@ class Snapshot(unittest.TestCase):
             self.assertRegex(done.stderr, r"^tacla : impossible d'écrire /nowhere/image\.png : .+\n$")
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -60,6 +60,8 @@ class Story(unittest.TestCase):
         return program
 
     def open_window(self):
+        if "tacla" not in self.desktop.processes:
+            self.launch()
         self.tray.click("Ouvrir Tacla…")
         return self.screen.wait("Nouvelle tâche")
 

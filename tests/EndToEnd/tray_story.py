@@ -92,5 +92,4 @@ class LatePanel(Story):
         self.screen.wait_gone(said)
 
 
-if __name__ == "__main__":
-    main()
+main()

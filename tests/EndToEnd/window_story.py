@@ -16,7 +16,6 @@ class Tasks(Story):
         self.screen.key("Home", *["Down"] * entries.index(entry), "Return")
 
     def test_adds_what_is_typed(self):
-        self.launch()
         self.open_window().type("  Appeler « R&D » 🎉 ")
         self.screen.press("Prioritaire")
         self.screen.press("Demain")
@@ -31,7 +30,6 @@ class Tasks(Story):
         self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
 
     def test_checks_and_takes_it_back(self):
-        self.launch()
         self.open_window()
         for take_back in (lambda: self.screen.press("Annuler : Tâche cochée : Pain"),
                           lambda: self.screen.key("ctrl+2", "ctrl+z")):
@@ -45,7 +43,6 @@ class Tasks(Story):
         self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
 
     def test_postpones_edits_and_deletes_from_a_row(self):
-        self.launch()
         self.open_window()
         self.choose("Loyer", "Reporter à demain")
         self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(1)} 14:00 · due {day(-2)}"))
@@ -59,7 +56,6 @@ class Tasks(Story):
         self.until_file(*self.rest(f"- [ ] Pain complet · {day()}"))
 
     def test_keeps_an_edit_in_progress_while_the_file_changes(self):
-        self.launch()
         self.open_window()
         self.choose("Pain", "Modifier")
         self.screen.wait("Titre de la tâche").type("Pain de mie")
@@ -119,7 +115,6 @@ class ForAReader(Story):
              + "".join(f"- [ ] Tâche {number}\n" for number in range(120)))
 
     def test_a_working_day_is_heard(self):
-        self.launch()
         self.open_window()
         reader = Reader(self.screen)
         rent = f"{short(-2)}, 14:00, Prioritaire, due le {short(-9)}"
@@ -147,7 +142,6 @@ class Settings(Story):
     tasks = f"- [ ] Pain · {day()}\n"
 
     def test_switches_take_effect(self):
-        self.launch()
         self.open_settings()
         entry = self.home / ".config/autostart/fr.dravel.Tacla.desktop"
         self.assertFalse(entry.exists(), "a program in a build folder is not opened at login unasked")
@@ -169,7 +163,6 @@ class Settings(Story):
     def test_another_file_is_chosen(self):
         other = self.home / "Documents" / "autre liste.md"
         other.write_text(f"- [ ] Ailleurs · {day()}\n")
-        self.launch()
         self.open_settings()
         self.screen.press("Choisir un autre fichier")
         self.screen.wait("Nom de fichier :", "text").type(str(other))
@@ -178,5 +171,4 @@ class Settings(Story):
         self.assertEqual(self.run_tacla("list").stdout, f"🟡 Ailleurs · {day()}\n")
 
 
-if __name__ == "__main__":
-    main()
+main()

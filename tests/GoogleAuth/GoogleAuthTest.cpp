@@ -205,37 +205,16 @@ TEST_F(Account, GivesUpWhenAskedTo) {
     EXPECT_EQ(outcome([&] { auth->validAccessToken(stop.get_token()); }), "Connexion Google interrompue");
 }
 
-TEST_F(SignIn, AsksGoogleInTheBrowserAndKeepsTheTokensInPlaceOfOthers) {
+// What else is asked, and how it is answered, the stand-in for Google looks at.
+TEST_F(SignIn, KeepsItsTokensInPlaceOfOthersAndNobodyGuessesItsState) {
     keyring->items[key] = "jeton-0";
     google({tokens("acces-1", "jeton-1")});
     Query asked;
     user = [&](const Query& query) { return agree(asked = query); };
     EXPECT_EQ(signIn(), "");
-
-    const auto verifier = form(0).at("code_verifier");
-    EXPECT_EQ(verifier.size(), 64u);
+    EXPECT_EQ(form(0).at("code_verifier").size(), 64u);
     EXPECT_EQ(asked.at("state").size(), 22u);
-    EXPECT_EQ(opened, server->base() + "/o/oauth2/v2/auth?" +
-                          encodedItems({{"client_id", "client"},
-                                        {"redirect_uri", asked.at("redirect_uri")},
-                                        {"response_type", "code"},
-                                        {"scope", "https://www.googleapis.com/auth/calendar.app.created"},
-                                        {"code_challenge", base64Url(sha256(verifier))},
-                                        {"code_challenge_method", "S256"},
-                                        {"state", asked.at("state")},
-                                        {"access_type", "offline"},
-                                        {"prompt", "consent"}}));
-    EXPECT_TRUE(asked.at("redirect_uri").starts_with("http://127.0.0.1:"));
-    EXPECT_EQ(form(0), (Query{{"grant_type", "authorization_code"},
-                              {"code", "4/code"},
-                              {"code_verifier", verifier},
-                              {"redirect_uri", asked.at("redirect_uri")},
-                              {"client_id", "client"},
-                              {"client_secret", "secret-client"}}));
-    EXPECT_EQ(server->requests().at(0).line, "POST /token HTTP/1.1");
-    EXPECT_NE(server->requests().at(0).headers.find("Content-Type: application/x-www-form-urlencoded\r\n"),
-              std::string::npos);
-
+    EXPECT_EQ(asked.at("code_challenge"), base64Url(sha256(form(0).at("code_verifier"))));
     EXPECT_EQ(keyring->items, (Query{{key, "jeton-1"}}));
     EXPECT_EQ(accessToken(), "acces-1");
     EXPECT_NE(browser.back().answer().find("C'est connecté"), std::string::npos);

@@ -41,7 +41,8 @@ TEST(ColumnLayout, FindsTheRowsAndCardsOfAnyBand) {
 }
 
 TaskGroups groupsOf(std::string_view taskFile) {
-    return {{.heading = {}, .day = {}, .symbol = {}, .tasks = TaskFile::parse(taskFile), .empty = {}}};
+    const TaskList tasks{std::string(taskFile)};
+    return {{.heading = {}, .day = {}, .symbol = {}, .tasks = {tasks, undated(tasks)}, .empty = {}}};
 }
 
 TEST(RowMatching, FollowsEachTaskThroughAReload) {
@@ -61,14 +62,6 @@ TEST(RowMatching, FollowsEachTaskThroughAReload) {
         SCOPED_TRACE(what);
         EXPECT_EQ(matchedRows(before, groupsOf(after), {0, 1, 2, 3}), rows);
     }
-}
-
-TEST(RowMatching, HandsTheFocusToTheNextRowElseToTheOneAbove) {
-    const auto before = groupsOf("- [ ] Pain\n- [ ] Vin\n- [ ] Sel\n");
-    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n- [ ] Sel\n"), 1), 1u);
-    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n- [ ] Vin\n"), 2), 1u);
-    EXPECT_EQ(successor(before, groupsOf("- [ ] Pain\n"), 1), 0u) << "the next one left too";
-    EXPECT_EQ(successor(before, groupsOf(""), 1), std::nullopt);
 }
 
 }

@@ -13,7 +13,7 @@ inline TaskItem taskOf(std::string_view line) { return TaskFile::parse(line).at(
 
 inline ModelState stateOf(std::string_view taskFile, std::string_view now = "2026-11-24 10:40") {
     ModelState state;
-    state.tasks = TaskFile::parse(taskFile);
+    state.tasks = TaskList(std::string(taskFile));
     state.now = *taskOf("- [ ] Maintenant · " + std::string(now)).at();
     state.today = Day::of(state.now);
     state.file = "/home/camille/Documents/taches.md";

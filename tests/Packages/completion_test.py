@@ -55,5 +55,4 @@ class Completion(unittest.TestCase):
                 self.assertEqual(calls, [one for before, call in zip(asked, CALLS.values()) for one in (*before, call)])
 
 
-if __name__ == "__main__":
-    unittest.main(verbosity=2)
+unittest.main(verbosity=2)

@@ -60,5 +60,4 @@ class Installed(Story):
         self.until_file(checked, f"- [x] Loyer · {day()} 00:00 · ✅ {day()}")
 
 
-if __name__ == "__main__":
-    main()
+main()

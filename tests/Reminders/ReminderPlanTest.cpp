@@ -38,7 +38,7 @@ std::string planned(const Case& given) {
         pending[identifier(named)] = moment(when.substr(0, 16)) + given.zoneMoved;
     }
     for (const auto& named : lines(given.notified)) notified.push_back(identifier(named));
-    const auto tasks = TaskFile::parse(dravel::replacedAll(given.tasks, "; ", "\n"));
+    const TaskList tasks(dravel::replacedAll(given.tasks, "; ", "\n"));
     const auto plan = planReminders(tasks, pending, notified, moment(given.now));
     std::string text;
     for (const auto& stale : plan.stale) text += "-" + stale + "; ";

@@ -75,7 +75,7 @@ class Simulation {
 
     int pick(int count) { return std::uniform_int_distribution(0, count - 1)(random_); }
     template <class List>
-    auto& oneOf(const List& list) {
+    decltype(auto) oneOf(const List& list) {
         return list[static_cast<std::size_t>(pick(static_cast<int>(list.size())))];
     }
     Day someDay() { return Day::of(world_.loop.now()).plusDays(pick(6) - 1); }
@@ -113,8 +113,9 @@ class Simulation {
         if (shown.request.content.key.empty()) return;
         lookWhetherSeen();
         const auto& tasks = world_.state().tasks;
-        const auto task = std::ranges::find(tasks, shown.request.content.key, &TaskItem::key);
-        ASSERT_NE(task, tasks.end()) << shown.request.content.title;
+        const auto place = tasks.find(shown.request.content.key);
+        ASSERT_TRUE(place) << shown.request.content.title;
+        const auto task = std::optional(tasks[*place]);
         const auto id = seen_.at(static_cast<std::size_t>(task->line));
         bubbles_[shown.handle] = {id, task->when()};
         owed_.erase({id, task->when()});

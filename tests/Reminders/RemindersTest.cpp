@@ -9,35 +9,13 @@ namespace tacla::testing {
 
 using namespace std::chrono_literals;
 
-TEST(NotificationCentre, ShowsEachAtItsMomentAndNeverAgain) {
-    ModelWorld world("2025-03-04 08:00",
-                     "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-04 8:30\n- [ ] C · 2025-03-04 7:00\n");
-    world.start();
-    EXPECT_EQ(world.notifications.transcript(), "08:00 C | Prévue à 07:00\n");
-    world.loop.advanceTo(moment("2025-03-04 12:00"));
-    EXPECT_EQ(world.notifications.transcript(), "08:30 B | Prévue à 08:30\n09:00 A | Prévue aujourd'hui\n");
-    world.loop.advanceTo(moment("2025-03-05 12:00"));
-    EXPECT_EQ(world.notifications.transcript(), "");
-}
-
 TEST(NotificationCentre, RingsAtItsMomentThoughTheClockHadBeenAhead) {
-    ModelWorld world("2025-03-04 11:30", "- [ ] A · 2025-03-04 11:00\n");
-    world.start();
+    LivingWorld world("2025-03-04 11:30", "- [ ] A · 2025-03-04 11:00\n");
     EXPECT_EQ(world.notifications.transcript(), "11:30 A | Prévue à 11:00\n");
     world.loop.setClock(moment("2025-03-04 09:30"));
     world.loop.advance(3h);
     EXPECT_EQ(world.notifications.transcript(), "11:00 A | Prévue à 11:00\n");
     EXPECT_EQ(world.notifications.bubbles.size(), 1U); // in the place of the early one
-}
-
-TEST(NotificationCentre, ShowsWhatFellDueAsleepInTheOrderOfTheMoments) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] Z · 2025-03-05\n- [ ] B · 2025-03-04\n- [ ] A · 2025-03-04 8:30\n"
-                                         "- [ ] D · 2025-03-04\n- [ ] C · 2025-03-06\n");
-    world.start();
-    world.loop.suspend(28h);
-    world.model.wokeUp();
-    EXPECT_EQ(world.notifications.transcript(), "12:00 A | Prévue le 04/03 à 08:30\n12:00 B | Prévue le 04/03\n"
-                                                "12:00 D | Prévue le 04/03\n12:00 Z | Prévue aujourd'hui\n");
 }
 
 TEST(NotificationCentre, KeepsWhatIsDueUntilAServerComes) {
@@ -58,22 +36,10 @@ TEST(NotificationCentre, KeepsWhatIsDueUntilAServerComes) {
     EXPECT_EQ(world.preferences.notifiedTasks().size(), 2U);
 }
 
-TEST(NotificationCentre, TriesAgainWhatAServerRefused) {
-    ModelWorld world("2025-03-04 08:00", "- [ ] A · 2025-03-04\n");
-    world.notifications.refusal = "full";
-    world.start();
-    world.loop.advance(2h);
-    EXPECT_EQ(world.preferences.notifiedTasks(), Preferences::Notified{});
-    world.notifications.refusal.reset();
-    world.loop.advance(std::chrono::minutes(1));
-    EXPECT_EQ(world.notifications.transcript(), "10:01 A | Prévue aujourd'hui\n");
-}
-
 TEST(NotificationCentre, HoldsTheFirstSixtyOfTheFileAndGivesTheirPlaceToOthers) {
     std::string text = "- [ ] first · 2025-03-04\n";
     for (int number = 2; number <= 60; ++number) text += "- [ ] t" + std::to_string(number) + " · 2026-01-01\n";
-    ModelWorld world("2025-03-04 08:00", text + "- [ ] last · 2025-03-04 10:00\n- [ ] now · 2025-03-04 07:59\n");
-    world.start();
+    LivingWorld world("2025-03-04 08:00", text + "- [ ] last · 2025-03-04 10:00\n- [ ] now · 2025-03-04 07:59\n");
     EXPECT_EQ(world.model.pendingReminders()->size(), 60U);
     EXPECT_EQ(world.notifications.transcript(), "08:00 now | Prévue à 07:59\n");
     world.loop.advance(4h);
@@ -84,8 +50,7 @@ TEST(NotificationCentre, DeliversAFewASecondTheOldestMomentFirst) {
     std::string text;
     for (int number = 0; number < 1000; ++number)
         text += "- [ ] t" + std::to_string(number) + " · 2025-03-04 " + Clock{number % 9, 0}.description() + "\n";
-    ModelWorld world("2025-03-04 10:00", text);
-    world.start();
+    LivingWorld world("2025-03-04 10:00", text);
     const auto moments = [&world] {
         std::vector<std::string> said;
         for (const auto& shown : world.notifications.shown) said.push_back(shown.request.content.body);
@@ -107,8 +72,7 @@ TEST(NotificationCentre, DeliversAFewASecondTheOldestMomentFirst) {
 using Action = NotificationServer::Action;
 
 TEST(Bubbles, BelongToTheTaskForWhichTheyWereShown) {
-    ModelWorld world("2025-03-04 10:00", "- [ ] Courses · 2025-03-04\n- [ ] Pain · 2025-03-04\n");
-    world.start();
+    LivingWorld world("2025-03-04 10:00", "- [ ] Courses · 2025-03-04\n- [ ] Pain · 2025-03-04\n");
     world.list().edit(world.task("Courses"), {.title = "Courses de Noël"});
     world.list().add({{"Courses", Day{2025, 3, 4}}});
     world.loop.advance(2s);
@@ -141,8 +105,7 @@ TEST(Bubbles, EndWithTheirTaskWithinTwoSeconds) {
             EXPECT_EQ(asked, 1);
             EXPECT_EQ(world.state().undoBar, (UndoBar{reasons[i], false}));
         }
-        ModelWorld world("2025-03-04 10:00", list);
-        world.start();
+        LivingWorld world("2025-03-04 10:00", list);
         world.save(edits[i]);
         world.loop.advance(2s);
         EXPECT_FALSE(std::ranges::count(world.notifications.bubbles, "A", [](const auto& bubble) {
@@ -152,8 +115,8 @@ TEST(Bubbles, EndWithTheirTaskWithinTwoSeconds) {
 }
 
 TEST(Bubbles, AreAnsweredByTheNextProcessOrClosed) {
-    ModelWorld world("2025-03-04 10:00", "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-04\n- [ ] C\tD · 2025-03-04 09:30\n");
-    world.start();
+    LivingWorld world("2025-03-04 10:00",
+                      "- [ ] A · 2025-03-04\n- [ ] B · 2025-03-04\n- [ ] C\tD · 2025-03-04 09:30\n");
     world.restart();
     EXPECT_EQ(world.notifications.bubbles.size(), 3U);
     world.notifications.press("A", Action::done);

@@ -5,18 +5,6 @@
 
 using namespace tacla;
 
-// What else reads, and what does not: QuickReading compares it with plain words.
-TEST(DayAndClock, ReadTheNotationOfTheFile) {
-    for (const auto* text : {"2025-03-04", "2025-3-4", "2025-0003-04", "2025--03-04-"}) // empty pieces are dropped
-        EXPECT_EQ(Day::parse(text), (Day{2025, 3, 4})) << text;
-    for (const auto* text : {"", "25-03-04", "2025-03-04-05", " 2025-03-04", "2025-13-01", "2025-01-00", "+025-01-01",
-                             "2025-0x1-01", "２０２５-01-01"})
-        EXPECT_FALSE(Day::parse(text)) << text;
-    for (const auto* text : {"09:05", "9:05", ":9::05:"}) EXPECT_EQ(Clock::parse(text), (Clock{9, 5})) << text;
-    for (const auto* text : {"", ":", "9", "9:5", "009:05", "24:00", "23:60", " 9:05", "1:02:03", "-1:00", "9:+5"})
-        EXPECT_FALSE(Clock::parse(text)) << text;
-}
-
 TEST(UsualNotation, IsWhateverTheEditsWrite) {
     for (std::int64_t year = 0; year < 10'000; ++year)
         for (const auto& [month, day] :

@@ -140,6 +140,56 @@ TEST(QuickReading, ComesToWhatPlainReadingComesTo) {
     }
 }
 
+TEST(TaskList, ShowsOfALongListWhatThePlainViewsShow) {
+    RandomTexts random;
+    for (int i = 0; i < 2'000; ++i) {
+        const auto text = random.text();
+        const auto plain = TaskFile::parse(text);
+        const TaskList list(text);
+        ASSERT_EQ(list, plain) << text;
+        ASSERT_EQ(TaskList(text + "\nprose"), list);
+        const auto one = random.pick(plain.size());
+        if (!plain.empty()) {
+            ASSERT_EQ(list[*list.find(plain[one].key)].key, plain[one].key);
+            ASSERT_EQ(list[one].alone, plain[one].alone);
+            ASSERT_EQ(TaskList(*TaskFile::remove(text, plain[one].key)) == list, false) << text;
+        }
+        // The day and time of one of them, and those around it.
+        const auto now = (plain.empty() ? std::nullopt : plain[one].at()).value_or(today.date()) +
+                         std::chrono::minutes(random.pick(3)) - std::chrono::minutes(1);
+        const auto day = Day::of(now);
+        const auto shown = [&](const Places& places) {
+            Tasks tasks;
+            for (const auto place : places) tasks.push_back(list[place]);
+            return tasks;
+        };
+        const auto plainly = [&](auto wanted) {
+            Tasks tasks;
+            std::ranges::copy_if(plain, std::back_inserter(tasks), wanted);
+            return tasks;
+        };
+        const auto completed = [&](const TaskItem& task) { return task.doneOn.value_or(task.day.value_or(day)); };
+        auto next = plainly([&](const TaskItem& task) { return !task.done && task.day && *task.day > day; });
+        std::ranges::stable_sort(next, {}, [](const TaskItem& task) { return *task.at(); });
+        auto done = plainly([](const TaskItem& task) { return task.done; });
+        std::ranges::stable_sort(done, std::ranges::greater(), completed);
+        ASSERT_EQ(shown(late(list, now)), late(plain, now)) << text;
+        ASSERT_EQ(shown(todays(list, now)), todays(plain, now)) << text;
+        const auto shownByDay = [&](const std::vector<DayPlaces>& days) {
+            Tasks tasks;
+            for (const auto& [dayOf, places] : days)
+                for (auto& task : shown(places)) tasks.push_back(std::move(task));
+            return tasks;
+        };
+        ASSERT_EQ(shown(upcoming(list, day, next.size())), next) << text;
+        ASSERT_EQ(shownByDay(upcomingByDay(list, day)), next) << text;
+        ASSERT_EQ(shownByDay(doneByDay(list, day)), done) << text;
+        ASSERT_EQ(shown(undated(list)), plainly([](const auto& task) { return !task.done && !task.day; })) << text;
+        const auto openToday = [](const Tasks& tasks) { return std::ranges::count(tasks, false, &TaskItem::done); };
+        ASSERT_EQ(openCount(list, now), late(plain, now).size() + openToday(todays(plain, now))) << text;
+    }
+}
+
 TEST(Numbering, ComesToWhatCountingInAMapComesTo) {
     RandomTexts random;
     for (int round = 0; round < 300; ++round) {

@@ -1,13 +1,11 @@
 #include "Tacla/TaskList/TaskFinder.h"
-#include "Tacla/TaskList/TaskFile.h"
 
 #include <gtest/gtest.h>
 
 using namespace tacla;
 
 TEST(TaskFinder, FindsWordsWhateverTheirCaseAccentsAndOrder) {
-    const auto tasks =
-        TaskFile::parse("- [x] Été fini\n- [ ] Photos de l’ÉTÉ\n- [ ] ❗ Pain et œufs\n- [ ] Fe\u0301te\n");
+    const TaskList tasks("- [x] Été fini\n- [ ] Photos de l’ÉTÉ\n- [ ] ❗ Pain et œufs\n- [ ] Fe\u0301te\n");
     const TaskFinder finder(tasks);
     const auto marked = [&](std::string_view typed) {
         std::string text;

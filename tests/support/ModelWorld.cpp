@@ -49,7 +49,7 @@ void ModelWorld::save(std::string_view text) const {
     fs::last_write_time(file, before + std::chrono::seconds(1));
 }
 
-const TaskItem& ModelWorld::task(std::string_view title) const {
+TaskItem ModelWorld::task(std::string_view title) const {
     const auto& tasks = state().tasks;
     const auto found = std::ranges::find(tasks, title, &TaskItem::title);
     if (found == tasks.end()) throw std::runtime_error("no task " + std::string(title));

@@ -112,10 +112,14 @@ struct ModelWorld {
     const ModelState& state() const { return model.state(); }
     LiveDocument& list() { return model.list(); }
     void mirror(MirrorEvent::Kind kind, bool on = false) { model.mirror().tell({.kind = kind, .on = on}); }
-    const TaskItem& task(std::string_view title) const;
+    TaskItem task(std::string_view title) const;
 
   private:
     AppModel::Ports ports();
+};
+
+struct LivingWorld : ModelWorld {
+    LivingWorld(std::string_view now, std::string_view tasks) : ModelWorld(now, tasks) { start(); }
 };
 
 }

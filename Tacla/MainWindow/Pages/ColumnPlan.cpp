@@ -39,42 +39,66 @@ class ByteWidths {
     int lines(std::string_view text, int room) const {
         float width = 0;
         for (const char byte : text) width += widths_[static_cast<unsigned char>(byte)];
+        return lines(width, room);
+    }
+    int lines(std::size_t length, int room) const { return lines(static_cast<float>(length) * widths_['n'], room); }
+
+  private:
+    static int lines(float width, int room) {
         return std::max(1, static_cast<int>(std::ceil(width / static_cast<float>(room))));
     }
 
-  private:
     std::array<float, 256> widths_{};
 };
 
 using Rows = std::vector<std::size_t>;
-using Keys = std::unordered_set<std::string_view>;
-using RowsOfKey = std::unordered_map<std::string_view, Rows>;
+using RowsOfKey = std::unordered_map<KeyNumber, Rows>;
 
 template <class Visit>
 void eachRow(const TaskGroups& groups, Visit visit) {
     std::size_t row = 0;
     for (const auto& group : groups)
-        for (const auto& task : group.tasks) visit(row++, task);
+        for (std::size_t i = 0; i < group.tasks.size(); ++i) visit(row++, group.tasks, i);
 }
 
-Keys keysOf(const TaskGroups& groups, const Rows& rows) {
-    Keys keys;
-    eachRow(groups, [&](std::size_t row, const TaskItem& task) {
-        if (std::ranges::binary_search(rows, row)) keys.insert(task.key);
-    });
-    return keys;
+// The same for these rows, which are in order.
+template <class Visit>
+void eachOf(const Rows& rows, const TaskGroups& groups, Visit visit) {
+    std::size_t first = 0;
+    auto row = rows.begin();
+    for (const auto& group : groups) {
+        for (; row != rows.end() && *row < first + group.tasks.size(); ++row) visit(*row, group.tasks, *row - first);
+        first += group.tasks.size();
+    }
+}
+
+// One value of each task of the list that the groups show. Rows jump about in a long list: what is asked of all of them
+// is looked up here, in as little memory as can be.
+template <class Value, class Of>
+std::vector<Value> columnOf(const TaskGroups& groups, Of of) {
+    if (groups.empty()) return {};
+    const auto& list = groups.front().tasks.list();
+    std::vector<Value> values(list.size());
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = of(list, i);
+    return values;
 }
 
 // One key may belong to several tasks: they are told apart by their order.
-RowsOfKey rowsOfKeys(const TaskGroups& groups, const Keys* wanted = nullptr) {
+RowsOfKey rowsOfKeys(const TaskGroups& groups, const KeySet& wanted) {
+    const auto isWanted =
+        columnOf<bool>(groups, [&](const TaskList& list, std::size_t i) { return wanted.contains(list.key(i)); });
     RowsOfKey found;
-    eachRow(groups, [&](std::size_t row, const TaskItem& task) {
-        if (!wanted || wanted->contains(task.key)) found[task.key].push_back(row);
-    });
+    std::size_t row = 0;
+    for (const auto& group : groups)
+        for (std::size_t i = 0; i < group.tasks.size(); ++i, ++row) {
+            const auto place = group.tasks.places()[i];
+            if (place < isWanted.size() && !isWanted[place]) continue;
+            if (const auto key = group.tasks.key(i); wanted.contains(key)) found[key].push_back(row);
+        }
     return found;
 }
 
-std::optional<std::size_t> sameTask(std::size_t row, const Rows& before, const RowsOfKey& after, std::string_view key) {
+std::optional<std::size_t> sameTask(std::size_t row, const Rows& before, const RowsOfKey& after, KeyNumber key) {
     const auto found = after.find(key);
     const auto nth = static_cast<std::size_t>(std::ranges::find(before, row) - before.begin());
     if (found == after.end() || nth >= found->second.size()) return std::nullopt;
@@ -84,12 +108,12 @@ std::optional<std::size_t> sameTask(std::size_t row, const Rows& before, const R
 // On the line of a missing task, and of a name that was not there before.
 std::map<std::size_t, MatchedRow> renamedRows(const TaskGroups& before, const TaskGroups& after,
                                               const std::unordered_map<std::int64_t, std::size_t>& missing) {
-    std::unordered_map<std::string_view, std::pair<std::size_t, MatchedRow>> candidates;
-    eachRow(after, [&](std::size_t row, const TaskItem& task) {
-        if (const auto found = missing.find(task.line); found != missing.end())
-            candidates[task.key] = {found->second, {.row = row, .renamed = true}};
+    std::unordered_map<KeyNumber, std::pair<std::size_t, MatchedRow>> candidates;
+    eachRow(after, [&](std::size_t row, const TaskSelection& tasks, std::size_t i) {
+        if (const auto found = missing.find(tasks.line(i)); found != missing.end())
+            candidates[tasks.key(i)] = {found->second, {.row = row, .renamed = true}};
     });
-    eachRow(before, [&](std::size_t, const TaskItem& task) { candidates.erase(task.key); });
+    eachRow(before, [&](std::size_t, const TaskSelection& tasks, std::size_t i) { candidates.erase(tasks.key(i)); });
     std::map<std::size_t, MatchedRow> renamed;
     for (const auto& [key, match] : candidates) renamed.insert(match);
     return renamed;
@@ -160,41 +184,66 @@ bool ColumnLayout::measured(const std::vector<Measure>& measures) {
 }
 
 std::vector<int> estimatedRowHeights(const TaskGroups& groups, int rowWidth) {
+    constexpr std::size_t mostRead = 20'000; // titles; of those beyond, the length must do
     const ByteWidths widths;
     const int room = TaskRow::titleWidth(rowWidth);
+    const auto height = [](int lines, bool tags) { return static_cast<std::uint16_t>(TaskRow::heightOf(lines, tags)); };
+    using Heights = std::array<std::uint16_t, 2>; // without the day, and with it
     std::vector<int> heights;
-    for (const auto& group : groups)
-        for (const auto& task : group.tasks)
-            heights.push_back(TaskRow::heightOf(widths.lines(std::string_view(task.title).substr(0, 10'000), room),
-                                                hasTags(task, group.showDay) ? 1 : 0));
+    for (const auto& group : groups) heights.resize(heights.size() + group.tasks.size());
+    std::vector<Heights> roughly;
+    if (heights.size() > mostRead)
+        roughly = columnOf<Heights>(groups, [&](const TaskList& list, std::size_t i) {
+            const auto& brief = list.brief(i);
+            const int lines = widths.lines(std::min<std::size_t>(brief.titleLength, longestDrawn), room);
+            return Heights{height(lines, hasTags(brief, false)), height(lines, hasTags(brief, true))};
+        });
+    std::size_t row = 0;
+    for (const auto& group : groups) {
+        const auto& tasks = group.tasks;
+        for (std::size_t i = 0; i < tasks.size(); ++i, ++row)
+            heights[row] = row >= mostRead && tasks.places()[i] < roughly.size()
+                               ? roughly[tasks.places()[i]][group.showDay ? 1 : 0]
+                               : height(widths.lines(tasks.title(i).substr(0, longestDrawn), room),
+                                        hasTags(tasks.brief(i), group.showDay));
+    }
     return heights;
+}
+
+std::optional<std::size_t> rowOf(const TaskGroups& groups, std::string_view key) {
+    KeySet wanted;
+    wanted.insert(keyNumber(key).value_or(0));
+    const auto rows = rowsOfKeys(groups, wanted);
+    return rows.empty() ? std::nullopt : std::optional(rows.begin()->second.front());
 }
 
 std::map<std::size_t, MatchedRow> matchedRows(const TaskGroups& before, const TaskGroups& after, const Rows& rows) {
     std::map<std::size_t, MatchedRow> matched;
     if (rows.empty()) return matched;
-    const auto wanted = keysOf(before, rows);
-    const auto old = rowsOfKeys(before, &wanted), now = rowsOfKeys(after, &wanted);
+    KeySet wanted;
+    eachOf(rows, before, [&](std::size_t, const TaskSelection& tasks, std::size_t i) { wanted.insert(tasks.key(i)); });
+    const auto old = rowsOfKeys(before, wanted), now = rowsOfKeys(after, wanted);
     std::unordered_map<std::int64_t, std::size_t> missing; // line to row
-    eachRow(before, [&](std::size_t row, const TaskItem& task) {
-        if (!std::ranges::binary_search(rows, row)) return;
-        if (const auto place = sameTask(row, old.at(task.key), now, task.key))
+    eachOf(rows, before, [&](std::size_t row, const TaskSelection& tasks, std::size_t i) {
+        if (const auto place = sameTask(row, old.at(tasks.key(i)), now, tasks.key(i)))
             matched[row] = {.row = *place};
         else
-            missing[task.line] = row;
+            missing[tasks.line(i)] = row;
     });
     if (!missing.empty()) matched.merge(renamedRows(before, after, missing));
     return matched;
 }
 
 std::optional<std::size_t> successor(const TaskGroups& before, const TaskGroups& after, std::size_t left) {
-    const auto old = rowsOfKeys(before), now = rowsOfKeys(after);
+    constexpr std::size_t mostTried = 1000; // on either side
+    Rows near;
+    for (auto row = left - std::min(left, mostTried); row <= left + mostTried; ++row)
+        if (row != left) near.push_back(row);
     std::optional<std::size_t> above, below;
-    eachRow(before, [&](std::size_t row, const TaskItem& task) {
-        if (row == left || (row > left && below)) return;
-        const auto place = sameTask(row, old.at(task.key), now, task.key);
-        if (place) (row < left ? above : below) = place;
-    });
+    for (const auto& [row, match] : matchedRows(before, after, near)) {
+        if (match.renamed || (row > left && below)) continue;
+        (row < left ? above : below) = match.row;
+    }
     return below ? below : above;
 }
 

@@ -59,6 +59,8 @@ class ColumnLayout {
 // that fits into one line; measuring every title of a long list would take seconds.
 std::vector<int> estimatedRowHeights(const TaskGroups&, int rowWidth);
 
+std::optional<std::size_t> rowOf(const TaskGroups&, std::string_view key); // of the first task with that key
+
 struct MatchedRow {
     std::size_t row;
     bool renamed = false; // another key, on the same line of the file

@@ -79,10 +79,7 @@ bool TaskColumn::keepDrafts(TaskGroups& groups) const {
     for (const auto& [index, row] : rows_) {
         if (!row->holdsDraft()) continue;
         const auto& task = row->task();
-        const auto has = [&](const TaskGroup& group) {
-            return std::ranges::count(group.tasks, task.key, &TaskItem::key) > 0;
-        };
-        if (std::ranges::any_of(groups, has)) continue;
+        if (rowOf(groups, task.key)) continue;
         any = true;
         const auto card = layout_.cardOf(index);
         auto group = std::ranges::find(groups, groups_[card].title(), &TaskGroup::title);
@@ -92,7 +89,7 @@ bool TaskColumn::keepDrafts(TaskGroups& groups) const {
             group->tasks.clear();
         }
         const auto place = std::min(index - layout_.rowsOf(card).first, group->tasks.size());
-        group->tasks.insert(group->tasks.begin() + static_cast<std::ptrdiff_t>(place), task);
+        group->tasks.insert(place, task);
     }
     return any;
 }
@@ -281,7 +278,7 @@ void TaskColumn::showTask(std::size_t index) {
         if (focus) focus->setFocus(row->focusReason()); // lost with the old parent
     }
     const auto& group = groups_[cardIndex];
-    const auto& task = group.tasks[index - layout_.rowsOf(cardIndex).first];
+    const auto task = group.tasks[index - layout_.rowsOf(cardIndex).first];
     row->setTask(task, today_, group.showDay);
     row->setMarks(sought_.rangesIn(TaskFile::dropStrongMark(task.title)));
 }
@@ -325,12 +322,7 @@ void TaskColumn::focusRow(std::size_t index, TaskRow::Stop stop, Qt::FocusReason
 }
 
 void TaskColumn::focusTask(const std::string& key) {
-    std::size_t row = 0;
-    for (const auto& group : groups_)
-        for (const auto& task : group.tasks) {
-            if (task.key == key) return focusRow(row, TaskRow::Stop::check, Qt::TabFocusReason);
-            ++row;
-        }
+    if (const auto row = rowOf(groups_, key)) focusRow(*row, TaskRow::Stop::check, Qt::TabFocusReason);
 }
 
 void TaskColumn::step(const TaskRow& row, int by, TaskRow::Stop stop) {

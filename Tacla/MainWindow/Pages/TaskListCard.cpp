@@ -33,7 +33,7 @@ void TaskListCard::setGroup(const TaskGroup& group) {
     header_->setTitle(title);
     header_->setSymbol(group.symbol, toneOf(group.role));
     header_->setCount(static_cast<int>(group.tasks.size()));
-    tasks_ = group.postponable ? group.tasks : Tasks();
+    tasks_ = group.postponable ? group.tasks : TaskSelection();
     if (group.postponable) header_->setControl(postpone_);
     postpone_->setVisible(group.postponable);
     empty_->setText(toQt(group.empty));

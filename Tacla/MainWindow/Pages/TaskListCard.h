@@ -29,7 +29,7 @@ class TaskListCard final : public dravel::Card {
   private:
     AppModel& model_;
     const dravel::Now& now_;
-    Tasks tasks_; // where they can be postponed
+    TaskSelection tasks_; // where they can be postponed
     dravel::CardHeader* header_;
     dravel::Button* postpone_;
     dravel::TextLabel* empty_;

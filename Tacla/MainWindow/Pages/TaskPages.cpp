@@ -38,6 +38,7 @@ class HeroCard final : public dravel::Card {
 
 namespace {
 
+constexpr auto blink = std::chrono::milliseconds(20); // what is found by then is waited for
 constexpr int heroHeight = 126, padding = 24, ringSize = 78, lineGap = 4;
 
 }
@@ -208,7 +209,7 @@ dravel::Card* makeSearchCard(dravel::TextField& field, QWidget* parent) {
 }
 
 FindPage::FindPage(AppModel& model, const dravel::Now& now, QWidget* parent)
-    : DravelPage(parent), model_(model), finder_({}),
+    : DravelPage(parent), model_(model), jobs_(model.background()),
       words_(new dravel::TextField(dravel::TextField::Kind::frameless, u"Chercher une tâche…"_s)),
       none_(new dravel::EmptyCard(dravel::Symbol::search, u"Aucune tâche ne contient ces mots."_s, &stage())),
       tasks_(new TaskColumn(*this, model, now)) {
@@ -230,17 +231,35 @@ void FindPage::begin() {
 }
 
 void FindPage::readTasks() {
-    finder_ = TaskFinder(model_.state().tasks);
-    find();
+    using Ready = std::shared_ptr<const TaskFinder>;
+    if (finder_ && searched_.sharesAllWith(model_.state().tasks)) return find();
+    finder_.reset();
+    jobs_.add<Ready>([tasks = model_.state().tasks] { return std::make_shared<const TaskFinder>(tasks); },
+                     [this, tasks = model_.state().tasks](dravel::Outcome<Ready> ready) {
+                         finder_ = std::get<Ready>(std::move(ready));
+                         searched_ = tasks;
+                         find();
+                     },
+                     blink);
 }
 
+// Of words that are typed while one search runs, only the last ones are looked for.
 void FindPage::find() {
-    const auto typed = fromQt(words_->text());
-    const SoughtWords words(typed);
-    auto groups = foundGroups(model_.state().tasks, finder_.find(typed));
-    none_->setVisible(groups.empty() && !words_->text().trimmed().isEmpty());
+    if (!finder_ || !jobs_.isIdle()) return;
+    const auto typed = words_->text();
+    jobs_.add<Places>([finder = finder_, words = fromQt(typed)] { return finder->find(words); },
+                      [this, typed](const dravel::Outcome<Places>& found) {
+                          show(typed, std::get<Places>(found));
+                          if (typed != words_->text()) find();
+                      },
+                      blink);
+}
+
+void FindPage::show(const QString& typed, const Places& found) {
+    auto groups = foundGroups(searched_, found);
+    none_->setVisible(groups.empty() && !typed.trimmed().isEmpty());
     tasks_->setGroups(std::move(groups), model_.state().today);
-    tasks_->setSought(words);
+    tasks_->setSought(SoughtWords(fromQt(typed)));
 }
 
 // Down leads from the words to what was found.

@@ -2,6 +2,7 @@
 
 #include "DravelKit/DravelUI/DravelPage.h"
 #include "DravelKit/Foundation/Instant.h"
+#include "DravelKit/Run/Background.h"
 #include "Tacla/MainWindow/PageContents.h"
 
 // The pages that show tasks.
@@ -71,9 +72,12 @@ class FindPage final : public dravel::DravelPage {
   private:
     void readTasks();
     void find();
+    void show(const QString& typed, const Places& found);
 
     AppModel& model_;
-    TaskFinder finder_;
+    TaskList searched_; // what the finder was made of
+    std::shared_ptr<const TaskFinder> finder_;
+    dravel::JobQueue jobs_; // a long list is made ready and searched beside the main thread
     dravel::TextField* words_;
     dravel::EmptyCard* none_;
     TaskColumn* tasks_;

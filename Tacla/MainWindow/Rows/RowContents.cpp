@@ -26,9 +26,8 @@ Day existing(Day day) { return Day::of(day.date()); }
 
 }
 
-bool hasTags(const TaskItem& task, bool showDay) {
-    if ((showDay && task.day) || task.time) return true;
-    return task.done ? task.doneOn && task.day != task.doneOn : task.due || task.strong();
+bool hasTags(const TaskList::Brief& task, bool showDay) {
+    return (showDay && task.day != 0) || task.minutes != 0 || task.marked;
 }
 
 std::vector<TaskTag> taskTags(const TaskItem& task, Day today, bool showDay) {

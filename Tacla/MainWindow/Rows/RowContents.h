@@ -2,7 +2,7 @@
 
 #include "Tacla/TaskDocument/TaskDocument.h"
 #include "Tacla/TaskList/MomentWords.h"
-#include "Tacla/TaskList/TaskItem.h"
+#include "Tacla/TaskList/TaskList.h"
 
 #include <array>
 #include <string>
@@ -31,7 +31,7 @@ std::vector<TaskTag> taskTags(const TaskItem&, Day today, bool showDay);
 // All of them in one line, as a screen reader says them.
 std::string spokenTags(const TaskItem&, Day today, bool showDay);
 // Whether there are any, at no cost.
-bool hasTags(const TaskItem&, bool showDay);
+bool hasTags(const TaskList::Brief&, bool showDay);
 
 enum class RowCommand { postponeToTomorrow, postponeToMonday, postponeByAWeek, toggle, edit, remove };
 

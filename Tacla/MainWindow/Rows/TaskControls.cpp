@@ -103,6 +103,7 @@ void TaskEditor::setToday(Day today) { date_->setToday(toQt(today)); }
 
 void TaskEditor::fill() {
     title_->setText(toQt(draft_.title));
+    title_->setReadOnly(draft_.title.size() > longestDrawn); // there is more of it
     date_->setDateRange({1, 1, 1}, {9999, 12, 31});
     date_->setDate(toQt(draft_.day));
     hasTime_->setChecked(draft_.hasTime);

@@ -312,8 +312,9 @@ void TaskRow::openAgainMenu() {
     menu_ = new QMenu(this);
     menu_->setObjectName(u"again.menu"_s);
     for (const auto& [label, day] : againDays(currentDay()))
-        connect(menu_->addAction(toQt(label)), &QAction::triggered, this,
-                [this, task = again(task_, day)] { model_.list().add({task}); });
+        connect(menu_->addAction(toQt(label)), &QAction::triggered, this, [this, shown = task_, day = day] {
+            model_.list().add({again(model_.state().tasks.whole(shown), day)});
+        });
     popUp(*menu_, *againButton_);
 }
 
