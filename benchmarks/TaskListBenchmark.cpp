@@ -82,7 +82,7 @@ void removeTask(benchmark::State& state) {
 
 template <class View>
 void view(benchmark::State& state, View make) {
-    const auto tasks = TaskFile::parse(list(state.range(0)));
+    const TaskList tasks(list(state.range(0)));
     const auto now = today.date() + std::chrono::hours(12);
     for (auto _ : state) benchmark::DoNotOptimize(make(tasks, now));
     perTask(state);
@@ -95,23 +95,23 @@ void todaysView(benchmark::State& state) {
     view(state, [](auto& tasks, auto now) { return todays(tasks, now); });
 }
 void upcomingView(benchmark::State& state) {
-    view(state, [](auto& tasks, auto) { return upcoming(tasks, today); });
+    view(state, [](auto& tasks, auto) { return upcomingByDay(tasks, today); });
 }
 void doneView(benchmark::State& state) {
-    view(state, [](auto& tasks, auto) { return doneTasks(tasks, today); });
+    view(state, [](auto& tasks, auto) { return doneByDay(tasks, today); });
 }
 void openCountView(benchmark::State& state) {
     view(state, [](auto& tasks, auto now) { return openCount(tasks, now); });
 }
 
 void index(benchmark::State& state) {
-    const auto tasks = TaskFile::parse(list(state.range(0)));
+    const TaskList tasks(list(state.range(0)));
     for (auto _ : state) benchmark::DoNotOptimize(TaskFinder(tasks));
     perTask(state);
 }
 // Three ways: letters of every title, a word of few, and one that is nowhere.
 void find(benchmark::State& state, std::string_view typed) {
-    const TaskFinder finder(TaskFile::parse(list(state.range(0))));
+    const TaskFinder finder(TaskList(list(state.range(0))));
     for (auto _ : state) benchmark::DoNotOptimize(finder.find(typed));
     perTask(state);
 }

@@ -8,6 +8,8 @@
 #include <QUuid>
 #include <QVariantMap>
 
+#include <gio/gio.h>
+
 #include <limits>
 #include <utility>
 
@@ -245,12 +247,28 @@ QVariantMap button(const QString& label, const char* action, const QString& id) 
     return {{u"label"_s, label}, {u"action"_s, inApplication(action)}, {u"target"_s, id}};
 }
 
+// What is urgent would break through « Ne pas déranger », which GNOME tells to no program over the bus.
+bool mayDisturb() {
+    auto* schemas = g_settings_schema_source_get_default();
+    constexpr auto group = "org.gnome.desktop.notifications";
+    auto* schema = schemas ? g_settings_schema_source_lookup(schemas, group, TRUE) : nullptr;
+    if (schema == nullptr) return true;
+    auto* settings = g_settings_new_full(schema, nullptr, nullptr);
+    const bool may = g_settings_get_boolean(settings, "show-banners");
+    g_object_unref(settings);
+    g_settings_schema_unref(schema);
+    return may;
+}
+
 QVariantMap notification(const NotificationContent& content, const QString& id) {
     const QList<QVariantMap> buttons{button(u"Fait"_s, ApplicationAction::done, id),
                                      button(u"Demain"_s, ApplicationAction::tomorrow, id)};
-    return {{u"title"_s, plain(content.title)}, {u"body"_s, plain(content.body)},
-            {u"priority"_s, u"urgent"_s},       {u"default-action"_s, inApplication(ApplicationAction::openTask)},
-            {u"default-action-target"_s, id},   {u"buttons"_s, QVariant::fromValue(buttons)}};
+    return {{u"title"_s, plain(content.title)},
+            {u"body"_s, plain(content.body)},
+            {u"priority"_s, mayDisturb() ? u"urgent"_s : u"high"_s},
+            {u"default-action"_s, inApplication(ApplicationAction::openTask)},
+            {u"default-action-target"_s, id},
+            {u"buttons"_s, QVariant::fromValue(buttons)}};
 }
 
 }

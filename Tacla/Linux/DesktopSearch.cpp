@@ -17,7 +17,7 @@ QString text(const std::string& words) { return QString::fromStdString(words); }
 
 }
 
-DesktopSearch::DesktopSearch(Find find) : find_(std::move(find)) {
+DesktopSearch::DesktopSearch() {
     qRegisterMetaType<QList<QVariantMap>>("QList<QVariantMap>");
     qRegisterMetaType<QList<RunnerAction>>("QList<tacla::RunnerAction>");
     qRegisterMetaType<QList<RunnerMatch>>("QList<tacla::RunnerMatch>");
@@ -59,7 +59,7 @@ QList<QVariantMap> DesktopSearch::GetResultMetas(const QStringList& identifiers)
 }
 
 QList<RunnerMatch> DesktopSearch::Match(const QString& query) {
-    constexpr uint possibleMatch = 30; // of KRunner's kinds
+    constexpr int possibleMatch = 30; // of KRunner's kinds
     QList<RunnerMatch> matches;
     for (const auto& entry : find_(query.toStdString()))
         matches.append({text(entry.key),

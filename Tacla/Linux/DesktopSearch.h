@@ -19,9 +19,9 @@ namespace tacla {
 struct RunnerAction { // (sss)
     QString id, text, icon;
 };
-struct RunnerMatch { // (sssuda{sv})
+struct RunnerMatch { // (sssida{sv})
     QString id, text, icon;
-    uint kind = 0;
+    int kind = 0;
     double relevance = 0;
     QVariantMap properties;
 };
@@ -37,12 +37,15 @@ class DesktopSearch final : public QObject {
     Q_OBJECT
 
   public:
+    DesktopSearch();
+
     using Find = std::function<std::vector<SearchEntry>(const std::string& typed)>;
-    explicit DesktopSearch(Find);
+    void findWith(Find find) { find_ = std::move(find); }
 
     dravel::Signal<const std::string&> chosen; // the task's key; "" when the search goes on in the window
 
     static constexpr auto path = "/fr/dravel/Tacla/search";
+    // Before the program has its name: who waits for that asks at once, and once only. Questions wait for the loop.
     bool registerOn(QDBusConnection);
 
     // The methods of the interfaces, called by the adaptors.
@@ -58,7 +61,7 @@ class DesktopSearch final : public QObject {
   private:
     void choose(const QString& identifier);
 
-    Find find_;
+    Find find_ = [](const auto&) { return std::vector<SearchEntry>(); };
     std::vector<SearchEntry> found_; // by the last question
 };
 

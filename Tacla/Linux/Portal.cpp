@@ -119,6 +119,30 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PortalEntry& entr
     return argument;
 }
 
+namespace {
+
+QVariant wantedKeys() {
+    const QVariantMap newTaskKey{{u"description"_s, u"Ajouter une tâche"_s}, {u"preferred_trigger"_s, u"LOGO+ALT+t"_s}};
+    return QVariant::fromValue(PortalEntries{{newTask, newTaskKey}});
+}
+
+// GNOME says "Press <Alt><Super>t".
+QString readableKey(QString key) {
+    const auto first = key.indexOf(u'<');
+    if (first < 0) return key;
+    key = key.mid(first).remove(u'<').replace(u'>', u'+');
+    return key.left(key.lastIndexOf(u'+') + 1) + key.mid(key.lastIndexOf(u'+') + 1).toUpper();
+}
+
+// As the desktop calls it; nothing where it is not among these.
+std::optional<std::string> keyIn(const QVariant& entries) {
+    for (const auto& [id, properties] : qdbus_cast<PortalEntries>(entries))
+        if (id == newTask) return readableKey(properties.value(u"trigger_description"_s).toString()).toStdString();
+    return {};
+}
+
+}
+
 QuickEntryKey::QuickEntryKey(Portal& portal) : portal_(portal) {}
 
 void QuickEntryKey::use(bool chosenBefore) {
@@ -137,46 +161,53 @@ void QuickEntryKey::offer() {
     portal_.askVersion(shortcuts, [this](uint version) {
         version_ = version;
         leave();
-        if (wanted_ && version > 0) bind(nullptr, false);
+        if (wanted_ && version > 0) begin(nullptr, false);
     });
 }
 
 void QuickEntryKey::choose(const QWidget* over) {
     constexpr uint versionThatAsksAgain = 2;
-    if (sessionPath_.isEmpty() || version_ < versionThatAsksAgain) return bind(over, true);
+    if (sessionPath_.isEmpty()) return begin(over, true);
+    if (version_ < versionThatAsksAgain) return bind(sessionPath_, over, true);
     auto message = call(Portal::path, shortcuts, QLatin1String("ConfigureShortcuts"));
     message << QVariant::fromValue(QDBusObjectPath(sessionPath_)) << portalParent(over) << QVariantMap();
     portal_.session()->send(message);
 }
 
-// In a session of its own: keys are bound once in one.
-void QuickEntryKey::bind(const QWidget* over, bool byUser) {
-    const auto options = QVariantMap{{u"session_handle_token"_s, portal_.nextToken()}};
+// Where the portal does not know which program asks, the key is remembered by the session's token. The first portals
+// that had keys take them here; where they are told already which key it is, nobody needs to be asked.
+void QuickEntryKey::begin(const QWidget* over, bool byUser) {
+    const QVariantMap options{{u"session_handle_token"_s, u"tacla"_s}, {u"shortcuts"_s, wantedKeys()}};
     portal_.ask({.interface = shortcuts, .method = QLatin1String("CreateSession"), .options = options},
                 [this, over = QPointer(over), byUser](Portal::Outcome outcome, const QVariantMap& results) {
-                    const auto path = results.value(u"session_handle"_s).toString();
-                    if (outcome == Portal::Outcome::done) bindIn(path, over, byUser);
+                    if (outcome != Portal::Outcome::done) return;
+                    const auto session = results.value(u"session_handle"_s).toString();
+                    if (byUser || !bound(session, results)) bind(session, over, byUser);
                 });
 }
 
-void QuickEntryKey::bindIn(const QString& session, const QWidget* over, bool byUser) {
-    const PortalEntries wanted{
-        {newTask, {{u"description"_s, u"Ajouter une tâche"_s}, {u"preferred_trigger"_s, u"LOGO+ALT+t"_s}}}};
-    const QVariantList arguments{QVariant::fromValue(QDBusObjectPath(session)), QVariant::fromValue(wanted),
-                                 portalParent(over)};
+void QuickEntryKey::bind(const QString& session, const QWidget* over, bool byUser) {
+    const QVariantList arguments{QVariant::fromValue(QDBusObjectPath(session)), wantedKeys(), portalParent(over)};
     portal_.ask({.interface = shortcuts, .method = QLatin1String("BindShortcuts"), .arguments = arguments},
                 [this, session, byUser](Portal::Outcome outcome, const QVariantMap& results) {
-                    if (outcome != Portal::Outcome::done) {
+                    // GNOME 48 tells of a failure together with the key that it has bound.
+                    if (outcome != Portal::Outcome::left && bound(session, results)) {
+                        wanted_ = true;
+                        if (byUser) chosen();
+                    } else if (session != sessionPath_) {
                         portal_.session()->send(call(session, sessions, QLatin1String("Close")));
-                        return;
                     }
-                    leave();
-                    sessionPath_ = session;
-                    portal_.session()->connect({}, session, sessions, u"Closed"_s, this, SLOT(closed(QDBusMessage)));
-                    wanted_ = true;
-                    if (byUser) chosen();
-                    hear(results.value(u"shortcuts"_s));
                 });
+}
+
+// Whether the session has our key.
+bool QuickEntryKey::bound(const QString& session, const QVariantMap& results) {
+    const auto key = keyIn(results.value(u"shortcuts"_s));
+    if (!key) return false;
+    if (std::exchange(sessionPath_, session) != session)
+        portal_.session()->connect({}, session, sessions, u"Closed"_s, this, SLOT(closed(QDBusMessage)));
+    setKey(key);
+    return true;
 }
 
 // The key before, if there is one.
@@ -184,11 +215,6 @@ void QuickEntryKey::leave() {
     if (const auto session = std::exchange(sessionPath_, {}); !session.isEmpty())
         portal_.session()->send(call(session, sessions, QLatin1String("Close")));
     setKey(version_ > 0 ? std::optional(std::string()) : std::nullopt);
-}
-
-void QuickEntryKey::hear(const QVariant& entries) {
-    for (const auto& [id, properties] : qdbus_cast<PortalEntries>(entries))
-        if (id == newTask) setKey(properties.value(u"trigger_description"_s).toString().toStdString());
 }
 
 void QuickEntryKey::setKey(std::optional<std::string> key) {
@@ -202,7 +228,9 @@ void QuickEntryKey::activated(const QDBusMessage& signal) {
 }
 
 void QuickEntryKey::shortcutsChanged(const QDBusMessage& signal) {
-    if (signal.arguments().size() > 1) hear(signal.arguments()[1]);
+    const auto arguments = signal.arguments(); // session, keys
+    if (qvariant_cast<QDBusObjectPath>(arguments.value(0)).path() != sessionPath_) return;
+    if (const auto key = keyIn(arguments.value(1))) setKey(key);
 }
 
 void QuickEntryKey::closed(const QDBusMessage& signal) {

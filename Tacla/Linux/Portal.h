@@ -96,10 +96,10 @@ class QuickEntryKey final : public QObject {
 
   private:
     void offer();
-    void bind(const QWidget* over, bool byUser);
-    void bindIn(const QString& session, const QWidget* over, bool byUser);
+    void begin(const QWidget* over, bool byUser);
+    void bind(const QString& session, const QWidget* over, bool byUser);
+    bool bound(const QString& session, const QVariantMap& results);
     void leave();
-    void hear(const QVariant& shortcuts);
     void setKey(std::optional<std::string>);
 
     Portal& portal_;

@@ -21,6 +21,8 @@ constexpr QLatin1String appearance("org.freedesktop.appearance");
 constexpr QLatin1String colours("color-scheme");
 constexpr QLatin1String interface("org.gnome.desktop.interface"); // also where the desktop is another one
 constexpr QLatin1String animations("enable-animations");
+constexpr QLatin1String plasma("org.kde.kdeglobals.KDE");
+constexpr QLatin1String duration("AnimationDurationFactor");
 
 QVariant unwrapped(QVariant value) { // Read answers with a variant in a variant
     while (value.metaType() == QMetaType::fromType<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
@@ -35,6 +37,7 @@ void ColourScheme::watch(QDBusConnection session) {
                     SLOT(settingChanged(QString, QString, QDBusVariant)));
     ask(session, appearance, colours);
     ask(session, interface, animations);
+    ask(session, plasma, duration);
 }
 
 void ColourScheme::ask(QDBusConnection& session, const QString& group, const QString& key) {
@@ -53,15 +56,12 @@ void ColourScheme::settingChanged(const QString& group, const QString& key, cons
 }
 
 void ColourScheme::set(const QString& group, const QString& key, const QVariant& value) {
-    if (group == interface && key == animations) {
-        const bool wanted = unwrapped(value).toBool();
-        if (std::exchange(motion_, wanted) != wanted) changed();
-        return;
-    }
+    if (group == interface && key == animations) return set(animations_, unwrapped(value).toBool());
+    if (group == plasma && key == duration) return set(speed_, unwrapped(value).toDouble());
     if (group != appearance || key != colours) return;
     const auto number = unwrapped(value).toUInt(); // 0 no preference, 1 dark, 2 light
     const auto preference = number == 1 ? Preference::dark : number == 2 ? Preference::light : Preference::unknown;
-    if (std::exchange(preference_, preference) != preference) changed();
+    set(preference_, preference);
 }
 
 QColor trayColour(ColourScheme::Preference preference) {
@@ -70,7 +70,7 @@ QColor trayColour(ColourScheme::Preference preference) {
     case ColourScheme::Preference::light: return QColor(0x13, 0x19, 0x27);
     case ColourScheme::Preference::unknown: break;
     }
-    return QColor(0x81, 0x79, 0xEF);
+    return QColor(0x80, 0x86, 0x90); // 3.7:1 on white, 5.7:1 on black
 }
 
 void WakeWatch::watch(QDBusConnection system) {

@@ -9,6 +9,7 @@
 #include <QVariantMap>
 
 #include <optional>
+#include <utility>
 
 namespace tacla {
 
@@ -23,7 +24,7 @@ class ColourScheme final : public QObject {
     void watch(QDBusConnection session);
 
     Preference preference() const { return preference_; }
-    bool motion() const { return motion_; }
+    bool motion() const { return animations_ && speed_ > 0; }
     dravel::Signal<> changed;
 
   private Q_SLOTS:
@@ -31,10 +32,15 @@ class ColourScheme final : public QObject {
 
   private:
     void ask(QDBusConnection&, const QString& group, const QString& key);
+    template <class Value>
+    void set(Value& field, Value value) {
+        if (std::exchange(field, value) != value) changed();
+    }
     void set(const QString& group, const QString& key, const QVariant& value);
 
     Preference preference_ = Preference::unknown;
-    bool motion_ = true;
+    bool animations_ = true; // GNOME's wish
+    double speed_ = 1;       // Plasma's: how long they take, 0 for none
 };
 
 // The tray icon's colour: readable on the panel of such a desktop, on either kind when it is not known.

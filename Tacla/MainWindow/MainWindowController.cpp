@@ -96,7 +96,9 @@ class MainWindow final : public QMainWindow {
     void changeEvent(QEvent*) override;
 
   private:
-    void takePlace();
+    void watch(QScreen*);
+    void takePlace(bool chosen);
+    void keepWithinScreen();
     QSize wantedSize() const;
     void comeForward(const std::string& activationToken);
     void rememberPlace();
@@ -105,7 +107,7 @@ class MainWindow final : public QMainWindow {
     AppModel& model_;
     Preferences& preferences_;
     MainView* view_;
-    QTimer placeSettled_, activation_;
+    QTimer placeSettled_, activation_, screenSettled_;
     bool placed_ = false, frameIsOld_ = false;
 };
 
@@ -118,11 +120,27 @@ MainWindow::MainWindow(AppModel& model, Preferences& preferences, const DesktopA
     placeSettled_.setSingleShot(true);
     placeSettled_.setInterval(500ms);
     connect(&placeSettled_, &QTimer::timeout, this, &MainWindow::rememberPlace);
+    screenSettled_.setSingleShot(true);
+    screenSettled_.setInterval(300ms);
+    connect(&screenSettled_, &QTimer::timeout, this, &MainWindow::keepWithinScreen);
+    for (auto* screen : QGuiApplication::screens()) watch(screen);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &MainWindow::watch);
     activation_.setSingleShot(true);
     activation_.setInterval(300ms);
     connect(&activation_, &QTimer::timeout, this, [this] {
         if (isVisible() && !isActiveWindow()) comeForward({});
     });
+}
+
+// A screen that is scaled, turned or replaced has less room at once; the desktop moves windows, but shrinks none.
+void MainWindow::watch(QScreen* screen) {
+    connect(screen, &QScreen::availableGeometryChanged, this, [this] { screenSettled_.start(); });
+}
+
+void MainWindow::keepWithinScreen() {
+    if (!isVisible() || isMaximized() || isFullScreen() || isMinimized()) return;
+    const auto room = roomForContent(screen()->availableGeometry().size(), !onWayland());
+    if (size().boundedTo(room) != size()) takePlace(false);
 }
 
 // The size that the window has, or that the user left, else the first one.
@@ -134,14 +152,13 @@ QSize MainWindow::wantedSize() const {
 }
 
 // Screens come and go while the window is away: each time it fits into the one that it comes to. Where it stands is the
-// desktop's choice on Wayland.
-void MainWindow::takePlace() {
+// desktop's choice on Wayland. Who chose its size saw the panels, too.
+void MainWindow::takePlace(bool chosen) {
     const auto last = preferences_.windowPosition();
     QScreen* target = screen();
     if (last && !onWayland())
         if (auto* there = QGuiApplication::screenAt({last->x + 32, last->y + 16})) target = there;
     const auto free = target->availableGeometry();
-    const bool chosen = placed_ || preferences_.windowSize(); // by somebody who saw the panels
     const QSize room = roomForContent(free.size(), chosen || !onWayland());
     const int menuHeight = menuWidget() ? menuWidget()->sizeHint().height() : 0;
     // A Wayland desktop that gives less than a window asks for would see it cut off.
@@ -159,7 +176,7 @@ void MainWindow::takePlace() {
 }
 
 void MainWindow::present(const std::string& activationToken) {
-    if (!isVisible() && !isMaximized() && !isFullScreen()) takePlace();
+    if (!isVisible() && !isMaximized() && !isFullScreen()) takePlace(placed_ || preferences_.windowSize());
     placed_ = true;
     comeForward(activationToken);
     // A desktop may refuse the token, or may just be taking the focus away.

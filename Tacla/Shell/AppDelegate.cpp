@@ -92,7 +92,6 @@ void AppDelegate::joinSession(const QDBusConnection& connection) {
     refreshTray();
     if (ports_.gnomeNotifications != nullptr) ports_.gnomeNotifications->use(connection);
     ports_.notifications.use(connection);
-    ports_.search.registerOn(connection);
     ports_.scheme.watch(connection);
     ports_.secrets.watch(connection);
     ports_.network.watchPortal(connection);

@@ -16,6 +16,8 @@
 #include "Tacla/main/Programs.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QLibraryInfo>
 #include <QPalette>
 #include <QSessionManager>
 #include <QSocketNotifier>
@@ -120,6 +122,14 @@ struct Paths {
     }
 };
 
+// Qt gives the menus of a window to a panel that shows them, and on Wayland forgets to tell it of which window they
+// are, unless Plasma's own plugin is there: nobody would have them.
+void keepMenus() {
+    const auto plugin = QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/platformthemes/KDEPlasmaPlatformTheme6.so"_s;
+    if (environment("WAYLAND_DISPLAY").empty() || QFile::exists(plugin)) return;
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
+}
+
 void nameApplication() {
     qInstallMessageHandler(report);
     QCoreApplication::setApplicationName(u"Tacla"_s);
@@ -177,7 +187,7 @@ DesktopActions desktopActions(Portal& portal, QuickEntryKey& key, const dravel::
 }
 
 // The first of its name: runs until it is told to quit.
-int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearance,
+int runFirst(Bus& session, SingleInstance& instance, DesktopSearch& search, dravel::Appearance appearance,
              const std::string& activationToken) {
     const Paths paths;
     QtMainLoop loop;
@@ -221,7 +231,7 @@ int runFirst(Bus& session, SingleInstance& instance, dravel::Appearance appearan
     auto trayHost = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
     trayHost.coloursSymbols = trayHost.coloursSymbols && paths.isInstalled(); // the symbol is
     MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); }, trayHost.drawsBoxes);
-    DesktopSearch search([&](const std::string& typed) { return searchEntries(model.state(), typed); });
+    search.findWith([&](const std::string& typed) { return searchEntries(model.state(), typed); });
     MainWindowController window(model, preferences, actions, [&loop] { return loop.now(); });
     AppDelegate delegate({.loop = loop,
                           .session = session,
@@ -263,16 +273,20 @@ int runApplication(int& argc, char** argv) {
     Bus session(Bus::Kind::session);
     std::optional<WithoutSessionBus> without;
     if (!session.answersWithin(busPatience)) without.emplace();
+    keepMenus();
     QApplication application(argc, argv);
     without.reset();
 
     session.open();
     SingleInstance instance;
-    if (const auto connection = session.connection())
+    DesktopSearch search;
+    if (auto connection = session.connection()) {
+        search.registerOn(*connection);
         if (instance.claim(*connection, activationToken) == SingleInstance::Role::second) return EXIT_SUCCESS;
+    }
     const auto appearance = dravel::appearanceOf(QGuiApplication::palette());
     setUp(application, appearance);
-    return runFirst(session, instance, appearance, activationToken);
+    return runFirst(session, instance, search, appearance, activationToken);
 }
 
 int runNotifyTest(int& argc, char** argv) {

@@ -4,12 +4,13 @@ import os
 import pathlib
 import subprocess
 import sys
+import unittest
 
 from gi.repository import GLib
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "EndToEnd"))
 
-from story import Desktop, Screen, Story, day, main, until  # noqa: E402
+from story import Desktop, Screen, Story, day, until  # noqa: E402
 
 __all__ = ["NAME", "Desktop", "Everywhere", "Screen", "Wayland", "day", "main", "told_on", "until"]
 NAME = "fr.dravel.Tacla"
@@ -26,11 +27,15 @@ PICTURES = os.environ.get("TACLA_PICTURES")  # what their names begin with; none
 
 class Wayland(Desktop):
     """A desktop tells: start_shell, windows (rectangles by application, the one with the focus first), area (what its panels
-    leave), bring (a window to the front), shoot (a picture into a file), darken, scale, and where one clicks: locate (the
+    leave), bring (a window to the front), shoot (a picture into a file), darken, scale, quiet, press (keys), and where one clicks: locate (the
     middles of what bears these words, of the icon in the panel for None) and click. Sway has other ways than the last two."""
 
     ALL = ("a11y", "shell")
     services = "<standard_session_servicedirs/>"
+    keeps_keys = True  # for programs, by its portal
+
+    def allow_key(self):
+        """What the user does when a program wants a key."""
 
     def _start_screen(self):
         self.env |= {"XDG_SESSION_TYPE": "wayland", "QT_QPA_PLATFORM": "wayland"}
@@ -205,9 +210,95 @@ class Scales(Everywhere):
                         f"{(x, y, width, height)} in {(left, top, wide, high)}")
 
 
+class Shrinks(Everywhere):
+    size = "1920x1080"
+
+    def test_into_a_screen_that_is_scaled(self):
+        self.launch()
+        self.open_window()
+        self.desktop.scale(2)
+
+        def within():
+            left, top, wide, high = self.desktop.area()
+            x, y, width, height = self.desktop.windows()[NAME]
+            return width <= wide and height <= high
+        until(within, "the window no larger than the screen")
+        self.desktop.picture("shrunk")
+
+
+class Quiet(Everywhere):
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+
+    def test_is_the_users(self):
+        self.desktop.quiet()
+        self.launch()
+        settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
+        until(lambda: "notifiedTasks" in settings.read_text(), "the reminder")
+        self.desktop.picture("do-not-disturb")
+        self.assertEqual((self.desktop.windows(), self.desktop.locate("Pain")), ({}, []))
+        self.until_file(f"- [ ] Pain · {day()} 00:00")
+
+
+class Portals(Everywhere):
+    def open_settings(self):
+        self.open_window()
+        self.screen = Screen(self.desktop)
+        self.screen.press("Réglages", "list item")
+
+    def test_bring_the_desktops_own_panel(self):
+        self.launch()
+        self.open_settings()
+        self.screen.press("Choisir un autre fichier")
+        until(lambda: self.desktop.focused() not in (None, "", NAME), "the desktop's panel in front", 30)
+        self.desktop.picture("panel")
+
+    def test_keep_a_key_for_the_quick_entry(self):
+        program = self.launch()
+        self.open_settings()
+        if not self.desktop.keeps_keys:
+            self.assertIsNone(self.screen.find("Choisir la touche de la saisie rapide"))
+            return
+        self.screen.press("Choisir la touche de la saisie rapide")
+        self.desktop.allow_key()
+        until(lambda: any(widget.name.startswith("Ajouter une tâche depuis tout programme") for widget in self.screen.widgets()),
+              "the key in the settings")
+        program.terminate()
+        program.wait()
+        self.launch()  # it is remembered
+        self.tray.wait()
+
+        def pressed():
+            self.desktop.press("super+alt+t")
+            return self.desktop.focused() == NAME
+        until(pressed, "the quick entry")
+        self.desktop.picture("quick-entry")
+
+
+class Result(unittest.TextTestResult):
+    """Says of each story how it went, a line each, for the table of all desktops."""
+
+    def addSuccess(self, test):
+        super().addSuccess(test)
+        self.tell(test, "✔")
+
+    def addFailure(self, test, error):
+        super().addFailure(test, error)
+        self.tell(test, "✘")
+
+    addError = addFailure
+
+    @staticmethod
+    def tell(test, how):
+        print(how, type(test).__name__, test._testMethodName.removeprefix("test_").replace("_", " "), flush=True)
+
+
+def main():
+    unittest.main(testRunner=unittest.TextTestRunner(verbosity=2, resultclass=Result))
+
+
 def told_on(desktop, *but):
     """The stories as they are told on that desktop, without those which it has no such thing for."""
     def make_desktop(story):
         return desktop(size=story.size)
     return {story.__name__: type(story.__name__, (story,), {"make_desktop": make_desktop, "without": ("a11y",)})
-            for story in (FirstStart, Raised, Reminder, Dark, Scales) if story.__name__ not in but}
+            for story in (FirstStart, Raised, Reminder, Dark, Scales, Shrinks, Quiet, Portals) if story.__name__ not in but}

@@ -1,9 +1,10 @@
 """Tacla on GNOME Shell: Wayland without X11, clicked with the shell's own virtual pointer."""
 import json
+import os
 
 from gi.repository import GLib
 
-from everywhere import NAME, Everywhere, Wayland, day, main, told_on, until
+from everywhere import NAME, Everywhere, Screen, Wayland, day, main, told_on, until
 
 SETTINGS = """[org/gnome/shell]
 welcome-dialog-last-shown-version='999'
@@ -37,9 +38,12 @@ POINTER = """(() => { const {Clutter, GLib} = imports.gi, now = () => GLib.get_m
     global.story ??= Clutter.get_default_backend().get_default_seat().create_virtual_device(Clutter.InputDeviceType.POINTER_DEVICE);
     return [Clutter, now]; })()"""
 
+KEYBOARD = POINTER.replace("global.story ", "global.keys ").replace("POINTER_DEVICE", "KEYBOARD_DEVICE")
+MODIFIERS = {"super": "Super_L", "alt": "Alt_L", "ctrl": "Control_L"}
+
 
 class Gnome(Wayland):
-    tray = True
+    tray, keeps_keys = True, os.path.exists("/usr/libexec/gnome-control-center-global-shortcuts-provider")
 
     def start_shell(self):
         self.env |= {"XDG_CURRENT_DESKTOP": "GNOME", "GSETTINGS_BACKEND": "keyfile", "LIBGL_ALWAYS_SOFTWARE": "1"}
@@ -93,6 +97,22 @@ class Gnome(Wayland):
     def darken(self):
         self.ask("gsettings", "set", "org.gnome.desktop.interface", "color-scheme", "prefer-dark")
 
+    def quiet(self):
+        self.ask("gsettings", "set", "org.gnome.desktop.notifications", "show-banners", "false")
+
+    def press(self, *chords):
+        for keys in (chord.split("+") for chord in chords):
+            names = [MODIFIERS.get(key, key) for key in keys]
+            for state, each in (("PRESSED", names), ("RELEASED", names[::-1])):
+                for name in each:
+                    self.evaluate(f"{{ const [Clutter, now] = {KEYBOARD}; "
+                                  f"global.keys.notify_keyval(now(), Clutter.KEY_{name}, Clutter.KeyState.{state}); 0 }}")
+
+    def allow_key(self):
+        until(lambda: "GlobalShortcutsProvider" in (self.focused() or ""), "the desktop's question")
+        self.picture("key")
+        Screen(self, "gnome-control-center-global-shortcuts-provider").press("Add", "button")
+
     def scale(self, factor):
         where = ("org.gnome.Mutter.DisplayConfig", "/org/gnome/Mutter/DisplayConfig", "org.gnome.Mutter.DisplayConfig")
         serial, monitors, _, _ = self.call(*where, "GetCurrentState")
@@ -124,6 +144,20 @@ class WithoutTray(Everywhere):
         self.desktop.click("Appeler le garage")
         self.until_front(NAME, "by the overview")
         self.desktop.picture("found")
+
+
+class WelcomeWithoutTray(Everywhere):
+    welcomed, tasks = False, ""
+
+    def make_desktop(self):
+        return Bare(size=self.size)
+
+    def test_says_how_to_come_back(self):
+        self.launch()
+        screen = Screen(self.desktop)
+        until(lambda: any(widget.name.startswith("Ce bureau n'a pas de zone de notification") for widget in screen.widgets()),
+              "the words in the welcome")
+        self.desktop.picture("welcome")
 
 
 globals().update(told_on(Gnome))

@@ -1,12 +1,14 @@
 """Tacla on Plasma: KWin as a window of an X server without a screen, where xdotool has the pointer."""
 import json
+import os
 import shutil
+import signal
 import subprocess
 
 from gi.repository import Gio, GLib
 from PIL import ImageGrab
 
-from everywhere import NAME, Desktop, Screen, Wayland, main, told_on, until
+from everywhere import NAME, Desktop, Everywhere, Screen, Wayland, day, main, told_on, until
 
 WORDS = '<node><interface name="fr.dravel.Story"><method name="say"><arg type="s" direction="in"/></method></interface></node>'
 # Of both releases: windows and areas are called otherwise.
@@ -23,7 +25,7 @@ BRING = """const wanted = all.find(w => String(w.desktopFileName || w.resourceCl
 
 
 class Plasma(Wayland):
-    version = 6 if shutil.which("kded6") else 5
+    version, lock = 6 if shutil.which("kded6") else 5, ("--no-lockscreen",)
 
     def _start_screen(self):
         Desktop._start_screen(self)
@@ -35,13 +37,18 @@ class Plasma(Wayland):
                      "XDG_MENU_PREFIX": "plasma-", "LIBGL_ALWAYS_SOFTWARE": "1", "KWIN_COMPOSE": "Q", "XDG_CONFIG_DIRS": "/etc/xdg",
                      "XDG_DATA_DIRS": "/usr/share"}
         width, height = self.size.split("x")
-        self.run(["kwin_wayland", "--x11-display", self.display, "--width", width, "--height", height, "--no-lockscreen"], "kwin",
+        self.run(["kwin_wayland", "--x11-display", self.display, "--width", width, "--height", height,
+                  *self.lock], "kwin",
                  QT_QPA_PLATFORM=None)
         self.wait_for_display()
         until(lambda: self.owned("org.kde.KWin"), "KWin", 60)
         self.session.register_object("/", Gio.DBusNodeInfo.new_for_xml(WORDS).interfaces[0], self._hear, None, None)
         self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "UpdateActivationEnvironment",
                   GLib.Variant("(a{ss})", (self.env,)))
+        if self.owned("org.freedesktop.portal.Desktop"):  # too early, started by KWin: it knows no desktop
+            number = self.ask_bus("GetConnectionUnixProcessID", GLib.Variant("(s)", ("org.freedesktop.portal.Desktop",)))
+            os.kill(number, signal.SIGTERM)
+            until(lambda: not self.owned("org.freedesktop.portal.Desktop"), "that portal to go")
         self.run([f"kded{self.version}"], "kded")
         self.run(["plasmashell"], "plasmashell")
         until(lambda: all(map(self.owned, ("org.kde.plasmashell", self.NAMES["notify"], self.NAMES["panel"]))), "its services", 90)
@@ -118,8 +125,86 @@ class Plasma(Wayland):
     def darken(self):
         self.ask("plasma-apply-colorscheme", "BreezeDark")
 
+    def quiet(self):
+        """As long as this connection lasts."""
+        self.call(self.NAMES["notify"], "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Inhibit",
+                  GLib.Variant("(ssa{sv})", ("org.kde.plasmashell", "essai", {})))
+
+    def press(self, *chords):
+        subprocess.run(["xdotool", "key", *chords], env=self.env | {"DISPLAY": self.display}, check=True)
+
     def scale(self, factor):
         self.ask("kscreen-doctor", f"output.1.scale.{factor}")
+
+
+class OfPlasma(Everywhere):
+    tasks = f"- [ ] Appeler le garage · {day(1)} 14:30\n"
+
+    def make_desktop(self):
+        return Plasma(size=self.size)
+
+
+class Runner(OfPlasma):
+    def test_finds_a_task_and_opens_the_window_on_it(self):
+        self.launch()
+        self.tray.wait()
+        self.desktop.run(["krunner"], "krunner")
+        until(lambda: self.desktop.owned("org.kde.krunner"), "KRunner")
+        self.desktop.call("org.kde.krunner", "/App", "org.kde.krunner.App", "query", GLib.Variant("(s)", ("garage",)))
+        runner = Screen(self.desktop, "krunner")
+        until(lambda: any("Appeler le garage" in widget.name for widget in runner.widgets()), "the task in its window")
+        self.desktop.picture("krunner")
+        self.desktop.press("Return")
+        self.until_front(NAME, "by KRunner")
+        self.desktop.picture("found")
+
+
+class Themes(OfPlasma):
+    def test_global_ones_leave_the_face_as_it_is(self):
+        self.launch()
+        self.open_window()
+        for theme, dark in (("org.kde.breezedark.desktop", True), ("org.kde.breeze.desktop", False)):
+            self.desktop.ask("plasma-apply-lookandfeel", "-a", theme)
+            until(lambda: (self.desktop.brightness() < 0.5) == dark, theme)
+            self.desktop.picture(f"theme-{'dark' if dark else 'light'}")
+
+
+class GlobalMenu(OfPlasma):
+    def test_has_the_menus_or_leaves_them_in_the_window(self):
+        self.desktop.call("org.kde.plasmashell", "/PlasmaShell", "org.kde.PlasmaShell", "evaluateScript", GLib.Variant(
+            "(s)", ("panels()[0].addWidget('org.kde.plasma.appmenu');",)))
+        until(lambda: self.desktop.owned("com.canonical.AppMenu.Registrar"), "who keeps the menus")
+        self.launch()
+        self.open_window()
+        shown = [Screen(self.desktop), self.desktop.shell]
+        until(lambda: [bool(screen.find("Édition")) for screen in shown].count(True) == 1, "the menus in one place")
+        self.desktop.picture("global-menu")
+
+
+class Lockable(Plasma):
+    lock = ()
+
+
+class Locked(OfPlasma):
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+
+    def make_desktop(self):
+        return Lockable(size=self.size)
+
+    def test_shows_nothing_of_a_reminder(self):
+        self.desktop.call("org.freedesktop.ScreenSaver", "/ScreenSaver", "org.freedesktop.ScreenSaver", "Lock")
+        seen = []
+
+        def still():
+            seen.append(ImageGrab.grab(xdisplay=self.desktop.display).tobytes())
+            return len(seen) > 20 and len(set(seen[-20:])) == 1
+        until(still, "the lock")
+        self.launch()
+        settings = self.home / ".config/fr.dravel.Tacla/preferences.json"
+        until(lambda: "notifiedTasks" in settings.read_text(), "the reminder")
+        until(still, "the lock as before")
+        self.assertEqual(seen[-1], seen[20])
+        self.desktop.picture("locked")
 
 
 globals().update(told_on(Plasma))

@@ -2,6 +2,7 @@
 import json
 import os
 import shutil
+import signal
 import subprocess
 
 from everywhere import NAME, Everywhere, Wayland, day, main, told_on, until
@@ -27,6 +28,8 @@ class Sway(Wayland):
                      "WLR_LIBINPUT_NO_DEVICES": "1"}
         self._write("sway", CONFIG.format(size=self.size), 0o644)
         self._write("waybar", WAYBAR)
+        (self.folder / "home/.config/mako").mkdir()
+        self._write("home/.config/mako/config", "[mode=quiet]\ninvisible=1\n")
         if self.plain:
             self.folder.chmod(0o711)
             shutil.chown(self.folder / "runtime", 65534)
@@ -75,6 +78,18 @@ class Sway(Wayland):
     def answer(self, title, label):
         self.ask("makoctl", "invoke", "-n", str(self._bubbles()[title]), ACTIONS[label])
 
+    def colours(self):
+        from PIL import Image
+        self.shoot(f"{self.folder}/shot.png")
+        with Image.open(f"{self.folder}/shot.png") as shot:
+            return len(set(shot.convert("RGB").resize((64, 40)).getdata()))
+
+    def quiet(self):
+        self.ask("makoctl", "mode", "-s", "quiet")
+
+    def locate(self, words):
+        return []  # nothing there tells what is on the screen
+
     def scale(self, factor):
         self.ask("swaymsg", "output", "HEADLESS-1", "scale", str(factor))
 
@@ -106,5 +121,26 @@ class Tile(Everywhere):
         return max(found)
 
 
-globals().update(told_on(Sway, "Dark"))  # nothing there says light or dark
-main()
+class Locked(Everywhere):
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+
+    def make_desktop(self):
+        return Sway(size=self.size)
+
+    def test_shows_nothing_and_keeps_the_reminder(self):
+        locker = self.desktop.run(["swaylock", "--color", "112233"], "swaylock")
+        until(lambda: self.desktop.colours() == 1, "nothing but the lock")
+        self.launch()
+        self.desktop.wait_for_bubble("Pain")
+        self.assertEqual(self.desktop.colours(), 1)
+        locker.send_signal(signal.SIGUSR1)  # the password
+        locker.wait(20)
+        until(lambda: self.desktop.colours() > 1, "the screen")
+        self.desktop.answer("Pain", "Fait")
+        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}")
+
+
+if __name__ == "__main__":
+    # Nothing there says light or dark, and no portal comes with it.
+    globals().update(told_on(Sway, "Dark", "Portals"))
+    main()

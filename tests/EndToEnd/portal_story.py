@@ -83,9 +83,10 @@ class Key(Story):
         portal.answer(BindShortcuts=[1, {}])  # the user would rather not
         self.screen.press("Choisir la touche de la saisie rapide")
         asked(["CreateSession", "BindShortcuts", "Close"])
-        portal.answer(BindShortcuts=[0, {"shortcuts": ["a(sa{sv})", [["new-task", {"trigger_description": "Logo+Alt+T"}]]]}])
+        key = {"shortcuts": ["a(sa{sv})", [["new-task", {"trigger_description": "Press <Alt><Super>t"}]]]}
+        portal.answer(BindShortcuts=[0, key])
         self.screen.press("Choisir la touche de la saisie rapide")
-        self.screen.wait("Ajouter une tâche depuis tout programme : Logo+Alt+T")
+        self.screen.wait("Ajouter une tâche depuis tout programme : Alt+Super+T")
         self.assertEqual(asked(["CreateSession", "BindShortcuts"])[3], self.offered)
         portal.tell("ShortcutsChanged", "(a(sa{sv}))", [("new-task", {"trigger_description": GLib.Variant("s", "F12")})])
         self.screen.wait("Ajouter une tâche depuis tout programme : F12")

@@ -7,6 +7,8 @@ import subprocess
 import tempfile
 import unittest
 
+from gi.repository import GLib
+
 from story import TACLA, Bubbles, Story, day, main, until
 
 
@@ -43,6 +45,17 @@ class Twice(Story):
         first.kill()
         first.wait()
         self.until_menu("(Aujourd'hui)", "Pain")
+
+    def test_the_desktops_search_is_answered_as_soon_as_the_name_is_there(self):
+        asked = ("/fr/dravel/Tacla/search", "org.gnome.Shell.SearchProvider2", "GetInitialResultSet", GLib.Variant("(as)", (["pain"],)))
+
+        def answer():
+            try:
+                return self.desktop.call("fr.dravel.Tacla", *asked)[0]
+            except GLib.Error as error:
+                self.assertIn("NameHasNoOwner", error.message)
+        self.launch()
+        self.assertEqual(len(next(filter(None, iter(answer, 0)))), 1)
 
     def test_one_that_gets_a_signal_ends_in_order(self):
         for number in (signal.SIGTERM, signal.SIGINT):

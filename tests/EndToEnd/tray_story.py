@@ -64,7 +64,7 @@ class Colours(Story):
         def colour():  # of the opaque pixels: alpha, red, green, blue
             data = self.tray.property("IconPixmap")[0][2]
             return next((tuple(data[i + 1:i + 4]) for i in range(0, len(data), 4) if data[i] == 255), None)
-        for scheme, wanted in ((None, (0xF5, 0xF5, 0xF5)), (2, (0x13, 0x19, 0x27)), (0, (0x81, 0x79, 0xEF))):
+        for scheme, wanted in ((None, (0xF5, 0xF5, 0xF5)), (2, (0x13, 0x19, 0x27)), (0, (0x80, 0x86, 0x90))):
             if scheme is not None:
                 tell("SettingChanged", "ssv", "org.freedesktop.appearance", "color-scheme", GLib.Variant("u", scheme))
             until(lambda: colour() == wanted, f"an icon in the colour {wanted}")

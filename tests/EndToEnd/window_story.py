@@ -1,4 +1,6 @@
 """The window: tasks are added, checked, postponed, edited and deleted in it, and it follows the file."""
+import pathlib
+
 from story import Reader, Story, day, main, short, until
 
 
@@ -108,6 +110,28 @@ class Menus(Story):
                 self.assertIsNone(program.poll(), f"ended by a key on a {role} of {page}")
                 self.screen.wait(page, "panel")
         self.assertEqual(self.file.read_text(), self.tasks)
+
+
+class LongList(Story):
+    tasks = "".join(f"- [ ] Tâche numéro {n} de la liste · {day(30 + n % 300)}\n" for n in range(100_000)) + f"- [ ] Pain · {day()}\n"
+
+    def test_is_held_once_and_holds_up_nothing(self):
+        program = self.launch()
+        until(lambda: any(label.endswith("Pain") for label in self.tray.labels()), "the list")
+        self.open_window()
+        self.screen.press("Cocher Pain")
+        until(lambda: f"Pain · {day()} · ✅ {day()}" in self.file.read_text()[-99:], "the task to be checked")
+        self.screen.press("À venir", "list item")
+        self.screen.wait("Cocher Tâche numéro 0 de la liste")
+        self.screen.key("ctrl+f")
+        for key in "99999":
+            self.screen.key(key)
+        self.screen.wait("Cocher Tâche numéro 99999 de la liste")
+        with open(self.file, "a") as file:
+            file.write(f"- [ ] 99999 · {day()}\n")
+        self.screen.wait("Cocher 99999")
+        peak = int(pathlib.Path(f"/proc/{program.pid}/status").read_text().split("VmHWM:")[1].split()[0])
+        self.assertLess(peak, 60_000 + 8 * len(self.tasks.encode()) // 1024, "kilobytes at most")
 
 
 class ForAReader(Story):

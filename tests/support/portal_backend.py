@@ -26,7 +26,7 @@ INTERFACES = {
 
 
 def serve(answers, heard, interfaces):
-    bus, loop, session = Gio.bus_get_sync(Gio.BusType.SESSION), GLib.MainLoop(), []
+    bus, loop, session, sessions = Gio.bus_get_sync(Gio.BusType.SESSION), GLib.MainLoop(), [], {}
 
     def on_call(connection, sender, path, interface, member, parameters, invocation):
         if member == "Tell":
@@ -39,10 +39,13 @@ def serve(answers, heard, interfaces):
         with open(heard, "a") as file:
             file.write(json.dumps([member, *said], default=list) + "\n")
         if member == "Close":
+            bus.unregister_object(sessions.pop(path))
             return invocation.return_value(None)
         if member == "CreateSession":
             session.append(said[1])
-            bus.register_object(said[1], interfaces_of("Session")[0], on_call, lambda *_: GLib.Variant("u", 1), None)
+            if said[1] in sessions:  # a portal that ended did not close it
+                bus.unregister_object(sessions.pop(said[1]))
+            sessions[said[1]] = bus.register_object(said[1], interfaces_of("Session")[0], on_call, lambda *_: GLib.Variant("u", 1), None)
         outcome, results = json.loads(pathlib.Path(answers).read_text()).get(member, [0, {}])
         invocation.return_value(GLib.Variant("(ua{sv})", (outcome, {
             name: GLib.Variant(kind, [(i, {k: GLib.Variant("s", v) for k, v in p.items()}) for i, p in value]

@@ -39,15 +39,14 @@ class ByteWidths {
     int lines(std::string_view text, int room) const {
         float width = 0;
         for (const char byte : text) width += widths_[static_cast<unsigned char>(byte)];
-        return lines(width, room);
-    }
-    int lines(std::size_t length, int room) const { return lines(static_cast<float>(length) * widths_['n'], room); }
-
-  private:
-    static int lines(float width, int room) {
         return std::max(1, static_cast<int>(std::ceil(width / static_cast<float>(room))));
     }
+    // About so many fit into a line.
+    std::uint32_t usualLine(int room) const {
+        return std::max(1U, static_cast<std::uint32_t>(static_cast<float>(room) / widths_['n']));
+    }
 
+  private:
     std::array<float, 256> widths_{};
 };
 
@@ -188,6 +187,7 @@ std::vector<int> estimatedRowHeights(const TaskGroups& groups, int rowWidth) {
     const ByteWidths widths;
     const int room = TaskRow::titleWidth(rowWidth);
     const auto height = [](int lines, bool tags) { return static_cast<std::uint16_t>(TaskRow::heightOf(lines, tags)); };
+    const auto usualLine = widths.usualLine(room);
     using Heights = std::array<std::uint16_t, 2>; // without the day, and with it
     std::vector<int> heights;
     for (const auto& group : groups) heights.resize(heights.size() + group.tasks.size());
@@ -195,7 +195,8 @@ std::vector<int> estimatedRowHeights(const TaskGroups& groups, int rowWidth) {
     if (heights.size() > mostRead)
         roughly = columnOf<Heights>(groups, [&](const TaskList& list, std::size_t i) {
             const auto& brief = list.brief(i);
-            const int lines = widths.lines(std::min<std::size_t>(brief.titleLength, longestDrawn), room);
+            const auto length = std::min(brief.titleLength, static_cast<std::uint32_t>(longestDrawn));
+            const auto lines = static_cast<int>(std::max(1U, (length + usualLine - 1) / usualLine));
             return Heights{height(lines, hasTags(brief, false)), height(lines, hasTags(brief, true))};
         });
     std::size_t row = 0;
