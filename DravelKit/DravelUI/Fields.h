@@ -85,6 +85,7 @@ class DateField final : public QDateEdit {
 
   protected:
     QDateTime dateTimeFromText(const QString&) const override;
+    // Past Qt's own, which goes from section to section. NOLINTNEXTLINE(bugprone-parent-virtual-call)
     bool focusNextPrevChild(bool forward) override { return QWidget::focusNextPrevChild(forward); }
     void paintEvent(QPaintEvent*) override;
     void focusOutEvent(QFocusEvent*) override;
@@ -109,6 +110,7 @@ class TimeField final : public QTimeEdit {
     QSize minimumSizeHint() const override { return sizeHint(); }
 
   protected:
+    // Past Qt's own, which goes from section to section. NOLINTNEXTLINE(bugprone-parent-virtual-call)
     bool focusNextPrevChild(bool forward) override { return QWidget::focusNextPrevChild(forward); }
     void paintEvent(QPaintEvent*) override;
     void focusOutEvent(QFocusEvent*) override;

@@ -71,7 +71,8 @@ std::unique_ptr<icu::TimeZone> zoneNamed(const icu::UnicodeString& name) {
 
 // Whether it reads like the C library's zone, on which everything else goes by, in the years that people plan.
 bool readsLikeOurs(const icu::TimeZone& zone) {
-    constexpr std::time_t week = 7 * 24 * 3600, first = 1'735'689'600, last = first + 52 * 12 * week; // from 2025
+    constexpr std::time_t week = std::time_t{7} * 24 * 3600, first = 1'735'689'600; // 2025
+    constexpr auto last = first + 624 * week;
     for (auto time = first; time < last; time += week) {
         std::tm local{};
         ::localtime_r(&time, &local);

@@ -74,7 +74,7 @@ void OAuthClient::install(const GoogleConfig& config, const GoogleFolders& folde
     const Path own = configPath(config, folders);
     const auto replace = [&] {
         SafeFile::editOwn(
-            own, [&](std::string_view) { return text; }, folders.locks);
+            own, [&](std::string_view) { return std::string(text); }, folders.locks);
     };
     try {
         replace();

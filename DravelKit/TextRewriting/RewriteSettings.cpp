@@ -57,11 +57,11 @@ void RewriteSettings::setAsideIfDamaged() const {
 }
 
 ModeSettings RewriteSettings::of(Mode mode) const {
-    const ModeSettings usual{.model = "claude-sonnet-4-6", .effort = mode == Mode::correction ? "low" : "medium"};
+    ModeSettings usual{.model = "claude-sonnet-4-6", .effort = mode == Mode::correction ? "low" : "medium"};
     try {
         setAsideIfDamaged();
         const auto own = settingsIn(file_).value(nameOf(mode), json::object());
-        const ModeSettings found{.model = own.value("model", usual.model), .effort = own.value("effort", usual.effort)};
+        ModeSettings found{.model = own.value("model", usual.model), .effort = own.value("effort", usual.effort)};
         if (isSane(found)) return found;
     } catch (const FileError& error) {
         report_("réglages de réécriture illisibles (" + file_.string() + ") : " + error.description());

@@ -82,7 +82,7 @@ bool CalendarMirror::perform(const MirrorAction& action) {
     switch (action.kind) {
     case MirrorAction::Kind::askAccount:
         start<Connection>(
-            [service = service_, ask = action.on](std::stop_token stop) { return service->account(ask, stop); },
+            [service = service_, ask = action.on](const std::stop_token& stop) { return service->account(ask, stop); },
             Kind::accountTold, Kind::accountFailed, life_);
         return false;
     case MirrorAction::Kind::signIn: signIn(); return false;
@@ -92,7 +92,7 @@ bool CalendarMirror::perform(const MirrorAction& action) {
     case MirrorAction::Kind::stopSignIn: signIn_->stop.request_stop(); return false;
     case MirrorAction::Kind::signOut:
         start<Connection>(
-            [service = service_](std::stop_token stop) { return service->signOut(stop), Connection::signedOut; },
+            [service = service_](const std::stop_token& stop) { return service->signOut(stop), Connection::signedOut; },
             Kind::signedOut, Kind::signOutFailed, life_);
         return false;
     case MirrorAction::Kind::takeTurn: takeTurn(); return false;
@@ -153,7 +153,7 @@ void CalendarMirror::signIn() {
     const auto hear = attempt.life.guard([this](const MirrorEvent& event) { tell(event); });
     const auto told = [&loop = loop_, hear](const MirrorEvent& event) { loop.post([hear, event] { hear(event); }); };
     start<Connection>(
-        [service = service_, told, left = attempt.stop](std::stop_token quit) {
+        [service = service_, told, left = attempt.stop](const std::stop_token& quit) {
             const std::stop_callback quitting(quit, [left]() mutable { left.request_stop(); });
             service->signIn(told, left.get_token());
             return Connection::signedIn;

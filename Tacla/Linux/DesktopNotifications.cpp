@@ -163,7 +163,7 @@ void DesktopNotifications::askWhoItIs(Server server) {
     });
 }
 
-void DesktopNotifications::askItsName(Server server) {
+void DesktopNotifications::askItsName(const Server& server) {
     const auto message = serverCall(u"GetServerInformation"_s, uniqueName(server.capabilities.server));
     call(message, [this, server, asked = servers_](const QDBusMessage& reply) {
         if (asked != servers_) return askServer();
@@ -173,9 +173,9 @@ void DesktopNotifications::askItsName(Server server) {
     });
 }
 
-void DesktopNotifications::learned(const Server& server) {
-    const auto known = server; // an answer may make us forget
-    for (const auto& answer : std::exchange(waiting_, {})) answer(known);
+// By value: an answer may make us forget.
+void DesktopNotifications::learned(Server server) { // NOLINT(performance-unnecessary-value-param)
+    for (const auto& answer : std::exchange(waiting_, {})) answer(server);
 }
 
 void DesktopNotifications::show(const NotificationRequest& request,

@@ -44,8 +44,8 @@ class DesktopNotifications final : public QObject, public NotificationServer {
     void learn(Learned); // what the server can do, asked once per server
     void askServer();
     void askWhoItIs(Server);
-    void askItsName(Server);
-    void learned(const Server&);
+    void askItsName(const Server&);
+    void learned(Server);
     void forget(); // another server
     void listen();
     void learnBus();

@@ -87,7 +87,7 @@ bool MenuServer::refresh() {
     auto menu = content_();
     if (revision_ > 0 && menu == shown_) return false;
     root_.children.clear();
-    commands_.clear();
+    commandsBefore_ = std::exchange(commands_, {});
     number(menu, root_);
     shown_ = std::move(menu);
     Q_EMIT LayoutUpdated(++revision_, 0);
@@ -138,7 +138,7 @@ void MenuServer::Event(int id, const QString& eventId, const QDBusVariant&, uint
 QList<int> MenuServer::EventGroup(const QList<MenuEvent>& events) {
     QList<int> unknown;
     for (const auto& event : events) {
-        if (!find(event.id))
+        if (!find(event.id) && !commandOf(event.id))
             unknown.append(event.id);
         else if (event.name == "clicked"_L1)
             click(event.id);
@@ -157,13 +157,17 @@ QList<int> MenuServer::AboutToShowGroup(const QList<int>& ids, QList<int>& idErr
     return updated;
 }
 
-bool MenuServer::click(int id) {
-    const auto found = commands_.find(id);
-    if (found == commands_.end()) return false;
+const MenuCommand* MenuServer::commandOf(int id) const {
+    for (const auto* commands : {&commands_, &commandsBefore_})
+        if (const auto found = commands->find(id); found != commands->end()) return &found->second;
+    return nullptr;
+}
+
+void MenuServer::click(int id) {
     // The host waits for the answer; what was chosen may take longer, or end the program.
-    QMetaObject::invokeMethod(
-        this, [this, command = found->second] { chosen(command); }, Qt::QueuedConnection);
-    return true;
+    if (const auto* command = commandOf(id))
+        QMetaObject::invokeMethod(
+            this, [this, command = *command] { chosen(command); }, Qt::QueuedConnection);
 }
 
 QDBusArgument& operator<<(QDBusArgument& argument, const MenuNode& node) {

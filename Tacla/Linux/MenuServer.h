@@ -40,7 +40,7 @@ const QDBusArgument& operator>>(const QDBusArgument&, MenuEvent&);
 
 // Serves a menu on the bus: asks for its content when a host is about to show it, or when told that it may have
 // changed, and announces a new layout only when the content differs. Identifiers are never used twice, so that a click
-// on an entry of an older layout is known for what it is, and ignored.
+// on an entry of the layout before, which a host may still show, does what that entry said. Older ones are ignored.
 class MenuServer final : public QObject {
     Q_OBJECT
     Q_PROPERTY(uint Version READ version CONSTANT)
@@ -80,13 +80,14 @@ class MenuServer final : public QObject {
   private:
     void number(const Menu&, MenuNode& parent);
     const MenuNode* find(int id) const;
-    bool click(int id);
+    const MenuCommand* commandOf(int id) const;
+    void click(int id);
 
     std::function<Menu()> content_;
     bool hostDrawsBoxes_;
     Menu shown_;
     MenuNode root_;
-    std::map<int, MenuCommand> commands_;
+    std::map<int, MenuCommand> commands_, commandsBefore_;
     int lastId_ = 0;
     uint revision_ = 0;
 };

@@ -36,7 +36,7 @@ void answered(QObject* owner, const QDBusPendingCall& call, const std::function<
 
 }
 
-void Portal::use(QDBusConnection session) {
+void Portal::use(const QDBusConnection& session) {
     session_.emplace(session);
     qDBusRegisterMetaType<PortalEntry>();
     qDBusRegisterMetaType<PortalEntries>();

@@ -23,7 +23,7 @@ class Portal final : public QObject {
 
   public:
     // Before anything else on that connection turns to the portal: tells it which program this is.
-    void use(QDBusConnection session);
+    void use(const QDBusConnection& session);
     dravel::Signal<> back; // another portal than before is there, which knows nothing of us
 
     enum class Outcome { done, left, failed }; // failed: also where no portal offers such a thing

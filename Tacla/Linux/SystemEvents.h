@@ -89,4 +89,11 @@ class SecretStoreWatch final : public QObject {
     void collectionChanged(const QString& interface, const QVariantMap& changed);
 };
 
+struct SystemEvents {
+    ColourScheme scheme;
+    WakeWatch wake;
+    NetworkWatch network;
+    SecretStoreWatch secrets;
+};
+
 }

@@ -33,7 +33,7 @@ NotificationPermission::NotificationPermission(const dravel::MainLoop& loop, Not
 
 void NotificationPermission::refresh() {
     if (server_ == nullptr) return;
-    server_->ask(life_.guard([this](Capabilities server) {
+    server_->ask(life_.guard([this](const Capabilities& server) {
         if (std::exchange(allowed, server.reachable) != server.reachable) changed_();
     }));
 }
@@ -45,7 +45,7 @@ void NotificationPermission::refreshWhenServersComeAndGo() {
 
 void NotificationPermission::request(std::function<void()> openSettings) {
     if (server_ == nullptr) return openSettings();
-    server_->ask(life_.guard([this, openSettings = std::move(openSettings)](Capabilities server) {
+    server_->ask(life_.guard([this, openSettings = std::move(openSettings)](const Capabilities& server) {
         if (!server.reachable) openSettings();
         refresh();
     }));
@@ -53,7 +53,7 @@ void NotificationPermission::request(std::function<void()> openSettings) {
 
 void NotificationPermission::test() {
     if (server_ == nullptr) return tested(outsideASession);
-    server_->ask(life_.guard([this](Capabilities capabilities) {
+    server_->ask(life_.guard([this](const Capabilities& capabilities) {
         if (!capabilities.reachable) return tested(capabilities.session ? refused : outsideASession);
         server_->show(testRequest(),
                       life_.guard([this, capabilities](const NotificationServer::Error& error, const auto&) {

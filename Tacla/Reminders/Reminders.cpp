@@ -42,7 +42,7 @@ NotificationCentre::NotificationCentre(dravel::MainLoop& loop, NotificationServe
 
 void NotificationCentre::put(const Reminder& reminder) {
     pending_[reminder.identifier] = reminder.moment;
-    if (held_.try_emplace(reminder.identifier, reminder.task, added_ + 1).second) ++added_;
+    if (held_.try_emplace(reminder.identifier, Held{reminder.task, added_ + 1}).second) ++added_;
 }
 
 void NotificationCentre::remove(const std::string& identifier) {
@@ -202,7 +202,7 @@ void Reminders::ringAgain(const TaskItem& task) {
 }
 
 RungTask Reminders::take(const BubbleHandle& handle) {
-    const auto task = *bubbles_.find(handle);
+    auto task = *bubbles_.find(handle);
     bubbles_.remove(handle);
     return task;
 }

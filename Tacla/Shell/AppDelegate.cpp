@@ -45,8 +45,8 @@ void AppDelegate::launch() {
     ports_.loop.post([this] { // after the first picture
         ports_.model.login().apply();
         ports_.system.whenOpen([this](const QDBusConnection& connection) {
-            ports_.wake.watch(connection);
-            ports_.network.watchManager(connection);
+            events_.wake.watch(connection);
+            events_.network.watchManager(connection);
         });
         ports_.system.open();
     });
@@ -71,10 +71,10 @@ void AppDelegate::observe() {
         [this] { ports_.model.store([this] { ports_.preferences.setQuickEntryKey(true); }); }));
     keep(ports_.quickEntryKey.pressed.connect(
         [this](const std::string& token) { activate({.token = token, .action = ApplicationAction::newTask}); }));
-    keep(ports_.scheme.changed.connect([this] { followColours(); }));
-    keep(ports_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
-    keep(ports_.network.back.connect([this] { ports_.model.mirror().tell(MirrorEvent::Kind::networkBack); }));
-    keep(ports_.secrets.appeared.connect(
+    keep(events_.scheme.changed.connect([this] { followColours(); }));
+    keep(events_.wake.wokeUp.connect([this] { ports_.model.wokeUp(); }));
+    keep(events_.network.back.connect([this] { ports_.model.mirror().tell(MirrorEvent::Kind::networkBack); }));
+    keep(events_.secrets.appeared.connect(
         [this] { ports_.model.mirror().tell(MirrorEvent::Kind::accountStoreAppeared); }));
 }
 
@@ -92,9 +92,9 @@ void AppDelegate::joinSession(const QDBusConnection& connection) {
     refreshTray();
     if (ports_.gnomeNotifications != nullptr) ports_.gnomeNotifications->use(connection);
     ports_.notifications.use(connection);
-    ports_.scheme.watch(connection);
-    ports_.secrets.watch(connection);
-    ports_.network.watchPortal(connection);
+    events_.scheme.watch(connection);
+    events_.secrets.watch(connection);
+    events_.network.watchPortal(connection);
 }
 
 void AppDelegate::doWithoutSession() {
@@ -151,7 +151,7 @@ void AppDelegate::refreshTray() {
     if (!item_) return;
     const auto& state = ports_.model.state();
     const auto open = state.openCount();
-    item_->show({open, statusTitle(open), statusToolTip(state), trayColour(ports_.scheme.preference()),
+    item_->show({open, statusTitle(open), statusToolTip(state), trayColour(events_.scheme.preference()),
                  state.fileError.has_value()});
     ports_.menu.refresh();
 }
@@ -167,8 +167,8 @@ void AppDelegate::refreshTraySoon() {
 
 void AppDelegate::followColours() {
     refreshTray();
-    dravel::setMotion(ports_.scheme.motion());
-    switch (ports_.scheme.preference()) {
+    dravel::setMotion(events_.scheme.motion());
+    switch (events_.scheme.preference()) {
     case ColourScheme::Preference::dark: return dravel::setAppearance(dravel::Appearance::dark);
     case ColourScheme::Preference::light: return dravel::setAppearance(dravel::Appearance::light);
     case ColourScheme::Preference::unknown: return dravel::setAppearance(ports_.platformAppearance);
@@ -190,7 +190,7 @@ void AppDelegate::perform(const MenuCommand& command) {
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
     using Action = NotificationServer::Action;
     const auto& [token, action, target] = activation;
-    const auto answer = [&](Action chosen) {
+    const auto answer = [&, &token = token, &target = target](Action chosen) {
         ports_.notifications.responded({chosen, {GnomeNotifications::server, target}, token});
     };
     if (action == ApplicationAction::done) return answer(Action::done);

@@ -38,10 +38,6 @@ class AppDelegate {
         TrayHost trayHost;
         Portal& portal;
         QuickEntryKey& quickEntryKey;
-        ColourScheme& scheme;
-        WakeWatch& wake;
-        NetworkWatch& network;
-        SecretStoreWatch& secrets;
         Preferences& preferences;
         AppModel& model;
         LiveDocument& list; // the model's
@@ -76,6 +72,7 @@ class AppDelegate {
     void activate(const SingleInstance::Activation&);
 
     Ports ports_;
+    SystemEvents events_;
     std::optional<StatusItem> item_; // with the session bus
     bool windowsPrepared_ = false, menuInstalled_ = false;
     bool refreshPending_ = false;

@@ -186,6 +186,24 @@ DesktopActions desktopActions(Portal& portal, QuickEntryKey& key, const dravel::
     return actions;
 }
 
+GoogleCalendarService::Ports calendarPorts(Preferences& preferences, const Paths& paths, QtMainLoop& loop,
+                                           Portal& portal) {
+    return {.preferences = preferences,
+            .folders = {.data = paths.folders.data, .resources = paths.share / "tacla", .locks = paths.folders.locks},
+            .locks = paths.folders.locks,
+            .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
+            .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
+            .openBrowser = [&loop, &portal](const std::string& url, const auto& failed) {
+                loop.post([=, &portal] { FreedesktopActions::openAddress(portal, url, failed); });
+            }};
+}
+
+TrayHost trayHostOf(const Paths& paths) {
+    auto host = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
+    host.coloursSymbols = host.coloursSymbols && paths.isInstalled(); // the symbol is
+    return host;
+}
+
 // The first of its name: runs until it is told to quit.
 int runFirst(Bus& session, SingleInstance& instance, DesktopSearch& search, dravel::Appearance appearance,
              const std::string& activationToken) {
@@ -206,15 +224,7 @@ int runFirst(Bus& session, SingleInstance& instance, DesktopSearch& search, drav
     std::optional<GnomeNotifications> gnomeNotifications;
     if (onGnome()) gnomeNotifications.emplace(notifications);
     AutostartLoginItem loginItem(paths.folders.config, paths.program, paths.folders.locks);
-    GoogleCalendarService calendar(
-        {.preferences = preferences,
-         .folders = {.data = paths.folders.data, .resources = paths.share / "tacla", .locks = paths.folders.locks},
-         .locks = paths.folders.locks,
-         .endpoints = dravel::GoogleEndpoints::fromEnvironment(googleBaseVariable),
-         .keyring = std::make_shared<dravel::SecretServiceKeyring>(),
-         .openBrowser = [&loop, &portal](const std::string& url, const auto& failed) {
-             loop.post([=, &portal] { FreedesktopActions::openAddress(portal, url, failed); });
-         }});
+    GoogleCalendarService calendar(calendarPorts(preferences, paths, loop, portal));
     dravel::ThreadedBackground background(loop), disk(loop); // their jobs use what stands above
     NotificationServer* const server =
         gnomeNotifications ? static_cast<NotificationServer*>(&*gnomeNotifications) : &notifications;
@@ -222,14 +232,9 @@ int runFirst(Bus& session, SingleInstance& instance, DesktopSearch& search, drav
                    resolvedFile(environment("TACLA_FILE"), preferences, paths.folders));
     told = &model;
 
-    ColourScheme scheme;
-    WakeWatch wake;
-    NetworkWatch network;
-    SecretStoreWatch secrets;
     dravel::Updater updater;
     const auto actions = desktopActions(portal, quickEntryKey, paths.folders);
-    auto trayHost = TrayHost::of(environment("XDG_CURRENT_DESKTOP"));
-    trayHost.coloursSymbols = trayHost.coloursSymbols && paths.isInstalled(); // the symbol is
+    const auto trayHost = trayHostOf(paths);
     MenuServer menu([&] { return statusMenu(model.state(), updater.isAvailable()); }, trayHost.drawsBoxes);
     search.findWith([&](const std::string& typed) { return searchEntries(model.state(), typed); });
     MainWindowController window(model, preferences, actions, [&loop] { return loop.now(); });
@@ -243,10 +248,6 @@ int runFirst(Bus& session, SingleInstance& instance, DesktopSearch& search, drav
                           .trayHost = trayHost,
                           .portal = portal,
                           .quickEntryKey = quickEntryKey,
-                          .scheme = scheme,
-                          .wake = wake,
-                          .network = network,
-                          .secrets = secrets,
                           .preferences = preferences,
                           .model = model,
                           .list = model.list(),
