@@ -97,7 +97,9 @@ void report(QtMsgType type, const QMessageLogContext& context, const QString& me
         std::_Exit(EXIT_FAILURE);
     }
     const std::string_view category = context.category ? context.category : "";
-    if (category.starts_with("qt.qpa.") || message.startsWith("QStandardPaths:"_L1)) return;
+    if (category.starts_with("qt.qpa.") || category.starts_with("qt.accessibility.") ||
+        message.startsWith("QStandardPaths:"_L1))
+        return;
     std::fputs((qFormatLogMessage(type, context, message).toStdString() + "\n").c_str(), stderr);
 }
 
