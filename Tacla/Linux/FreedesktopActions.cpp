@@ -191,7 +191,8 @@ std::string_view notificationSettingsCommand(std::string_view currentDesktop) {
 
 }
 
-void openFile(Portal& portal, const Path& file) { openLocal(portal, file); }
+// Not through the portal, which at first asks which program it shall be; from within a sandbox Qt asks it all the same.
+void openFile(const Path& file) { QDesktopServices::openUrl(url(file)); }
 
 void openAddress(Portal& portal, const std::string& address, const std::function<void()>& failed) {
     const auto then = [address, failed](Portal::Outcome outcome, const QVariantMap&) {

@@ -14,7 +14,7 @@ namespace tacla::FreedesktopActions {
 
 using Path = std::filesystem::path;
 
-void openFile(Portal&, const Path&); // with the user's program for it
+void openFile(const Path&); // with the user's program for it
 
 // In the browser. It says nothing on standard error: the address may be for the user's eyes only. `failed` is called
 // when there is no browser, at once or later.

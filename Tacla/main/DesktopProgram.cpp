@@ -173,11 +173,11 @@ DesktopActions desktopActions(Portal& portal, QuickEntryKey& key, const dravel::
     namespace Do = FreedesktopActions;
     const auto portalOf = std::ref(portal);
     DesktopActions actions;
-    actions.openFile = std::bind(Do::openFile, portalOf, _1);
+    actions.openFile = Do::openFile;
     actions.reveal = std::bind(Do::reveal, portalOf, _1);
     actions.showCopies = std::bind(Do::showFolder, portalOf, copiesFolder(folders));
     actions.openAgenda = [&portal] { Do::openAddress(portal, "https://calendar.google.com/calendar/r"); };
-    actions.openGuide = std::bind(Do::openFile, portalOf, Paths().share / "doc/tacla-desktop/google-agenda.md");
+    actions.openGuide = std::bind(Do::openFile, Paths().share / "doc/tacla-desktop/google-agenda.md");
     actions.openNotificationSettings = Do::openNotificationSettings;
     actions.chooseFile = std::bind(Do::chooseFile, portalOf, _1, _2, _3);
     actions.createFile = std::bind(Do::createFile, portalOf, _1, _2, _3);

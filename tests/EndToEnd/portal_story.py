@@ -41,8 +41,8 @@ class Addresses(Story):
     tasks = f"- [ ] Pain · {day()}\n"
 
     def offer_program(self):
-        """The user's browser, editor and file manager, as the desktop knows them."""
-        kinds = ("x-scheme-handler/https", "text/markdown", "inode/directory")
+        """The user's browser and file manager, as the desktop knows them."""
+        kinds = ("x-scheme-handler/https", "inode/directory")
         entry = self.home / ".local/share/applications/essai.desktop"
         entry.parent.mkdir(parents=True)
         entry.write_text(f"[Desktop Entry]\nType=Application\nName=Essai\nExec=sh -c 'echo portail %u >> {self.desktop.folder}/opened'\n")
@@ -56,10 +56,11 @@ class Addresses(Story):
         self.open_settings()
         copies = self.home / ".local/state/Tacla/copies"
         wanted = []
-        for button, address in (("Ouvrir Google Agenda", "https://calendar.google.com/calendar/r"),
-                                ("Ouvrir la liste de tâches", self.file), ("Afficher les copies", copies)):
+        for button, opened in (("Ouvrir Google Agenda", "portail https://calendar.google.com/calendar/r"),
+                               ("Ouvrir la liste de tâches", self.file.as_uri()),  # at once: the portal would ask with what
+                               ("Afficher les copies", f"portail {copies}")):
             self.screen.press(button)
-            wanted.append(f"portail {address}")
+            wanted.append(opened)
             self.until_equal(self.desktop.opened, wanted, button)
 
     def test_that_nobody_takes_go_the_old_way(self):
