@@ -3,25 +3,12 @@
 #include "tests/GoogleAuth/Loopback.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 
 using namespace dravel;
-using tacla::testing::essai;
-using tacla::testing::writeBytes;
+using namespace tacla::testing;
 
 namespace {
-
-// What the function gives, or the French reason why it gives nothing.
-template <class Function>
-std::string outcome(Function function) {
-    try {
-        return function();
-    } catch (const AuthError& error) {
-        return error.description();
-    }
-}
 
 std::string endpointsOf(const char* base) {
     return outcome([&] {

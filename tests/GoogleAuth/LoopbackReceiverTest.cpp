@@ -1,17 +1,12 @@
 #include "DravelKit/GoogleAuth/LoopbackReceiver.h"
 
-#include "DravelKit/GoogleAuth/AuthError.h"
 #include "tests/GoogleAuth/Loopback.h"
-
-#include <gtest/gtest.h>
 
 #include <vector>
 
 using namespace dravel;
 using namespace std::chrono_literals;
-using tacla::testing::Connection;
-using tacla::testing::essai;
-using tacla::testing::IdleClock;
+using namespace tacla::testing;
 
 namespace {
 
@@ -37,12 +32,7 @@ struct Receiver : testing::Test {
     Connection connect(std::string_view bytes = "") { return Connection(receiver.port(), bytes); }
     auto wait() { return receiver.waitForCallback(300s, {}); }
     static std::string failure(LoopbackReceiver& waiting, std::stop_token stop = {}) {
-        try {
-            waiting.waitForCallback(300s, stop);
-            return "a callback from nowhere";
-        } catch (const AuthError& error) {
-            return error.description();
-        }
+        return outcome([&] { waiting.waitForCallback(300s, stop); });
     }
 };
 

@@ -4,8 +4,6 @@
 #include "tests/support/MemoryKeyring.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
 using namespace dravel;
 using namespace tacla::testing;
 

@@ -197,7 +197,7 @@ TEST_F(TextRewriting, SaysWhatTheServiceRefusesAndTriesOnceMoreWhenAsked) {
     const auto run = [&](int status, const std::string& body, const std::string& wait, const std::string& expected,
                          bool twice = false) {
         SCOPED_TRACE(status);
-        const auto refusal = LoopbackServer::answer(status, body, "Retry-After: " + wait + "\r\n");
+        const auto refusal = answered(status, body, "Retry-After: " + wait + "\r\n");
         EXPECT_EQ(outcome({refusal, refusal, stream(answer)}), expected);
         EXPECT_EQ(requests.size(), twice ? 2u : 1u);
         EXPECT_EQ(outcome({refusal, stream(answer)}) == whole, twice);
@@ -224,7 +224,7 @@ TEST_F(TextRewriting, StopsAtOnceWhereverItIs) {
         stop.request_stop();
     };
     const auto open = stream({answer[0], answer[1], answer[3], answer[4]}, 4096, Then::hang);
-    for (auto script : {open, Answer{"", Then::hang}, LoopbackServer::answer(529, "", "Retry-After: 20\r\n")}) {
+    for (auto script : {open, Answer{"", Then::hang}, answered(529, "", "Retry-After: 20\r\n")}) {
         std::jthread asker;
         stop = {};
         if (script.bytes != open.bytes) script.before = [&] { asker = std::jthread(heard); };
@@ -276,7 +276,7 @@ TEST_F(TextRewriting, KeepsSettingsThatItDoesNotKnowAndSetsDamageAside) {
 }
 
 TEST_F(TextRewriting, RunsTheExampleOfTheReadme) {
-    LoopbackServer server({stream(answer), LoopbackServer::answer(401, "")});
+    LoopbackServer server({stream(answer), answered(401, "")});
     keyring->items["org.example.Editor"] = key;
     EXPECT_EQ(corrected("Il fesait ✅ beau.", keyring, folder.path(), {.base = server.base()}), whole);
     EXPECT_TRUE(corrected("x", keyring, folder.path(), {.base = server.base()}).starts_with("[Clé refusée"));
