@@ -1,7 +1,5 @@
 #include "tests/CalendarSync/MirrorFixture.h"
 
-#include <gtest/gtest.h>
-
 #include <numeric>
 
 namespace tacla::testing {
@@ -45,11 +43,11 @@ TEST(CalendarSync, ReplacesItsOwnCalendarWhenTheUserDeletedItButNoOther) {
     EXPECT_EQ(mirror.run("- [ ] Pain · 2025-03-04\n"), "L'agenda de Tacla est introuvable dans Google Agenda");
     EXPECT_EQ(mirror.google.state("calendars"), Json::object());
 
-    MirrorFixture given("calendar.events");
-    const std::string id = "famille#1/é@group.calendar.google.com";
-    given.google.control({{"calendars", {{id, {{"created_by_app", false}, {"events", Json::object()}}}}}});
-    given.preferences.setCalendar(id, false);
-    EXPECT_EQ(given.run("- [ ] Pain · 2025-03-04\n"), "+1 ~0 -0");
+    const std::string odd = "famille#1/é@group.calendar.google.com";
+    mirror.google.control({{"calendars", {{odd, {{"created_by_app", true}, {"events", Json::object()}}}}}});
+    mirror.preferences.setCalendar(odd, true);
+    EXPECT_EQ(mirror.run("- [ ] Pain · 2025-03-04\n"), "+1 ~0 -0");
+    EXPECT_EQ(mirror.calendar()["events"].size(), 1U);
 }
 
 const std::string two = "- [ ] Pain · 2025-03-04\n- [ ] Lait · 2025-03-05\n";
