@@ -58,8 +58,9 @@ class RandomTexts {
         if (chance(20)) result += std::string("\0", 1);
         for (std::size_t parts = pick(4); parts > 0; --parts) {
             result += " · ";
-            result += any({"", "", "", " ", "due ", "✅ ", "✅", "lieu: ici", "x\r"});
+            result += any({"", "", "", " ", "due ", "Due ", "✅ ", "✅", "✅ jamais", "lieu: ici", "x\r", "\u00A0"});
             if (!chance(5)) result += moment();
+            if (chance(10)) result += any({" ", "  ", " demain", "\u2028", "\r", "\t· 2025-03-04"});
         }
         return result;
     }
