@@ -1,4 +1,5 @@
 #include "DravelKit/Net/HttpClient.h"
+#include "DravelKit/Net/Url.h"
 
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/Outcome.h"
@@ -187,4 +188,19 @@ TEST(HttpClient, TrustsNoCertificateThatNobodyVouchesFor) {
     EXPECT_EQ(outcome(client, {.url = "https://127.0.0.1:" + std::to_string(port)}),
               "Connexion non sécurisée avec 127.0.0.1 : requête abandonnée");
     ::pclose(output);
+}
+
+TEST(Url, EncodesEverythingButLettersDigitsAndFourMarks) {
+    EXPECT_EQ(percentEncoded("AZaz09-._~@#/ +é%"), "AZaz09-._~%40%23%2F%20%2B%C3%A9%25");
+    EXPECT_EQ(percentEncoded(std::string_view("a\0b", 3).substr(1)) + percentEncoded(""), "%00b");
+    EXPECT_EQ(encodedItems({{"scope", "https://a/b c"}, {"tacla", "1=1&2"}}),
+              "scope=https%3A%2F%2Fa%2Fb%20c&tacla=1%3D1%262");
+}
+
+TEST(Url, DecodesWhatABrowserSends) {
+    using Items = QueryItems;
+    EXPECT_EQ(decodedItems("code=4%2F0A+b&state=x=y"), (Items{{"code", "4/0A+b"}, {"state", "x=y"}}));
+    EXPECT_EQ(decodedItems("&&error&%63ode=%"), (Items{{"error", ""}, {"code", "%"}}));
+    EXPECT_EQ(decodedItems("a=%4&b=%zz&c=%c3%a9"), (Items{{"a", "%4"}, {"b", "%zz"}, {"c", "é"}}));
+    EXPECT_EQ(decodedItems(""), Items{});
 }
