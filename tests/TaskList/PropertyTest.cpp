@@ -164,6 +164,11 @@ TEST(TaskList, ShowsOfALongListWhatThePlainViewsShow) {
             for (const auto place : places) tasks.push_back(list[place]);
             return tasks;
         };
+        const auto shownByDay = [&](const std::vector<DayPlaces>& days) {
+            Places all;
+            for (const auto& one : days) all.insert(all.end(), one.places.begin(), one.places.end());
+            return shown(all);
+        };
         const auto plainly = [&](auto wanted) {
             Tasks tasks;
             std::ranges::copy_if(plain, std::back_inserter(tasks), wanted);
@@ -176,12 +181,6 @@ TEST(TaskList, ShowsOfALongListWhatThePlainViewsShow) {
         std::ranges::stable_sort(done, std::ranges::greater(), completed);
         ASSERT_EQ(shown(late(list, now)), late(plain, now)) << text;
         ASSERT_EQ(shown(todays(list, now)), todays(plain, now)) << text;
-        const auto shownByDay = [&](const std::vector<DayPlaces>& days) {
-            Tasks tasks;
-            for (const auto& [dayOf, places] : days)
-                for (auto& task : shown(places)) tasks.push_back(std::move(task));
-            return tasks;
-        };
         ASSERT_EQ(shown(upcoming(list, day, next.size())), next) << text;
         ASSERT_EQ(shownByDay(upcomingByDay(list, day)), next) << text;
         ASSERT_EQ(shownByDay(doneByDay(list, day)), done) << text;
@@ -214,10 +213,9 @@ TEST(Edits, TellEveryKeyThatRenamingMovesAndNoOther) {
     for (int i = 0; i < 5'000; ++i) {
         const auto text = random.text();
         const auto before = TaskFile::parse(text);
-        if (before.empty()) continue;
-        const auto renamed = TaskFile::rename(text, before[random.pick(before.size())].key, random.title());
+        const auto one = random.pick(before.size());
+        const auto renamed = before.empty() ? std::nullopt : TaskFile::rename(text, before[one].key, random.title());
         if (!renamed) continue;
-        ASSERT_EQ(renamed->keys, TaskFile::renamedKeys(text, renamed->text)) << text << "\n--\n" << renamed->text;
         std::map<std::string, std::string> moved;
         for (const auto& task : TaskFile::parse(renamed->text)) {
             const auto old = std::ranges::find(before, task.line, &TaskItem::line);

@@ -122,12 +122,8 @@ TEST(Rename, ReplacesTheTitleAloneAndKeepsTheMark) {
 }
 
 TEST(Rename, TellsWhichKeysMoved) {
-    const std::string text = "- [ ] Pain\n- [ ] Lait\n- [ ] pain\n";
-    const auto result = TaskFile::rename(text, key(text), "Baguette");
-    ASSERT_TRUE(result);
     using Map = std::map<std::string, std::string>;
-    EXPECT_EQ(result->keys, (Map{{TaskFile::hash("pain"), TaskFile::hash("baguette")},
-                                 {TaskFile::hash("pain#2"), TaskFile::hash("pain")}}));
+    const std::string text = "- [ ] Pain\n- [ ] Lait\n- [ ] pain\n";
     EXPECT_EQ(TaskFile::rename(text, key(text), "")->keys, (Map{{TaskFile::hash("pain#2"), TaskFile::hash("pain")}}));
     const auto a = "- [ ] A", ab = "- [ ] A\n- [ ] B", b = "\n- [ ] B", twice = "- [ ] A\n- [ ] a";
     const std::pair<const char*, const char*> without[] = {
