@@ -43,6 +43,7 @@ struct Account : ::testing::Test {
         std::filesystem::create_directories(folder / "Essai");
         writeBytes(folder / "Essai/client.json",
                    R"({"installed": {"client_id": "client", "client_secret": "secret-client"}})");
+        keyring->items[key] = "jeton-1";
     }
 
     // Google's token endpoint gives these answers; a new account object each time.
@@ -75,8 +76,6 @@ struct Account : ::testing::Test {
     Query form(std::size_t request) const { return asMap(server->requests().at(request).body); }
 };
 
-using SignIn = Account;
-
 LoopbackServer::Answer tokens(const std::string& access, const std::string& refresh = "ignored", int lifetime = 3599) {
     return answered(200, R"({"access_token": ")" + access + R"(", "expires_in": )" + std::to_string(lifetime) +
                              R"(, "refresh_token": ")" + refresh + "\"}");
@@ -84,23 +83,21 @@ LoopbackServer::Answer tokens(const std::string& access, const std::string& refr
 
 std::string agree(const Query& asked) { return "state=" + asked.at("state") + "&code=4%2Fcode&scope=x"; }
 
-struct Store : testing::Test {
-    TemporaryFolder folder;
-    std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
+struct SignIn : Account {
+    SignIn() { keyring->items.clear(); }
+};
+
+struct Store : SignIn {
+    const std::filesystem::path legacy = folder / "Essai/token.txt";
     TokenStore store{withLegacyFile(), {.data = folder.path(), .resources = {}}, keyring};
 
     static GoogleConfig withLegacyFile() {
         auto config = essai();
-        config.legacyToken = GoogleConfig::LegacyToken{.file = "token.txt", .read = [](std::string_view bytes) {
-                                                           return bytes.starts_with("jeton")
-                                                                      ? std::optional(Secret(std::string(bytes)))
-                                                                      : std::nullopt;
-                                                       }};
+        config.legacyToken = {.file = "token.txt", .read = [](std::string_view bytes) -> std::optional<Secret> {
+                                  if (!bytes.starts_with("jeton")) return {};
+                                  return Secret(std::string(bytes));
+                              }};
         return config;
-    }
-    std::filesystem::path legacy() {
-        std::filesystem::create_directories(folder / "Essai");
-        return folder / "Essai/token.txt";
     }
     std::string read(Keyring::Ask ask = Keyring::Ask::yes) {
         const auto found = store.read(ask, {});
@@ -112,7 +109,6 @@ struct Store : testing::Test {
 }
 
 TEST_F(Account, RefreshesAnAccessTokenThatLastsLessThanAMinute) {
-    keyring->items[key] = "jeton-1";
     google({tokens("acces-1", "ignored", 100), tokens("acces-2"), tokens("acces-3")});
     EXPECT_EQ(accessToken(), "acces-1");
     EXPECT_EQ(form(0), (Query{{"grant_type", "refresh_token"},
@@ -158,7 +154,6 @@ TEST_F(Account, IsSignedOutOnlyByAnInvalidGrant) {
 }
 
 TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
-    keyring->items[key] = "jeton-1";
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
     google({tokens("acces-1")});
     EXPECT_EQ(auth->isSignedIn(Keyring::Ask::yes), GoogleAuth::Account::unreachable);
@@ -171,7 +166,6 @@ TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
 }
 
 TEST_F(Account, IsTheOneOfNowWhateverHappensDuringARefresh) {
-    keyring->items[key] = "jeton-1";
     auto late = tokens("acces-1");
     late.before = [this] { auth->signOut(); };
     google({late});
@@ -188,7 +182,6 @@ TEST_F(Account, IsTheOneOfNowWhateverHappensDuringARefresh) {
 }
 
 TEST_F(Account, ServesSeveralThreadsAtOnce) {
-    keyring->items[key] = "jeton-1";
     google(std::vector(64, tokens("acces-1")));
     const auto ask = [this] {
         for (int i = 0; i < 10; ++i) {
@@ -200,7 +193,6 @@ TEST_F(Account, ServesSeveralThreadsAtOnce) {
 }
 
 TEST_F(Account, GivesUpWhenAskedTo) {
-    keyring->items[key] = "jeton-1";
     google({{"", LoopbackServer::Then::hang, [&] { stop.request_stop(); }}});
     EXPECT_EQ(accessToken(), "Requête interrompue");
     EXPECT_EQ(keyring->items.at(key), "jeton-1");
@@ -287,32 +279,32 @@ TEST_F(SignIn, IsLeftAtOnceWhereverItStands) {
 TEST_F(Store, MovesTheTokenOfAnEarlierVersionIntoTheKeyring) {
     keyring->items[key] = "ancien";
     for (const auto* bytes : {"jeton-1", "rien", "", "\xff\xfe"}) {
-        writeBytes(legacy(), bytes);
+        writeBytes(legacy, bytes);
         EXPECT_EQ(read(), "jeton-1") << "what holds no token is dropped";
-        EXPECT_FALSE(std::filesystem::exists(legacy()));
+        EXPECT_FALSE(std::filesystem::exists(legacy));
     }
 }
 
 TEST_F(Store, KeepsTheFileUntilTheKeyringHasTheToken) {
-    writeBytes(legacy(), "jeton-1");
+    writeBytes(legacy, "jeton-1");
     keyring->storeTrouble = Keyring::Trouble{.reason = "le trousseau de clés a refusé l'opération"};
     EXPECT_EQ(read(), "unreachable: le trousseau de clés a refusé l'opération");
     keyring->storeTrouble.reset();
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
     EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
-    EXPECT_EQ(readBytes(legacy()), "jeton-1");
+    EXPECT_EQ(readBytes(legacy), "jeton-1");
     keyring->trouble.reset();
     EXPECT_EQ(read(), "jeton-1");
-    EXPECT_FALSE(std::filesystem::exists(legacy()));
+    EXPECT_FALSE(std::filesystem::exists(legacy));
 }
 
 TEST_F(Store, AsksTheUserOnceToUnlockTheKeyring) {
     keyring->items[key] = "jeton-1";
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé", .declined = true};
-    writeBytes(legacy(), "jeton-0");
+    writeBytes(legacy, "jeton-0");
     EXPECT_EQ(read(Keyring::Ask::no), "unreachable: le trousseau de clés est verrouillé");
     EXPECT_EQ(keyring->asked, 0) << "neither for a look nor for the file of an earlier version";
-    std::filesystem::remove(legacy());
+    std::filesystem::remove(legacy);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
     EXPECT_EQ(keyring->asked, 1);
     EXPECT_TRUE(store.write(Secret("jeton-2"), {})); // the user's own wish: asked again
@@ -323,9 +315,9 @@ TEST_F(Store, AsksTheUserOnceToUnlockTheKeyring) {
 
 TEST_F(Store, RemovesTheTokenAndTheFileAlike) {
     keyring->items[key] = "jeton-1";
-    writeBytes(legacy(), "jeton-0");
+    writeBytes(legacy, "jeton-0");
     EXPECT_FALSE(store.remove({}));
     EXPECT_TRUE(keyring->items.empty());
-    EXPECT_FALSE(std::filesystem::exists(legacy()));
+    EXPECT_FALSE(std::filesystem::exists(legacy));
     EXPECT_EQ(read(), "absent");
 }

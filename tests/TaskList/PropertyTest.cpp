@@ -166,7 +166,7 @@ TEST(TaskList, ShowsOfALongListWhatThePlainViewsShow) {
         };
         const auto shownByDay = [&](const std::vector<DayPlaces>& days) {
             Places all;
-            for (const auto& one : days) all.insert(all.end(), one.places.begin(), one.places.end());
+            for (const auto& [dayOf, places] : days) all.insert(all.end(), places.begin(), places.end());
             return shown(all);
         };
         const auto plainly = [&](auto wanted) {
