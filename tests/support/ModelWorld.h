@@ -7,14 +7,11 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualLoop.h"
 
-#include <functional>
-#include <map>
-#include <optional>
-#include <stdexcept>
-#include <string>
+#include <gtest/gtest.h>
 
 namespace tacla::testing {
 
+using namespace std::chrono_literals;
 using Happened = MirrorEvent::Kind;
 
 Instant moment(std::string_view text); // "2025-03-04 14:30" on the wall
