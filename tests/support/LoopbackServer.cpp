@@ -35,7 +35,6 @@ LoopbackServer::~LoopbackServer() {
         over_ = true;
         ::shutdown(listener_, SHUT_RDWR);
         if (client_ >= 0) ::shutdown(client_, SHUT_RDWR);
-        changed_.notify_all();
     }
     thread_.join();
     ::close(listener_);
@@ -46,12 +45,6 @@ std::string LoopbackServer::base() const { return "http://127.0.0.1:" + std::to_
 std::vector<LoopbackServer::Request> LoopbackServer::requests() const {
     const std::lock_guard lock(mutex_);
     return requests_;
-}
-
-void LoopbackServer::push(std::string_view bytes) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return hanging_ >= 0 || over_; });
-    [[maybe_unused]] const auto sent = ::send(hanging_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 
 void LoopbackServer::serve() {
@@ -89,17 +82,11 @@ bool LoopbackServer::serveOne(int client, int connection) {
         const linger now{.l_onoff = 1, .l_linger = 0};
         ::setsockopt(client, SOL_SOCKET, SO_LINGER, &now, sizeof now);
     }
-    if (answer.then == Then::hang) {
-        std::unique_lock lock(mutex_);
-        hanging_ = client;
-        changed_.notify_all();
-        lock.unlock();
-        char ignored;
-        while (::recv(client, &ignored, 1, 0) > 0) {
-        } // until the client gives up
-        lock.lock();
-        hanging_ = -1;
+    char byte = 'x';
+    while (answer.then == Then::drip && ::send(client, &byte, 1, MSG_NOSIGNAL) > 0) {
     }
+    while (answer.then == Then::hang && ::recv(client, &byte, 1, 0) > 0) {
+    } // until the client gives up
     return answer.then == Then::keep;
 }
 

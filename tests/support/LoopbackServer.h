@@ -1,6 +1,5 @@
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -21,7 +20,7 @@ class LoopbackServer {
         int connection; // 1 for the first connection
     };
 
-    enum class Then { keep, close, reset, hang };
+    enum class Then { keep, close, reset, hang, drip }; // drip: a byte after the other without end
     struct Answer {
         std::string bytes; // as they go out
         Then then = Then::keep;
@@ -36,9 +35,6 @@ class LoopbackServer {
     std::string base() const; // "http://127.0.0.1:41234"
     std::vector<Request> requests() const;
 
-    // More bytes for the client whose answer hangs; waits until there is one.
-    void push(std::string_view bytes);
-
   private:
     void serve();
     bool serveOne(int client, int connection);
@@ -47,9 +43,7 @@ class LoopbackServer {
     const std::vector<Answer> script_;
     int listener_ = -1, port_ = 0;
     mutable std::mutex mutex_; // guards what follows
-    std::condition_variable changed_;
     std::vector<Request> requests_;
-    int hanging_ = -1; // the client that waits for more
     int client_ = -1;
     bool over_ = false;
     std::jthread thread_;
