@@ -31,23 +31,16 @@ struct Receiver : testing::Test {
 
     Connection connect(std::string_view bytes = "") { return Connection(receiver.port(), bytes); }
     auto wait() { return receiver.waitForCallback(300s, {}); }
-    static std::string failure(LoopbackReceiver& waiting, std::stop_token stop = {}) {
-        return outcome([&] { waiting.waitForCallback(300s, stop); });
-    }
 };
 
 }
 
 TEST(CallbackPage, SaysWhyItIsNotAndLoadsNothingFromElsewhere) {
-    const auto message = [](const std::string& error) {
-        const auto page = CallbackPage::failure(error, essai());
-        const auto start = page.find("<p>") + 3;
-        return page.substr(start, page.find("</p>") - start);
-    };
-    const std::string again = " Relancez « Se connecter à Google… » depuis les réglages d'Essai quand vous voulez.";
-    EXPECT_EQ(message("<script>\"a\" & b</script>"),
-              "Google a répondu : <code>&lt;script&gt;&quot;a&quot; &amp; b&lt;/script&gt;</code>." + again);
-    for (const auto& page : {CallbackPage::success(essai()), CallbackPage::failure("x", essai())})
+    const auto refusal = CallbackPage::failure("<script>\"a\" & b</script>", essai());
+    EXPECT_NE(refusal.find("<p>Google a répondu : <code>&lt;script&gt;&quot;a&quot; &amp; b&lt;/script&gt;</code>. "
+                           "Relancez « Se connecter à Google… » depuis les réglages d'Essai quand vous voulez.</p>"),
+              refusal.npos);
+    for (const auto& page : {CallbackPage::success(essai()), refusal})
         for (const auto* elsewhere : {"http", "src=", "href=", "url(", "@import"})
             EXPECT_EQ(page.find(elsewhere), page.npos) << elsewhere;
 }
@@ -134,14 +127,6 @@ TEST_F(Receiver, IsNotHeldUpByHundredIdleConnections) {
     EXPECT_EQ(clock.elapsed(), 0s);
 }
 
-TEST_F(Receiver, GivesUpAfterFiveMinutes) {
-    auto idle = connect();
-    EXPECT_EQ(failure(receiver), "Connexion Google échouée : délai dépassé");
-    EXPECT_EQ(clock.elapsed(), 300s);
-    EXPECT_FALSE(connect().connected());
-    EXPECT_EQ(idle.answer(), "");
-}
-
 TEST_F(Receiver, StopsWhenAskedTo) {
     std::stop_source stop;
     auto reader = ReceiverClock{}; // really asleep, until the token wakes it
@@ -150,5 +135,5 @@ TEST_F(Receiver, StopsWhenAskedTo) {
         return ReceiverClock::pollDescriptors(polled, time);
     };
     LoopbackReceiver other(essai(), reader);
-    EXPECT_EQ(failure(other, stop.get_token()), "Connexion Google interrompue");
+    EXPECT_EQ(outcome([&] { other.waitForCallback(300s, stop.get_token()); }), "Connexion Google interrompue");
 }
