@@ -105,7 +105,7 @@ class NoDisplay(unittest.TestCase):
             self.assertEqual(self.says(**display), (1, "", "tacla : pas d'écran : l'application ne s'ouvre que dans une "
                                                            "session de bureau\n"), display)
 
-    def test_is_needed_for_a_picture_of_the_window(self):
+    def test_keeps_nobody_from_a_picture_of_the_window(self):
         folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
         tasks = folder / "taches.md"
         tasks.write_text(f"- [ ] Pain · {day()}\n- [ ] مهمة {'très long ' * 1000} 🎉 · {day()}\n")
