@@ -110,11 +110,7 @@ bool AutostartLoginItem::mayComeUnasked() const {
     return !existsOrDangles(program_.parent_path().parent_path() / "CMakeCache.txt");
 }
 
-void AutostartLoginItem::enable() {
-    const auto entry = autostartEntry(program_);
-    dravel::SafeFile::editOwn(
-        file_, [&](std::string_view) { return std::optional(entry); }, lockFolder_);
-}
+void AutostartLoginItem::enable() { dravel::SafeFile::replaceOwn(file_, autostartEntry(program_), lockFolder_); }
 
 void AutostartLoginItem::disable() {
     std::error_code error;
