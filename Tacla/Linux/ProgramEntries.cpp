@@ -122,7 +122,7 @@ std::optional<CommandLineLink> commandLineLink(const path& home, std::string_vie
                                                const std::function<bool(const path&)>& exists) {
     const auto folders = dravel::split(searchPath, ":", false);
     const auto found = [&](std::string_view folder) { return exists(path(folder) / "tacla"); };
-    const CommandLineLink link{home / ".local" / "bin" / "tacla", program};
+    CommandLineLink link{home / ".local" / "bin" / "tacla", program};
     if (std::any_of(folders.begin(), folders.end(), found) || exists(link.at)) return {};
     return link;
 }
