@@ -37,8 +37,8 @@ using dravel::FileError;
 
 namespace {
 
-// The least size is asked of the desktop. As a tile, half of a small screen, the view folds, down to its own: GNOME tiles
-// no window that needs more with the frame that programs draw there themselves.
+// The least size is asked of the desktop. As a tile, half of a small screen, the view folds, down to its own: GNOME
+// tiles no window that needs more with the frame that programs draw there themselves.
 constexpr QSize usualFrame{8, 40};
 constexpr QSize firstContent{980, 720}, leastContent{820, 560}, leastTile = QSize{480, 360} - usualFrame;
 constexpr int usualPanel = 56;

@@ -1,11 +1,7 @@
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/ModelWorld.h"
 
-#include <gtest/gtest.h>
-
 namespace tacla::testing {
-
-using namespace std::chrono_literals;
 
 TEST(AppModel, EditsTitleAndMomentByTheirRules) {
     const std::optional<Clock> none;

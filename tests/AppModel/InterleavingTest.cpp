@@ -2,10 +2,7 @@
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/ModelWorld.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <random>
 
 // Window, tray, bubble, terminal, editor and synchronising program act in any order on a list of namesakes. Each line
@@ -17,13 +14,6 @@ namespace {
 using Lines = std::vector<std::string>;
 using Outcome = LiveDocument::Outcome;
 constexpr Day today{2025, 3, 4}, tomorrow{2025, 3, 5};
-
-Lines linesOf(const std::string& text) {
-    Lines lines;
-    for (const auto line : dravel::split(text, "\n")) lines.emplace_back(line);
-    lines.pop_back(); // behind the last line feed
-    return lines;
-}
 
 std::string textOf(const Lines& lines) {
     std::string text;

@@ -1,18 +1,11 @@
 #include "tests/support/ModelWorld.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <malloc.h>
-
-using namespace std::chrono_literals;
 
 namespace tacla::testing {
 
-namespace {
-
 // A day of a user: what rings, is edited here and in an editor, comes over the terminal, and a night.
-void liveADay(ModelWorld& world) {
+static void liveADay(ModelWorld& world) {
     const auto today = Day::of(world.loop.now());
     std::string text = "# Liste\n";
     for (int hour = 8; hour < 20; ++hour)
@@ -38,12 +31,9 @@ void liveADay(ModelWorld& world) {
     world.calendar.mayAskUser.clear();
 }
 
-}
-
 TEST(AppModel, TakesNoMoreMemoryAfterEightDays) {
     if (std::filesystem::is_directory("/dev/shm")) ::setenv("TMPDIR", "/dev/shm", 1); // hundreds of saves
-    LivingWorld world("2025-03-04 08:00", "");
-    world.mirror(Happened::switchAsked, true);
+    MirroredWorld world("");
     const auto inUseAfter = [&world](int days) {
         for (int day = 0; day < days; ++day) liveADay(world);
         return static_cast<std::int64_t>(mallinfo2().uordblks);

@@ -1,9 +1,5 @@
 #include "tests/support/ModelWorld.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-
 namespace tacla::testing {
 
 TEST(AppModel, OpensAtLoginUnlessTheUserSaidNo) {

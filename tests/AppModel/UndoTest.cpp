@@ -1,62 +1,46 @@
 #include "tests/support/ModelWorld.h"
 
-#include <gtest/gtest.h>
-
 namespace tacla::testing {
 
-using namespace std::chrono_literals;
-
-namespace {
-
-constexpr Day tomorrow{2025, 3, 5}, ninth{2025, 3, 9};
-constexpr Clock early{9, 5};
-constexpr auto list =
+static constexpr Day tomorrow{2025, 3, 5}, ninth{2025, 3, 9};
+static constexpr auto list =
     "# Liste\r\n- [ ] ❗ Pain · 2025-03-05\n  - [ ] Lait · 2025-03-04 07:00 · due 2025-03-01\n- [x] Œufs";
 
-}
-
 TEST(AppModel, WritesEachActionTellsOfItOnceAndGivesBackEveryByte) {
-    using World = ModelWorld&;
-    const auto pain = std::string("- [ ] ❗ Pain · 2025-03-05\n");
-    const auto lait = std::string("  - [ ] Lait · 2025-03-04 07:00 · due 2025-03-01\n");
-    const auto eggs = std::string("- [x] Œufs");
-    const std::tuple<std::function<void(World)>, std::string, const char*> table[] = {
-        {[](World w) { w.list().toggle(w.task("Lait")); },
+    const std::string pain = "- [ ] ❗ Pain · 2025-03-05\n", eggs = "- [x] Œufs";
+    const std::string lait = "  - [ ] Lait · 2025-03-04 07:00 · due 2025-03-01\n";
+    const TaskChange salt{"Sel", ninth, Clock{9, 5}};
+    const std::vector<NewTask> today{{"Sel", Day{2025, 3, 4}}}, later{{"Sel", ninth}};
+    using Act = std::function<void(LiveDocument&, const TaskItem&)>;
+    const std::tuple<const char*, Act, std::string, const char*> table[] = {
+        {"Lait", [&](auto& shown, auto& seen) { shown.toggle(seen); },
          pain + "  - [x] Lait · 2025-03-04 07:00 · due 2025-03-01 · ✅ 2025-03-04\n" + eggs, "Tâche cochée : Lait"},
-        {[](World w) { w.list().toggle(w.task("Œufs")); }, pain + lait + "- [ ] Œufs", "Tâche décochée : Œufs"},
-        {[](World w) { w.list().toggle(w.task("❗ Pain")); }, "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs,
-         "Tâche cochée : Pain"},
-        {[](World w) {
-             w.list().reschedule(w.task("Lait"), tomorrow, Clock{7, 0});
-         },
+        {"Œufs", [&](auto& shown, auto& seen) { shown.toggle(seen); }, pain + lait + "- [ ] Œufs",
+         "Tâche décochée : Œufs"},
+        {"❗ Pain", [&](auto& shown, auto& seen) { shown.toggle(seen); },
+         "- [x] ❗ Pain · 2025-03-05 · ✅ 2025-03-04\n" + lait + eggs, "Tâche cochée : Pain"},
+        {"Lait", [&](auto& shown, auto& seen) { shown.reschedule(seen, tomorrow, seen.time); },
          pain + "  - [ ] Lait · 2025-03-05 07:00 · due 2025-03-01\n" + eggs, "Tâche reportée : Lait"},
-        {[](World w) {
-             w.list().edit(w.task("❗ Pain"), {"Sel", ninth, early});
-         },
+        {"❗ Pain", [&](auto& shown, auto& seen) { shown.edit(seen, salt); },
          "- [ ] ❗ Sel · 2025-03-09 09:05\n" + lait + eggs, "Tâche modifiée : Sel"},
-        {[](World w) { w.list().remove(w.task("❗ Pain")); }, lait + eggs, "Tâche supprimée : Pain"},
-        {[](World w) {
-             w.list().add({{"Sel", w.state().today}});
-         },
-         pain + lait + eggs + "\n- [ ] Sel · 2025-03-04", "Tâche ajoutée"},
-        {[](World w) {
-             w.list().add({{"Sel", ninth}});
-         },
-         pain + lait + eggs + "\n- [ ] Sel · 2025-03-09", "Ajoutée pour dimanche 9 mars"},
+        {"❗ Pain", [&](auto& shown, auto& seen) { shown.remove(seen); }, lait + eggs, "Tâche supprimée : Pain"},
+        {"Lait", [&](auto& shown, auto&) { shown.add(today); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-04",
+         "Tâche ajoutée"},
+        {"Lait", [&](auto& shown, auto&) { shown.add(later); }, pain + lait + eggs + "\n- [ ] Sel · 2025-03-09",
+         "Ajoutée pour dimanche 9 mars"},
     };
-    for (const auto& [act, text, said] : table) {
+    for (const auto& [title, act, text, said] : table) {
         LivingWorld world("2025-03-04 08:00", list);
         auto stranger = world.task("Lait");
         stranger.key = "0123456789abcdef";
         world.list().toggle(stranger);
         world.list().reschedule(stranger, tomorrow, {});
         EXPECT_EQ(world.told, 0) << text;
-        act(world);
+        act(world.list(), world.task(title));
         EXPECT_EQ(world.text(), "# Liste\r\n" + text) << text;
         EXPECT_EQ(world.told, 1) << text;
-        const auto bar = std::optional(UndoBar{said, true});
         world.loop.advance(9999ms);
-        EXPECT_EQ(world.state().undoBar, bar) << text;
+        EXPECT_EQ(world.state().undoBar, (UndoBar{said, true})) << text;
         world.loop.advance(1ms);
         EXPECT_EQ(world.state().undoBar, std::nullopt) << text;
         world.told = 0;
@@ -90,10 +74,7 @@ TEST(Undo, TakesTheLastTenChangesBack) {
     std::vector<std::string> texts;
     for (int i = 0; i < 12; ++i) {
         texts.push_back(world.text());
-        if (i % 3 == 0)
-            world.list().add({{"Sel", ninth}});
-        else
-            world.list().toggle(world.task("Lait"));
+        world.list().toggle(world.task(i % 3 == 0 ? "Œufs" : "Lait"));
     }
     for (; texts.size() > 2; texts.pop_back()) {
         world.list().undo();
@@ -114,9 +95,7 @@ TEST(Undo, CanBeTriedAgainAfterItCouldNotBeWritten) {
 }
 
 TEST(Undo, CarriesRemindersAndEventsBack) {
-    LivingWorld world("2025-03-04 08:00", "- [ ] B · 2025-03-05 08:00\n");
-    world.mirror(Happened::switchAsked, true);
-    world.loop.advance(1s);
+    MirroredWorld world("- [ ] B · 2025-03-05 08:00\n");
     const auto before = world.task("B").key;
     world.list().edit(world.task("B"), {"C", Day{2025, 3, 4}, Clock{9, 0}});
     const auto after = world.task("C").key;

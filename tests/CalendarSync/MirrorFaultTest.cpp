@@ -1,7 +1,5 @@
 #include "tests/CalendarSync/MirrorFixture.h"
 
-#include <gtest/gtest.h>
-
 namespace tacla::testing {
 namespace {
 
@@ -56,8 +54,7 @@ const std::vector<Fault> faults{
 struct Disturbed : ::testing::Test {
     static constexpr auto patience = std::chrono::milliseconds(1'000); // with a service that never answers
     MirrorFixture mirror;
-    CalendarSync impatient{mirror.auth,           mirror.preferences, mirror.endpoints.calendar,
-                           mirror.home / "locks", mirror.time,        {.silence = patience, .exchange = patience}};
+    CalendarSync impatient = another();
     Json calendars, strangers;
     std::string id;
     std::vector<std::string> methods{"GET", "GET", "PATCH", "PATCH", "POST", "POST", "DELETE", "DELETE", "DELETE"};
@@ -76,14 +73,21 @@ struct Disturbed : ::testing::Test {
              {{"id", "marked"}, {"status", "confirmed"}, {"extendedProperties", {{"private", {{"tacla", "1"}}}}}}}};
         events.update(strangers);
         mirror.google.control({{"page_size", 4}});
-        reset({});
+        reset();
     }
 
-    void reset(const Json& fault) {
+    CalendarSync another() {
+        return {mirror.auth,           mirror.preferences, mirror.endpoints.calendar,
+                mirror.home / "locks", mirror.time,        {.silence = patience, .exchange = patience}};
+    }
+
+    void reset() {
         mirror.preferences.setCalendar(id, true);
-        mirror.google.control({{"clear_log", true},
-                               {"calendars", calendars},
-                               {"faults", fault.is_null() ? Json::array() : Json::array({fault})}});
+        mirror.google.control({{"clear_log", true}, {"calendars", calendars}, {"faults", Json::array()}});
+    }
+    void disturb(Json fault, std::size_t at, const char* on = "calendar") {
+        fault.update({{"on", on}, {"at", at}});
+        mirror.google.control({{"faults", {fault}}});
     }
 
     void expectStrangersUntouched() {
@@ -114,9 +118,8 @@ TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) 
         for (std::size_t at = 1; at <= methods.size(); ++at) {
             const auto& method = methods[at - 1];
             SCOPED_TRACE(name + " at request " + std::to_string(at) + ", " + method);
-            Json fault = order;
-            fault["at"] = at;
-            reset(fault);
+            reset();
+            disturb(order, at);
             const auto other = but.find(method);
             std::string expected = other == but.end() ? end : other->second;
             if (expected.empty()) expected = "+2 ~2 -3";
@@ -141,10 +144,9 @@ TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) 
 TEST_F(Disturbed, DeletesNothingForAnEmptyFile) {
     for (const auto& fault : faults) {
         SCOPED_TRACE(fault.name);
-        for (int at = 1; at <= 2; ++at) {
-            Json order = fault.order;
-            order["at"] = at;
-            reset(order);
+        for (const auto at : {1U, 2U}) {
+            reset();
+            disturb(fault.order, at);
             mirror.run(impatient, "", {});
             EXPECT_EQ(mirror.google.state("calendars")[id], calendars[id]);
         }
@@ -154,12 +156,10 @@ TEST_F(Disturbed, DeletesNothingForAnEmptyFile) {
 TEST_F(Disturbed, CreatesACalendarAtTheNextPassWhenTheFirstFailed) {
     for (const auto& [name, order, end, but] : faults) {
         SCOPED_TRACE(name);
-        Json fault = order;
-        fault["at"] = 1;
-        mirror.google.control({{"calendars", Json::object()}, {"faults", Json::array({fault})}});
+        mirror.google.control({{"calendars", Json::object()}});
+        disturb(order, 1);
         std::filesystem::remove(mirror.home / "preferences.json");
-        CalendarSync fresh{mirror.auth,           mirror.preferences, mirror.endpoints.calendar,
-                           mirror.home / "locks", mirror.time,        {.silence = patience, .exchange = patience}};
+        CalendarSync fresh = another();
         const std::string expected = name == "401 once" ? "+4 ~0 -0"
                                      : end.empty()      ? refusal(200) + "agenda créé sans identifiant"
                                                         : end;
@@ -180,9 +180,8 @@ TEST_F(Disturbed, CreatesACalendarAtTheNextPassWhenTheFirstFailed) {
 TEST_F(Disturbed, AsksNothingOfTheCalendarWithoutAnAccessToken) {
     for (const Json& fault : {Json{{"kind", "reset"}}, Json{{"kind", "cut"}}, Json{{"kind", "text"}, {"body", "{}"}},
                               status(401), status(500), status(400, {{"reason", "invalid_grant"}})}) {
-        Json order = fault;
-        order.update({{"on", "token"}, {"at", 1}});
-        reset(order);
+        reset();
+        disturb(fault, 1, "token");
         mirror.auth.invalidateAccessToken();
         EXPECT_NE(mirror.run(after, renamed)[0], '+') << fault;
         EXPECT_EQ(mirror.requests(), std::vector<std::string>{}) << fault;

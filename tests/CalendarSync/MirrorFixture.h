@@ -5,7 +5,10 @@
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/GoogleStandIn.h"
 #include "tests/support/MemoryKeyring.h"
+#include "tests/support/Outcome.h"
 #include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 namespace tacla::testing {
 
@@ -29,12 +32,12 @@ struct MirrorFixture {
                             }};
     CalendarSync sync{auth, preferences, endpoints.calendar, home / "locks", time};
 
-    explicit MirrorFixture(const std::string& scope = "calendar.app.created")
+    MirrorFixture()
         : auth(taclaGoogle(preferences),
                {.folders = {home.path(), home.path()}, .endpoints = endpoints, .keyring = keyring}) {
         std::filesystem::create_directories(home / "Tacla");
         writeBytes(home / "Tacla/client.json", google.clientFile());
-        const auto grant = google.control({{"grant", "https://www.googleapis.com/auth/" + scope}});
+        const auto grant = google.control({{"grant", "https://www.googleapis.com/auth/calendar.app.created"}});
         keyring->items["fr.dravel.Tacla.google"] = grant["refresh_token"];
     }
 
@@ -44,13 +47,11 @@ struct MirrorFixture {
     std::string run(const std::string& text, const Keys& renamed = {}) { return run(sync, text, renamed); }
 
     static std::string run(CalendarSync& mirror, const std::string& text, const Keys& renamed) {
-        try {
+        return outcome([&] {
             const auto done = mirror.run(mirror.takeTurn(), TaskFile::parse(text), renamed);
             return "+" + std::to_string(done.created) + " ~" + std::to_string(done.updated) + " -" +
                    std::to_string(done.deleted) + done.hint();
-        } catch (const std::exception& error) {
-            return error.what();
-        }
+        });
     }
 
     // The methods of the calendar requests since the last call, in order.

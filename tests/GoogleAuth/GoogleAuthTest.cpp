@@ -1,4 +1,5 @@
 #include "DravelKit/GoogleAuth/GoogleAuth.h"
+#include "DravelKit/GoogleAuth/TokenStore.h"
 
 #include "DravelKit/Foundation/Hash.h"
 #include "DravelKit/Net/Url.h"
@@ -7,9 +8,6 @@
 #include "tests/support/MemoryKeyring.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
 #include <list>
 #include <thread>
 
@@ -19,6 +17,7 @@ using namespace tacla::testing;
 
 namespace {
 
+constexpr auto key = "fr.dravel.Essai.google";
 using Query = std::map<std::string, std::string>;
 
 Query asMap(const std::string& items) {
@@ -29,8 +28,6 @@ Query asMap(const std::string& items) {
 
 // An account whose token endpoint, keyring, browser and clocks are the test's.
 struct Account : ::testing::Test {
-    static constexpr auto key = "fr.dravel.Essai.google";
-
     TemporaryFolder folder;
     std::shared_ptr<MemoryKeyring> keyring = std::make_shared<MemoryKeyring>();
     Instant now{std::chrono::hours(24 * 20'000)};
@@ -46,6 +43,7 @@ struct Account : ::testing::Test {
         std::filesystem::create_directories(folder / "Essai");
         writeBytes(folder / "Essai/client.json",
                    R"({"installed": {"client_id": "client", "client_secret": "secret-client"}})");
+        keyring->items[key] = "jeton-1";
     }
 
     // Google's token endpoint gives these answers; a new account object each time.
@@ -69,44 +67,48 @@ struct Account : ::testing::Test {
                              "GET /?" + back + " HTTP/1.1\r\nHost: 127.0.0.1:" + port + "\r\n\r\n");
     }
 
-    // "" when it went well, else the French reason.
-    template <class Action>
-    static std::string outcome(Action action) {
-        try {
-            action();
-            return "";
-        } catch (const std::exception& error) {
-            return error.what();
-        }
-    }
     std::string signIn() {
         return outcome([this] { auth->signIn([this](const auto& url) { browse(url); }, stop.get_token()); });
     }
     std::string accessToken() {
-        std::string token;
-        const auto failure = outcome([&] { token = auth->validAccessToken().reveal(); });
-        return failure.empty() ? token : failure;
+        return outcome([this] { return auth->validAccessToken(stop.get_token()).reveal(); });
     }
     Query form(std::size_t request) const { return asMap(server->requests().at(request).body); }
 };
 
-using SignIn = Account;
-
-LoopbackServer::Answer answer(int status, std::string_view body, std::string_view headers = "") {
-    return LoopbackServer::answer(status, body, headers);
-}
-
 LoopbackServer::Answer tokens(const std::string& access, const std::string& refresh = "ignored", int lifetime = 3599) {
-    return answer(200, R"({"access_token": ")" + access + R"(", "expires_in": )" + std::to_string(lifetime) +
-                           R"(, "refresh_token": ")" + refresh + "\"}");
+    return answered(200, R"({"access_token": ")" + access + R"(", "expires_in": )" + std::to_string(lifetime) +
+                             R"(, "refresh_token": ")" + refresh + "\"}");
 }
 
 std::string agree(const Query& asked) { return "state=" + asked.at("state") + "&code=4%2Fcode&scope=x"; }
 
+struct SignIn : Account {
+    SignIn() { keyring->items.clear(); }
+};
+
+struct Store : SignIn {
+    const std::filesystem::path legacy = folder / "Essai/token.txt";
+    TokenStore store{withLegacyFile(), {.data = folder.path(), .resources = {}}, keyring};
+
+    static GoogleConfig withLegacyFile() {
+        auto config = essai();
+        config.legacyToken = {.file = "token.txt", .read = [](std::string_view bytes) -> std::optional<Secret> {
+                                  if (!bytes.starts_with("jeton")) return {};
+                                  return Secret(std::string(bytes));
+                              }};
+        return config;
+    }
+    std::string read(Keyring::Ask ask = Keyring::Ask::yes) {
+        const auto found = store.read(ask, {});
+        if (found.found == Keyring::Found::unreachable) return "unreachable: " + found.trouble.reason;
+        return found.found == Keyring::Found::found ? found.secret.reveal() : "absent";
+    }
+};
+
 }
 
 TEST_F(Account, RefreshesAnAccessTokenThatLastsLessThanAMinute) {
-    keyring->items[key] = "jeton-1";
     google({tokens("acces-1", "ignored", 100), tokens("acces-2"), tokens("acces-3")});
     EXPECT_EQ(accessToken(), "acces-1");
     EXPECT_EQ(form(0), (Query{{"grant_type", "refresh_token"},
@@ -129,14 +131,15 @@ TEST_F(Account, IsSignedOutOnlyByAnInvalidGrant) {
         std::string message;
         bool kept = true;
     } table[] = {
-        {answer(400, R"({"error": "invalid_grant", "error_description": "Revoked."})"), "Pas connecté à Google", false},
-        {answer(400, R"({"error": "invalid_scope", "error_description": "Some scope."})"), failed + "Some scope."},
-        {answer(401, R"({"error": "invalid_client"})"), failed + "invalid_client"},
-        {answer(500, "oups"), failed + "réponse HTTP inattendue"},
-        {answer(400, R"({"error": {"code": 400}})"), failed + "réponse HTTP inattendue"},
-        {answer(302, "", "Location: /ailleurs\r\n"), failed + "réponse HTTP inattendue"},
-        {answer(200, "<html>"), unreadable},
-        {answer(200, R"({"access_token": "a"})"), unreadable},
+        {answered(400, R"({"error": "invalid_grant", "error_description": "Revoked."})"), "Pas connecté à Google",
+         false},
+        {answered(400, R"({"error": "invalid_scope", "error_description": "Some scope."})"), failed + "Some scope."},
+        {answered(401, R"({"error": "invalid_client"})"), failed + "invalid_client"},
+        {answered(500, "oups"), failed + "réponse HTTP inattendue"},
+        {answered(400, R"({"error": {"code": 400}})"), failed + "réponse HTTP inattendue"},
+        {answered(302, "", "Location: /ailleurs\r\n"), failed + "réponse HTTP inattendue"},
+        {answered(200, "<html>"), unreadable},
+        {answered(200, R"({"access_token": "a"})"), unreadable},
         {{"", LoopbackServer::Then::reset}, "Connexion perdue avec 127.0.0.1"},
     };
     for (const auto& row : table) {
@@ -151,7 +154,6 @@ TEST_F(Account, IsSignedOutOnlyByAnInvalidGrant) {
 }
 
 TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
-    keyring->items[key] = "jeton-1";
     keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
     google({tokens("acces-1")});
     EXPECT_EQ(auth->isSignedIn(Keyring::Ask::yes), GoogleAuth::Account::unreachable);
@@ -164,7 +166,6 @@ TEST_F(Account, OutlivesAKeyringThatDoesNotAnswer) {
 }
 
 TEST_F(Account, IsTheOneOfNowWhateverHappensDuringARefresh) {
-    keyring->items[key] = "jeton-1";
     auto late = tokens("acces-1");
     late.before = [this] { auth->signOut(); };
     google({late});
@@ -172,7 +173,7 @@ TEST_F(Account, IsTheOneOfNowWhateverHappensDuringARefresh) {
     EXPECT_EQ(server->requests().size(), 1u);
 
     keyring->items[key] = "jeton-1"; // another process signs in while the old one is refused
-    auto refusal = answer(400, R"({"error": "invalid_grant"})");
+    auto refusal = answered(400, R"({"error": "invalid_grant"})");
     refusal.before = [this] { keyring->items[key] = "jeton-2"; };
     google({refusal, tokens("acces-2")});
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
@@ -181,28 +182,21 @@ TEST_F(Account, IsTheOneOfNowWhateverHappensDuringARefresh) {
 }
 
 TEST_F(Account, ServesSeveralThreadsAtOnce) {
-    keyring->items[key] = "jeton-1";
     google(std::vector(64, tokens("acces-1")));
-    std::array<int, 4> wrong{};
-    {
-        std::vector<std::jthread> threads;
-        for (int& count : wrong)
-            threads.emplace_back([this, &count] {
-                for (int i = 0; i < 10; ++i) {
-                    count += auth->validAccessToken().reveal() != "acces-1";
-                    auth->invalidateAccessToken();
-                }
-            });
-    }
-    EXPECT_EQ(wrong, (std::array<int, 4>{}));
+    const auto ask = [this] {
+        for (int i = 0; i < 10; ++i) {
+            EXPECT_EQ(accessToken(), "acces-1");
+            auth->invalidateAccessToken();
+        }
+    };
+    const std::jthread first(ask), second(ask), third(ask), fourth(ask);
 }
 
 TEST_F(Account, GivesUpWhenAskedTo) {
-    keyring->items[key] = "jeton-1";
     google({{"", LoopbackServer::Then::hang, [&] { stop.request_stop(); }}});
-    EXPECT_EQ(outcome([&] { auth->validAccessToken(stop.get_token()); }), "Requête interrompue");
+    EXPECT_EQ(accessToken(), "Requête interrompue");
     EXPECT_EQ(keyring->items.at(key), "jeton-1");
-    EXPECT_EQ(outcome([&] { auth->validAccessToken(stop.get_token()); }), "Connexion Google interrompue");
+    EXPECT_EQ(accessToken(), "Connexion Google interrompue");
 }
 
 // What else is asked, and how it is answered, the stand-in for Google looks at.
@@ -252,7 +246,7 @@ TEST_F(SignIn, FailsWithAFrenchReasonAndExchangesNoCode) {
 
 TEST_F(SignIn, StoresNothingUnlessGoogleGivesARefreshTokenAndTheKeyringTakesIt) {
     user = agree;
-    google({LoopbackServer::answer(200, R"({"access_token": "a", "expires_in": 3599})")});
+    google({answered(200, R"({"access_token": "a", "expires_in": 3599})")});
     EXPECT_EQ(signIn(), "Connexion Google échouée : Google n'a pas renvoyé de refresh token");
     EXPECT_EQ(accessToken(), "Pas connecté à Google");
 
@@ -280,4 +274,50 @@ TEST_F(SignIn, IsLeftAtOnceWhereverItStands) {
     user = agree;
     EXPECT_EQ(signIn(), "Requête interrompue");
     EXPECT_TRUE(keyring->items.empty());
+}
+
+TEST_F(Store, MovesTheTokenOfAnEarlierVersionIntoTheKeyring) {
+    keyring->items[key] = "ancien";
+    for (const auto* bytes : {"jeton-1", "rien", "", "\xff\xfe"}) {
+        writeBytes(legacy, bytes);
+        EXPECT_EQ(read(), "jeton-1") << "what holds no token is dropped";
+        EXPECT_FALSE(std::filesystem::exists(legacy));
+    }
+}
+
+TEST_F(Store, KeepsTheFileUntilTheKeyringHasTheToken) {
+    writeBytes(legacy, "jeton-1");
+    keyring->storeTrouble = Keyring::Trouble{.reason = "le trousseau de clés a refusé l'opération"};
+    EXPECT_EQ(read(), "unreachable: le trousseau de clés a refusé l'opération");
+    keyring->storeTrouble.reset();
+    keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé"};
+    EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
+    EXPECT_EQ(readBytes(legacy), "jeton-1");
+    keyring->trouble.reset();
+    EXPECT_EQ(read(), "jeton-1");
+    EXPECT_FALSE(std::filesystem::exists(legacy));
+}
+
+TEST_F(Store, AsksTheUserOnceToUnlockTheKeyring) {
+    keyring->items[key] = "jeton-1";
+    keyring->trouble = Keyring::Trouble{.reason = "le trousseau de clés est verrouillé", .declined = true};
+    writeBytes(legacy, "jeton-0");
+    EXPECT_EQ(read(Keyring::Ask::no), "unreachable: le trousseau de clés est verrouillé");
+    EXPECT_EQ(keyring->asked, 0) << "neither for a look nor for the file of an earlier version";
+    std::filesystem::remove(legacy);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(read(), "unreachable: le trousseau de clés est verrouillé");
+    EXPECT_EQ(keyring->asked, 1);
+    EXPECT_TRUE(store.write(Secret("jeton-2"), {})); // the user's own wish: asked again
+    EXPECT_EQ(keyring->asked, 2);
+    keyring->trouble.reset();
+    EXPECT_EQ(read(), "jeton-1");
+}
+
+TEST_F(Store, RemovesTheTokenAndTheFileAlike) {
+    keyring->items[key] = "jeton-1";
+    writeBytes(legacy, "jeton-0");
+    EXPECT_FALSE(store.remove({}));
+    EXPECT_TRUE(keyring->items.empty());
+    EXPECT_FALSE(std::filesystem::exists(legacy));
+    EXPECT_EQ(read(), "absent");
 }

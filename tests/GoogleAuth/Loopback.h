@@ -1,8 +1,10 @@
 #pragma once
 
 #include "DravelKit/GoogleAuth/LoopbackReceiver.h"
+#include "tests/support/Outcome.h"
 
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>

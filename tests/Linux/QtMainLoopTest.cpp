@@ -9,8 +9,6 @@
 using namespace tacla;
 using namespace std::chrono_literals;
 
-namespace {
-
 // A loop in a program of its own, that runs until the test says that it is done.
 struct Program {
     int count = 1;
@@ -23,10 +21,7 @@ struct Program {
     auto tell(std::string word) {
         return [this, word] { story += word + " "; };
     }
-    void end() { QCoreApplication::exit(); }
 };
-
-}
 
 TEST(QtMainLoop, RingsAlarmsInTheOrderOfTheirMoments) {
     Program program;
@@ -38,7 +33,7 @@ TEST(QtMainLoop, RingsAlarmsInTheOrderOfTheirMoments) {
     auto dropped = loop.at(now + 10ms, program.tell("dropped"));
     dravel::Timer second;
     const auto nested = loop.at(now - 1h, [&] { second = loop.at(now - 2h, program.tell("nested")); });
-    const auto last = loop.at(now + 40ms, [&] { program.end(); });
+    const auto last = loop.at(now + 40ms, QCoreApplication::quit);
     const auto never = loop.at(now + 24h * 365 * 100, program.tell("never"));
     dropped.reset();
     EXPECT_EQ(program.story, "") << "not from within the call";
@@ -53,7 +48,7 @@ TEST(QtMainLoop, KeepsATimerThatDropsItself) {
         timer.reset();
         other.reset();
         program.tell("once")();
-        program.loop.post([&] { program.end(); });
+        program.loop.post(QCoreApplication::quit);
     });
     other = program.loop.after(1h, program.tell("never"));
     QCoreApplication::exec();

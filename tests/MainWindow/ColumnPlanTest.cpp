@@ -1,20 +1,14 @@
 #include "Tacla/MainWindow/Pages/ColumnPlan.h"
 #include "tests/MainWindow/ModelStates.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
-namespace tacla {
-namespace {
-
-using Span = ColumnLayout::Span;
+namespace tacla::testing {
 
 TEST(ColumnLayout, MovesWhatStandsBelowAMeasuredRow) {
     ColumnLayout layout({2, 1}, {58, 58, 58});
     EXPECT_FALSE(layout.measured({{0, 58}, {2, 58}}));
     EXPECT_TRUE(layout.measured({{0, 78}, {2, 98}}));
-    EXPECT_EQ(layout.row(1), (Span{122, 58}));
     EXPECT_EQ(layout.card(1).top, 8 + 36 + 78 + 58 + 8 + 16);
     EXPECT_EQ(layout.height(), layout.row(2).bottom() + 8);
 }
@@ -30,7 +24,7 @@ TEST(ColumnLayout, FindsTheRowsAndCardsOfAnyBand) {
         }
         const ColumnLayout layout(cards, heights);
         const int top = static_cast<int>(random() % 1500) - 100, bottom = top + 1 + static_cast<int>(random() % 600);
-        const auto reaches = [&](Span span) { return span.top < bottom && span.bottom() > top; };
+        const auto reaches = [&](ColumnLayout::Span span) { return span.top < bottom && span.bottom() > top; };
         const auto rows = layout.rowsBetween(top, bottom);
         for (std::size_t row = 0; row < layout.rowCount(); ++row)
             EXPECT_EQ(row >= rows.first && row < rows.last, reaches(layout.row(row))) << round << " " << row;
@@ -40,29 +34,22 @@ TEST(ColumnLayout, FindsTheRowsAndCardsOfAnyBand) {
     }
 }
 
-TaskGroups groupsOf(std::string_view taskFile) {
+static TaskGroups groupsOf(std::string_view taskFile) {
     const TaskList tasks{std::string(taskFile)};
     return {{.heading = {}, .day = {}, .symbol = {}, .tasks = {tasks, undated(tasks)}, .empty = {}}};
 }
 
 TEST(RowMatching, FollowsEachTaskThroughAReload) {
     const auto before = groupsOf("- [ ] a\n- [ ] b\n- [ ] c\n- [ ] b\n");
-    struct Case {
-        const char *what, *after;
-        std::map<std::size_t, MatchedRow> rows;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, std::map<std::size_t, MatchedRow>> cases[] = {
         {"a line above", "- [ ] x\n- [ ] a\n- [ ] b\n- [ ] c\n- [ ] b\n", {{0, {1}}, {1, {2}}, {2, {3}}, {3, {4}}}},
         {"sorted anew", "- [ ] c\n- [ ] b\n- [ ] a\n", {{0, {2}}, {1, {1}}, {2, {0}}}},
         {"one deleted", "- [ ] a\n- [ ] c\n", {{0, {0}}, {2, {1}}}},
         {"one renamed", "- [ ] a\n- [ ] b\n- [ ] x\n- [ ] b\n", {{0, {0}}, {1, {1}}, {2, {2, true}}, {3, {3}}}},
         {"all gone", "", {}},
     };
-    for (const auto& [what, after, rows] : cases) {
-        SCOPED_TRACE(what);
-        EXPECT_EQ(matchedRows(before, groupsOf(after), {0, 1, 2, 3}), rows);
-    }
+    for (const auto& [what, after, rows] : cases)
+        EXPECT_EQ(matchedRows(before, groupsOf(after), {0, 1, 2, 3}), rows) << what;
 }
 
-}
 }

@@ -3,8 +3,7 @@
 #include "Tacla/AppModel/ModelState.h"
 #include "Tacla/TaskList/TaskFile.h"
 
-#include <string>
-#include <string_view>
+#include <gtest/gtest.h>
 
 // Model states written down as the task file that they come from.
 namespace tacla::testing {

@@ -2,18 +2,14 @@
 #include "DravelKit/DravelUI/Symbols.h"
 #include "tests/MainWindow/ModelStates.h"
 
-#include <gtest/gtest.h>
-
-namespace tacla {
-namespace {
+namespace tacla::testing {
 
 using dravel::Symbol;
-using testing::stateOf;
 
-std::string timeText(Instant instant) { return Clock::of(instant).description(); }
+static std::string timeText(Instant instant) { return Clock::of(instant).description(); }
 
 // One line a card: its title, its tasks, and how they stand there.
-std::string transcript(const TaskGroups& groups) {
+static std::string transcript(const TaskGroups& groups) {
     std::string text;
     for (const auto& group : groups) {
         text += group.title();
@@ -25,29 +21,23 @@ std::string transcript(const TaskGroups& groups) {
 }
 
 TEST(TodayPage, SaysHowTheDayStands) {
-    struct Case {
-        const char *file, *headline, *detail;
-        std::size_t done, total;
-    };
-    const Case cases[] = {
-        {"- [ ] Demain seulement · 2026-11-25\n- [ ] Sans date\n", "Journée libre", "0 faite", 0, 0},
-        {"- [ ] Pain · 2026-11-23\n- [ ] Vin · 2026-11-24\n", "2 tâches à cocher", "0 faite · 1 en retard", 0, 1},
-        {"- [x] Pain · 2026-11-24 · ✅ 2026-11-24\n", "Tout est coché 🎉", "1 faite", 1, 1},
-        {"- [x] Pain · 2026-11-24\n- [x] Vin · 2026-11-24\n- [ ] Urssaf · 2026-11-18\n", "1 tâche à cocher",
-         "2 faites · 1 en retard", 2, 2},
+    const std::pair<const char*, const char*> cases[] = {
+        {"- [ ] Demain seulement · 2026-11-25\n- [ ] Sans date\n", "Journée libre (0 faite) 0/0"},
+        {"- [ ] Pain · 2026-11-23\n- [ ] Vin · 2026-11-24\n", "2 tâches à cocher (0 faite · 1 en retard) 0/1"},
+        {"- [x] Pain · 2026-11-24 · ✅ 2026-11-24\n", "Tout est coché 🎉 (1 faite) 1/1"},
+        {"- [x] Pain · 2026-11-24\n- [x] Vin · 2026-11-24\n- [ ] Urssaf · 2026-11-18\n",
+         "1 tâche à cocher (2 faites · 1 en retard) 2/2"},
         {"- [ ] Midi · 2026-11-24 12:00\n- [ ] Onze heures · 2026-11-24 11:00\n- [ ] Tôt · 2026-11-24 08:00\n"
          "- [x] Fait · 2026-11-24 10:50\n- [ ] Sans heure · 2026-11-24\n",
-         "4 tâches à cocher", "1 faite · 1 en retard · prochaine à 11:00", 1, 4},
-        {"- [ ] À l'instant · 2026-11-24 10:40\n", "1 tâche à cocher", "0 faite", 0, 1},
+         "4 tâches à cocher (1 faite · 1 en retard · prochaine à 11:00) 1/4"},
+        {"- [ ] À l'instant · 2026-11-24 10:40\n", "1 tâche à cocher (0 faite) 0/1"},
     };
-    for (const auto& [file, headline, detail, done, total] : cases) {
-        SCOPED_TRACE(file);
+    for (const auto& [file, said] : cases) {
         const auto contents = todayContents(stateOf(file));
         EXPECT_EQ(contents.overline, "Aujourd'hui · mardi 24 novembre");
-        EXPECT_EQ(contents.headline, headline);
-        EXPECT_EQ(contents.detail, detail);
-        EXPECT_EQ(contents.done, done);
-        EXPECT_EQ(contents.total, total);
+        EXPECT_EQ(contents.headline + " (" + contents.detail + ") " + std::to_string(contents.done) + "/" +
+                      std::to_string(contents.total),
+                  said);
     }
 }
 
@@ -156,5 +146,4 @@ TEST(AccountText, TellsHowLongTheSignInWaits) {
               "Aucun navigateur ne s'est ouvert. Copiez l'adresse et ouvrez-la dans un navigateur : encore 59 s.");
 }
 
-}
 }

@@ -1,42 +1,19 @@
+#include "DravelKit/DravelUI/SettingsCard.h"
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/MainWindow/TestWindow.h"
 
-#include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/Fields.h"
-#include "DravelKit/DravelUI/SettingsCard.h"
-#include "DravelKit/DravelUI/TextField.h"
-#include "DravelKit/DravelUI/TextLabel.h"
+namespace tacla::testing {
 
-#include <QApplication>
-#include <QClipboard>
-#include <QMenu>
-#include <QTest>
-
-#include <gtest/gtest.h>
-
-namespace tacla {
-namespace {
-
-using namespace Qt::StringLiterals;
-using dravel::Button;
-using testing::TestWindow;
-
-// Every text that shows in a part of the window, top to bottom.
-std::string texts(const QWidget& part) {
-    std::string all;
-    for (const auto* label : part.findChildren<dravel::TextLabel*>())
-        if (label->isVisible() && !label->text().isEmpty()) all += label->text().toStdString() + "\n";
-    return all;
-}
+using namespace dravel;
 
 TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     TestWindow window("");
-    auto& title = window.control<dravel::TextField>("add.title");
+    auto& title = window.field("add.title");
     title.setText(u"  Appeler la banque "_s);
-    QTest::mouseClick(&window.control<QWidget>("add.tomorrow"), Qt::LeftButton);
-    window.control<dravel::Switch>("add.hasTime").click();
-    window.control<dravel::Switch>("add.strong").click();
-    window.control<Button>("add.button").click();
+    window.click("add.tomorrow");
+    window.click("add.hasTime");
+    window.click("add.strong");
+    window.click("add.button");
     EXPECT_EQ(window.focused(), "add.title");
     QTest::keyClicks(&title, u"Relancer"_s);
     window.press(Qt::Key_Return);
@@ -51,11 +28,10 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
 
 TEST(AddCard, OffersTheMomentThatTheTitleTells) {
     TestWindow window("");
-    auto& title = window.control<dravel::TextField>("add.title");
-    auto& offer = window.control<dravel::Offer>("add.offer");
+    auto& title = window.field("add.title");
+    auto& offer = window.control<Offer>("add.offer");
     title.setFocus();
-    QTest::keyClicks(&title, u"Appeler Paul demain 14:30 prioritaire"_s);
-    window.settle();
+    window.type(u"Appeler Paul demain 14:30 prioritaire"_s);
     EXPECT_TRUE(offer.isVisible());
     EXPECT_EQ(offer.text().toStdString(), "demain 14:30 · prioritaire");
     window.press(Qt::Key_Tab);
@@ -69,7 +45,7 @@ TEST(AddCard, OffersTheMomentThatTheTitleTells) {
     window.press(Qt::Key_Return);
     EXPECT_EQ(window.world.text(), paul + date) << "as typed, on the day before the words; nothing changes unasked";
     QTest::keyClicks(&title, u"Vin ce soir"_s);
-    QTest::mouseClick(&offer, Qt::LeftButton);
+    window.click("add.offer");
     title.undo();
     EXPECT_EQ(title.text().toStdString(), "Vin ce soir");
     EXPECT_TRUE(offer.isVisible());
@@ -78,24 +54,17 @@ TEST(AddCard, OffersTheMomentThatTheTitleTells) {
 // A title, then the date, the time and the priority without a mouse: 14 keys.
 TEST(AddCard, TakesEverythingByKeys) {
     TestWindow window("");
-    window.control<dravel::TextField>("add.title").setFocus();
-    const auto type = [&](const char* keys) {
-        for (const char* key = keys; *key != '\0'; ++key) QTest::keyClick(QApplication::focusWidget(), *key);
-    };
-    for (const auto& [day, time, line] : {std::tuple{"22/12", "1430", "2026-12-22 14:30"},
-                                          {"3/2", "9h5", "2027-02-03 09:05"},
-                                          {"240128", "930", "2028-01-24 09:30"},
-                                          {"31/12/26", "7", "2026-12-31 07:00"}}) {
-        type("Pain");
-        window.press(Qt::Key_Tab);
+    window.field("add.title").setFocus();
+    for (const auto& [day, time, line] : {std::tuple{u"22/12"_s, u"1430"_s, "2026-12-22 14:30"},
+                                          {u"3/2"_s, u"9h5"_s, "2027-02-03 09:05"},
+                                          {u"240128"_s, u"930"_s, "2028-01-24 09:30"},
+                                          {u"31/12/26"_s, u"7"_s, "2026-12-31 07:00"}}) {
+        window.type(u"Pain\t"_s);
         EXPECT_EQ(window.focused(), "add.date");
-        type(day);
-        window.press(Qt::Key_Tab);
-        type(time);
+        QTest::keyClicks(QApplication::focusWidget(), day + u'\t');
+        window.type(time);
         EXPECT_EQ(window.focused(), "add.time");
-        window.press(Qt::Key_Tab);
-        window.press(Qt::Key_Space);
-        window.press(Qt::Key_Return);
+        for (const auto key : {Qt::Key_Tab, Qt::Key_Space, Qt::Key_Return}) window.press(key);
         EXPECT_EQ(window.world.state().tasks.back().title, "❗ Pain");
         EXPECT_EQ(window.world.state().tasks.back().when(), line);
         EXPECT_EQ(window.focused(), "add.title");
@@ -104,33 +73,32 @@ TEST(AddCard, TakesEverythingByKeys) {
 
 TEST(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
     TestWindow window("");
-    auto& title = window.control<dravel::TextField>("add.title");
+    auto& title = window.field("add.title");
     QApplication::clipboard()->setText(u"Pain\u0085Vin"_s);
     title.paste();
     EXPECT_EQ(title.text().toStdString(), "Pain Vin");
     std::filesystem::remove(window.world.file);
     std::filesystem::create_directory(window.world.file);
-    window.control<Button>("add.button").click();
+    window.click("add.button");
     EXPECT_EQ(title.text().toStdString(), "Pain Vin");
-    auto& reason = window.control<dravel::TextLabel>("add.reason");
-    EXPECT_TRUE(reason.isVisible());
-    EXPECT_EQ(reason.text().toStdString(), window.world.state().fileError.value_or("none"));
+    EXPECT_TRUE(window.shows("add.reason"));
+    EXPECT_EQ(window.control<TextLabel>("add.reason").text().toStdString(), window.world.state().fileError.value());
     std::filesystem::remove(window.world.file);
-    testing::writeBytes(window.world.file, "");
-    window.control<Button>("add.button").click();
+    writeBytes(window.world.file, "");
+    window.click("add.button");
     EXPECT_EQ(window.world.text(), "- [ ] Pain Vin · 2026-11-24\n");
     EXPECT_EQ(title.text(), QString());
-    EXPECT_FALSE(reason.isVisible());
+    EXPECT_FALSE(window.shows("add.reason"));
 }
 
 TEST(AddCard, MakesSeveralTasksOfSeveralLinesWhenAsked) {
     TestWindow window("");
-    auto& title = window.control<dravel::TextField>("add.title");
+    auto& title = window.field("add.title");
     QApplication::clipboard()->setText(
         u"# Courses\r\n- Pain\n\n- [x] ❗ Vin · 2026-12-24 18:00 · ✅ 2026-11-20\nSel\n"_s);
     title.paste();
     title.setFocus();
-    EXPECT_EQ(window.control<dravel::Offer>("add.offer").text().toStdString(), "Ajouter 3 tâches ?");
+    EXPECT_EQ(window.control<Offer>("add.offer").text().toStdString(), "Ajouter 3 tâches ?");
     window.press(Qt::Key_Tab);
     EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n- [ ] ❗ Vin · 2026-12-24 18:00\n- [ ] Sel · 2026-11-24\n");
     EXPECT_EQ(title.text(), QString());
@@ -143,8 +111,7 @@ TEST(LatePage, PostponesAllAtOnce) {
         "- [ ] Pain · 2026-11-20 08:00\n- [ ] Vin · 2026-11-21 · due 2026-11-01\n- [ ] Sel · 2026-11-25\n");
     const auto before = window.world.text();
     window.press(Qt::Key_R, Qt::ControlModifier);
-    auto& menu = window.control<QMenu>("postponeAll.menu");
-    QTest::keyClick(&menu, Qt::Key_D);
+    QTest::keyClick(&window.control<QMenu>("postponeAll.menu"), Qt::Key_D);
     window.settle();
     EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-25 08:00 · due 2026-11-20\n"
                                    "- [ ] Vin · 2026-11-25 · due 2026-11-01\n- [ ] Sel · 2026-11-25\n");
@@ -157,8 +124,7 @@ TEST(FindPage, FindsInAllTasksAndGivesThePageBack) {
     window.focus("Pain");
     window.press(Qt::Key_F, Qt::ControlModifier);
     EXPECT_EQ(window.focused(), "find.words");
-    QTest::keyClicks(QApplication::focusWidget(), u"ete"_s);
-    window.settle();
+    window.type(u"ete"_s);
     EXPECT_EQ(window.shown(), "Thé d'été [30/11]\nÉté indien [20/11]\n");
     window.press(Qt::Key_Down);
     window.press(Qt::Key_Space);
@@ -166,41 +132,35 @@ TEST(FindPage, FindsInAllTasksAndGivesThePageBack) {
     window.press(Qt::Key_Escape);
     EXPECT_EQ(window.page().objectName(), u"page.today"_s);
     EXPECT_EQ(window.focused(), "Pain check");
-    for (const auto* way : {"find.open", "section.today"})
-        QTest::mouseClick(&window.control<QWidget>(way), Qt::LeftButton);
+    for (const auto* way : {"find.open", "section.today"}) window.click(way);
     EXPECT_EQ(window.page().objectName(), u"page.today"_s) << "with the pointer alone";
 }
 
 TEST(AddCard, MovesWithTheDayAtMidnight) {
     TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 23:59");
-    EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 24));
-    window.world.loop.advance(std::chrono::minutes(2));
-    window.settle();
-    EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 25));
-    EXPECT_EQ(window.control<dravel::TextLabel>("hero.overline").text().toStdString(),
-              "Aujourd'hui · mercredi 25 novembre");
+    const auto dayAfter = [&](std::chrono::minutes time) {
+        window.world.loop.advance(time);
+        window.settle();
+        return window.control<DateField>("add.date").date();
+    };
+    EXPECT_EQ(dayAfter(0min), QDate(2026, 11, 24));
+    EXPECT_EQ(dayAfter(2min), QDate(2026, 11, 25));
+    EXPECT_TRUE(window.tells("Aujourd'hui · mercredi 25 novembre\n"));
     EXPECT_EQ(window.shown(), "Pain [24/11]\n");
 
-    QTest::mouseClick(&window.control<QWidget>("add.tomorrow"), Qt::LeftButton);
-    EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 26));
-    window.world.loop.advance(std::chrono::hours(24));
-    window.settle();
-    EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 26)) << "picked by the user";
-    window.world.loop.advance(std::chrono::hours(24));
-    window.settle();
-    EXPECT_EQ(window.control<dravel::DateField>("add.date").date(), QDate(2026, 11, 27)) << "not a day that is past";
+    window.click("add.tomorrow");
+    EXPECT_EQ(dayAfter(0h), QDate(2026, 11, 26));
+    EXPECT_EQ(dayAfter(24h), QDate(2026, 11, 26)) << "picked by the user";
+    EXPECT_EQ(dayAfter(24h), QDate(2026, 11, 27)) << "not a day that is past";
 }
 
 TEST(Pages, OfferToConvertALineEndThatHidesADate) {
     const std::string tasks = "- [ ] Pain · 2026-11-24\r\n";
     TestWindow window(tasks);
-    const auto problem = texts(window.control<QWidget>("problems"));
-    EXPECT_NE(problem.find("1 ligne finit par un retour chariot : sa date n'est pas lue"), std::string::npos)
-        << problem;
+    EXPECT_TRUE(window.tells("1 ligne finit par un retour chariot : sa date n'est pas lue"));
     EXPECT_EQ(window.shown(), "");
-    window.control<Button>("problem.lineEnds").click();
-    window.settle();
-    EXPECT_FALSE(window.control<QWidget>("problems").isVisible());
+    window.click("problem.lineEnds");
+    EXPECT_FALSE(window.shows("problems"));
     EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n");
     window.world.list().undo();
     EXPECT_EQ(window.world.text(), tasks);
@@ -211,7 +171,7 @@ TEST(SettingsPage, LooksAtACopyAndBringsItBack) {
     window.world.list().toggle(window.world.task("Pain"));
     window.page(Section::settings);
     const auto choose = [&](int action) {
-        window.control<Button>("copies.bringBack").click();
+        window.click("copies.bringBack");
         auto& menu = window.control<QMenu>("copies");
         EXPECT_EQ(menu.actions().at(0)->text(), u"Aujourd'hui à 10:40"_s);
         menu.actions().at(0)->menu()->actions().at(action)->trigger();
@@ -220,7 +180,7 @@ TEST(SettingsPage, LooksAtACopyAndBringsItBack) {
     };
     choose(0);
     EXPECT_TRUE(window.asked.at(0).starts_with("open 2026-11-24 10h40m00s ")) << window.asked.at(0);
-    testing::writeBytes(window.world.file, "- [ ] Lait\n"); // since the list was last looked at
+    writeBytes(window.world.file, "- [ ] Lait\n"); // since the list was last looked at
     choose(1);
     EXPECT_EQ(window.world.text(), "- [ ] Lait\n");
     choose(1);
@@ -231,58 +191,55 @@ TEST(SettingsPage, LooksAtACopyAndBringsItBack) {
 
 TEST(SettingsPage, AsksTheDesktopAndFollowsItsAnswers) {
     TestWindow window("");
-    auto& page = window.page(Section::settings);
-    EXPECT_NE(texts(page).find("/home/camille/.local/bin/tacla\ntacla list · tacla done <texte> · tacla sync"),
-              std::string::npos);
-    for (const char* button : {"file.open", "file.reveal", "change.choose"}) window.control<Button>(button).click();
+    window.page(Section::settings);
+    EXPECT_TRUE(window.tells("/home/camille/.local/bin/tacla\ntacla list · tacla done <texte> · tacla sync"));
+    for (const char* button : {"file.open", "file.reveal", "change.choose"}) window.click(button);
     EXPECT_EQ(window.world.state().file, window.world.file) << "cancelled";
     window.chosen = window.world.folder / "autre.md";
-    window.control<Button>("change.create").click();
+    window.click("change.create");
     EXPECT_EQ(window.asked, (std::vector<std::string>{"open taches.md", "reveal taches.md", "choose", "create"}));
-    EXPECT_NE(texts(page).find(window.chosen.string()), std::string::npos) << texts(page);
-    EXPECT_EQ(testing::readBytes(window.chosen), TaskFile::newFileText);
+    EXPECT_TRUE(window.tells(window.chosen.string()));
+    EXPECT_EQ(readBytes(window.chosen), TaskFile::newFileText);
 
-    window.control<dravel::Switch>("login.switch").click();
+    window.click("login.switch");
     EXPECT_TRUE(window.world.loginItem.enabled);
-    window.world.loginItem.failure.emplace(dravel::FileError::Kind::system, "/autostart", EACCES);
-    window.control<dravel::Switch>("login.switch").click();
-    EXPECT_TRUE(window.control<dravel::Switch>("login.switch").isChecked()) << "the desktop refused";
+    window.world.loginItem.failure.emplace(FileError::Kind::system, "/autostart", EACCES);
+    window.click("login.switch");
+    EXPECT_TRUE(window.control<Switch>("login.switch").isChecked()) << "the desktop refused";
 }
 
 TEST(SettingsPage, FollowsTheAccount) {
     TestWindow window("");
     window.world.calendar.present = Connection::signedOut;
-    auto& page = window.page(Section::settings);
-    window.control<Button>("account.signOut").click();
+    window.page(Section::settings);
+    window.click("account.signOut");
     window.world.loop.runPosted();
-    window.world.calendar.clientFile = dravel::OAuthClient::Source::missing;
+    window.world.calendar.clientFile = OAuthClient::Source::missing;
     window.world.list().read();
     window.settle();
-    EXPECT_FALSE(window.control<Button>("account.signIn").isVisible());
-    EXPECT_NE(texts(page).find("fichier client, gratuit"), std::string::npos) << texts(page);
-    window.control<Button>("account.guide").click();
+    EXPECT_FALSE(window.shows("account.signIn"));
+    EXPECT_TRUE(window.tells("fichier client, gratuit"));
+    window.click("account.guide");
     window.chosen = "/tmp/photo.png";
     window.world.calendar.failure = "Client Google illisible";
-    window.control<Button>("client.choose").click();
-    window.settle();
-    EXPECT_NE(texts(page).find("Client Google illisible\n"), std::string::npos);
+    window.click("client.choose");
+    EXPECT_TRUE(window.tells("Client Google illisible\n"));
     window.world.calendar.failure.reset();
     window.chosen = "/tmp/client_secret_1.json";
-    window.control<Button>("client.choose").click();
-    window.settle();
-    EXPECT_EQ(texts(page).find("Client Google illisible\n"), std::string::npos);
-    EXPECT_TRUE(window.control<Button>("account.signIn").isVisible());
+    window.click("client.choose");
+    EXPECT_FALSE(window.tells("Client Google illisible\n"));
+    EXPECT_TRUE(window.shows("account.signIn"));
     EXPECT_EQ(window.asked, (std::vector<std::string>{"guide", "client", "client"}));
-    window.world.calendar.clientFile = dravel::OAuthClient::Source::package;
+    window.world.calendar.clientFile = OAuthClient::Source::package;
     window.world.list().read();
     window.settle();
-    EXPECT_FALSE(window.control<Button>("client.choose").isVisible()) << "the maker's own";
+    EXPECT_FALSE(window.shows("client.choose")) << "the maker's own";
 }
 
 TEST(SettingsPage, LetsTheUserLeaveTheSignIn) {
     TestWindow window("");
     auto& world = window.world;
-    auto& page = window.page(Section::settings);
+    window.page(Section::settings);
     world.mirror(MirrorEvent::Kind::signOutAsked);
     world.loop.runPosted();
     bool stopped = false;
@@ -291,16 +248,13 @@ TEST(SettingsPage, LetsTheUserLeaveTheSignIn) {
         if (stopped) throw std::runtime_error("Connexion Google interrompue");
     };
     world.background.held = true;
-    window.control<Button>("account.signIn").click();
-    window.settle();
-    EXPECT_NE(texts(page).find("Connexion\n"), std::string::npos);
+    window.click("account.signIn");
+    EXPECT_TRUE(window.tells("Connexion\n"));
     world.calendar.present = Connection::signedOut;
-    window.control<Button>("account.leave").click();
-    window.settle();
-    EXPECT_TRUE(window.control<Button>("account.signIn").isVisible()) << "at once, whatever the job does";
+    window.click("account.leave");
+    EXPECT_TRUE(window.shows("account.signIn")) << "at once, whatever the job does";
     world.background.held = false;
-    while (world.background.waiting() > 0) world.background.runOne();
-    world.loop.runPosted();
+    world.background.finish();
     EXPECT_TRUE(stopped);
     EXPECT_EQ(world.state().connection, Connection::signedOut);
     EXPECT_EQ(world.state().syncError, std::nullopt) << "it is no failure";
@@ -308,19 +262,16 @@ TEST(SettingsPage, LetsTheUserLeaveTheSignIn) {
 
 TEST(Welcome, OffersTheThreeSteps) {
     TestWindow window("", "2026-11-24 10:40", true);
-    const auto text = texts(*window.view);
-    EXPECT_NE(text.find("zone de notification"), std::string::npos) << text;
+    EXPECT_TRUE(window.tells("zone de notification"));
     window.chosen = window.world.folder / "mes-taches.md";
-    testing::writeBytes(window.chosen, "- [ ] Pain\n");
-    window.control<Button>("welcome.list").click();
+    writeBytes(window.chosen, "- [ ] Pain\n");
+    window.click("welcome.list");
     EXPECT_EQ(window.world.state().file, window.chosen);
 
     EXPECT_EQ(window.control<Button>("welcome.agenda").text().toStdString(), "Activer") << "an account is there";
-    window.control<Button>("welcome.agenda").click();
-    window.settle();
+    window.click("welcome.agenda");
     EXPECT_TRUE(window.world.preferences.calendarSync());
-    EXPECT_FALSE(window.control<Button>("welcome.agenda").isVisible()) << "done";
+    EXPECT_FALSE(window.shows("welcome.agenda")) << "done";
 }
 
-}
 }

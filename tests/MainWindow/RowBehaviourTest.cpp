@@ -1,28 +1,13 @@
 #include "Tacla/MainWindow/Rows/TaskControls.h"
 #include "tests/MainWindow/TestWindow.h"
 
-#include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/Fields.h"
-#include "DravelKit/DravelUI/TextField.h"
-#include "DravelKit/DravelUI/TextLabel.h"
-
-#include <QApplication>
-#include <QClipboard>
-#include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
-#include <QTest>
 
-#include <gtest/gtest.h>
-
-namespace tacla {
-namespace {
-
-using namespace Qt::StringLiterals;
-using testing::TestWindow;
+namespace tacla::testing {
 
 // The stops of the Tab key from the one that has focus to the last one named. A date has three parts but is one stop.
-std::string stopsUntil(TestWindow& window, const std::string& last) {
+static std::string stopsUntil(TestWindow& window, const std::string& last) {
     std::string path;
     for (int i = 0; i < 30; ++i) {
         if (!path.ends_with(window.focused() + ", ")) path += window.focused() + ", ";
@@ -32,16 +17,17 @@ std::string stopsUntil(TestWindow& window, const std::string& last) {
     return path;
 }
 
-QList<QAction*> menuOf(TestWindow& window, std::string_view title) {
+// The entries of a row's menu, which a click opens.
+static QList<QAction*> menuOf(TestWindow& window, std::string_view title) {
     QTest::mouseClick(window.row(title).findChild<QWidget*>(u"menu"_s), Qt::LeftButton);
     return window.row(title).findChild<QMenu*>()->actions();
 }
 
 TEST(TaskRow, PostponesFromTheDayOfTheClickNotOfTheLastReload) {
     TestWindow window("- [ ] Pain · 2026-11-20\n", "2026-11-24 23:59");
-    menuOf(window, "Pain");
-    window.world.loop.setClock(testing::moment("2026-11-25 00:01"));
-    window.row("Pain").findChild<QMenu*>()->actions().front()->trigger(); // to tomorrow
+    const auto toTomorrow = menuOf(window, "Pain").front();
+    window.world.loop.setClock(moment("2026-11-25 00:01"));
+    toTomorrow->trigger();
     EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-26 · due 2026-11-20\n");
 }
 
@@ -77,19 +63,17 @@ TEST(TaskEditor, SavesWhatWasTypedAndGivesTheFocusBack) {
     window.focus("❗ Pain");
     window.press(Qt::Key_Return);
     EXPECT_EQ(window.focused(), "editor.title");
-    auto& title = window.control<dravel::TextField>("editor.title");
-    EXPECT_EQ(title.text().toStdString(), "Pain");
-    title.setText(u"Pain complet"_s);
-    window.control<dravel::Switch>("editor.hasTime").click();
+    EXPECT_EQ(window.field("editor.title").text().toStdString(), "Pain");
+    window.field("editor.title").setText(u"Pain complet"_s);
+    window.click("editor.hasTime");
     window.press(Qt::Key_Return);
     EXPECT_EQ(window.world.text(), "- [ ] ❗ Pain complet · 2026-11-24 10:00\n- [ ] Vin · 2026-11-24 18:00\n");
     EXPECT_EQ(window.focused(), "❗ Pain complet check") << "the row that was renamed, now late";
 
     window.press(Qt::Key_F2);
     const int height = window.row("❗ Pain complet").height();
-    window.control<dravel::TextField>("editor.title").end(false);
-    QTest::keyClicks(QApplication::focusWidget(), u" pour demain 9h"_s);
-    window.settle();
+    window.field("editor.title").end(false);
+    window.type(u" pour demain 9h"_s);
     EXPECT_GT(window.row("❗ Pain complet").height(), height) << "the words are offered";
     window.press(Qt::Key_Tab);
     EXPECT_EQ(window.row("❗ Pain complet").height(), height);
@@ -101,7 +85,7 @@ TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
     TestWindow window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n");
     auto& row = window.row("Vin");
     row.startEditing();
-    auto& title = window.control<dravel::TextField>("editor.title");
+    auto& title = window.field("editor.title");
     title.setText(u"Vin rouge"_s);
     title.setCursorPosition(3);
 
@@ -113,8 +97,7 @@ TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
     EXPECT_EQ(title.cursorPosition(), 3);
 
     window.fileBecomes("- [ ] Eau · 2026-11-20\n- [x] Pain · 2026-11-24\n- [ ] Autre chose · 2026-11-21\n");
-    EXPECT_EQ(window.control<dravel::TextLabel>("editor.note").isVisible(), true)
-        << "the task is gone, what was typed is not";
+    EXPECT_EQ(window.shows("editor.note"), true) << "the task is gone, what was typed is not";
     EXPECT_EQ(title.text().toStdString(), "Vin rouge");
     const auto text = window.world.text();
     window.press(Qt::Key_Return);
@@ -128,7 +111,7 @@ TEST(TaskEditor, SurvivesAReloadWhileTheTaskDoes) {
 TEST(TaskEditor, KeepsWhatWasTypedUntilItIsInTheFile) {
     TestWindow window("- [ ] Pain · 2026-11-24 9:05\n");
     window.row("Pain").startEditing();
-    auto& title = window.control<dravel::TextField>("editor.title");
+    auto& title = window.field("editor.title");
     title.setText(u"Sel"_s);
     std::filesystem::rename(window.world.file, window.world.folder / "aside");
     window.press(Qt::Key_Return);
@@ -180,22 +163,19 @@ TEST(TaskColumn, HandsTheFocusOnWhenTheRowLeaves) {
 
 TEST(TaskColumn, IsWalkedThroughByKeyboard) {
     TestWindow window("- [ ] Pain · 2026-11-24\n- [ ] Vin · 2026-11-24\n- [ ] Devis · 2026-11-25\n");
-    window.control<dravel::TextField>("add.title").setFocus(Qt::TabFocusReason);
+    window.field("add.title").setFocus(Qt::TabFocusReason);
     EXPECT_EQ(stopsUntil(window, "section.today"),
               "add.title, add.date, add.hasTime, add.strong, add.button, "
               "Pain check, Pain menu, Vin check, Vin menu, Devis check, Devis menu, section.today, ");
     window.row("Pain").focus(TaskRow::Stop::menu, Qt::TabFocusReason);
-    window.press(Qt::Key_Down);
-    window.press(Qt::Key_Down);
-    EXPECT_EQ(window.focused(), "Devis menu");
-    window.press(Qt::Key_Up);
-    EXPECT_EQ(window.focused(), "Vin menu");
-    window.press(Qt::Key_Backtab);
-    window.press(Qt::Key_Backtab);
-    window.press(Qt::Key_Backtab);
-    window.press(Qt::Key_Backtab);
-    EXPECT_EQ(window.focused(), "add.button");
-    window.press(Qt::Key_Tab);
+    for (const auto& [key, focused] : {std::pair{Qt::Key_Down, "Vin menu"},
+                                       {Qt::Key_Down, "Devis menu"},
+                                       {Qt::Key_Up, "Vin menu"},
+                                       {Qt::Key_Backtab, "Vin check"}}) {
+        window.press(key);
+        EXPECT_EQ(window.focused(), focused);
+    }
+    window.focus("Pain");
     window.press(Qt::Key_F10, Qt::ShiftModifier);
     EXPECT_NE(window.row("Pain").findChild<QMenu*>(), nullptr);
 }
@@ -268,5 +248,4 @@ TEST(TaskColumn, TakesAnyTitleAndDay) {
     }
 }
 
-}
 }

@@ -1,16 +1,11 @@
 #include "Tacla/MainWindow/Rows/RowContents.h"
 #include "tests/MainWindow/ModelStates.h"
 
-#include <gtest/gtest.h>
+namespace tacla::testing {
 
-namespace tacla {
-namespace {
+static constexpr Day today{2026, 11, 24};
 
-using testing::taskOf;
-
-constexpr Day today{2026, 11, 24};
-
-std::string transcript(const std::vector<TaskTag>& tags) {
+static std::string transcript(const std::vector<TaskTag>& tags) {
     std::string text;
     for (const auto& tag : tags)
         text += (text.empty() ? "" : ", ") + tag.text + (tag.role == ColourRole::plain ? "" : "!");
@@ -18,10 +13,8 @@ std::string transcript(const std::vector<TaskTag>& tags) {
 }
 
 TEST(TaskTags, StandInOrder) {
-    struct Case {
-        const char *line, *withDay, *withoutDay;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        // with the day, without it
         {"- [ ] Pain", "", ""},
         {"- [ ] Pain · 2026-11-24", "aujourd'hui", ""},
         {"- [ ] Pain · 2026-11-25 09:30", "demain, 09:30", "09:30"},
@@ -94,5 +87,4 @@ TEST(TaskEditor, AsksForWhatWasTouchedAndKeepsATaskWithoutADayUndated) {
     }
 }
 
-}
 }

@@ -1,13 +1,8 @@
 #include "tests/MainWindow/TestWindow.h"
 
-#include <QApplication>
-#include <QTest>
-
 #include <algorithm>
 
 namespace tacla::testing {
-
-using namespace Qt::StringLiterals;
 
 TestWindow::TestWindow(std::string_view tasks, std::string_view now, bool onboarding) : world(now, tasks) {
     world.start();
@@ -82,6 +77,13 @@ std::string TestWindow::shown() {
 
 void TestWindow::focus(std::string_view title) { row(title).focus(TaskRow::Stop::check, Qt::TabFocusReason); }
 
+bool TestWindow::tells(const std::string& text) {
+    std::string all;
+    for (const auto* label : view->findChildren<dravel::TextLabel*>())
+        if (label->isVisible()) all += label->text().toStdString() + "\n";
+    return all.find(text) != std::string::npos;
+}
+
 void TestWindow::fileBecomes(std::string_view text) {
     world.save(text);
     world.model.checkFile();
@@ -99,6 +101,16 @@ std::string TestWindow::focused() const {
 void TestWindow::press(int key, Qt::KeyboardModifiers modifiers) {
     auto* focus = QApplication::focusWidget();
     QTest::keyClick(focus ? focus : view.get(), static_cast<Qt::Key>(key), modifiers);
+    settle();
+}
+
+void TestWindow::type(const QString& text) {
+    QTest::keyClicks(QApplication::focusWidget(), text);
+    settle();
+}
+
+void TestWindow::click(const char* objectName) {
+    QTest::mouseClick(&control<QWidget>(objectName), Qt::LeftButton);
     settle();
 }
 

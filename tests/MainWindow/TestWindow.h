@@ -1,17 +1,23 @@
 #pragma once
 
+#include "DravelKit/DravelUI/Button.h"
 #include "DravelKit/DravelUI/DravelPage.h"
+#include "DravelKit/DravelUI/Fields.h"
+#include "DravelKit/DravelUI/TextField.h"
+#include "DravelKit/DravelUI/TextLabel.h"
 #include "Tacla/MainWindow/MainView.h"
 #include "Tacla/MainWindow/Rows/TaskRow.h"
 #include "tests/support/ModelWorld.h"
 
-#include <QString>
-
-#include <string>
-#include <string_view>
-#include <vector>
+#include <QApplication>
+#include <QClipboard>
+#include <QMenu>
+#include <QTest>
 
 namespace tacla::testing {
+
+using namespace Qt::StringLiterals;
+using dravel::TextField;
 
 // The window's content over a living model on virtual time, shown and active.
 struct TestWindow {
@@ -31,10 +37,15 @@ struct TestWindow {
         if (!found) throw std::runtime_error(std::string("no ") + objectName);
         return *found;
     }
+    bool shows(const char* objectName) { return control<QWidget>(objectName).isVisible(); }
+    TextField& field(const char* objectName) { return control<TextField>(objectName); }
+    bool tells(const std::string& text);     // among all that shows, which ends each of its texts with a line feed
     void fileBecomes(std::string_view text); // as an editor saves it, and the poll sees it
     std::string focused() const;             // "title check", "title menu" or the control's object name
     void press(int key, Qt::KeyboardModifiers = {});
-    void settle(); // lets the event loop do what was put off
+    void type(const QString&);          // where the focus is
+    void click(const char* objectName); // with the mouse
+    void settle();                      // lets the event loop do what was put off
 
     ModelWorld world;
     std::vector<std::string> asked;

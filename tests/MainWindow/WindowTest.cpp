@@ -1,5 +1,3 @@
-#include "DravelKit/DravelUI/Button.h"
-#include "DravelKit/DravelUI/DravelShell.h"
 #include "Tacla/MainWindow/MainWindowController.h"
 #include "tests/MainWindow/TestWindow.h"
 
@@ -7,24 +5,16 @@
 #include <QLayout>
 #include <QMainWindow>
 #include <QScreen>
-#include <QTest>
 
-#include <gtest/gtest.h>
-
-namespace tacla {
-namespace {
-
-using namespace Qt::StringLiterals;
-using testing::TestWindow;
+namespace tacla::testing {
 
 TEST(MainView, GoesToASectionThatIsRequestedWhileItIsThere) {
-    testing::ModelWorld world("2026-11-24 10:40", "");
+    ModelWorld world("2026-11-24 10:40", "");
     world.model.requestSection("settings");
     const MainView view(world.model, {}, [&] { return world.loop.now(); });
     EXPECT_EQ(view.findChild<QWidget*>(u"page.settings"_s), nullptr) << "requested before";
     world.model.requestSection("settings");
     EXPECT_NE(view.findChild<QWidget*>(u"page.settings"_s), nullptr) << "the same request, made again";
-    EXPECT_EQ(world.state().requestedSection, std::nullopt);
     world.model.requestSection("ailleurs");
     EXPECT_EQ(world.state().requestedSection, "ailleurs") << "left in place";
 }
@@ -32,22 +22,20 @@ TEST(MainView, GoesToASectionThatIsRequestedWhileItIsThere) {
 TEST(UndoBar, OffersToTakeTheLastChangeBack) {
     const std::string pain = "- [ ] Pain · 2026-11-24\n";
     TestWindow window(pain);
-    auto& bar = window.control<dravel::Toast>("toast");
-    auto& undo = window.control<dravel::Button>("toastAction");
-    EXPECT_FALSE(bar.isVisible());
-    window.row("Pain").focus(TaskRow::Stop::check, Qt::TabFocusReason);
+    EXPECT_FALSE(window.shows("toast"));
+    window.focus("Pain");
     window.press(Qt::Key_Space);
     EXPECT_EQ(window.focused(), "Pain check") << "the bar leaves the focus alone";
-    EXPECT_EQ(undo.accessibleName().toStdString(), "Annuler : Tâche cochée : Pain");
-    EXPECT_GE(window.page(Section::settings).widget()->layout()->contentsMargins().bottom(), bar.height())
+    EXPECT_GE(window.page(Section::settings).widget()->layout()->contentsMargins().bottom(),
+              window.control<QWidget>("toast").height())
         << "the page scrolls past it";
-    undo.click();
+    window.click("toastAction");
     EXPECT_EQ(window.world.text(), pain);
-    EXPECT_FALSE(bar.isVisible());
+    EXPECT_FALSE(window.shows("toast"));
 }
 
 TEST(MainWindow, HidesWhenClosedAndComesBackAsItWas) {
-    testing::LivingWorld world("2026-11-24 10:40", "- [ ] Pain · 2026-11-24\n");
+    LivingWorld world("2026-11-24 10:40", "- [ ] Pain · 2026-11-24\n");
     MainWindowController controller(world.model, world.preferences, {}, [&] { return world.loop.now(); });
     EXPECT_FALSE(controller.isShown());
     controller.show();
@@ -74,7 +62,7 @@ TEST(MainWindow, FitsIntoTheScreenThatItComesTo) {
                                                   {QSize(1280, 720), false, QSize(1272, 624)},
                                                   {QSize(1024, 600), false, QSize(1016, 504)}})
         EXPECT_EQ(roomForContent(free, panelsKnown), room);
-    testing::LivingWorld world("2026-11-24 10:40", "");
+    LivingWorld world("2026-11-24 10:40", "");
     world.preferences.setWindow({3000, 2000}, Preferences::Position{2500, 1900}); // of a larger screen, which is gone
     MainWindowController controller(world.model, world.preferences, {}, [&] { return world.loop.now(); });
     controller.show();
@@ -84,9 +72,9 @@ TEST(MainWindow, FitsIntoTheScreenThatItComesTo) {
 }
 
 TEST(HeadlessSnapshot, DrawsTheWindowInItsAppearanceAndScale) {
-    testing::ModelWorld world("2026-11-24 10:40", "- [ ] Pain · 2026-11-24\n");
+    ModelWorld world("2026-11-24 10:40", "- [ ] Pain · 2026-11-24\n");
     world.list().read();
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     const auto picture = [&](const Snapshot& wanted) {
         MainWindowController::headlessSnapshot(
             world.model, {}, [&] { return world.loop.now(); }, folder / "a.png", wanted);
@@ -99,5 +87,4 @@ TEST(HeadlessSnapshot, DrawsTheWindowInItsAppearanceAndScale) {
     EXPECT_EQ(dark.pixelColor(1000, 10), QColor(0x13, 0x19, 0x27));
 }
 
-}
 }

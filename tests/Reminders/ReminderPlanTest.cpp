@@ -3,20 +3,9 @@
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/ModelWorld.h"
 
-#include <gtest/gtest.h>
-
-namespace tacla {
-
-using testing::moment;
-using Lines = std::vector<std::string>;
+namespace tacla::testing {
 
 namespace {
-
-Lines lines(const std::string& text) {
-    Lines result;
-    for (const auto piece : dravel::split(text, "; ", false)) result.emplace_back(piece);
-    return result;
-}
 
 // "pain@2025-03-04 14:30" as an identifier, whose key part is the title's digest.
 std::string identifier(const std::string& named) {
@@ -27,17 +16,17 @@ std::string identifier(const std::string& named) {
 // Tasks, pending, notified and plan are lists; of the plan, "-" is stale, "+" scheduled, "!" caught up, "x" expired.
 struct Case {
     const char *what, *now, *tasks, *pending, *notified, *plan;
-    std::chrono::hours zoneMoved{0};
+    std::chrono::hours zoneMoved = 0h;
 };
 
 std::string planned(const Case& given) {
     Moments pending;
-    Lines notified;
-    for (const auto& named : lines(given.pending)) {
+    std::vector<std::string> notified;
+    for (const auto& named : linesOf(given.pending, "; ")) {
         const auto when = named.substr(named.find('@') + 1) + " 09:00"; // its own time comes first
         pending[identifier(named)] = moment(when.substr(0, 16)) + given.zoneMoved;
     }
-    for (const auto& named : lines(given.notified)) notified.push_back(identifier(named));
+    for (const auto& named : linesOf(given.notified, "; ")) notified.push_back(identifier(named));
     const TaskList tasks(dravel::replacedAll(given.tasks, "; ", "\n"));
     const auto plan = planReminders(tasks, pending, notified, moment(given.now));
     std::string text;
@@ -80,7 +69,7 @@ const Case cases[] = {
 TEST(ReminderPlan, IsWhatMustChange) {
     for (const auto& given : cases) {
         std::string expected;
-        for (const auto& line : lines(given.plan)) expected += line.front() + identifier(line.substr(1)) + "; ";
+        for (const auto& line : linesOf(given.plan, "; ")) expected += line.front() + identifier(line.substr(1)) + "; ";
         EXPECT_EQ(planned(given), expected) << given.what;
     }
 }

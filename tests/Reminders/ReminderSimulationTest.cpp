@@ -1,18 +1,13 @@
-#include "DravelKit/Foundation/Text.h"
 #include "Tacla/Preferences/NotifiedTasks.h"
 #include "Tacla/TaskList/TaskFile.h"
 #include "tests/support/ModelWorld.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <random>
 #include <set>
 
 namespace tacla::testing {
 
-using namespace std::chrono_literals;
 using std::chrono::minutes;
 
 namespace {
@@ -20,19 +15,11 @@ namespace {
 const std::vector<std::string> titles{"Pain", "pain", "❗ Pain", "Lait", "Banque", "TVA", "Été", "🎉 Fête", "Vélo"};
 const std::vector<const char*> zones{"Europe/Paris", "America/New_York", "Pacific/Apia", "Asia/Tokyo", "UTC"};
 
-using Lines = std::vector<std::string>;
-
-Lines lines(const std::string& text) {
-    Lines result;
-    for (const auto line : dravel::split(text, "\n")) result.emplace_back(line);
-    return result;
-}
-
 // Who each line of the list is, whatever becomes of it: told by every single edit of the text.
 class Identities {
   public:
     void see(const std::string& text) {
-        const auto now = lines(text);
+        const auto now = linesOf(text);
         const auto place = std::ranges::mismatch(lines_, now).in1 - lines_.begin();
         for (auto more = now.size(); more > lines_.size(); --more) ids_.insert(ids_.begin() + place, ++last_);
         if (now.size() < lines_.size()) ids_.erase(ids_.begin() + place);
@@ -42,7 +29,7 @@ class Identities {
     const std::vector<int>& all() const { return ids_; }
 
   private:
-    Lines lines_;
+    std::vector<std::string> lines_;
     std::vector<int> ids_;
     int last_ = 0;
 };
@@ -259,11 +246,11 @@ class Simulation {
         if (pick(4) == 0) return world_.notifications.close(handle); // put away by the user
         if (pick(2) == 0) editorSavesOnce();                         // nobody has looked since
         if (pick(3) == 0) editorSavesOnce(lineOf(bubbles_.at(handle).id));
-        const auto before = lines(world_.text());
+        const auto before = linesOf(world_.text());
         const auto windows = windowsAsked_;
         world_.notifications.press(handle, pick(2) == 0 ? NotificationServer::Action::done
                                                         : NotificationServer::Action::tomorrow);
-        const auto after = lines(world_.text());
+        const auto after = linesOf(world_.text());
         if (before == after) {
             EXPECT_GT(windowsAsked_, windows) << "nothing happened";
             ++refused;

@@ -1,13 +1,110 @@
-#include "tests/SafeFile/FaultySystem.h"
 #include "tests/SafeFile/SafeFileWorld.h"
 
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include <cerrno>
+#include <functional>
 #include <thread>
+#include <utility>
 
 using namespace tacla::testing;
+
+namespace {
+
+// The system calls of this test program go through wrappers. A fault makes some of them fail, as long as it lives.
+class Fault {
+  public:
+    enum class Kind { none, once, forGood, kill };
+    // The n-th call, counted from 0, or all from there on. "kill" ends the process just before it.
+    Fault(int call, Kind kind) : call_(call), error_(EIO), kind_(kind) { current = this; }
+    // Runs an action just before the first call of that name; then the calls of that name fail so, unless it is 0.
+    Fault(std::string name, std::function<void()> action, int error = 0)
+        : error_(error), name_(std::move(name)), action_(std::move(action)) {
+        current = this;
+    }
+    ~Fault() { current = nullptr; }
+
+    int calls() const { return calls_; }
+
+    // The error to fail with, 0 for none.
+    static int strike(const char* name) { return current == nullptr ? 0 : current->struck(name); }
+
+  private:
+    int struck(const std::string& name) {
+        const int index = calls_++;
+        if (name_ == name) {
+            current = nullptr; // the action's own calls are not counted
+            if (const auto action = std::exchange(action_, nullptr)) action();
+            current = this;
+            return error_ == EINTR ? std::exchange(error_, 0) : error_; // a signal comes once
+        }
+        if (kind_ == Kind::kill && index == call_) ::raise(SIGKILL);
+        const bool fails = (kind_ == Kind::once && index == call_) || (kind_ == Kind::forGood && index >= call_);
+        return fails ? error_ : 0;
+    }
+
+    inline static Fault* current = nullptr;
+    int call_ = -1, calls_ = 0, error_;
+    Kind kind_ = Kind::none;
+    std::string name_;
+    std::function<void()> action_;
+};
+
+// The real call, unless a fault strikes it.
+template <class Result, class... Arguments>
+Result passed(const char* name, Arguments... arguments) {
+    if (const int error = Fault::strike(name)) return errno = error, -1;
+    return reinterpret_cast<Result (*)(Arguments...)>(::dlsym(RTLD_NEXT, name))(arguments...);
+}
+
+}
+
+#pragma GCC diagnostic ignored "-Wshadow" // flock is a function and a structure
+
+// Declared here as the C library does, but for what its headers say about them to the compiler.
+#define WRAPPED(exceptions, result, name, parameters, ...)                                                             \
+    extern "C" result name parameters exceptions { return passed<result>(#name, __VA_ARGS__); }
+
+WRAPPED(, ssize_t, pread, (int f, void* b, size_t n, off_t o), f, b, n, o)
+WRAPPED(, ssize_t, pwrite, (int f, const void* b, size_t n, off_t o), f, b, n, o)
+WRAPPED(, int, fsync, (int f), f)
+WRAPPED(, int, getentropy, (void* b, size_t n), b, n)
+WRAPPED(noexcept, int, ftruncate, (int f, off_t n), f, n)
+WRAPPED(noexcept, int, fstat, (int f, struct stat* s), f, s)
+WRAPPED(noexcept, int, flock, (int f, int o), f, o)
+WRAPPED(noexcept, int, fchown, (int f, uid_t u, gid_t g), f, u, g)
+WRAPPED(noexcept, int, fchmod, (int f, mode_t m), f, m)
+WRAPPED(noexcept, ssize_t, flistxattr, (int f, char* b, size_t n), f, b, n)
+WRAPPED(noexcept, ssize_t, fgetxattr, (int f, const char* k, void* b, size_t n), f, k, b, n)
+WRAPPED(noexcept, int, fsetxattr, (int f, const char* k, const void* b, size_t n, int o), f, k, b, n, o)
+WRAPPED(noexcept, int, fremovexattr, (int f, const char* k), f, k)
+WRAPPED(noexcept, int, rename, (const char* a, const char* b), a, b)
+WRAPPED(noexcept, int, renameat2, (int f, const char* a, int g, const char* b, unsigned o), f, a, g, b, o)
+WRAPPED(noexcept, int, link, (const char* a, const char* b), a, b)
+WRAPPED(noexcept, int, unlink, (const char* a), a)
+WRAPPED(noexcept, int, mkdir, (const char* a, mode_t m), a, m)
+WRAPPED(noexcept, int, faccessat, (int f, const char* a, int m, int o), f, a, m, o)
+WRAPPED(noexcept, ssize_t, readlink, (const char* a, char* b, size_t n), a, b, n)
+WRAPPED(noexcept, int, statx, (int f, const char* a, int o, unsigned m, struct statx* s), f, a, o, m, s)
+
+// Their last argument, a number or a pointer, is not always there; nobody looks at it then.
+#define WRAPPED_OPEN_ENDED(name, subject)                                                                              \
+    extern "C" int name(subject s, int order, ...) {                                                                   \
+        __builtin_va_list arguments;                                                                                   \
+        __builtin_va_start(arguments, order);                                                                          \
+        const auto argument = __builtin_va_arg(arguments, long);                                                       \
+        __builtin_va_end(arguments);                                                                                   \
+        return passed<int>(#name, s, order, argument);                                                                 \
+    }
+
+WRAPPED_OPEN_ENDED(fcntl, int)
+WRAPPED_OPEN_ENDED(open, const char*)
 
 namespace {
 
@@ -109,6 +206,28 @@ std::string nameOf(const ::testing::TestParamInfo<Saving::ParamType>& parameter)
     return std::string(ways[static_cast<int>(way)]) + kinds[static_cast<int>(kind)];
 }
 
+constexpr int notPermitted = 77;
+
+bool mountSmallDisk(const Path& at) {
+    return ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount("tmpfs", at.c_str(), "tmpfs", 0, "size=256k") == 0;
+}
+
+// Lets the text grow until nothing more fits, and on. 0 when some edits were saved whole, and then all were refused
+// for that reason with the file as it was.
+int growUntilRefused(const SafeFileWorld& world, const std::string& reason) {
+    const std::string block(4'000, 'b');
+    int saved = 0, refused = 0;
+    for (int round = 0; round < 60; ++round) {
+        const auto before = world.text();
+        const auto failure = world.failure([&](auto text) { return std::string(text) + block; });
+        if (!failure.empty() && failure != reason) return 1;
+        if (world.text() != (failure.empty() ? before + block : before)) return 2;
+        ++(failure.empty() ? saved : refused);
+    }
+    return saved > 0 && refused > 0 ? 0 : 3;
+}
+
 }
 
 TEST_P(Saving, SurvivesAFaultAtEachSystemCall) {
@@ -200,4 +319,30 @@ TEST(SafeFile, LocksWhoeverMakesTheFolderAndAgainWhenTheLockIsSweptAway) {
     }
     const Fault sweeper("flock", [&] { std::filesystem::remove(*std::filesystem::directory_iterator(world.locks)); });
     EXPECT_EQ(world.failure(), "");
+}
+
+TEST(SafeFile, KeepsTheOldFileWhenTheDiskFillsUp) {
+    for (const bool hardLinked : {false, true}) {
+        const SafeFileWorld world;
+        const int status = inChild([&] {
+            if (!mountSmallDisk(world.list)) return notPermitted;
+            writeBytes(world.file, mark);
+            if (hardLinked) std::filesystem::create_hard_link(world.file, world.list / "other.md");
+            const int failure = growUntilRefused(world, "Il n'y a plus de place sur le disque");
+            return failure == 0 && world.entries() != (hardLinked ? 2 : 1) ? 4 : failure;
+        });
+        if (status == notPermitted) GTEST_SKIP() << "mounting a small disk is not permitted here";
+        EXPECT_EQ(status, 0) << (hardLinked ? "in place" : "by exchange");
+    }
+}
+
+TEST(SafeFile, KeepsTheOldFileAtTheFileSizeLimit) {
+    const SafeFileWorld world;
+    EXPECT_EQ(inChild([&] {
+                  ::signal(SIGXFSZ, SIG_IGN);
+                  const rlimit limit{32'000, 32'000};
+                  ::setrlimit(RLIMIT_FSIZE, &limit);
+                  return growUntilRefused(world, "Le fichier est trop volumineux");
+              }),
+              0);
 }

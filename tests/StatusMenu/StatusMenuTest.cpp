@@ -2,15 +2,10 @@
 
 #include "tests/MainWindow/ModelStates.h"
 
-#include <gtest/gtest.h>
-
-using namespace tacla;
-using tacla::testing::stateOf;
-
-namespace {
+namespace tacla::testing {
 
 // The menu as a reader sees it: "[ ]" and "[x]" can be checked, "#" heads a group, "(…)" is greyed, "^O" is a shortcut.
-std::string shown(const Menu& menu, const std::string& indent = "") {
+static std::string shown(const Menu& menu, const std::string& indent = "") {
     std::string text;
     for (const auto& entry : menu) {
         text += indent;
@@ -22,12 +17,6 @@ std::string shown(const Menu& menu, const std::string& indent = "") {
         text += "\n" + shown(entry.children, indent + "    ");
     }
     return text;
-}
-
-const std::string program = "--\nOuvrir Tacla… ^o\nOuvrir la liste\n--\nQuitter Tacla ^q\n";
-
-const MenuEntry& task(const Menu& menu) { return menu.at(1); }
-
 }
 
 // It is Tuesday 24 November 2026, 10:40.
@@ -54,13 +43,16 @@ TEST(StatusMenu, ListsWhatIsLateWhatIsForTodayAndWhatIsComing) {
                                                "À venir\n"
                                                "    [ ] demain 09:05  Visio\n"
                                                "    [ ] 26/11 18:00  Visuels\n"
-                                               "    [ ] 04/12  Loyer\n" +
-                                                   program);
+                                               "    [ ] 04/12  Loyer\n"
+                                               "--\n"
+                                               "Ouvrir Tacla… ^o\n"
+                                               "Ouvrir la liste\n"
+                                               "--\n"
+                                               "Quitter Tacla ^q\n");
 }
 
 TEST(StatusMenu, OffersWhatThereIsWhereNothingIsPlanned) {
     auto state = stateOf("- [ ] Un jour\n- [x] Faite · 2026-11-20\n");
-    EXPECT_EQ(shown(statusMenu(state, false)), "# Aujourd'hui\n(Rien de prévu)\n" + program);
     state.calendarSync = true;
     EXPECT_EQ(shown(statusMenu(state, true)), "# Aujourd'hui\n(Rien de prévu)\n--\nOuvrir Tacla… ^o\nOuvrir la liste\n"
                                               "Ouvrir l'agenda\n--\nRechercher des mises à jour…\nQuitter Tacla ^q\n");
@@ -98,11 +90,10 @@ TEST(DesktopSearch, FindsOpenTasksByTheirWordsAndSaysWhenTheyAre) {
 
 TEST(StatusMenu, CutsALongLabelAndNamesTheTaskAsItIs) {
     const std::string title(70, 'x');
-    const auto long63 = statusMenu(stateOf("- [ ] " + title + " · 2026-11-24\n"), false);
-    EXPECT_EQ(task(long63).label, std::string(63, 'x') + "…");
-    EXPECT_EQ(task(long63).toolTip, title);
-    const auto exactly64 = statusMenu(stateOf("- [ ] " + title.substr(0, 57) + " · 2026-11-24 11:30\n"), false);
-    EXPECT_EQ(task(exactly64).label, "11:30  " + title.substr(0, 57));
+    const auto entry = [](const std::string& task) { return statusMenu(stateOf("- [ ] " + task), false).at(1); };
+    EXPECT_EQ(entry(title + " · 2026-11-24").label, std::string(63, 'x') + "…");
+    EXPECT_EQ(entry(title + " · 2026-11-24").toolTip, title);
+    EXPECT_EQ(entry(title.substr(0, 57) + " · 2026-11-24 11:30").label, "11:30  " + title.substr(0, 57)); // 64
 
     const auto twins = stateOf("- [ ] Pain · 2026-11-24\n- [ ] pain · 2026-11-24\n");
     for (const std::size_t i : {0U, 1U})
@@ -115,4 +106,6 @@ TEST(StatusMenu, SaysOverTheIconWhatIsWrongWithTheList) {
     EXPECT_EQ(statusToolTip(state), "Tacla · 1 à faire");
     state.fileError = "Impossible d'écrire /t.md : Permission non accordée";
     EXPECT_EQ(statusToolTip(state), "Tacla · Impossible d'écrire /t.md : Permission non accordée");
+}
+
 }

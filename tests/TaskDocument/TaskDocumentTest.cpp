@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <random>
 #include <set>
@@ -98,14 +99,6 @@ TEST(TaskDocument, KeepsTheTextThatItReplacesForTheUserAlone) {
     for (const auto& copy : fs::directory_iterator(copiesFolder(list.folders))) EXPECT_EQ(permissions(copy), 0600);
 }
 
-TEST(TaskDocument, SavesWhetherOrNotACopyCanBeKept) {
-    const List list;
-    writeBytes(list.file, "one");
-    writeBytes(list.folders.state, "in the way");
-    EXPECT_TRUE(list.write("two", start));
-    EXPECT_EQ(readBytes(list.file), "two");
-}
-
 TEST(TaskDocument, LeavesNoCopyOfWhatWasNotReplaced) {
     const List list;
     writeBytes(list.file, "one");
@@ -196,6 +189,54 @@ TEST(TaskDocument, CountsDatesBehindCarriageReturnsAndTakesTheseAway) {
               "D\rE\n- [ ] F · 2025-03-04");
     document.undo(start);
     EXPECT_EQ(readBytes(list.file), crlf);
+}
+
+TEST(TaskFileLocation, TakesTheFirstThatIsSet) {
+    const TemporaryFolder home;
+    dravel::UserFolders folders;
+    folders.home = home.path();
+    folders.documents = "/documents";
+    Preferences preferences(home / "preferences.json", home / "locks");
+    const auto resolved = [&](const std::string& variable) { return resolvedFile(variable, preferences, folders); };
+
+    EXPECT_EQ(resolved(""), "/documents/Tacla/taches.md");
+    fs::create_directory(home / "quillo");
+    writeBytes(home / "quillo/taches.md", "");
+    EXPECT_EQ(resolved(""), home / "quillo/taches.md");
+    writeBytes(home / "preferences.json", "{");
+    EXPECT_EQ(resolved(""), home / "quillo/taches.md");
+    preferences.setTaskFilePath("");
+    EXPECT_EQ(resolved(""), home / "quillo/taches.md");
+    preferences.setTaskFilePath("/chosen.md");
+    EXPECT_EQ(resolved(""), "/chosen.md");
+    EXPECT_EQ(resolved("/variable.md"), "/variable.md");
+    EXPECT_EQ(resolved("relative.md"), fs::current_path() / "relative.md");
+    EXPECT_EQ(resolved("~/list.md"), fs::current_path() / "~/list.md");
+}
+
+TEST(UserFolders, FollowTheBaseDirectoryRules) {
+    const TemporaryFolder home;
+    const fs::path config = std::getenv("XDG_CONFIG_HOME"), runtime = std::getenv("XDG_RUNTIME_DIR");
+    ::setenv("HOME", home.path().c_str(), 1);
+    ::setenv("XDG_DATA_HOME", "relative/is/invalid", 1);
+    const auto documentsFor = [&](const char* userDirectories) {
+        writeBytes(config / "user-dirs.dirs", userDirectories);
+        return dravel::UserFolders::fromEnvironment().documents;
+    };
+    EXPECT_EQ(documentsFor(""), home / "Documents");
+    EXPECT_EQ(documentsFor("# XDG_DOCUMENTS_DIR=\"/no\"\nXDG_DOCUMENTS_DIR=\"$HOME/Mes papiers\"\n"),
+              home / "Mes papiers");
+    EXPECT_EQ(documentsFor(" XDG_DOCUMENTS_DIR=\"/srv/\\\"d\\\"\"\nXDG_MUSIC_DIR=\"/m\""), "/srv/\"d\"");
+    EXPECT_EQ(documentsFor("XDG_DOCUMENTS_DIR=\"relative\"\n"), home / "Documents");
+    EXPECT_EQ(documentsFor("XDG_DOCUMENTS_DIR=\"/cut\\"), "/cut\\");
+
+    const auto folders = dravel::UserFolders::fromEnvironment();
+    EXPECT_EQ(folders.config, config);
+    EXPECT_EQ(folders.data, home / ".local/share");
+    EXPECT_EQ(folders.locks, runtime / "Tacla");
+    for (const auto* variable : {"HOME", "XDG_RUNTIME_DIR"}) ::unsetenv(variable); // as cron leaves them
+    const auto bare = dravel::UserFolders::fromEnvironment();
+    EXPECT_TRUE(bare.home.is_absolute() && bare.locks.is_absolute() && bare.locks.filename() == "Tacla");
 }
 
 }

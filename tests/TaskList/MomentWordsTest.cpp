@@ -8,8 +8,9 @@
 using namespace tacla;
 
 // A line of the table has one of two forms. "Dentiste + le 12 / le 12 décembre → samedi 12 décembre | demain → demain":
-// the words behind the title, and what the chip says; the title is what is left. "Demain : Paul | Demain, Paul → Paul →
-// demain": whole titles as typed, what is left of each, and what the chip says; "–" where nothing is offered.
+// the words behind the title, and what the chip says; the title is what is left. With "< " the words come first.
+// "Demain : Paul | Demain, Paul → Paul → demain": whole titles as typed, what is left of each, and what the chip says;
+// "–" where nothing is offered.
 // "= 2026-11-18 10:00" sets the clock; "_" is a no-break space.
 TEST(MomentWords, AreTheOnesOfTheTable) {
     std::ifstream table(TACLA_PHRASES);
@@ -31,7 +32,8 @@ TEST(MomentWords, AreTheOnesOfTheTable) {
         }
         line = dravel::replacedAll(line, "_", "\u00A0");
         const auto plus = line.find(" + "), end = line.find(arrow);
-        const auto title = line.substr(0, plus);
+        const bool before = line.starts_with("< ");
+        const auto title = before ? line.substr(2, plus - 2) : line.substr(0, plus);
         if (plus == line.npos) {
             for (const auto typed : dravel::split(std::string_view(line).substr(0, end), " | "))
                 check(std::string(typed), line.substr(end + arrow.size()));
@@ -39,7 +41,8 @@ TEST(MomentWords, AreTheOnesOfTheTable) {
         }
         for (const auto moment : dravel::split(std::string_view(line).substr(plus + 3), " | "))
             for (const auto words : dravel::split(moment.substr(0, moment.find(arrow)), " / "))
-                check(title + " " + std::string(words), title + std::string(moment.substr(moment.find(arrow))));
+                check(before ? std::string(words) + " " + title : title + " " + std::string(words),
+                      title + std::string(moment.substr(moment.find(arrow))));
     }
     EXPECT_GE(phrases, 271);
 }

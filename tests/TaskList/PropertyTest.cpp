@@ -58,8 +58,9 @@ class RandomTexts {
         if (chance(20)) result += std::string("\0", 1);
         for (std::size_t parts = pick(4); parts > 0; --parts) {
             result += " · ";
-            result += any({"", "", "", " ", "due ", "✅ ", "✅", "lieu: ici", "x\r"});
+            result += any({"", "", "", " ", "due ", "Due ", "✅ ", "✅", "✅ jamais", "lieu: ici", "x\r", "\u00A0"});
             if (!chance(5)) result += moment();
+            if (chance(10)) result += any({" ", "  ", " demain", "\u2028", "\r", "\t· 2025-03-04"});
         }
         return result;
     }
@@ -163,6 +164,11 @@ TEST(TaskList, ShowsOfALongListWhatThePlainViewsShow) {
             for (const auto place : places) tasks.push_back(list[place]);
             return tasks;
         };
+        const auto shownByDay = [&](const std::vector<DayPlaces>& days) {
+            Places all;
+            for (const auto& [dayOf, places] : days) all.insert(all.end(), places.begin(), places.end());
+            return shown(all);
+        };
         const auto plainly = [&](auto wanted) {
             Tasks tasks;
             std::ranges::copy_if(plain, std::back_inserter(tasks), wanted);
@@ -175,12 +181,6 @@ TEST(TaskList, ShowsOfALongListWhatThePlainViewsShow) {
         std::ranges::stable_sort(done, std::ranges::greater(), completed);
         ASSERT_EQ(shown(late(list, now)), late(plain, now)) << text;
         ASSERT_EQ(shown(todays(list, now)), todays(plain, now)) << text;
-        const auto shownByDay = [&](const std::vector<DayPlaces>& days) {
-            Tasks tasks;
-            for (const auto& [dayOf, places] : days)
-                for (auto& task : shown(places)) tasks.push_back(std::move(task));
-            return tasks;
-        };
         ASSERT_EQ(shown(upcoming(list, day, next.size())), next) << text;
         ASSERT_EQ(shownByDay(upcomingByDay(list, day)), next) << text;
         ASSERT_EQ(shownByDay(doneByDay(list, day)), done) << text;
@@ -213,10 +213,9 @@ TEST(Edits, TellEveryKeyThatRenamingMovesAndNoOther) {
     for (int i = 0; i < 5'000; ++i) {
         const auto text = random.text();
         const auto before = TaskFile::parse(text);
-        if (before.empty()) continue;
-        const auto renamed = TaskFile::rename(text, before[random.pick(before.size())].key, random.title());
+        const auto one = random.pick(before.size());
+        const auto renamed = before.empty() ? std::nullopt : TaskFile::rename(text, before[one].key, random.title());
         if (!renamed) continue;
-        ASSERT_EQ(renamed->keys, TaskFile::renamedKeys(text, renamed->text)) << text << "\n--\n" << renamed->text;
         std::map<std::string, std::string> moved;
         for (const auto& task : TaskFile::parse(renamed->text)) {
             const auto old = std::ranges::find(before, task.line, &TaskItem::line);

@@ -1,6 +1,7 @@
 #include "DravelKit/TextRewriting/TextRewriter.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/MemoryKeyring.h"
+#include "tests/support/Outcome.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -98,17 +99,13 @@ struct TextRewriting : testing::Test {
     std::string outcome(std::vector<Answer> script, std::string_view text = "a", Mode mode = Mode::correction,
                         const std::stop_token& stop = {}) {
         LoopbackServer server(std::move(script));
-        std::string result;
         told.clear();
-        try {
-            const TextRewriter rewriter(keys, settings, {.base = server.base()});
-            result = rewriter.rewrite(text, mode, stop, [this](auto words) {
-                told += words;
-                heard();
-            });
-        } catch (const RewriteError& problem) {
-            result = problem.description();
-        }
+        const auto hear = [this](auto words) {
+            told += words;
+            heard();
+        };
+        const TextRewriter rewriter(keys, settings, {.base = server.base()});
+        const auto result = tacla::testing::outcome([&] { return rewriter.rewrite(text, mode, stop, hear); });
         requests = server.requests();
         for (const auto& request : requests) EXPECT_EQ(fault(request), "");
         EXPECT_EQ(result.find("secret"), result.npos);
@@ -174,10 +171,10 @@ TEST_F(TextRewriting, KnowsTheOrderOfTheEvents) {
         EXPECT_EQ(outcome({stream(with)}), "Service de réécriture surchargé : réessayez plus tard");
         EXPECT_EQ(requests.size(), 1u);
     }
-    const auto cut = "Réponse coupée avant la fin du texte : essayez avec un texte plus court";
-    EXPECT_EQ(outcome({stream(events({"Il "}, "max_tokens"))}), cut);
-    EXPECT_EQ(outcome({stream(events({"Il "}, "refusal"))}), "Le service a refusé de traiter ce texte");
-    EXPECT_EQ(outcome({stream(events({"Il "}, "tool_use"))}), unreadable);
+    const auto stopped = [&](const char* reason) { return outcome({stream(events({"Il "}, reason))}); };
+    EXPECT_EQ(stopped("max_tokens"), "Réponse coupée avant la fin du texte : essayez avec un texte plus court");
+    EXPECT_EQ(stopped("refusal"), "Le service a refusé de traiter ce texte");
+    EXPECT_EQ(stopped("tool_use"), unreadable);
     EXPECT_EQ(outcome({stream(events({}))}), unreadable);
     auto strange = answer;
     strange[3] = delta(R"({"type":"new_delta"})");
@@ -190,14 +187,14 @@ TEST_F(TextRewriting, KnowsTheOrderOfTheEvents) {
 }
 
 TEST_F(TextRewriting, SaysWhatTheServiceRefusesAndTriesOnceMoreWhenAsked) {
-    const std::string quota = "Quota du service de réécriture épuisé : réessayez ",
+    const std::string quota = "Quota du service de réécriture épuisé : réessayez dans ",
                       busy = "Service de réécriture surchargé : réessayez ",
                       rejected = "Requête rejetée par le service de réécriture",
                       key401 = "Clé refusée par le service de réécriture : vérifiez-la dans les réglages";
     const auto run = [&](int status, const std::string& body, const std::string& wait, const std::string& expected,
                          bool twice = false) {
         SCOPED_TRACE(status);
-        const auto refusal = LoopbackServer::answer(status, body, "Retry-After: " + wait + "\r\n");
+        const auto refusal = answered(status, body, "Retry-After: " + wait + "\r\n");
         EXPECT_EQ(outcome({refusal, refusal, stream(answer)}), expected);
         EXPECT_EQ(requests.size(), twice ? 2u : 1u);
         EXPECT_EQ(outcome({refusal, stream(answer)}) == whole, twice);
@@ -208,8 +205,8 @@ TEST_F(TextRewriting, SaysWhatTheServiceRefusesAndTriesOnceMoreWhenAsked) {
     run(400, error("invalid_request_error", key), "", rejected + " (invalid_request_error)");
     run(404, error("not_found_error"), "", rejected);
     run(413, "<html>", "", tooLong);
-    run(429, error("rate_limit_error"), "31", quota + "dans 31 s");
-    run(429, error("rate_limit_error"), "0", quota + "dans 0 s", true);
+    run(429, error("rate_limit_error"), "31", quota + "31 s");
+    run(429, error("rate_limit_error"), "0", quota + "0 s", true);
     run(529, error("overloaded_error"), "0", busy + "dans 0 s", true);
     run(502, "", "soon", busy + "plus tard");
     run(302, "", "", unreadable);
@@ -224,7 +221,7 @@ TEST_F(TextRewriting, StopsAtOnceWhereverItIs) {
         stop.request_stop();
     };
     const auto open = stream({answer[0], answer[1], answer[3], answer[4]}, 4096, Then::hang);
-    for (auto script : {open, Answer{"", Then::hang}, LoopbackServer::answer(529, "", "Retry-After: 20\r\n")}) {
+    for (auto script : {open, Answer{"", Then::hang}, answered(529, "", "Retry-After: 20\r\n")}) {
         std::jthread asker;
         stop = {};
         if (script.bytes != open.bytes) script.before = [&] { asker = std::jthread(heard); };
@@ -276,7 +273,7 @@ TEST_F(TextRewriting, KeepsSettingsThatItDoesNotKnowAndSetsDamageAside) {
 }
 
 TEST_F(TextRewriting, RunsTheExampleOfTheReadme) {
-    LoopbackServer server({stream(answer), LoopbackServer::answer(401, "")});
+    LoopbackServer server({stream(answer), answered(401, "")});
     keyring->items["org.example.Editor"] = key;
     EXPECT_EQ(corrected("Il fesait ✅ beau.", keyring, folder.path(), {.base = server.base()}), whole);
     EXPECT_TRUE(corrected("x", keyring, folder.path(), {.base = server.base()}).starts_with("[Clé refusée"));

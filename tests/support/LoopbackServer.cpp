@@ -10,7 +10,7 @@
 
 namespace tacla::testing {
 
-LoopbackServer::Answer LoopbackServer::answer(int status, std::string_view body, std::string_view headers) {
+LoopbackServer::Answer answered(int status, std::string_view body, std::string_view headers) {
     return {.bytes = "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + std::string(headers) +
                      "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body)};
 }

@@ -28,9 +28,6 @@ class LoopbackServer {
         std::function<void()> before = {}; // runs when the request has come
     };
 
-    // A whole answer with its length.
-    static Answer answer(int status, std::string_view body, std::string_view headers = "");
-
     explicit LoopbackServer(std::vector<Answer> script);
     ~LoopbackServer();
     LoopbackServer(const LoopbackServer&) = delete;
@@ -57,5 +54,8 @@ class LoopbackServer {
     bool over_ = false;
     std::jthread thread_;
 };
+
+// A whole answer with its length.
+LoopbackServer::Answer answered(int status, std::string_view body, std::string_view headers = "");
 
 }

@@ -1,5 +1,6 @@
 #include "tests/support/ModelWorld.h"
 
+#include "DravelKit/Foundation/Text.h"
 #include "DravelKit/Foundation/WallCalendar.h"
 
 #include <algorithm>
@@ -17,6 +18,12 @@ Instant moment(std::string_view text) {
     const auto day = Day::parse(text.substr(0, 10)).value();
     const auto time = Clock::parse(text.substr(11)).value();
     return dravel::wall::instant({day.year, day.month, day.day, time.hour, time.minute});
+}
+
+std::vector<std::string> linesOf(std::string_view text, std::string_view end) {
+    auto lines = dravel::split(text, end);
+    if (lines.back().empty()) lines.pop_back();
+    return {lines.begin(), lines.end()};
 }
 
 ModelWorld::ModelWorld(std::string_view now, std::string_view tasks)

@@ -7,17 +7,15 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VirtualLoop.h"
 
-#include <functional>
-#include <map>
-#include <optional>
-#include <stdexcept>
-#include <string>
+#include <gtest/gtest.h>
 
 namespace tacla::testing {
 
+using namespace std::chrono_literals;
 using Happened = MirrorEvent::Kind;
 
-Instant moment(std::string_view text); // "2025-03-04 14:30" on the wall
+Instant moment(std::string_view text);                                                // "2025-03-04 14:30" on the wall
+std::vector<std::string> linesOf(std::string_view text, std::string_view end = "\n"); // none behind the last end
 
 // An account and a calendar that answer as the test says.
 class RecordedCalendar final : public CalendarService {
@@ -120,6 +118,17 @@ struct ModelWorld {
 
 struct LivingWorld : ModelWorld {
     LivingWorld(std::string_view now, std::string_view tasks) : ModelWorld(now, tasks) { start(); }
+};
+
+// One that is mirrored, whose first sync is over.
+struct MirroredWorld : LivingWorld {
+    explicit MirroredWorld(std::string_view tasks) : LivingWorld("2025-03-04 08:00", tasks) {
+        mirror(Happened::switchAsked, true);
+        loop.advance(1s);
+        told = 0;
+        calendar.runs.clear();
+        calendar.sent.clear();
+    }
 };
 
 }

@@ -13,6 +13,7 @@ TIMES = ("st_atime", "st_mtime", "st_ctime")
 
 class SlowDisk(fusepy.Operations):
     use_ns = True
+    chmod, chown, mkdir, open, unlink = map(staticmethod, (os.chmod, os.chown, os.mkdir, os.open, os.unlink))
 
     def __init__(self, folder, seconds):
         self.folder, self.seconds = folder, pathlib.Path(seconds)
@@ -29,9 +30,6 @@ class SlowDisk(fusepy.Operations):
 
     def readdir(self, path, handle):
         return [".", "..", *os.listdir(path)]
-
-    def open(self, path, flags):
-        return os.open(path, flags)
 
     def create(self, path, mode, info=None):
         return os.open(path, os.O_RDWR | os.O_CREAT | os.O_EXCL, mode)
@@ -54,20 +52,8 @@ class SlowDisk(fusepy.Operations):
     def rename(self, path, to):
         os.rename(path, self.folder + to)
 
-    def chmod(self, path, mode):
-        os.chmod(path, mode)
-
-    def chown(self, path, user, group):
-        os.chown(path, user, group)
-
     def utimens(self, path, times=None):
         os.utime(path, ns=times)
-
-    def unlink(self, path):
-        os.unlink(path)
-
-    def mkdir(self, path, mode):
-        os.mkdir(path, mode)
 
     def access(self, path, mode):
         return 0 if os.access(path, mode) else -errno.EACCES
