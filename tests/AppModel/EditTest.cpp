@@ -32,13 +32,11 @@ TEST(AppModel, EditsTitleAndMomentByTheirRules) {
 }
 
 TEST(AppModel, ChangesTheTaskThatWasSeenOrNone) {
+    constexpr Day fifth{2025, 3, 5};
     using Act = std::function<void(LiveDocument&, const TaskItem&)>;
     const std::pair<const char*, Act> acts[] = {
         {"- [x] Pain · 2025-03-07 · ✅ 2025-03-04\n", [](auto& list, const auto& seen) { list.toggle(seen); }},
-        {"- [ ] Pain · 2025-03-05\n",
-         [](auto& list, const auto& seen) {
-             list.reschedule(seen, Day{2025, 3, 5}, {});
-         }},
+        {"- [ ] Pain · 2025-03-05\n", [](auto& list, const auto& seen) { list.reschedule(seen, fifth, {}); }},
         {"- [ ] Sel · 2025-03-07\n", [](auto& list, const auto& seen) { list.edit(seen, {.title = "Sel"}); }},
         {"", [](auto& list, const auto& seen) { list.remove(seen); }},
     };

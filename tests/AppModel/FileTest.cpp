@@ -137,8 +137,6 @@ TEST(AppModel, ChoosesAndMakesFiles) {
     const auto other = world.folder / "new/list.md";
     world.list().open(other, true);
     EXPECT_EQ(world.preferences.taskFilePath(), other.string());
-    world.list().add({{"Pain", world.state().today, {}, true}});
-    EXPECT_TRUE(readBytes(other).ends_with("## À faire\n- [ ] ❗ Pain · 2025-03-04\n"));
     world.list().open(world.file / "impossible.md", true);
     EXPECT_TRUE(world.state().fileError.value().starts_with("Impossible de créer "));
     EXPECT_EQ(world.state().file, other);

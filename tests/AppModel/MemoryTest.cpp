@@ -28,7 +28,6 @@ static void liveADay(ModelWorld& world) {
     world.notifications.shown.clear();
     world.calendar.runs.clear();
     world.calendar.sent.clear();
-    world.calendar.mayAskUser.clear();
 }
 
 TEST(AppModel, TakesNoMoreMemoryAfterEightDays) {

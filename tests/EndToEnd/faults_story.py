@@ -321,7 +321,6 @@ class Network(Story):
 
 class Lost(Story):
     without = ("a11y", "secrets", "notify", "logind", "panel")
-    tasks = f"- [ ] Pain · {day()}\n"
     says = r"(\n.*GLib-GIO-CRITICAL.*The connection is closed\n)*"  # GLib itself, in the middle of a look at the keyring
 
     def test_the_session_bus_leaves_the_window(self):

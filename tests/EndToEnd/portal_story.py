@@ -5,8 +5,6 @@ from story import Portal, Story, day, main, until
 
 
 class Panels(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
-
     def test_are_the_desktops_own(self):
         portal = Portal(self.desktop, "FileChooser")
         other, new = self.home / "Documents/autre liste.md", self.home / "Documents/nouvelle"
@@ -38,8 +36,6 @@ class Panels(Story):
 
 
 class Addresses(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
-
     def offer_program(self):
         """The user's browser and file manager, as the desktop knows them."""
         kinds = ("x-scheme-handler/https", "inode/directory")
@@ -73,7 +69,6 @@ class Addresses(Story):
 
 
 class Key(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
     offered = [["new-task", {"description": "Ajouter une tâche", "preferred_trigger": "LOGO+ALT+t"}]]
 
     def test_is_chosen_pressed_and_there_again_at_the_next_start(self):

@@ -14,9 +14,10 @@ class Reminders(Story):
     def setUp(self):
         super().setUp()
         self.bubbles = Bubbles(self.desktop)
+        self.program = self.launch()
+        self.bubbles.wait("Pain")
 
     def test_is_shown_as_written_and_checked_with_fait(self):
-        self.launch()
         bubble = self.bubbles.wait("R&D <b>")
         self.assertEqual(bubble["body"], f"Prévue à 00:00 · prioritaire · due le {day(-3)[8:]}/{day(-3)[5:7]}")
         self.assertEqual(bubble["actions"][2:], ["DONE", "Fait", "TOMORROW", "Demain"])
@@ -27,15 +28,12 @@ class Reminders(Story):
         until(lambda: bubble["id"] in self.bubbles.closed, "the bubble to close")
 
     def test_moves_a_task_with_demain_after_it_was_renamed(self):
-        self.launch()
-        self.bubbles.wait("Pain")
         self.assertEqual(self.run_tacla("rename", "Pain", "Pain bis").returncode, 0)
         until(lambda: "00:00  Pain bis" in self.tray.labels(), "the new title")
         self.bubbles.answer("Pain", "Demain")
         until(lambda: f"- [ ] Pain bis · {day(1)} 00:00\n" in self.file.read_text(), "the new day")
 
     def test_ends_with_its_task(self):
-        self.launch()
         ids = {name: self.bubbles.wait(name)["id"] for name in ("Pain", "R&D <b>")}
         self.assertEqual(self.run_tacla("done", "Pain").returncode, 0)
         until(lambda: ids["Pain"] in self.bubbles.closed, "the bubble of the checked task to close", 4)
@@ -43,18 +41,15 @@ class Reminders(Story):
         until(lambda: ids["R&D <b>"] in self.bubbles.closed, "the bubble of the moved task to close", 4)
 
     def test_whose_task_is_gone_says_so_in_the_window(self):
-        self.launch()
-        self.bubbles.wait("Pain")
         self.file.write_text(self.file.read_text().replace("Pain", "Vin", 1).replace(f"Vin · {day()}", f"Vin · {day(1)}"))
         self.bubbles.answer("Pain", "Fait")
         self.screen.wait("La tâche « Pain » n'est plus dans la liste.")
 
     def test_outlives_a_killed_process_and_ends_with_one_that_is_told_to_quit(self):
-        program = self.launch()
         ids = {name: self.bubbles.wait(name)["id"] for name in ("Pain", "R&D <b>")}
         memory = self.desktop.folder / "runtime/Tacla/bubbles"
         until(lambda: memory.exists() and memory.read_text().count("\n") == 3, "both bubbles to be remembered")
-        self.kill(program)
+        self.kill(self.program)
         program = self.launch()
         self.bubbles.wait("Pain", 2)
         self.bubbles.answer("Pain", "Fait")
@@ -64,11 +59,8 @@ class Reminders(Story):
         until(lambda: set(ids.values()) <= set(self.bubbles.closed), "the bubbles to close")
 
     def test_rings_at_its_moment_once(self):
-        self.launch()
-        self.bubbles.wait("Pain")
         soon = datetime.datetime.now() + datetime.timedelta(minutes=1)
-        with open(self.file, "a") as file:
-            file.write(f"- [ ] Bientôt · {soon:%Y-%m-%d %H:%M}\n")
+        self.file.write_text(self.tasks + f"- [ ] Bientôt · {soon:%Y-%m-%d %H:%M}\n")
         bubble = until(lambda: [b for b in self.bubbles.shown if b["summary"] == "Bientôt"], "the reminder", 75)[0]
         self.assertEqual(bubble["body"], f"Prévue à {soon:%H:%M}")
         self.desktop.sleep_and_wake()
@@ -78,19 +70,13 @@ class Reminders(Story):
         self.assertEqual(sorted(b["summary"] for b in self.bubbles.shown), ["Bientôt", "Pain", "R&D <b>"])
 
     def test_opens_the_window_when_clicked_and_survives_a_daemon_that_starts_anew(self):
-        self.launch()
         self.bubbles.answer("Pain", "Ouvrir")
         self.screen.wait("Nouvelle tâche")
         self.desktop.restart("notify")
-        with open(self.file, "a") as file:
-            file.write(f"- [ ] Après · {day()} 00:01\n")
+        self.file.write_text(self.tasks + f"- [ ] Après · {day()} 00:01\n")
         self.bubbles.answer("Après", "Fait")
         until(lambda: f"- [x] Après · {day()} 00:01 · ✅ {day()}\n" in self.file.read_text(), "the checked task")
 
-    def test_can_be_tried_from_a_terminal(self):
-        done = self.run_tacla("--notify-test")
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
-        self.assertEqual(self.bubbles.wait("Notification d'essai")["body"], "L'icône du castor doit apparaître à gauche.")
 
 
 class OnGnome(Story):
@@ -182,6 +168,9 @@ class NoDaemon(Story):
         bubbles = Bubbles(self.desktop)
         self.desktop.start("notify")
         self.assertEqual(bubbles.wait("Pain")["body"], "Prévue à 00:00")
+        done = self.run_tacla("--notify-test")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self.assertEqual(bubbles.wait("Notification d'essai")["body"], "L'icône du castor doit apparaître à gauche.")
 
 
 main()

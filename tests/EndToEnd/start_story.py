@@ -13,7 +13,7 @@ from story import TACLA, Bubbles, Story, day, main, until
 
 
 class FirstStart(Story):
-    welcomed = False
+    welcomed, tasks = False, ""
 
     def test_welcomes_and_makes_a_list(self):
         self.launch(PATH=f"{self.desktop.folder}/bin:/usr/bin:/bin")
@@ -25,8 +25,6 @@ class FirstStart(Story):
 
 
 class Twice(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
-
     def test_the_second_shows_the_first_ones_window_and_ends(self):
         self.launch()
         self.tray.wait()
@@ -42,8 +40,7 @@ class Twice(Story):
         before = self.desktop.connections()
         self.launch()
         until(lambda: self.desktop.connections() > before, "the second on the bus")
-        first.kill()
-        first.wait()
+        self.kill(first)
         self.until_menu("(Aujourd'hui)", "Pain")
 
     def test_the_desktops_search_is_answered_as_soon_as_the_name_is_there(self):
@@ -67,6 +64,8 @@ class Twice(Story):
 
 
 class FromTheLauncher(Story):
+    tasks = ""
+
     def act(self, action):
         subprocess.run(["gapplication", "action", "fr.dravel.Tacla", action], env=self.desktop.env, check=True)
 
@@ -95,54 +94,46 @@ class FromTheLauncher(Story):
 
 
 class NoDisplay(unittest.TestCase):
+    def says(self, *arguments, **environment):
+        """The exit status, and what it writes to both streams."""
+        done = subprocess.run([TACLA, *arguments], env={"PATH": os.environ["PATH"], "HOME": "/nowhere"} | environment,
+                              capture_output=True, text=True, timeout=60)
+        return done.returncode, done.stdout, done.stderr
+
     def test_is_said_in_a_sentence(self):
         for display in ({}, {"DISPLAY": ":4242"}, {"DISPLAY": ""}):
-            with self.subTest(display):
-                done = subprocess.run([TACLA], env={"PATH": os.environ["PATH"], "HOME": "/nowhere"} | display,
-                                      capture_output=True, text=True, timeout=60)
-                self.assertEqual((done.returncode, done.stdout), (1, ""))
-                self.assertEqual(done.stderr, "tacla : pas d'écran : l'application ne s'ouvre que dans une session de "
-                                              "bureau\n")
+            self.assertEqual(self.says(**display), (1, "", "tacla : pas d'écran : l'application ne s'ouvre que dans une "
+                                                           "session de bureau\n"), display)
+
+    def test_keeps_nobody_from_a_picture_of_the_window(self):
+        folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
+        tasks = folder / "taches.md"
+        tasks.write_text(f"- [ ] Pain · {day()}\n- [ ] مهمة {'très long ' * 1000} 🎉 · {day()}\n")
+        for name, arguments, magic in (("clair.png", (), b"\x89PNG"), ("sombre.jpg", ("--dark",), b"\xff\xd8\xff")):
+            self.assertEqual(self.says("--snapshot", str(folder / name), *arguments, TACLA_FILE=str(tasks)), (0, "", ""))
+            self.assertEqual((folder / name).read_bytes()[:len(magic)], magic)
+        status, output, errors = self.says("--snapshot", "/nowhere/image.png", TACLA_FILE=str(tasks))
+        self.assertEqual((status, output), (1, ""))
+        self.assertRegex(errors, r"^tacla : impossible d'écrire /nowhere/image\.png : .+\n$")
 
 
 class WithoutBuses(Story):
     without = ("a11y", "secrets", "notify", "logind", "panel")
-    tasks = f"- [ ] Pain · {day()}\n"
+
+    def open_between(self, buses):
+        address = f"unix:path={buses}"
+        self.launch(DBUS_SESSION_BUS_ADDRESS=address, DBUS_SYSTEM_BUS_ADDRESS=address)
+        until(self.desktop.windows, "the window")
 
     def test_the_window_opens_at_once(self):
-        nobody = f"unix:path={self.desktop.folder}/nobody"
-        self.launch(DBUS_SESSION_BUS_ADDRESS=nobody, DBUS_SYSTEM_BUS_ADDRESS=nobody)
-        until(self.desktop.windows, "the window")
+        self.open_between(self.desktop.folder / "nobody")
 
     def test_a_silent_bus_holds_nothing_up(self):
         path = f"{self.desktop.folder}/silent"
         with socket.socket(socket.AF_UNIX) as silent:
             silent.bind(path)
             silent.listen(10)
-            self.launch(DBUS_SESSION_BUS_ADDRESS=f"unix:path={path}", DBUS_SYSTEM_BUS_ADDRESS=f"unix:path={path}")
-            until(self.desktop.windows, "the window")
-
-
-class Snapshot(unittest.TestCase):
-    def snapshot(self, folder, *arguments):
-        tasks = pathlib.Path(folder) / "taches.md"
-        tasks.write_text(f"- [ ] Pain · {day()}\n- [ ] مهمة {'très long ' * 1000} 🎉 · {day()}\n")
-        return subprocess.run([TACLA, "--snapshot", *arguments], capture_output=True, text=True, timeout=60,
-                              env={"PATH": os.environ["PATH"], "HOME": folder, "TACLA_FILE": str(tasks)})
-
-    def test_draws_the_window_without_any_session(self):
-        with tempfile.TemporaryDirectory() as folder:
-            for name, arguments, magic in (("clair.png", (), b"\x89PNG"), ("sombre.jpg", ("--dark",), b"\xff\xd8\xff")):
-                picture = pathlib.Path(folder) / name
-                done = self.snapshot(folder, str(picture), *arguments)
-                self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
-                self.assertEqual(picture.read_bytes()[:len(magic)], magic)
-
-    def test_says_why_it_cannot_write(self):
-        with tempfile.TemporaryDirectory() as folder:
-            done = self.snapshot(folder, "/nowhere/image.png")
-            self.assertEqual((done.returncode, done.stdout), (1, ""))
-            self.assertRegex(done.stderr, r"^tacla : impossible d'écrire /nowhere/image\.png : .+\n$")
+            self.open_between(path)
 
 
 main()

@@ -25,12 +25,12 @@ def short(offset=0):
 
 
 class Story(unittest.TestCase):
-    """A desktop, and in it the application with the task file of the story, past its welcome."""
+    """A desktop, and in it the application with the task file of the story, past its welcome: there is bread to buy today."""
 
     maxDiff = None
     without = ()
     welcomed = True
-    tasks = ""
+    tasks = f"- [ ] Pain · {day()}\n"
     command = (TACLA,)
     says = ""
 

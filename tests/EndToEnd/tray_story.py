@@ -46,8 +46,6 @@ class Menu(Story):
 
 
 class Panel(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
-
     def test_that_starts_anew_gets_the_icon_back(self):
         self.launch()
         self.tray.wait()
@@ -73,7 +71,6 @@ class Colours(Story):
 
 class LatePanel(Story):
     without = ("panel",)
-    tasks = f"- [ ] Pain · {day()}\n"
 
     def test_gets_the_icon_and_no_window_opened_unasked(self):
         self.launch()

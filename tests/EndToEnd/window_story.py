@@ -4,11 +4,14 @@ import pathlib
 from story import Reader, Story, day, main, short, until
 
 
-class Tasks(Story):
-    tasks = f"# Ma liste\n\n- [ ] Pain · {day()}\n- [ ] Loyer · {day(-2)} 14:00\n"
+PAIN, LOYER = f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"
 
-    def rest(self, *lines):
-        return ("# Ma liste", "", *lines)
+
+class Tasks(Story):
+    tasks = f"# Ma liste\n\n{PAIN}\n{LOYER}\n"
+
+    def until_tasks(self, *lines):
+        self.until_file("# Ma liste", "", *lines)
 
     def choose(self, task, entry):
         """Opens the menu of an open task's row and takes an entry, with the keys."""
@@ -19,43 +22,42 @@ class Tasks(Story):
 
     def test_adds_what_is_typed(self):
         self.open_window().type("  Appeler « R&D » 🎉 ")
-        self.screen.press("Prioritaire")
-        self.screen.press("Demain")
-        self.screen.press("Ajouter")
-        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00",
-                                   f"- [ ] ❗ Appeler « R&D » 🎉 · {day(1)}"))
+        for button in ("Prioritaire", "Demain", "Ajouter"):
+            self.screen.press(button)
+        self.until_tasks(PAIN, LOYER, f"- [ ] ❗ Appeler « R&D » 🎉 · {day(1)}")
         until(lambda: self.screen.wait("Nouvelle tâche").text == "", "an empty field")
         self.screen.press("Ajouter")
         self.screen.press("À venir", "list item")
         self.screen.wait("Appeler « R&D » 🎉")
         self.screen.key("ctrl+n", "ctrl+z")  # the field itself has nothing to take back
-        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+        self.until_tasks(PAIN, LOYER)
 
     def test_checks_and_takes_it_back(self):
         self.open_window()
         for take_back in (lambda: self.screen.press("Annuler : Tâche cochée : Pain"),
                           lambda: self.screen.key("ctrl+2", "ctrl+z")):
             self.screen.press("Cocher Pain")
-            self.until_file(*self.rest(f"- [x] Pain · {day()} · ✅ {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+            self.until_tasks(f"- [x] Pain · {day()} · ✅ {day()}", LOYER)
             take_back()
-            self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+            self.until_tasks(PAIN, LOYER)
         self.screen.press("Aujourd'hui", "list item")
         self.screen.press("Cocher Pain")
         self.screen.press("Décocher Pain")
-        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(-2)} 14:00"))
+        self.until_tasks(PAIN, LOYER)
 
     def test_postpones_edits_and_deletes_from_a_row(self):
         self.open_window()
         self.choose("Loyer", "Reporter à demain")
-        self.until_file(*self.rest(f"- [ ] Pain · {day()}", f"- [ ] Loyer · {day(1)} 14:00 · due {day(-2)}"))
+        later = f"- [ ] Loyer · {day(1)} 14:00 · due {day(-2)}"
+        self.until_tasks(PAIN, later)
         self.screen.inside("Ensuite", "Loyer")
         self.assertIsNone(self.screen.find("En retard", "label"))
         self.choose("Pain", "Modifier")
         self.screen.wait("Titre de la tâche").type("Pain complet")
         self.screen.press("Enregistrer")
-        self.until_file(*self.rest(f"- [ ] Pain complet · {day()}", f"- [ ] Loyer · {day(1)} 14:00 · due {day(-2)}"))
+        self.until_tasks(f"- [ ] Pain complet · {day()}", later)
         self.choose("Loyer", "Supprimer")
-        self.until_file(*self.rest(f"- [ ] Pain complet · {day()}"))
+        self.until_tasks(f"- [ ] Pain complet · {day()}")
 
     def test_keeps_an_edit_in_progress_while_the_file_changes(self):
         self.open_window()
@@ -65,13 +67,10 @@ class Tasks(Story):
         self.screen.wait("Nouveau")
         self.assertEqual(self.screen.wait("Titre de la tâche").text, "Pain de mie")
         self.screen.press("Enregistrer")
-        self.until_file(*self.rest(f"- [ ] Pain de mie · {day()}", f"- [ ] Loyer · {day(-2)} 14:00",
-                                   f"- [ ] Nouveau · {day()}"))
+        self.until_tasks(f"- [ ] Pain de mie · {day()}", LOYER, f"- [ ] Nouveau · {day()}")
 
 
 class Menus(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
-
     def test_answer_to_their_keys(self):
         program = self.launch()
         field = self.open_window()
@@ -89,7 +88,6 @@ class Menus(Story):
         self.screen.wait("Changer de fichier")
         self.screen.key("ctrl+q")
         self.assertEqual(program.wait(20), 0)
-
 
     def test_harm_nothing_wherever_the_focus_is(self):
         """Every shortcut of every menu, with the focus on each kind of control of each page."""
@@ -163,8 +161,6 @@ class ForAReader(Story):
 
 
 class Settings(Story):
-    tasks = f"- [ ] Pain · {day()}\n"
-
     def test_switches_take_effect(self):
         self.open_settings()
         entry = self.home / ".config/autostart/fr.dravel.Tacla.desktop"

@@ -15,13 +15,11 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     window.click("add.strong");
     window.click("add.button");
     EXPECT_EQ(window.focused(), "add.title");
-    QTest::keyClicks(&title, u"Relancer"_s);
-    window.press(Qt::Key_Return);
+    window.type(u"Relancer\r"_s);
     EXPECT_EQ(window.world.text(), "- [ ] ❗ Appeler la banque · 2026-11-25 10:00\n- [ ] Relancer · 2026-11-25\n")
         << "the day stays, time and priority do not";
     EXPECT_FALSE(title.isUndoAvailable()) << "what was added is the list's to take back";
-    QTest::keyClicks(&title, u"   "_s);
-    window.press(Qt::Key_Return);
+    window.type(u"   \r"_s);
     EXPECT_EQ(title.text(), QString());
     EXPECT_EQ(window.world.state().tasks.size(), 2u) << "blanks are no title";
 }
@@ -41,10 +39,9 @@ TEST(AddCard, OffersTheMomentThatTheTitleTells) {
     window.press(Qt::Key_Return);
     const std::string paul = "- [ ] ❗ Appeler Paul · 2026-11-25 14:30\n", date = "- [ ] Pain demain · 2026-11-24\n";
     EXPECT_EQ(window.world.text(), paul);
-    QTest::keyClicks(&title, u"Pain demain"_s);
-    window.press(Qt::Key_Return);
+    window.type(u"Pain demain\r"_s);
     EXPECT_EQ(window.world.text(), paul + date) << "as typed, on the day before the words; nothing changes unasked";
-    QTest::keyClicks(&title, u"Vin ce soir"_s);
+    window.type(u"Vin ce soir"_s);
     window.click("add.offer");
     title.undo();
     EXPECT_EQ(title.text().toStdString(), "Vin ce soir");
@@ -84,7 +81,7 @@ TEST(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
     EXPECT_TRUE(window.shows("add.reason"));
     EXPECT_EQ(window.control<TextLabel>("add.reason").text().toStdString(), window.world.state().fileError.value());
     std::filesystem::remove(window.world.file);
-    writeBytes(window.world.file, "");
+    window.world.save("");
     window.click("add.button");
     EXPECT_EQ(window.world.text(), "- [ ] Pain Vin · 2026-11-24\n");
     EXPECT_EQ(title.text(), QString());

@@ -1,7 +1,6 @@
 #include "Tacla/MainWindow/Rows/TaskControls.h"
 #include "tests/MainWindow/TestWindow.h"
 
-#include <QMouseEvent>
 #include <QScrollBar>
 
 namespace tacla::testing {
@@ -127,21 +126,15 @@ TEST(TaskRow, ChecksOneTaskWithADoubleClick) {
     for (const int later : {80, 200, 350}) {
         TestWindow window("- [ ] Pain · 2026-11-20\n- [ ] Vin · 2026-11-21\n- [ ] Sel · 2026-11-22\n");
         window.page(Section::late);
-        const auto click = [&](const char* title, quint64 moment) {
-            auto* check = window.row(title).findChild<QWidget*>(u"check"_s);
-            const QPointF inside(16, 16);
-            for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-                QMouseEvent event(type, inside, check->mapToGlobal(inside), Qt::LeftButton,
-                                  type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {});
-                event.setTimestamp(moment);
-                QApplication::sendEvent(check, &event);
-            }
+        const auto click = [&](const char* title, int at) {
+            QTest::lastMouseTimestamp = at;
+            QTest::mouseClick(window.row(title).findChild<QWidget*>(u"check"_s), Qt::LeftButton);
             window.settle();
         };
-        click("Pain", 1000);
-        click("Vin", static_cast<quint64>(1000 + later)); // where the first one was
+        click("Pain", 100'000);
+        click("Vin", 100'000 + later); // where the first one was
         EXPECT_EQ(window.rows().size(), 2U) << later;
-        click("Vin", 3000);
+        click("Vin", 103'000);
         EXPECT_EQ(window.rows().size(), 1U) << later;
     }
 }
@@ -192,10 +185,14 @@ TEST(TaskEditor, IsWalkedThroughByKeyboard) {
     EXPECT_EQ(window.focused(), "Pain check");
 }
 
-TEST(TaskColumn, BuildsOnlyTheRowsInViewOfALongList) {
+static std::string tasks(int count) {
     std::string file;
-    for (int i = 0; i < 5000; ++i) file += "- [ ] Tâche " + std::to_string(i) + " · 2026-11-20\n";
-    TestWindow window(file);
+    for (int i = 0; i < count; ++i) file += "- [ ] Tâche " + std::to_string(i) + " · 2026-11-20\n";
+    return file;
+}
+
+TEST(TaskColumn, BuildsOnlyTheRowsInViewOfALongList) {
+    TestWindow window(tasks(5000));
     auto& page = window.page(Section::late);
     EXPECT_LT(window.rows().size(), 30u);
     const auto scrollTo = [&](int place) {
@@ -214,9 +211,7 @@ TEST(TaskColumn, BuildsOnlyTheRowsInViewOfALongList) {
 }
 
 TEST(TaskColumn, StaysWhereItWasScrolledToWhenLinesComeAbove) {
-    std::string file;
-    for (int i = 0; i < 300; ++i) file += "- [ ] Tâche " + std::to_string(i) + " · 2026-11-20\n";
-    TestWindow window(file);
+    TestWindow window(tasks(300));
     auto& page = window.page(Section::late);
     page.verticalScrollBar()->setValue(6000);
     window.settle();
@@ -225,7 +220,7 @@ TEST(TaskColumn, StaysWhereItWasScrolledToWhenLinesComeAbove) {
     const auto title = row.task().title;
     window.fileBecomes("- [ ] Plus tôt, avec un titre si long qu'il prend plusieurs lignes de la carte, et même encore "
                        "un peu plus pour en être tout à fait sûr · 2026-11-18\n" +
-                       file);
+                       tasks(300));
     EXPECT_EQ(&window.row(title), &row);
     EXPECT_EQ(row.mapTo(&page, QPoint()).y(), y);
 }

@@ -54,11 +54,11 @@ class Simulation {
     int shownCount = 0, answered = 0, refused = 0;
 
   private:
-    struct Bubble {
+    struct Ring { // whose, and of which moment
         int id;
         std::string when;
+        auto operator<=>(const Ring&) const = default;
     };
-    using Ring = std::pair<int, std::string>; // who, and of which moment
 
     int pick(int count) { return std::uniform_int_distribution(0, count - 1)(random_); }
     template <class List>
@@ -102,12 +102,11 @@ class Simulation {
         const auto& tasks = world_.state().tasks;
         const auto place = tasks.find(shown.request.content.key);
         ASSERT_TRUE(place) << shown.request.content.title;
-        const auto task = std::optional(tasks[*place]);
-        const auto id = seen_.at(static_cast<std::size_t>(task->line));
-        bubbles_[shown.handle] = {id, task->when()};
-        owed_.erase({id, task->when()});
-        const auto rung = std::pair(id, task->when());
-        EXPECT_TRUE(rung_.emplace(rung, *task->at()).second) << "rang twice: " << task->title << " " << task->when();
+        const TaskItem task = tasks[*place];
+        const Ring ring{idOf(task), task.when()};
+        bubbles_[shown.handle] = ring;
+        owed_.erase(ring);
+        EXPECT_TRUE(rung_.emplace(ring, *task.at()).second) << "rang twice: " << task.title << " " << ring.when;
         ++shownCount;
     }
 
@@ -176,7 +175,7 @@ class Simulation {
         lookWhetherSeen();
         // Of what waited for a server, the next process knows only what is of today.
         const auto today = Day::of(world_.loop.now()).description();
-        std::erase_if(owed_, [&](const auto& owed) { return !owed.second.starts_with(today); });
+        std::erase_if(owed_, [&](const auto& owed) { return !owed.when.starts_with(today); });
     }
 
     void save(const std::string& text) {
@@ -279,19 +278,11 @@ class Simulation {
         return result;
     }
 
-    std::optional<TaskItem> present(int id) const {
+    // The task that is open still, and on that moment.
+    std::optional<TaskItem> taskOf(const Ring& ring) const {
         for (const auto& task : world_.state().tasks)
-            if (idOf(task) == id) return task;
+            if (!task.done && Ring{idOf(task), task.when()} == ring) return task;
         return {};
-    }
-
-    bool isOpen(int id, const std::string& when) const {
-        const auto task = present(id);
-        return task && !task->done && task->when() == when;
-    }
-
-    bool isDue(const Ring& ring) const {
-        return isOpen(ring.first, ring.second) && *present(ring.first)->at() <= world_.loop.now();
     }
 
     void look() {
@@ -312,11 +303,14 @@ class Simulation {
         for (const auto& [handle, content] : world_.notifications.bubbles) {
             const auto& bubble = bubbles_.at(handle);
             const auto same = [&](const TaskItem& task) { return !task.done && task.when() == bubble.when; };
-            EXPECT_TRUE(isOpen(bubble.id, bubble.when) || std::ranges::any_of(world_.state().tasks, same))
+            EXPECT_TRUE(taskOf(bubble) || std::ranges::any_of(world_.state().tasks, same))
                 << "outlived its task: " << content.title;
         }
         world_.notifications.shown.clear();
-        std::erase_if(owed_, [this](const Ring& owed) { return !isDue(owed); });
+        std::erase_if(owed_, [this](const Ring& owed) {
+            const auto task = taskOf(owed);
+            return !task || *task->at() > world_.loop.now();
+        });
         if (!world_.notifications.capabilities.reachable) return;
         for (const auto& [id, when] : std::exchange(owed_, {})) ADD_FAILURE() << "missed: " << id << " " << when;
     }
@@ -326,7 +320,7 @@ class Simulation {
     std::string tracked_;
     std::vector<int> seen_; // the identities of the lines that the model knows
     int unseenEdits_ = 0, windowsAsked_ = 0;
-    std::map<BubbleHandle, Bubble> bubbles_;
+    std::map<BubbleHandle, Ring> bubbles_;
     std::mt19937 random_{20250304};
     std::map<Ring, Instant> rung_;
     std::set<Ring> owed_;

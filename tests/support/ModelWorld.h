@@ -22,20 +22,15 @@ class RecordedCalendar final : public CalendarService {
   public:
     Connection present = Connection::signedIn;
     std::optional<std::string> failure;                   // of the next calls
-    bool signedOutMeanwhile = false;                      // run finds no account
     bool passing = false;                                 // run meets a trouble that passes
     bool stopped = false;                                 // whether the last run was
     std::vector<std::map<std::string, std::string>> runs; // the renamed keys that each sync was given
     std::vector<std::string> sent;                        // the first task of each
 
-    std::vector<bool> mayAskUser; // for each look at the account
     std::function<void(const Tell&, const std::stop_token&)> duringSignIn;
     dravel::OAuthClient::Source clientFile = dravel::OAuthClient::Source::own;
 
-    Connection account(bool mayAsk, std::stop_token) override {
-        mayAskUser.push_back(mayAsk);
-        return present;
-    }
+    Connection account(bool, std::stop_token) override { return present; }
     void signIn(const Tell& tell, std::stop_token stop) override {
         if (duringSignIn) duringSignIn(tell, stop);
         failIfTold();
@@ -52,7 +47,6 @@ class RecordedCalendar final : public CalendarService {
         runs.push_back(renamed);
         sent.push_back(tasks.empty() ? "" : tasks[0].title + (tasks[0].done ? ": done" : ""));
         stopped = stop.stop_requested();
-        if (signedOutMeanwhile) throw NotSignedIn("Non connecté");
         if (passing) throw Failure("hors ligne", "attendre", true);
         failIfTold();
         return {};

@@ -9,58 +9,47 @@ import fusepy
 
 ATTRIBUTES = ("st_mode", "st_ino", "st_nlink", "st_uid", "st_gid", "st_size")
 TIMES = ("st_atime", "st_mtime", "st_ctime")
+SIZES = ("f_bsize", "f_frsize", "f_blocks", "f_bfree", "f_bavail", "f_namemax")
+
+
+def attributes(path, handle=None):
+    found = os.lstat(path)
+    return {name: getattr(found, name) for name in ATTRIBUTES} | {name: getattr(found, name + "_ns") for name in TIMES}
+
+
+ANSWERS = {
+    "getattr": attributes,
+    "readdir": lambda path, handle: [".", "..", *os.listdir(path)],
+    "open": os.open,
+    "create": lambda path, mode, info=None: os.open(path, os.O_RDWR | os.O_CREAT | os.O_EXCL, mode),
+    "read": lambda path, size, offset, handle: os.pread(handle, size, offset),
+    "write": lambda path, data, offset, handle: os.pwrite(handle, data, offset),
+    "fsync": lambda path, data_only, handle: os.fsync(handle),
+    "release": lambda path, handle: os.close(handle),
+    "truncate": lambda path, length, handle=None: os.truncate(path, length),
+    "rename": os.rename,
+    "chmod": os.chmod,
+    "chown": os.chown,
+    "utimens": lambda path, times=None: os.utime(path, ns=times),
+    "unlink": os.unlink,
+    "mkdir": os.mkdir,
+    "access": lambda path, mode: 0 if os.access(path, mode) else -errno.EACCES,
+    "statfs": lambda path: {name: getattr(os.statvfs(path), name) for name in SIZES},
+}
 
 
 class SlowDisk(fusepy.Operations):
     use_ns = True
-    chmod, chown, mkdir, open, unlink = map(staticmethod, (os.chmod, os.chown, os.mkdir, os.open, os.unlink))
 
     def __init__(self, folder, seconds):
         self.folder, self.seconds = folder, pathlib.Path(seconds)
 
     def __call__(self, operation, path, *arguments):
         time.sleep(float(self.seconds.read_text() or 0))
-        if not hasattr(self, operation):
-            raise fusepy.FuseOSError(errno.ENOTSUP)
-        return getattr(self, operation)(self.folder + path, *arguments)
-
-    def getattr(self, path, handle=None):
-        found = os.lstat(path)
-        return {name: getattr(found, name) for name in ATTRIBUTES} | {name: getattr(found, name + "_ns") for name in TIMES}
-
-    def readdir(self, path, handle):
-        return [".", "..", *os.listdir(path)]
-
-    def create(self, path, mode, info=None):
-        return os.open(path, os.O_RDWR | os.O_CREAT | os.O_EXCL, mode)
-
-    def read(self, path, size, offset, handle):
-        return os.pread(handle, size, offset)
-
-    def write(self, path, data, offset, handle):
-        return os.pwrite(handle, data, offset)
-
-    def fsync(self, path, data_only, handle):
-        return os.fsync(handle)
-
-    def release(self, path, handle):
-        return os.close(handle)
-
-    def truncate(self, path, length, handle=None):
-        os.truncate(path, length)
-
-    def rename(self, path, to):
-        os.rename(path, self.folder + to)
-
-    def utimens(self, path, times=None):
-        os.utime(path, ns=times)
-
-    def access(self, path, mode):
-        return 0 if os.access(path, mode) else -errno.EACCES
-
-    def statfs(self, path):
-        found = os.statvfs(path)
-        return {name: getattr(found, name) for name in ("f_bsize", "f_frsize", "f_blocks", "f_bfree", "f_bavail", "f_namemax")}
+        if operation == "rename":
+            arguments = (self.folder + arguments[0],)
+        answer = ANSWERS.get(operation)
+        return answer(self.folder + path, *arguments) if answer else super().__call__(operation, path, *arguments)
 
 
 if __name__ == "__main__":

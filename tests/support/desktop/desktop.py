@@ -1,4 +1,5 @@
 """Starts and ends the parts of a headless desktop: X server, buses, window manager, panel, notifications, keyring …"""
+import contextlib
 import os
 import pathlib
 import shutil
@@ -43,13 +44,11 @@ grep -m 1 -F -f "{folder}/wanted"
 def until(condition, what, seconds=20):
     """The first true value of the condition; fails the test when there is none in time."""
     end = time.monotonic() + seconds
-    while True:
-        value = condition()
-        if value:
-            return value
+    while not (value := condition()):
         if time.monotonic() > end:
             raise AssertionError(f"not within {seconds} s: {what}")
         time.sleep(0.05)
+    return value
 
 
 class Desktop:
@@ -105,11 +104,9 @@ class Desktop:
         if process is None:
             return
         for number, patience in ((signal.SIGTERM, 5), (signal.SIGKILL, 5)):
-            try:
+            with contextlib.suppress(ProcessLookupError, subprocess.TimeoutExpired):
                 os.killpg(process.pid, number)
                 process.wait(patience)
-            except (ProcessLookupError, subprocess.TimeoutExpired):
-                continue
         if name in self.NAMES:
             until(lambda: not self.owned(self.NAMES[name]), f"the end of {name}")
 
@@ -194,10 +191,8 @@ class Desktop:
 
     def connect(self, kind):
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
-        try:
+        with contextlib.suppress(GLib.Error):  # it does not listen yet
             return Gio.DBusConnection.new_for_address_sync(self.env[f"DBUS_{kind}_BUS_ADDRESS"], flags, None, None)
-        except GLib.Error:
-            return None  # it does not listen yet
 
     def _configure(self, home):
         self._write("bus.conf", BUS.format(kind="session", socket=f"{self.folder}/runtime/bus",
@@ -239,7 +234,7 @@ class Desktop:
                                   text=True).stdout.count("window id")
         if part == "logind":
             return self.owned("org.freedesktop.login1", self.system)
-        try:
+        with contextlib.suppress(GLib.Error):
             if part == "panel":
                 return self.call(self.NAMES[part], "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties", "Get",
                                  GLib.Variant("(ss)", (self.NAMES[part], "IsStatusNotifierHostRegistered")))[0]
@@ -248,5 +243,3 @@ class Desktop:
                                      "org.freedesktop.DBus.Properties", "Get",
                                      GLib.Variant("(ss)", ("org.freedesktop.Secret.Collection", "Locked")))[0]
             return self.owned(self.NAMES[part])
-        except GLib.Error:
-            return False

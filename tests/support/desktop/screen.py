@@ -1,4 +1,5 @@
 """Finds and uses the widgets on the screen by accessible name. Speaks AT-SPI over D-Bus: its library can block for ever."""
+import contextlib
 import subprocess
 
 from gi.repository import Gio, GLib
@@ -71,40 +72,24 @@ class Screen:
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
 
     def _within(self, widget):
-        try:
-            if "showing" not in widget.states:
-                return
-            yield widget
-            for kid in widget.children:
-                yield from self._within(kid)
-        except GLib.Error:
-            return  # it went away meanwhile
-
-    def programs(self):
-        """Those of that name, as they speak to who cannot see."""
-        for program in Widget(self.bus, ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")).children:
-            try:
-                if program.name.lower() == self.program:
-                    yield program
-            except GLib.Error:
-                continue
+        with contextlib.suppress(GLib.Error):  # it went away meanwhile
+            if "showing" in widget.states:
+                yield widget
+                for kid in widget.children:
+                    yield from self._within(kid)
 
     def widgets(self):
         """Everything of the program that shows, in the order of the tree."""
-        for program in self.programs():
-            try:
-                for window in program.children:
+        for program in Widget(self.bus, ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")).children:
+            with contextlib.suppress(GLib.Error):
+                for window in program.children if program.name.lower() == self.program else ():
                     yield from self._within(window)
-            except GLib.Error:
-                continue
 
     def find(self, name, role=""):
         for widget in self.widgets():
-            try:
+            with contextlib.suppress(GLib.Error):
                 if widget.name.replace("\xa0", " ") == name and role in widget.role:  # before Qt's own colons, of late
                     return widget
-            except GLib.Error:
-                continue
         return None
 
     def kinds(self):
@@ -160,10 +145,8 @@ class Reader:
         if arguments[1] != 1:
             return
         self.focus = path
-        try:
+        with contextlib.suppress(GLib.Error):  # it went away meanwhile
             self.said.append(self._words(Widget(self.bus, (sender, path))))
-        except GLib.Error:
-            pass  # it went away meanwhile
 
     def _caret_moved(self, _bus, _sender, path, *_rest):
         if self.focus not in (None, path):
