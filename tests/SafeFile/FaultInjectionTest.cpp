@@ -303,8 +303,8 @@ TEST(SafeFile, MakesNoListThatSomebodyRemovesAtTheLastMoment) {
 TEST(SafeFile, LocksWhoeverMakesTheFolderAndAgainWhenTheLockIsSweptAway) {
     const SafeFileWorld world;
     {
-        const Fault other(
-            "mkdir", [&] { std::filesystem::create_directories(world.locks); }, EEXIST);
+        const auto make = [&] { std::filesystem::create_directories(world.locks); };
+        const Fault other("mkdir", make, EEXIST);
         EXPECT_EQ(world.failure(), "");
     }
     const Fault sweeper("flock", [&] { std::filesystem::remove(*std::filesystem::directory_iterator(world.locks)); });
