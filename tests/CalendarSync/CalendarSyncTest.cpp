@@ -70,16 +70,16 @@ TEST(CalendarSync, CreatesNothingThatTheSettingsCannotHold) {
 }
 
 TEST(CalendarSync, MakesNoSecondCalendarWhereverTheSettingsAreLost) {
-    for (const auto* left : {"gone", "", "{", "folder"}) {
+    for (const std::string left : {"gone", "", "{", "folder"}) {
         for (int at = -1; at < 2; ++at) {
-            SCOPED_TRACE(left + std::string(" before event ") + std::to_string(at));
+            SCOPED_TRACE(left + " before event " + std::to_string(at));
             MirrorFixture mirror;
             const auto settings = mirror.home / "preferences.json";
             const auto lose = [&] {
                 std::filesystem::remove(settings);
-                if (left == std::string("folder"))
+                if (left == "folder")
                     std::filesystem::create_directory(settings);
-                else if (left != std::string("gone"))
+                else if (left != "gone")
                     writeBytes(settings, left);
             };
             const auto progress = [&](std::size_t sent, std::size_t) {
@@ -87,7 +87,7 @@ TEST(CalendarSync, MakesNoSecondCalendarWhereverTheSettingsAreLost) {
             };
             mirror.sync.run(mirror.sync.takeTurn(), TaskFile::parse(two), {}, {}, progress);
             if (at < 0) lose();
-            if (left == std::string("folder")) std::filesystem::remove(settings);
+            if (left == "folder") std::filesystem::remove(settings);
             mirror.run(two); // damaged settings are said once
             EXPECT_EQ(mirror.run(two), "+0 ~0 -0");
             CalendarSync another{mirror.auth, mirror.preferences, mirror.endpoints.calendar, mirror.home / "locks"};

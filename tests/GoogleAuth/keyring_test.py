@@ -32,6 +32,11 @@ class Bare(unittest.TestCase):
         return self.call([PROBE, command, SERVICE, deadline], secret)
 
 
+    def each_fails(self, reason, deadline="5000"):
+        for command, answer in (("find", "unreachable"), ("store", "failed"), ("erase", "failed")):
+            self.assertEqual(self.probe(command, "jeton-2", deadline), f"{answer}: {reason}")
+
+
 class RealKeyring(Bare):
     def tool(self, command, *arguments):
         return self.call(["secret-tool", command, *arguments, "service", SERVICE, "account", "refresh-token"])
@@ -73,16 +78,14 @@ class RealKeyring(Bare):
         self.desktop.start("secrets")
         self.assertEqual(self.probe("store", "jeton-1"), "done")
         os.killpg(self.desktop.processes["secrets"].pid, signal.SIGSTOP)
-        for command, answer in (("find", "unreachable"), ("store", "failed"), ("erase", "failed")):
-            self.assertEqual(self.probe(command, "jeton-2", "200"), answer + ": le trousseau de clés ne répond pas")
+        self.each_fails("le trousseau de clés ne répond pas", "200")
         os.killpg(self.desktop.processes["secrets"].pid, signal.SIGCONT)
         self.assertEqual(self.probe("find"), "found jeton-1")
 
     def test_without_a_keyring_it_says_so(self):
-        for command, answer in (("find", "unreachable"), ("store", "failed"), ("erase", "failed")):
-            self.assertEqual(self.probe(command, "jeton"), answer + ": aucun trousseau de clés n'est disponible")
-        self.desktop.env["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.desktop.folder}/nowhere"
-        self.assertEqual(self.probe("find"), "unreachable: aucun trousseau de clés n'est disponible")
+        for bus in (self.desktop.env["DBUS_SESSION_BUS_ADDRESS"], f"unix:path={self.desktop.folder}/nowhere"):
+            self.desktop.env["DBUS_SESSION_BUS_ADDRESS"] = bus
+            self.each_fails("aucun trousseau de clés n'est disponible")
 
 
 class SlowDialog(Bare):
