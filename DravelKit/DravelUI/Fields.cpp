@@ -322,7 +322,8 @@ QDate DateField::typedDate() const {
     };
     const int day = typed_.number(0).value_or(before_.day()), month = typed_.number(1).value_or(before_.month());
     const auto digits = typed_.digits(2);
-    const auto year = digits == 2 ? 2000 + *typed_.number(2) : digits == 4 ? *typed_.number(2) : before_.year();
+    const int number = typed_.number(2).value_or(0);
+    const auto year = digits == 2 ? 2000 + number : digits == 4 ? number : before_.year();
     const auto date = built(std::max(year, 1), month, day);
     const auto today = today_.isValid() ? today_ : QDate::currentDate();
     if (digits > 0 || date >= today || before_ < today) return date;

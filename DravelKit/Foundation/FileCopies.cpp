@@ -68,7 +68,7 @@ std::vector<Copy> copiesIn(const Path& folder) {
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
-        struct stat status {};
+        struct stat status = {};
         auto file = fileOf(entry->path().filename().native());
         if (!file || ::lstat(entry->path().c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
         copies.push_back(
@@ -159,8 +159,10 @@ std::vector<Copy> surplus(std::vector<Copy> copies, Instant now, const std::opti
         list.push_back(std::move(copy));
     }
     for (const auto& copy : latest) bytes += copy.bytes;
-    for (auto& copy : others)
-        if ((bytes += copy.bytes) > mostBytes) gone.push_back(std::move(copy));
+    for (auto& copy : others) {
+        bytes += copy.bytes;
+        if (bytes > mostBytes) gone.push_back(std::move(copy));
+    }
     return gone;
 }
 

@@ -48,7 +48,7 @@ OpenFile::~OpenFile() {
 }
 
 struct stat OpenFile::status() const {
-    struct stat status {};
+    struct stat status = {};
     if (::fstat(descriptor_, &status) != 0) throwSystemError(path_);
     return status;
 }
@@ -135,7 +135,7 @@ void OpenFile::sync() const {
 void OpenFile::joinItsFolder() const {
     if (::geteuid() != 0) return;
     const auto own = status();
-    struct stat folder {};
+    struct stat folder = {};
     const bool isOurs = own.st_uid == 0 && (own.st_nlink == 1 || S_ISDIR(own.st_mode));
     if (!isOurs || ::stat(path_.parent_path().c_str(), &folder) != 0 || folder.st_uid == 0) return;
     if (::fchown(descriptor_, folder.st_uid, folder.st_gid) != 0) return;
@@ -198,7 +198,7 @@ std::optional<OpenFile> tryLock(const std::filesystem::path& path, int flags) {
         if (!file.lock()) return {};
         if ((flags & O_CREAT) != 0) file.joinItsFolder();
         // Runtime folders are swept of old files: a lock on a file that is no longer at its name excludes nobody.
-        struct stat now {};
+        struct stat now = {};
         const bool stillThere = ::stat(path.c_str(), &now) == 0;
         if (stillThere && Identity::of(now).sameFile(Identity::of(file.status()))) return file;
     }

@@ -91,7 +91,7 @@ void TemporaryFile::publishOver(const Path& target) {
 // Opened to be synced. In one whose files cannot be removed each save would leave something behind.
 OpenFile folderOf(const Path& target) {
     OpenFile folder(target.parent_path(), O_RDONLY | O_DIRECTORY);
-    struct statx status {};
+    struct statx status = {};
     if (::statx(folder.descriptor(), "", AT_EMPTY_PATH, 0, &status) == 0 &&
         (status.stx_attributes & STATX_ATTR_APPEND) != 0)
         throw FileError(FileError::Kind::system, target, EPERM);
@@ -143,6 +143,8 @@ class Lease {
     int descriptor_;
     bool held_ = false;
 };
+
+void requireNoWriter(const OpenFile& file, const Path& target) { const Lease lease(file, target); }
 
 constexpr std::string_view oldText = "old-text-", newText = "new-text-", digits = "0123456789";
 constexpr std::size_t userLength = 10;
@@ -198,7 +200,7 @@ void overwriteOrRestore(const OpenFile& file, const Copies& copies, std::string_
 // For a file that a rename would tear from its hard links, its owner or its mount: writes over it, with both versions
 // kept beside it, synced, until the new one is on the disk. False when the file is no longer what was read.
 bool writeInPlace(const Path& target, const Snapshot& before, std::string_view after) {
-    { const Lease nobodyWrites(before.file, target); }
+    requireNoWriter(before.file, target);
     const OpenFile file(target, O_WRONLY | O_NONBLOCK);
     const auto folder = folderOf(target);
     const auto copies = Copies::ownOf(target);
@@ -224,7 +226,7 @@ bool swap(const Path& a, const Path& b) {
 }
 
 bool isAt(const Path& path, const OpenFile& file) {
-    struct stat there {};
+    struct stat there = {};
     return ::stat(path.c_str(), &there) == 0 && Identity::of(there).sameFile(Identity::of(file.status()));
 }
 

@@ -92,7 +92,7 @@ std::optional<Change> editLocked(const Path& path, const Edit& edit, const Path&
 }
 
 std::optional<Modified> modified(const Path& path) {
-    struct stat status {};
+    struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) return {};
     return Modified{status.st_mtim.tv_sec,  status.st_mtim.tv_nsec, status.st_ctim.tv_sec,
                     status.st_ctim.tv_nsec, status.st_size,         status.st_ino};
@@ -120,6 +120,11 @@ std::optional<Change> editOwn(const Path& path, const Edit& edit, const Path& lo
     return editLocked(path, edit, lockFolder, Missing::isEmpty);
 }
 
+void replaceOwn(const Path& path, const std::string& text, const Path& lockFolder) {
+    const auto whole = [&](std::string_view) { return std::optional(text); };
+    editOwn(path, whole, lockFolder);
+}
+
 bool create(const Path& path, std::string_view text) {
     const Path target = followedLinks(path);
     makeFolders(target.parent_path());
@@ -132,7 +137,7 @@ std::optional<Path> moveAside(const Path& path, const std::string& ending, const
     const auto lock = locked(target, lockFolder);
     if (!mustGo()) return {};
     for (int nth = 1; nth <= mostAside; ++nth) {
-        const Path aside = target.native() + ending + (nth == 1 ? "" : "-" + std::to_string(nth));
+        Path aside = target.native() + ending + (nth == 1 ? "" : "-" + std::to_string(nth));
         if (renameAsNew(target, aside)) return aside;
     }
     throw FileError(FileError::Kind::system, path, EEXIST);

@@ -48,8 +48,9 @@ std::optional<Change> edit(const Path&, const Edit&, const Path& lockFolder);
 // Makes the folders (0700 where missing) and the file, unless something of that name exists; true when it was made.
 bool create(const Path&, std::string_view text);
 
-// Like edit for a file of our own that may not exist yet (then the edit gets ""); made with mode 0600.
+// Like edit, and as a whole, for a file of our own that may not exist yet (then the edit gets ""); made with mode 0600.
 std::optional<Change> editOwn(const Path&, const Edit&, const Path& lockFolder);
+void replaceOwn(const Path&, const std::string& text, const Path& lockFolder);
 
 // Gives the file a name with this ending, and a number where such a file exists, when `mustGo` still says so under the
 // lock. The new name, beside what the links lead to; none when it stayed.

@@ -45,7 +45,7 @@ seconds changeOfOffset(seconds low, seconds high) {
 // What the system's zone depends on: the variable, and the identity of the file behind the default.
 auto zoneSource() {
     const char* variable = std::getenv("TZ");
-    struct stat file {};
+    struct stat file = {};
     ::stat("/etc/localtime", &file);
     return std::tuple(std::string(variable ? variable : ""), variable != nullptr, file.st_ino, file.st_mtim.tv_sec);
 }

@@ -58,7 +58,7 @@ OAuthClient OAuthClient::load(const GoogleConfig& config, const GoogleFolders& f
     const Path own = configPath(config, folders);
     const Path path = isThere(own) ? own : embeddedPath(folders);
     if (!isThere(path)) throw AuthError(AuthError::Kind::missingConfig);
-    return *parse(clientText(path));
+    return parse(clientText(path)).value();
 }
 
 OAuthClient::Source OAuthClient::source(const GoogleConfig& config, const GoogleFolders& folders) try {
@@ -72,10 +72,7 @@ OAuthClient::Source OAuthClient::source(const GoogleConfig& config, const Google
 void OAuthClient::install(const GoogleConfig& config, const GoogleFolders& folders, const Path& downloaded) {
     const auto text = clientText(downloaded);
     const Path own = configPath(config, folders);
-    const auto replace = [&] {
-        SafeFile::editOwn(
-            own, [&](std::string_view) { return std::string(text); }, folders.locks);
-    };
+    const auto replace = [&] { SafeFile::replaceOwn(own, text, folders.locks); };
     try {
         replace();
     } catch (const FileError& error) {

@@ -33,7 +33,7 @@ Keyring::Failure TokenStore::store(const Keyring::Item& where, const Secret& sec
 
 Keyring::Failure TokenStore::importLegacyFile(Keyring::Ask ask, const std::stop_token& stop) {
     const auto path = legacyFile();
-    if (!path || !SafeFile::modified(*path)) return std::nullopt;
+    if (!path || !config_.legacyToken || !SafeFile::modified(*path)) return std::nullopt;
     std::optional<Secret> token;
     try {
         token = config_.legacyToken->read(SafeFile::readText(*path));

@@ -66,8 +66,7 @@ class HttpClient {
   public:
     using SteadyNow = std::function<std::chrono::steady_clock::time_point()>;
 
-    explicit HttpClient(
-        HttpLimits = {}, SteadyNow = [] { return std::chrono::steady_clock::now(); });
+    explicit HttpClient(HttpLimits = {}, SteadyNow = std::chrono::steady_clock::now);
     ~HttpClient();
     HttpClient(HttpClient&&) noexcept;
     HttpClient& operator=(HttpClient&&) noexcept;

@@ -79,8 +79,8 @@ void DesktopSearch::Run(const QString& matchId, const QString&) { choose(matchId
 
 // The caller waits for the answer, not for the window.
 void DesktopSearch::choose(const QString& identifier) {
-    QMetaObject::invokeMethod(
-        this, [this, key = identifier.toStdString()] { chosen(key); }, Qt::QueuedConnection);
+    const auto open = [this, key = identifier.toStdString()] { chosen(key); };
+    QMetaObject::invokeMethod(this, open, Qt::QueuedConnection);
 }
 
 QDBusArgument& operator<<(QDBusArgument& argument, const RunnerAction& action) {

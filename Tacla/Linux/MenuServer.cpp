@@ -165,9 +165,10 @@ const MenuCommand* MenuServer::commandOf(int id) const {
 
 void MenuServer::click(int id) {
     // The host waits for the answer; what was chosen may take longer, or end the program.
-    if (const auto* command = commandOf(id))
-        QMetaObject::invokeMethod(
-            this, [this, command = *command] { chosen(command); }, Qt::QueuedConnection);
+    const auto* command = commandOf(id);
+    if (!command) return;
+    const auto choose = [this, command = *command] { chosen(command); };
+    QMetaObject::invokeMethod(this, choose, Qt::QueuedConnection);
 }
 
 QDBusArgument& operator<<(QDBusArgument& argument, const MenuNode& node) {

@@ -110,11 +110,7 @@ bool AutostartLoginItem::mayComeUnasked() const {
     return !existsOrDangles(program_.parent_path().parent_path() / "CMakeCache.txt");
 }
 
-void AutostartLoginItem::enable() {
-    const auto entry = autostartEntry(program_);
-    dravel::SafeFile::editOwn(
-        file_, [&](std::string_view) { return std::optional(entry); }, lockFolder_);
-}
+void AutostartLoginItem::enable() { dravel::SafeFile::replaceOwn(file_, autostartEntry(program_), lockFolder_); }
 
 void AutostartLoginItem::disable() {
     std::error_code error;
@@ -126,7 +122,7 @@ std::optional<CommandLineLink> commandLineLink(const path& home, std::string_vie
                                                const std::function<bool(const path&)>& exists) {
     const auto folders = dravel::split(searchPath, ":", false);
     const auto found = [&](std::string_view folder) { return exists(path(folder) / "tacla"); };
-    const CommandLineLink link{home / ".local" / "bin" / "tacla", program};
+    CommandLineLink link{home / ".local" / "bin" / "tacla", program};
     if (std::any_of(folders.begin(), folders.end(), found) || exists(link.at)) return {};
     return link;
 }

@@ -144,10 +144,7 @@ class QtMainLoop::Alarms {
 QtMainLoop::QtMainLoop() : alarms_(std::make_shared<Alarms>()) {}
 QtMainLoop::~QtMainLoop() = default;
 
-void QtMainLoop::post(Task task) {
-    QMetaObject::invokeMethod(
-        &context_, [task = std::move(task)] { task(); }, Qt::QueuedConnection);
-}
+void QtMainLoop::post(Task task) { QMetaObject::invokeMethod(&context_, std::move(task), Qt::QueuedConnection); }
 
 dravel::Timer QtMainLoop::after(std::chrono::milliseconds delay, Task task) {
     auto* timer = new QTimer(&context_);
@@ -183,8 +180,8 @@ struct Watchdog::Beat {
             const auto sent = std::chrono::steady_clock::now();
             const auto before = Excused::of(schedstat);
             answered = false;
-            QMetaObject::invokeMethod(
-                &context, [this, sent, before] { answer(sent, before); }, Qt::QueuedConnection);
+            const auto ask = [this, sent, before] { answer(sent, before); };
+            QMetaObject::invokeMethod(&context, ask, Qt::QueuedConnection);
             while (!answered && !stop.stop_requested()) std::this_thread::sleep_for(5ms);
             std::this_thread::sleep_for(5ms);
         }

@@ -218,13 +218,13 @@ StatusPixmaps StatusItem::pixmaps() const {
 StatusToolTip StatusItem::toolTip() const { return {{}, {}, QString::fromStdString(content_.toolTip), {}}; }
 
 void StatusItem::Activate(int, int) {
-    QMetaObject::invokeMethod(
-        this, [this] { activated(takeActivationToken()); }, Qt::QueuedConnection);
+    const auto activate = [this] { activated(takeActivationToken()); };
+    QMetaObject::invokeMethod(this, activate, Qt::QueuedConnection);
 }
 
 void StatusItem::SecondaryActivate(int, int) {
-    QMetaObject::invokeMethod(
-        this, [this] { middleClicked(takeActivationToken()); }, Qt::QueuedConnection);
+    const auto activate = [this] { middleClicked(takeActivationToken()); };
+    QMetaObject::invokeMethod(this, activate, Qt::QueuedConnection);
 }
 
 void StatusItem::ProvideXdgActivationToken(const QString& token) { activationToken_ = token.toStdString(); }

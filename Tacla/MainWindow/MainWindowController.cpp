@@ -37,9 +37,10 @@ using dravel::FileError;
 
 namespace {
 
-// The least size is asked of the desktop. As a tile, half of a small screen, the view folds, down to its own.
-constexpr QSize firstContent{980, 720}, leastContent{820, 560}, leastTile{480, 320};
+// The least size is asked of the desktop. As a tile, half of a small screen, the view folds, down to its own: GNOME
+// tiles no window that needs more with the frame that programs draw there themselves.
 constexpr QSize usualFrame{8, 40};
+constexpr QSize firstContent{980, 720}, leastContent{820, 560}, leastTile = QSize{480, 360} - usualFrame;
 constexpr int usualPanel = 56;
 
 bool onWayland() { return QGuiApplication::platformName().startsWith(u"wayland"); }

@@ -160,8 +160,7 @@ void Bubbles::remember() const {
     std::string text = list_.string() + "\n";
     for (const auto& [handle, task] : up_) text += lineOf(handle, *task.now);
     try {
-        SafeFile::editOwn(
-            memory_, [&](std::string_view) { return std::optional(text); }, memory_.parent_path());
+        SafeFile::replaceOwn(memory_, text, memory_.parent_path());
     } catch (const dravel::FileError&) { // nothing to be done
     }
 }

@@ -189,20 +189,20 @@ void AppDelegate::perform(const MenuCommand& command) {
 
 void AppDelegate::activate(const SingleInstance::Activation& activation) {
     using Action = NotificationServer::Action;
-    const auto& [token, action, target] = activation;
-    const auto answer = [&, &token = token, &target = target](Action chosen) {
-        ports_.notifications.responded({chosen, {GnomeNotifications::server, target}, token});
+    const auto& action = activation.action;
+    const auto answer = [&](Action chosen) {
+        ports_.notifications.responded({chosen, {GnomeNotifications::server, activation.key}, activation.token});
     };
     if (action == ApplicationAction::done) return answer(Action::done);
     if (action == ApplicationAction::tomorrow) return answer(Action::tomorrow);
     if (action == ApplicationAction::openTask) return answer(Action::opened);
     if (action == ApplicationAction::newTask && !ports_.model.state().onboarding) {
         prepareWindows();
-        return ports_.window.showQuickEntry(token);
+        return ports_.window.showQuickEntry(activation.token);
     }
     prepareWindow(); // a window that is made later starts on today, whatever was asked before
     if (action == ApplicationAction::today || action == ApplicationAction::late) ports_.model.requestSection(action);
-    showWindow(token);
+    showWindow(activation.token);
 }
 
 }

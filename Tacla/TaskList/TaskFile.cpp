@@ -35,9 +35,10 @@ void numberKeys(std::vector<KeyedTitle>& titles) {
 std::vector<KeyedTitle> keyedTitles(std::string_view text) {
     std::vector<KeyedTitle> titles;
     titles.reserve(text.size() / usualTaskLength);
-    forEachTask(text, [&](const TaskLine& task) {
+    const auto take = [&](const TaskLine& task) {
         titles.push_back({task.line, task.title, {titleDigest(task.title), 1}});
-    });
+    };
+    forEachTask(text, take);
     numberKeys(titles);
     return titles;
 }

@@ -154,7 +154,7 @@ class EndSignals {
     EndSignals() : notifier_(wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), QSocketNotifier::Read) {
         QObject::connect(&notifier_, &QSocketNotifier::activated, [] { QCoreApplication::exit(); });
         for (const int number : {SIGTERM, SIGINT}) {
-            struct sigaction action {};
+            struct sigaction action = {};
             if (::sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue; // as by nohup
             action = {};
             action.sa_handler = [](int) { ::eventfd_write(wakeUp, 1); };

@@ -85,10 +85,6 @@ struct Disturbed : ::testing::Test {
         mirror.preferences.setCalendar(id, true);
         mirror.google.control({{"clear_log", true}, {"calendars", calendars}, {"faults", Json::array()}});
     }
-    void disturb(Json fault, std::size_t at, const char* on = "calendar") {
-        fault.update({{"on", on}, {"at", at}});
-        mirror.google.control({{"faults", {fault}}});
-    }
 
     void expectStrangersUntouched() {
         const Json events = mirror.google.state("calendars")[id]["events"];
@@ -119,7 +115,7 @@ TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) 
             const auto& method = methods[at - 1];
             SCOPED_TRACE(name + " at request " + std::to_string(at) + ", " + method);
             reset();
-            disturb(order, at);
+            mirror.disturb(order, at);
             const auto other = but.find(method);
             std::string expected = other == but.end() ? end : other->second;
             if (expected.empty()) expected = "+2 ~2 -3";
@@ -127,7 +123,7 @@ TEST_F(Disturbed, EndsAsItShouldAndTheNextPassHealsWhateverTheFaultAndItsPlace) 
             EXPECT_EQ(mirror.run(sync, after, renamed).substr(0, expected.size()), expected);
             expectStrangersUntouched();
 
-            mirror.google.control({{"faults", Json::array()}});
+            mirror.calm();
             EXPECT_EQ(mirror.run(after, renamed)[0], '+');
             EXPECT_EQ(mirror.run(after), "+0 ~0 -0");
             expectStrangersUntouched();
@@ -146,7 +142,7 @@ TEST_F(Disturbed, DeletesNothingForAnEmptyFile) {
         SCOPED_TRACE(fault.name);
         for (const auto at : {1U, 2U}) {
             reset();
-            disturb(fault.order, at);
+            mirror.disturb(fault.order, at);
             mirror.run(impatient, "", {});
             EXPECT_EQ(mirror.google.state("calendars")[id], calendars[id]);
         }
@@ -157,14 +153,14 @@ TEST_F(Disturbed, CreatesACalendarAtTheNextPassWhenTheFirstFailed) {
     for (const auto& [name, order, end, but] : faults) {
         SCOPED_TRACE(name);
         mirror.google.control({{"calendars", Json::object()}});
-        disturb(order, 1);
+        mirror.disturb(order, 1);
         std::filesystem::remove(mirror.home / "preferences.json");
         CalendarSync fresh = another();
         const std::string expected = name == "401 once" ? "+4 ~0 -0"
                                      : end.empty()      ? refusal(200) + "agenda créé sans identifiant"
                                                         : end;
         EXPECT_EQ(mirror.run(fresh, before, {}).substr(0, expected.size()), expected);
-        mirror.google.control({{"faults", Json::array()}});
+        mirror.calm();
         if (end.empty() ? name != "401 once" : end.find("a répondu") == end.npos) { // nobody said what became of it
             const auto made = mirror.google.state("calendars").size();
             for (int again = 0; again < 2; ++again)
@@ -181,7 +177,7 @@ TEST_F(Disturbed, AsksNothingOfTheCalendarWithoutAnAccessToken) {
     for (const Json& fault : {Json{{"kind", "reset"}}, Json{{"kind", "cut"}}, Json{{"kind", "text"}, {"body", "{}"}},
                               status(401), status(500), status(400, {{"reason", "invalid_grant"}})}) {
         reset();
-        disturb(fault, 1, "token");
+        mirror.disturb(fault, 1, "token");
         mirror.auth.invalidateAccessToken();
         EXPECT_NE(mirror.run(after, renamed)[0], '+') << fault;
         EXPECT_EQ(mirror.requests(), std::vector<std::string>{}) << fault;

@@ -4,35 +4,29 @@ import pathlib
 import pty
 import subprocess
 import sys
-import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[2]))
-from tests.support.desktop import Desktop, Google, until  # noqa: E402
-
-TACLA = os.environ["TACLA_PROGRAM"]
-LIST = "- [ ] Pain · 2025-03-04\n- [ ] ❗ TVA · 2025-03-05 14:30\n- [ ] Sans date\n"
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "EndToEnd"))
+from story import TACLA, Google, Story, main, until  # noqa: E402
 
 
-class TerminalSync(unittest.TestCase):
+class TerminalSync(Story):
+    without = ("wm", "a11y", "notify", "logind", "panel")
+    tasks = "- [ ] Pain · 2025-03-04\n- [ ] ❗ TVA · 2025-03-05 14:30\n- [ ] Sans date\n"
+
     def setUp(self):
-        self.desktop = self.enterContext(Desktop(without=("wm", "a11y", "notify", "logind", "panel")))
+        super().setUp()
         self.google = self.enterContext(Google())
-        self.home = pathlib.Path(self.desktop.env["HOME"])
-        self.list = self.home / "taches.md"
         self.data, self.preferences = self.home / ".local/share/Tacla", self.home / ".config/fr.dravel.Tacla/preferences.json"
-        self.preferences.parent.mkdir(parents=True)
-        self.list.write_text(LIST)
         self.preferences.write_text('{"calendarSync": true}')
         self.google.give_account(self.data)
-        self.env = self.desktop.env | {"TACLA_GOOGLE_BASE": self.google.base, "TACLA_FILE": str(self.list)}
+        self.desktop.env["TACLA_GOOGLE_BASE"] = self.google.base
 
-    def tacla(self, *arguments, **extra):
-        """(exit status, standard output, standard error)"""
-        done = subprocess.run([TACLA, *arguments], env=self.env | extra, capture_output=True, text=True, timeout=60)
+    def tacla(self, *arguments):
+        done = self.run_tacla(*arguments)
         return done.returncode, done.stdout, done.stderr
 
-    def fails(self, message, *arguments, **extra):
-        self.assertEqual(self.tacla(*arguments, **extra), (1, "", f"tacla : {message}\n"))
+    def fails(self, message, *arguments):
+        self.assertEqual(self.tacla(*arguments), (1, "", f"tacla : {message}\n"))
 
     def test_mirrors_counts_and_keeps_events_over_a_rename(self):
         self.assertEqual(self.tacla("sync"), (0, "+2 ~0 -0\n", ""))
@@ -42,11 +36,11 @@ class TerminalSync(unittest.TestCase):
         self.assertEqual(self.tacla("rename", "pain", "Baguette"), (0, "✏️ Pain → Baguette\n", ""))
         self.assertEqual(self.google.events(), {"Baguette": before["Pain"], "❗ TVA": before["❗ TVA"]})
 
-        self.list.write_text("# Tâches\n")
+        self.file.write_text("# Tâches\n")
         self.fails("Le fichier ne contient aucune tâche : l'agenda n'est pas vidé", "sync")
-        self.list.unlink()
-        self.fails(f"{self.list} illisible", "sync")
-        self.list.write_text(LIST)
+        self.file.unlink()
+        self.fails(f"{self.file} illisible", "sync")
+        self.file.write_text(self.tasks)
         self.google.fault(at=1, kind="text", status=403, body="é" * 300)
         self.fails("Google Agenda a répondu 403 " + "é" * 120 + "\ntacla : Activez l'API Google Calendar dans votre projet "
                    "Google, ou reconnectez-vous", "sync")
@@ -57,7 +51,7 @@ class TerminalSync(unittest.TestCase):
         self.fails("la recopie dans Google Agenda est désactivée (Réglages de Tacla)", "sync")
 
     def start(self):
-        return subprocess.Popen([TACLA, "sync"], env=self.env, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        return subprocess.Popen([TACLA, "sync"], env=self.desktop.env, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
     def one_calendar_with_each_task_once(self, told):
         calendars = list(self.google.ask("/control/state?calendars").values())
@@ -104,7 +98,7 @@ class TerminalSync(unittest.TestCase):
 
     def test_shows_its_progress_on_a_terminal_and_clears_it(self):
         reading, writing = pty.openpty()
-        with subprocess.Popen([TACLA, "sync"], env=self.env, stdout=subprocess.PIPE, stderr=writing, text=True) as tacla:
+        with subprocess.Popen([TACLA, "sync"], env=self.desktop.env, stdout=subprocess.PIPE, stderr=writing, text=True) as tacla:
             self.assertEqual(tacla.communicate(timeout=60)[0], "+2 ~0 -0\n")
         os.close(writing)
         shown = os.read(reading, 65536).decode()
@@ -113,5 +107,4 @@ class TerminalSync(unittest.TestCase):
                                                   "Envoi à Google Agenda : 1 sur 2", ""])
 
 
-if __name__ == "__main__":
-    unittest.main()
+main()

@@ -80,6 +80,10 @@ class Wayland(Desktop):
         with Image.open(f"{self.folder}/shot.png") as shot:
             return ImageStat.Stat(shot.convert("L").crop((x, y, x + width, y + (lines or height)))).median[0] / 255
 
+    def tile(self, story):
+        """The window in front takes the left half of the screen."""
+        self.press("super+Left")
+
     def focused(self):
         return next(iter(self.windows()), None)
 
@@ -226,6 +230,35 @@ class Shrinks(Everywhere):
         self.desktop.picture("shrunk")
 
 
+class Tile(Everywhere):
+    """The screen's half is the width from which the sidebar folds to symbols."""
+    size = "1280x720"
+    tasks = f"- [ ] Appeler le garage à propos de la courroie · {day()}\n- [ ] Pain · {day()}\n"
+
+    def test_cuts_nothing_off(self):
+        self.launch()
+        self.open_window()
+        half = int(self.size.split("x")[0]) // 2
+        self.desktop.tile(self)
+        until(lambda: self.desktop.windows()[NAME][2] == half, f"a tile of {half} pixels, not {self.desktop.windows()}")
+        self.screen = Screen(self.desktop)
+        until(lambda: self.furthest()[0] <= half, f"all of it within {half}: {self.furthest()}")
+        self.desktop.picture(f"tile-{half}")
+
+    def furthest(self):
+        """How far to the right anything of the window goes, and what that is."""
+        found = []
+        for widget in self.screen.widgets():
+            x, _, width, _ = widget.call("Component", "GetExtents", "(u)", 1)[0]
+            found.append((x + width, widget.role, widget.name))
+        return max(found)
+
+
+class NarrowTile(Tile):
+    """The least width that a window asks for."""
+    size = "960x720"
+
+
 class Quiet(Everywhere):
     tasks = f"- [ ] Pain · {day()} 00:00\n"
 
@@ -301,4 +334,4 @@ def told_on(desktop, *but):
     def make_desktop(story):
         return desktop(size=story.size)
     return {story.__name__: type(story.__name__, (story,), {"make_desktop": make_desktop, "without": ("a11y",)})
-            for story in (FirstStart, Raised, Reminder, Dark, Scales, Shrinks, Quiet, Portals) if story.__name__ not in but}
+            for story in (FirstStart, Raised, Reminder, Dark, Scales, Shrinks, Tile, NarrowTile, Quiet, Portals) if story.__name__ not in but}

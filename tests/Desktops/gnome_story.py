@@ -1,6 +1,7 @@
 """Tacla on GNOME Shell: Wayland without X11, clicked with the shell's own virtual pointer."""
 import json
 import os
+import pathlib
 
 from gi.repository import GLib
 
@@ -15,6 +16,8 @@ idle-delay=uint32 0
 [org/gnome/desktop/interface]
 enable-animations=false
 color-scheme='default'
+[org/gnome/desktop/input-sources]
+sources=[{source}]
 [org/gnome/mutter]
 experimental-features=['scale-monitor-framebuffer']
 """
@@ -43,14 +46,15 @@ MODIFIERS = {"super": "Super_L", "alt": "Alt_L", "ctrl": "Control_L"}
 
 
 class Gnome(Wayland):
-    tray, keeps_keys = True, os.path.exists("/usr/libexec/gnome-control-center-global-shortcuts-provider")
+    tray, source = True, "('xkb', 'us')"
+    keeps_keys = os.path.exists("/usr/libexec/gnome-control-center-global-shortcuts-provider")
 
     def start_shell(self):
         self.env |= {"XDG_CURRENT_DESKTOP": "GNOME", "GSETTINGS_BACKEND": "keyfile", "LIBGL_ALWAYS_SOFTWARE": "1"}
         extensions = ["ubuntu-appindicators@ubuntu.com"] if self.tray else "@as []"
         keyfile = self.folder / "home/.config/glib-2.0/settings/keyfile"
         keyfile.parent.mkdir(parents=True)
-        keyfile.write_text(SETTINGS.format(extensions=extensions))
+        keyfile.write_text(SETTINGS.format(extensions=extensions, source=self.source))
         warned = self.folder / "home/.local/share/gnome-shell/lock-warning-shown"  # that nothing here locks the screen
         warned.parent.mkdir(parents=True)
         warned.touch()
@@ -158,6 +162,64 @@ class WelcomeWithoutTray(Everywhere):
         until(lambda: any(widget.name.startswith("Ce bureau n'a pas de zone de notification") for widget in screen.widgets()),
               "the words in the welcome")
         self.desktop.picture("welcome")
+
+
+class Lockable(Gnome):
+    """A shell locks its screen where logind and a display manager are: mocks play both."""
+
+    def start_shell(self):
+        pathlib.Path("/run/systemd/seats").mkdir(exist_ok=True)
+        self.start("logind")
+        name = "org.gnome.DisplayManager"
+        manager = (name, "/org/gnome/DisplayManager/Manager", f"{name}.Manager")
+        self.run(["/usr/bin/python3", "-m", "dbusmock", "--system", *manager], "manager")
+        until(lambda: self.owned(name, self.system), "the display manager")
+        self.call(*manager[:2], "org.freedesktop.DBus.Mock", "AddProperty",
+                  GLib.Variant("(ssv)", (manager[2], "Version", GLib.Variant("s", "43.0"))), self.system)
+        super().start_shell()
+
+
+class Locked(Everywhere):
+    tasks = f"- [ ] Pain · {day()} 00:00\n"
+
+    def make_desktop(self):
+        return Lockable(size=self.size)
+
+    def test_shows_nothing_of_a_reminder_and_keeps_it(self):
+        self.desktop.evaluate("Main.screenShield.lock(false)")
+        until(lambda: self.desktop.evaluate("Main.screenShield.locked"), "the lock")
+        self.launch()
+        until(lambda: self.desktop.locate("Tacla"), "that there is something of Tacla")
+        self.desktop.picture("locked")
+        self.assertEqual((self.desktop.windows(), self.desktop.locate("Pain")), ({}, []))
+        self.desktop.evaluate("Main.screenShield.deactivate(false)")
+        self.desktop.answer("Pain", "Fait")
+        self.until_file(f"- [x] Pain · {day()} 00:00 · ✅ {day()}")
+
+
+class Chinese(Gnome):
+    source = "('ibus', 'libpinyin')"
+
+
+class InputMethod(Everywhere):
+    tasks = ""
+
+    def make_desktop(self):
+        return Chinese(size=self.size)
+
+    def test_writes_chinese(self):
+        self.launch(QT_IM_MODULE="ibus")  # as a session of GNOME says
+        self.open_window()
+        field = Screen(self.desktop).wait("Nouvelle tâche")
+        until(lambda: "focused" in field.states, "the field to have the focus")
+        popup = "Main.panel.statusArea.keyboard._inputSourceManager._ibusManager._candidatePopup.visible"
+        until(lambda: self.desktop.press("n") or self.desktop.evaluate(popup), "the input method, which misses the first letters")
+        self.desktop.press("Escape", *"nihao")
+        self.desktop.picture("ibus")
+        self.desktop.press("space")
+        until(lambda: field.text.endswith("你好"), f"the signs, not {field.text!r}")
+        self.desktop.press("Return")
+        until(lambda: "你好 ·" in self.file.read_text(), "the task")
 
 
 globals().update(told_on(Gnome))

@@ -1,4 +1,4 @@
-"""Input methods under X11: dead keys, and Chinese through Fcitx, typed with real keys into a new task."""
+"""Input methods under X11: dead keys, and Chinese through Fcitx and IBus, typed with real keys into a new task."""
 import subprocess
 
 from everywhere import NAME, PICTURES, Desktop, main, until
@@ -29,9 +29,9 @@ class Typed(Story):
         self.field = self.screen.wait("Nouvelle tâche")
         until(lambda: "focused" in self.field.states, "the field to have the focus")
 
-    def until_choosing(self, *command, wanted):
-        until(lambda: wanted in subprocess.run(command, env=self.desktop.env, capture_output=True, text=True, check=False).stdout,
-              f"{wanted} by {command[0]}")
+    def until_choosing(self, commands, wanted):
+        until(lambda: wanted in subprocess.run(commands, shell=True, env=self.desktop.env, capture_output=True, text=True,
+                                               check=False).stdout, f"{wanted} by {commands}")
 
     def picture(self, name):
         if PICTURES:
@@ -64,8 +64,17 @@ class Fcitx(Typed):
         self.desktop.run(["fcitx5"], "fcitx")
         until(lambda: self.desktop.owned("org.fcitx.Fcitx5"), "Fcitx")
         self.open_field(QT_IM_MODULE="fcitx")
-        self.until_choosing("sh", "-c", "fcitx5-remote -o; fcitx5-remote -s pinyin; fcitx5-remote -n", wanted="pinyin")
+        self.until_choosing("fcitx5-remote -o; fcitx5-remote -s pinyin; fcitx5-remote -n", "pinyin")
         self.writes_chinese("fcitx")
+
+
+class Ibus(Typed):
+    def test_writes_chinese(self):
+        self.desktop.run(["sh", "-c", "ibus-daemon --panel disable; true"], "ibus")  # it ends where its parent is process 1
+        until(lambda: self.desktop.owned("org.freedesktop.IBus"), "IBus")
+        self.open_field(QT_IM_MODULE="ibus")
+        self.until_choosing("ibus engine libpinyin; ibus engine", "libpinyin")
+        self.writes_chinese("ibus")
 
 
 main()

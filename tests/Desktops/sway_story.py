@@ -92,35 +92,12 @@ class Sway(Wayland):
     def locate(self, words):
         return []  # nothing there tells what is on the screen
 
+    def tile(self, story):
+        story.cover()
+        self.ask("swaymsg", '[app_id=".*"] floating disable')
+
     def scale(self, factor):
         self.ask("swaymsg", "output", "HEADLESS-1", "scale", str(factor))
-
-
-class Tile(Everywhere):
-    tasks = f"- [ ] Appeler le garage à propos de la courroie · {day()}\n- [ ] Pain · {day()}\n"
-
-    def make_desktop(self):
-        return Sway(size=self.size)
-
-    def test_half_a_screen_cuts_nothing_off(self):
-        self.launch()
-        self.tray.wait()
-        self.open_window()
-        self.cover()
-        self.desktop.ask("swaymsg", '[app_id=".*"] floating disable')
-        for width in (640, 480):
-            self.desktop.ask("swaymsg", "output", "HEADLESS-1", "resolution", f"{2 * width}x720")
-            until(lambda: self.desktop.windows()[NAME][2] == width, f"a tile of {width} pixels")
-            until(lambda: self.furthest()[0] <= width, f"all of it within {width}: {self.furthest()}")
-            self.desktop.picture(f"tile-{width}")
-
-    def furthest(self):
-        """How far to the right anything of the window goes, and what that is."""
-        found = []
-        for widget in self.screen.widgets():
-            x, _, width, _ = widget.call("Component", "GetExtents", "(u)", 1)[0]
-            found.append((x + width, widget.role, widget.name))
-        return max(found)
 
 
 class Locked(Everywhere):

@@ -33,7 +33,7 @@ bool setAttribute(const Path& file, const char* name, std::string_view value) {
 }
 
 auto ownership(const Path& file) {
-    struct stat status {};
+    struct stat status = {};
     ::stat(file.c_str(), &status);
     return std::tuple(status.st_mode, status.st_uid, status.st_gid, status.st_nlink);
 }

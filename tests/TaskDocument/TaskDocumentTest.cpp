@@ -174,9 +174,8 @@ TEST(FileCopies, TellListsApartTakeLongNamesAndLeaveOthersAlone) {
 
 TEST(TaskDocument, CountsDatesBehindCarriageReturnsAndTakesTheseAway) {
     const List list;
-    const std::string crlf =
-        "# Liste\r\n- [ ] A · 2025-03-04\r\n- [x] B · 2025-03-04 · \xE2\x9C\x85 2025-03-05\r\n- [ ] C\r\n- [ ] D\rE\n- "
-        "[ ] F · 2025-03-04\r";
+    const std::string crlf = "# Liste\r\n- [ ] A · 2025-03-04\r\n- [x] B · 2025-03-04 · ✅ 2025-03-05\r\n"
+                             "- [ ] C\r\n- [ ] D\rE\n- [ ] F · 2025-03-04\r";
     writeBytes(list.file, crlf);
     TaskDocument document(list.file, list.folders);
     document.read();
@@ -184,9 +183,8 @@ TEST(TaskDocument, CountsDatesBehindCarriageReturnsAndTakesTheseAway) {
     document.edit(UserEdit::plainLineEnds().apply, start);
     document.read();
     EXPECT_EQ(document.unreadDates(), 0U);
-    EXPECT_EQ(readBytes(list.file),
-              "# Liste\n- [ ] A · 2025-03-04\n- [x] B · 2025-03-04 · \xE2\x9C\x85 2025-03-05\n- [ ] C\n- [ ] "
-              "D\rE\n- [ ] F · 2025-03-04");
+    EXPECT_EQ(readBytes(list.file), "# Liste\n- [ ] A · 2025-03-04\n- [x] B · 2025-03-04 · ✅ 2025-03-05\n"
+                                    "- [ ] C\n- [ ] D\rE\n- [ ] F · 2025-03-04");
     document.undo(start);
     EXPECT_EQ(readBytes(list.file), crlf);
 }

@@ -110,7 +110,7 @@ namespace {
 // The list that is being dropped, if it may be one.
 std::optional<std::filesystem::path> droppedList(const QMimeData& data) {
     if (data.urls().size() != 1 || !data.urls().front().isLocalFile()) return {};
-    const std::filesystem::path path = fromQt(data.urls().front().toLocalFile());
+    std::filesystem::path path = fromQt(data.urls().front().toLocalFile());
     const auto ending = path.extension();
     if (ending != ".md" && ending != ".markdown" && ending != ".txt") return {};
     return path;

@@ -298,10 +298,9 @@ void TaskColumn::dropOutside(ColumnLayout::Range range) {
 
 void TaskColumn::dropUnusedCards(ColumnLayout::Range range) {
     std::erase_if(cards_, [&](const auto& entry) {
-        const auto& [index, card] = entry;
-        const bool used =
-            std::ranges::any_of(rows_, [&, card = card](const auto& row) { return row.second->parent() == card; });
-        if ((index >= range.first && index < range.last) || used) return false;
+        auto* card = entry.second;
+        const bool used = std::ranges::any_of(rows_, [&](const auto& row) { return row.second->parent() == card; });
+        if ((entry.first >= range.first && entry.first < range.last) || used) return false;
         card->hide();
         card->deleteLater();
         return true;

@@ -46,10 +46,10 @@ void TaskListCard::offerDays() {
     auto* menu = new QMenu(this);
     menu->setObjectName(u"postponeAll.menu"_s);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    for (const auto& [label, day] : postponements(Day::of(now_()))) {
+    for (const auto& choice : postponements(Day::of(now_()))) {
         // The tasks as they are seen now: the list may be another one when an entry is chosen.
-        const auto postpone = [this, day = day, tasks = tasks_] { model_.list().postpone(tasks, day); };
-        connect(menu->addAction(toQt(label)), &QAction::triggered, this, postpone);
+        const auto postpone = [this, day = choice.day, tasks = tasks_] { model_.list().postpone(tasks, day); };
+        connect(menu->addAction(toQt(choice.label)), &QAction::triggered, this, postpone);
     }
     const QPoint corner(postpone_->width() - menu->sizeHint().width(), postpone_->height() + 4);
     dravel::popUp(*menu, postpone_->mapToGlobal(corner));

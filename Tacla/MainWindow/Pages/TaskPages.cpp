@@ -40,6 +40,7 @@ namespace {
 
 constexpr auto blink = std::chrono::milliseconds(20); // what is found by then is waited for
 constexpr int heroHeight = 126, padding = 24, ringSize = 78, lineGap = 4;
+constexpr int roomForRing = 440; // in a narrower card the words come first, which say the same
 
 }
 
@@ -65,7 +66,8 @@ void HeroCard::setContents(const TodayContents& contents) {
 
 void HeroCard::resizeEvent(QResizeEvent* event) {
     Card::resizeEvent(event);
-    const int ringLeft = width() - padding - ringSize;
+    ring_->setVisible(width() >= roomForRing);
+    const int ringLeft = width() - (width() >= roomForRing ? padding + ringSize : 0);
     ring_->setGeometry(ringLeft, (height() - ringSize) / 2, ringSize, ringSize);
     int top = padding;
     const int room = ringLeft - 2 * padding;

@@ -311,10 +311,11 @@ void TaskRow::openAgainMenu() {
     if (menu_ || editor_ || !task_.done) return;
     menu_ = new QMenu(this);
     menu_->setObjectName(u"again.menu"_s);
-    for (const auto& [label, day] : againDays(currentDay()))
-        connect(menu_->addAction(toQt(label)), &QAction::triggered, this, [this, shown = task_, day = day] {
-            model_.list().add({again(model_.state().tasks.whole(shown), day)});
-        });
+    for (const auto& choice : againDays(currentDay()))
+        connect(menu_->addAction(toQt(choice.label)), &QAction::triggered, this,
+                [this, shown = task_, day = choice.day] {
+                    model_.list().add({again(model_.state().tasks.whole(shown), day)});
+                });
     popUp(*menu_, *againButton_);
 }
 
