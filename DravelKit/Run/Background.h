@@ -32,7 +32,7 @@ class Background {
                            done = std::move(done)](std::stop_token stop) -> std::function<void()> {
             Outcome<Result> outcome;
             try {
-                outcome = job(stop);
+                outcome = job(std::move(stop));
             } catch (...) { // the edge of a job: whatever it threw belongs to `done`
                 outcome = std::current_exception();
             }

@@ -305,7 +305,7 @@ int runNotifyTest(int& argc, char** argv) {
 
     const NotificationRequest request{
         .content = {"Notification d'essai", "L'icône du castor doit apparaître à gauche.", ""}};
-    notifications.ask([&](auto) {
+    notifications.ask([&](const auto&) {
         notifications.show(request, [](const NotificationServer::Error& error, const auto&) {
             if (error) std::fputs((*error + "\n").c_str(), stderr);
             QCoreApplication::exit();
