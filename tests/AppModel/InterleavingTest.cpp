@@ -9,30 +9,30 @@
 // carries a number that Tacla does not read, by which the test knows the task that the user meant.
 namespace tacla::testing {
 
-namespace {
-
 using Lines = std::vector<std::string>;
 using Outcome = LiveDocument::Outcome;
 constexpr Day today{2025, 3, 4}, tomorrow{2025, 3, 5};
 
-std::string textOf(const Lines& lines) {
+static std::string textOf(const Lines& lines) {
     std::string text;
     for (const auto& line : lines) text += line + "\n";
     return text;
 }
 
-std::string numberOf(const std::string& line) {
+static std::string numberOf(const std::string& line) {
     const auto at = std::min(line.find("n°"), line.size());
     return line.substr(at, std::min(line.find(' ', at), line.size()) - at);
 }
 
-std::string folded(const TaskItem& task) { return dravel::lowerCased(TaskFile::dropStrongMark(task.title)); }
+static std::string folded(const TaskItem& task) { return dravel::lowerCased(TaskFile::dropStrongMark(task.title)); }
 
-bool looksLike(const TaskItem& seen, const TaskItem& task) {
+static bool looksLike(const TaskItem& seen, const TaskItem& task) {
     return folded(seen) == folded(task) && seen.day == task.day && seen.time == task.time && seen.done == task.done;
 }
 
-bool isAlone(const Tasks& tasks, const TaskItem& task) { return std::ranges::count(tasks, folded(task), folded) == 1; }
+static bool isAlone(const Tasks& tasks, const TaskItem& task) {
+    return std::ranges::count(tasks, folded(task), folded) == 1;
+}
 
 // A task as somebody saw it, some time ago.
 struct Seen {
@@ -185,8 +185,6 @@ class Interleaving {
     std::string older_ = "\n";
     int last_ = 0;
 };
-
-}
 
 class Interleavings : public ::testing::TestWithParam<std::uint32_t> {};
 

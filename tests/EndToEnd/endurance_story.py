@@ -26,13 +26,12 @@ class Killed(Story):
 
     def lines(self):
         """The tasks' versions as the file has them, which must be whole otherwise."""
-        done = rf"\[(?: \] (.*) · {day()} 23:59|x\] (.*) · {day()} 23:59 · ✅ {day()})"
+        task = rf"- \[(?: |(x))\] Tâche (\d) v(\d+) · {day()} 23:59(?(1) · ✅ {day()})"
         text = self.file.read_text()
         self.assertTrue(text.startswith(HEAD) and text.endswith(f"- [ ] Sonne · {day()} 00:00\n"), text)
-        titles = [re.fullmatch("- " + done, line) for line in text[len(HEAD):].splitlines()[:-1]]
-        titles = [match[1] or match[2] for match in titles]
-        self.assertEqual([title.split(" v")[0] for title in titles], [f"Tâche {n}" for n in range(8)])
-        return [int(title.split(" v")[1]) for title in titles]
+        found = [re.fullmatch(task, line) for line in text[len(HEAD):].splitlines()[:-1]]
+        self.assertEqual([match[2] for match in found], [*"01234567"])
+        return [int(match[3]) for match in found]
 
     def rename_one(self):
         """Starts a rename in a terminal, and answers what the list says when it succeeds."""

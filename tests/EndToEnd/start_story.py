@@ -39,7 +39,7 @@ class Twice(Story):
         first.send_signal(signal.SIGSTOP)
         before = self.desktop.connections()
         self.launch()
-        until(lambda: self.desktop.connections() > before, "the second on the bus")
+        until(lambda: self.desktop.connections() - before, "the second on the bus")
         self.kill(first)
         self.until_menu("(Aujourd'hui)", "Pain")
 

@@ -8,8 +8,6 @@
 
 namespace tacla::testing {
 
-namespace {
-
 // Paints nothing, and writes down each text with its colour and the colour that most of its place has in the picture.
 class TextEngine final : public QPaintEngine {
   public:
@@ -59,7 +57,7 @@ struct TextDevice final : QImage {
     TextEngine* engine = nullptr;
 };
 
-void expectReadable(QWidget& widget, const char* what) {
+static void expectReadable(QWidget& widget, const char* what) {
     QImage picture(widget.size(), QImage::Format_RGB32);
     widget.render(&picture);
     TextEngine texts(picture);
@@ -71,8 +69,6 @@ void expectReadable(QWidget& widget, const char* what) {
         const auto ratio = contrast(drawn.ink & 0xFFFFFF, drawn.ground & 0xFFFFFF);
         EXPECT_GE(ratio, drawn.large ? 3 : 4.5) << what << ": " << text.toStdString();
     }
-}
-
 }
 
 TEST(Contrast, IsEnoughForEveryTextThatIsDrawn) {

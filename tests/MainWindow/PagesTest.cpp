@@ -6,9 +6,12 @@ namespace tacla::testing {
 
 using namespace dravel;
 
-TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
-    TestWindow window("");
-    auto& title = window.field("add.title");
+struct AddCard : ::testing::Test {
+    TestWindow window{""};
+    TextField& title = window.field("add.title");
+};
+
+TEST_F(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     title.setText(u"  Appeler la banque "_s);
     window.click("add.tomorrow");
     window.click("add.hasTime");
@@ -24,9 +27,7 @@ TEST(AddCard, AddsToTheChosenDayAndIsReadyForTheNext) {
     EXPECT_EQ(window.world.state().tasks.size(), 2u) << "blanks are no title";
 }
 
-TEST(AddCard, OffersTheMomentThatTheTitleTells) {
-    TestWindow window("");
-    auto& title = window.field("add.title");
+TEST_F(AddCard, OffersTheMomentThatTheTitleTells) {
     auto& offer = window.control<Offer>("add.offer");
     title.setFocus();
     window.type(u"Appeler Paul demain 14:30 prioritaire"_s);
@@ -49,9 +50,8 @@ TEST(AddCard, OffersTheMomentThatTheTitleTells) {
 }
 
 // A title, then the date, the time and the priority without a mouse: 14 keys.
-TEST(AddCard, TakesEverythingByKeys) {
-    TestWindow window("");
-    window.field("add.title").setFocus();
+TEST_F(AddCard, TakesEverythingByKeys) {
+    title.setFocus();
     for (const auto& [day, time, line] : {std::tuple{u"22/12"_s, u"1430"_s, "2026-12-22 14:30"},
                                           {u"3/2"_s, u"9h5"_s, "2027-02-03 09:05"},
                                           {u"240128"_s, u"930"_s, "2028-01-24 09:30"},
@@ -68,9 +68,7 @@ TEST(AddCard, TakesEverythingByKeys) {
     }
 }
 
-TEST(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
-    TestWindow window("");
-    auto& title = window.field("add.title");
+TEST_F(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
     QApplication::clipboard()->setText(u"Pain\u0085Vin"_s);
     title.paste();
     EXPECT_EQ(title.text().toStdString(), "Pain Vin");
@@ -88,9 +86,7 @@ TEST(AddCard, KeepsWhatWasTypedUntilItIsInTheFile) {
     EXPECT_FALSE(window.shows("add.reason"));
 }
 
-TEST(AddCard, MakesSeveralTasksOfSeveralLinesWhenAsked) {
-    TestWindow window("");
-    auto& title = window.field("add.title");
+TEST_F(AddCard, MakesSeveralTasksOfSeveralLinesWhenAsked) {
     QApplication::clipboard()->setText(
         u"# Courses\r\n- Pain\n\n- [x] ❗ Vin · 2026-12-24 18:00 · ✅ 2026-11-20\nSel\n"_s);
     title.paste();
@@ -133,8 +129,9 @@ TEST(FindPage, FindsInAllTasksAndGivesThePageBack) {
     EXPECT_EQ(window.page().objectName(), u"page.today"_s) << "with the pointer alone";
 }
 
-TEST(AddCard, MovesWithTheDayAtMidnight) {
-    TestWindow window("- [ ] Pain · 2026-11-24\n", "2026-11-24 23:59");
+TEST_F(AddCard, MovesWithTheDayAtMidnight) {
+    window.fileBecomes("- [ ] Pain · 2026-11-24\n");
+    window.world.loop.advanceTo(moment("2026-11-24 23:59"));
     const auto dayAfter = [&](std::chrono::minutes time) {
         window.world.loop.advance(time);
         window.settle();

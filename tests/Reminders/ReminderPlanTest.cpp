@@ -5,10 +5,8 @@
 
 namespace tacla::testing {
 
-namespace {
-
 // "pain@2025-03-04 14:30" as an identifier, whose key part is the title's digest.
-std::string identifier(const std::string& named) {
+static std::string identifier(const std::string& named) {
     const auto at = named.find('@');
     return at == std::string::npos ? named : TaskFile::hash(named.substr(0, at)) + named.substr(at);
 }
@@ -19,7 +17,7 @@ struct Case {
     std::chrono::hours zoneMoved = 0h;
 };
 
-std::string planned(const Case& given) {
+static std::string planned(const Case& given) {
     Moments pending;
     std::vector<std::string> notified;
     for (const auto& named : linesOf(given.pending, "; ")) {
@@ -37,7 +35,7 @@ std::string planned(const Case& given) {
     return text;
 }
 
-const Case cases[] = {
+static const Case cases[] = {
     {"open dated tasks to come are scheduled, nothing else", "2025-03-04 08:00",
      "- [ ] a · 2025-03-04; - [ ] b · 2025-03-09 07:05; - [x] c · 2025-03-04; - [ ] d; - [ ] e · 2025-03-03 23:59", "",
      "", "+a@2025-03-04; +b@2025-03-09 07:05"},
@@ -63,8 +61,6 @@ const Case cases[] = {
     {"the notified list forgets after seven days", "2025-03-11 08:00", "", "",
      "a@2025-03-03 23:59; a@2025-03-04; damaged", "xa@2025-03-03 23:59; xdamaged"},
 };
-
-}
 
 TEST(ReminderPlan, IsWhatMustChange) {
     for (const auto& given : cases) {

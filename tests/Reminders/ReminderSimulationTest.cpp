@@ -10,8 +10,6 @@ namespace tacla::testing {
 
 using std::chrono::minutes;
 
-namespace {
-
 const std::vector<std::string> titles{"Pain", "pain", "❗ Pain", "Lait", "Banque", "TVA", "Été", "🎉 Fête", "Vélo"};
 const std::vector<const char*> zones{"Europe/Paris", "America/New_York", "Pacific/Apia", "Asia/Tokyo", "UTC"};
 
@@ -326,8 +324,6 @@ class Simulation {
     std::set<Ring> owed_;
     dravel::Connection windows_, changes_;
 };
-
-}
 
 TEST(Reminders, RingOnceNeverFailAndActOnTheirTaskOverDaysOfEditsSleepTravelAndClockChanges) {
     const int days = std::getenv("TACLA_LONG_TESTS") != nullptr ? 10000 : 300;

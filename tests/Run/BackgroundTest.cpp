@@ -24,7 +24,7 @@ TEST(ThreadedBackground, BringsEachResultToTheMainThread) {
     };
     for (int number = 1; number <= 20; ++number)
         background.run<int>([number](const auto&) { return number == 7 ? throw "no seven" : number; }, done);
-    while (finished < 20) loop.runPostedByAThread();
+    while (finished < 20) loop.runPosted(); // which the threads post to meanwhile
     EXPECT_EQ(sum, 210 - 7);
 }
 

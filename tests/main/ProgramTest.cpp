@@ -22,8 +22,7 @@ std::string shell(const std::string& command) {
 
 const std::string program = TACLA_PROGRAM;
 
-class Program : public ::testing::Test {
-  public:
+struct Program : ::testing::Test {
     Program() {
         writeBytes(file, "- [ ] Pain · 2025-03-06\n");
         ::setenv("TACLA_FILE", file.c_str(), 1);

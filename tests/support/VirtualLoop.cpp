@@ -7,7 +7,6 @@ namespace tacla::testing {
 void VirtualLoop::post(Task task) {
     const std::lock_guard lock(mutex_);
     posted_.push_back(std::move(task));
-    someonePosted_.notify_one();
 }
 
 dravel::Timer VirtualLoop::add(Timers& timers, milliseconds when, Task task) {
@@ -23,14 +22,6 @@ void VirtualLoop::runPosted() {
         lock.unlock();
         task();
     }
-}
-
-void VirtualLoop::runPostedByAThread() {
-    {
-        std::unique_lock lock(mutex_);
-        someonePosted_.wait(lock, [this] { return !posted_.empty(); });
-    }
-    runPosted();
 }
 
 bool VirtualLoop::runFirst(Timers& timers, milliseconds clock) {

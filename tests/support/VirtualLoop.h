@@ -3,7 +3,6 @@
 #include "DravelKit/Run/Background.h"
 #include "DravelKit/Run/MainLoop.h"
 
-#include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -34,7 +33,6 @@ class VirtualLoop final : public dravel::MainLoop {
         return !posted_.empty();
     }
     void runPosted();           // what has been posted, and what that posts
-    void runPostedByAThread();  // waits for another thread to post
     void advance(milliseconds); // awake: everything that falls due runs in its order
     void advanceTo(Instant moment) { advance(moment - wall_); }
     void setClock(Instant); // what a clock set forward passed runs at once
@@ -53,7 +51,6 @@ class VirtualLoop final : public dravel::MainLoop {
     Timers byMonotonic_, byWall_;
     std::uint64_t last_ = 0;
     std::mutex mutex_;
-    std::condition_variable someonePosted_;
     std::deque<Task> posted_;
 };
 

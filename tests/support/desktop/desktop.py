@@ -153,7 +153,7 @@ class Desktop:
             self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member, arguments)
 
     def connections(self):
-        return sum(name.startswith(":") for name in self.ask_bus("ListNames"))
+        return {name for name in self.ask_bus("ListNames") if name.startswith(":")}
 
     def sleep_and_wake(self):
         """What logind says around a suspend."""
