@@ -10,7 +10,7 @@ namespace tacla {
 
 using Tasks = std::vector<TaskItem>;
 
-// Sorted by moment, then by line.
+// Sorted by moment, then by line; for those who hold tasks of their own.
 Tasks late(const Tasks&, Instant now);   // open and past, to the minute
 Tasks todays(const Tasks&, Instant now); // of today, done or not, without the late ones
 
