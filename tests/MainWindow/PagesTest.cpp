@@ -93,7 +93,8 @@ TEST_F(AddCard, MakesSeveralTasksOfSeveralLinesWhenAsked) {
     title.setFocus();
     EXPECT_EQ(window.control<Offer>("add.offer").text().toStdString(), "Ajouter 3 tâches ?");
     window.press(Qt::Key_Tab);
-    EXPECT_EQ(window.world.text(), "- [ ] Pain · 2026-11-24\n- [ ] ❗ Vin · 2026-12-24 18:00\n- [ ] Sel · 2026-11-24\n");
+    const auto saved = "- [ ] Pain · 2026-11-24\n- [ ] ❗ Vin · 2026-12-24 18:00\n- [ ] Sel · 2026-11-24\n";
+    EXPECT_EQ(window.world.text(), saved);
     EXPECT_EQ(title.text(), QString());
     window.world.list().undo();
     EXPECT_EQ(window.world.text(), "") << "one edit";

@@ -172,7 +172,7 @@ TEST(HttpClient, TrustsNoCertificateThatNobodyVouchesFor) {
     std::FILE* const output = ::popen(serve.c_str(), "r");
     int port = 0;
     for (std::array<char, 256> line; port == 0 && std::fgets(line.data(), line.size(), output) != nullptr;)
-        [[maybe_unused]] const int read = std::sscanf(line.data(), "ACCEPT 127.0.0.1:%d", &port);
+        if (std::sscanf(line.data(), "ACCEPT 127.0.0.1:%d", &port) == 1) break;
     HttpClient client;
     EXPECT_EQ(outcome(client, {.url = "https://127.0.0.1:" + std::to_string(port)}),
               "Connexion non sécurisée avec 127.0.0.1 : requête abandonnée");
