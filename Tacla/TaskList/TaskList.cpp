@@ -65,7 +65,7 @@ std::vector<TaskList::Dated> byMoment(const std::vector<TaskList::Brief>& briefs
         if (task.day != 0) names.push_back(named(task));
     const auto count = names.size();
     std::ranges::sort(names);
-    names.erase(std::ranges::unique(names).begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end()); // not of ranges: clang 14 cannot read that one
     names.shrink_to_fit();
     const auto ranks = ranksOf(names);
     const auto rankOf = [&](const TaskList::Brief& task) {

@@ -82,7 +82,7 @@ TEST(CommandLineLink, IsProposedWhereNoTerminalFindsTheProgram) {
     };
     for (const auto& [searchPath, present, made] : cases) {
         const auto link = commandLineLink("/home/c", searchPath, "/opt/tacla/bin/tacla",
-                                          [&](const fs::path& path) { return path == present; });
+                                          [there = present](const fs::path& path) { return path == there; });
         const CommandLineLink expected{"/home/c/.local/bin/tacla", "/opt/tacla/bin/tacla"};
         EXPECT_EQ(link, made ? std::optional(expected) : std::nullopt) << searchPath << ", " << present;
     }

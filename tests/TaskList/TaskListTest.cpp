@@ -195,7 +195,7 @@ TEST(TaskFinder, FindsWordsWhateverTheirCaseAccentsAndOrder) {
     EXPECT_EQ(marked("oeuf"), "❗ Pain et [œuf]s\n");
     EXPECT_EQ(marked("pain ain a"), "❗ [Pain] et œufs\n");
     EXPECT_EQ(marked("pain été"), "");
-    for (const auto* nothing : {"", "  ", "'", "\xC3"}) EXPECT_EQ(marked(nothing), "") << nothing;
+    for (const auto* none : {"", "  ", "'", "\xC3"}) EXPECT_EQ(marked(none), "") << none;
 }
 
 TEST(TaskViews, SortEachTaskIntoItsList) {
@@ -236,19 +236,19 @@ TEST(TaskViews, SortEachTaskIntoItsList) {
 // "= 2026-11-18 10:00" sets the clock; "_" is a no-break space.
 TEST(MomentWords, AreTheOnesOfTheTable) {
     std::ifstream table(TACLA_PHRASES);
-    Day today{};
+    Day day{};
     Clock now{};
     int phrases = 0;
     const std::string arrow = " → ";
     const auto check = [&](const std::string& typed, std::string_view expected) {
-        const auto told = momentWords(typed, today, now);
-        EXPECT_EQ(told ? withoutWords(typed, *told) + arrow + label(*told, today) : "–", expected) << typed;
+        const auto told = momentWords(typed, day, now);
+        EXPECT_EQ(told ? withoutWords(typed, *told) + arrow + label(*told, day) : "–", expected) << typed;
         ++phrases;
     };
     for (std::string line; std::getline(table, line);) {
         if (line.empty() || line.starts_with("# ")) continue;
         if (line.starts_with("= ")) {
-            today = Day::parse(line.substr(2, 10)).value();
+            day = Day::parse(line.substr(2, 10)).value();
             now = Clock::parse(line.substr(13)).value();
             continue;
         }
